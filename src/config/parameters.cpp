@@ -1,0 +1,92 @@
+#include <cutils/properties.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "diagnostics/log.h"
+#include "quorvane/esRenderer.h"
+
+namespace {
+
+constexpr size_t kDefaultTextSize = 32;
+constexpr size_t kValueSize = 128;
+
+/// The set for every device orientation but 4 and 7.
+LibParam secondTunedSet() {
+    LibParam set;
+    set.rotate_z_trans = 50.0f;
+    set.rotate_x_boundary = 14.0f;
+    set.rotate_y_boundary = 10.0f;
+    set.depth_contrast = 30.0f;
+    set.border_deadzone = 18;
+    return set;
+}
+
+/// Looks properties up with the current value as the default, in its text form.
+class PropertyReader {
+  public:
+    int integer(const char* key, int current) {
+        std::snprintf(m_default, sizeof m_default, "%d", current);
+        property_get(key, m_value, m_default);
+        return std::atoi(m_value);
+    }
+
+    /// An unset property cuts `current` to the six decimals of its text. One whose text is too long for the
+    /// buffer (about 1e24 and more) is kept as it is instead of being cut to another number.
+    float real(const char* key, float current) {
+        const int length = std::snprintf(m_default, sizeof m_default, "%f", static_cast<double>(current));
+        const bool fits = static_cast<size_t>(length) < sizeof m_default;
+        if (!fits) m_default[0] = '\0';
+        const int found = property_get(key, m_value, m_default);
+        if (!fits && found <= 0) return current;
+        return static_cast<float>(std::atof(m_value));
+    }
+
+  private:
+    char m_default[kDefaultTextSize] = {};
+    char m_value[kValueSize] = {};
+};
+
+void logParameter(const char* name, float value) { LOGD("%-25s: %f\n", name, static_cast<double>(value)); }
+void logParameter(const char* name, int value) { LOGD("%-25s: %d\n", name, value); }
+
+}  // namespace
+
+void ESRenderer::getProperties(uint32_t orientation) {
+    LOGD("getProperties() orientation=%d\n", static_cast<int>(orientation));
+    if (orientation != 7 && orientation != 4) params = secondTunedSet();
+
+    PropertyReader properties;
+    m_debugEnable = static_cast<uint32_t>(properties.integer("quorvane.debug", 0));
+    params.rotate_z_trans = properties.real("quorvane.para1", params.rotate_z_trans);
+    params.rotate_x_boundary = properties.real("quorvane.para2", params.rotate_x_boundary);
+    params.rotate_y_boundary = properties.real("quorvane.para3", params.rotate_y_boundary);
+    params.trans_to_rotate_scale = properties.real("quorvane.para4", params.trans_to_rotate_scale);
+    params.far_offset_ext = properties.real("quorvane.para5", params.far_offset_ext);
+    params.z_post_offset = properties.real("quorvane.para6", params.z_post_offset);
+    params.guided_filter_rx = properties.integer("quorvane.para7", params.guided_filter_rx);
+    params.guided_filter_ry = properties.integer("quorvane.para8", params.guided_filter_ry);
+    params.guided_filter_eps = properties.real("quorvane.para9", params.guided_filter_eps);
+    params.depth_contrast = properties.real("quorvane.para10", params.depth_contrast);
+    params.border_deadzone = properties.integer("quorvane.para11", params.border_deadzone);
+    params.fov_scale = properties.real("quorvane.para12", params.fov_scale);
+    params.offset_gain = properties.real("quorvane.para13", params.offset_gain);
+    params.offset_len = properties.real("quorvane.para14", params.offset_len);
+
+    if (m_debugEnable == 0) return;
+    logParameter("rotate_z_trans", params.rotate_z_trans);
+    logParameter("rotate_x_boundary", params.rotate_x_boundary);
+    logParameter("rotate_y_boundary", params.rotate_y_boundary);
+    logParameter("trans_to_rotate_scale", params.trans_to_rotate_scale);
+    logParameter("far_offset_ext", params.far_offset_ext);
+    logParameter("z_post_offset", params.z_post_offset);
+    logParameter("guided_filter_rx", params.guided_filter_rx);
+    logParameter("guided_filter_ry", params.guided_filter_ry);
+    logParameter("guided_filter_eps", params.guided_filter_eps);
+    logParameter("depth_contrast", params.depth_contrast);
+    logParameter("border_deadzone", params.border_deadzone);
+    logParameter("fov_scale", params.fov_scale);
+    logParameter("offset_gain", params.offset_gain);
+    logParameter("offset_len", params.offset_len);
+}

@@ -1,0 +1,18 @@
+#ifndef QUORVANE_DIAGNOSTICS_TRUNCATED_H
+#define QUORVANE_DIAGNOSTICS_TRUNCATED_H
+
+#include <limits>
+
+/// `value` truncated toward zero; a value out of `Int`'s range gives the nearest end of it and NaN gives 0,
+/// where the language leaves a plain cast undefined.
+template <typename Int>
+Int truncated(float value) {
+    // 2 to the digits: one past the largest Int, exact as a float where the largest Int itself is not.
+    constexpr float past_largest = static_cast<float>(std::numeric_limits<Int>::max() / 2 + 1) * 2.0f;
+    if (value != value) return 0;
+    if (value >= past_largest) return std::numeric_limits<Int>::max();
+    if (value <= static_cast<float>(std::numeric_limits<Int>::min())) return std::numeric_limits<Int>::min();
+    return static_cast<Int>(value);
+}
+
+#endif

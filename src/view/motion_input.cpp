@@ -1,0 +1,93 @@
+#include "diagnostics/log.h"
+#include "quorvane/esRenderer.h"
+
+namespace {
+
+// The output size assumed, and kept, by a motion sample that comes before setupGraphics.
+constexpr float kDefaultWidth = 1920.0f;
+constexpr float kDefaultHeight = 1080.0f;
+
+constexpr float kTouchStep = 0.1f;
+
+/// Holds `position` off both borders. The far bound is tested last and lies a pixel further in.
+float heldOffBorder(float position, float extent, float border) {
+    if (position < border) position = border;
+    if (position > (extent - 1.0f) - border) position = (extent - 1.0f) - border;
+    return position;
+}
+
+void logValue(const char* label, float value) {
+    LOGD("%s = %f\n", label, static_cast<double>(value));
+}
+
+void logPair(const char* label, float value, float fraction) {
+    LOGD("%s: %f %f x\n", label, static_cast<double>(value), static_cast<double>(fraction));
+}
+
+}  // namespace
+
+// The gains pair the width with the mesh's half-height and the height with its half-width; hosts are tuned to
+// it.
+void ESRenderer::setAccelerometerData(float x, float y, float z) {
+    if (m_width == 0.0f) m_width = kDefaultWidth;
+    if (m_height == 0.0f) m_height = kDefaultHeight;
+
+    logPair("m_transX", m_transX, x / m_width);
+    m_transX += ((m_OBJ_CORD_Y * x) * 4.0f / 5.0f) / m_width;
+    m_transY += ((m_OBJ_CORD_X * y) * 2.0f / 4.0f) / m_height;
+    logPair("m_transY", m_transY, y / m_height);
+    m_targetTransX = m_transX;
+    m_targetTransY = m_transY;
+    m_transZ += z;
+    logValue("m_transZ", m_transZ);
+    m_accX = x;
+    m_accY = y;
+    m_accZ = z;
+}
+
+void ESRenderer::setRotation(float x, float y, float z) {
+    if (m_width == 0.0f) m_width = kDefaultWidth;
+    if (m_height == 0.0f) m_height = kDefaultHeight;
+
+    logPair("m_transX", m_transX, x / m_width);
+    const float deadzone = static_cast<float>(params.border_deadzone);
+    x = heldOffBorder(x, m_width, m_width / deadzone);
+    y = heldOffBorder(y, m_height, m_height / deadzone);
+    m_transY = (y - m_height * 0.5f) / (m_height * 0.5f);
+    m_transX = (x - m_width * 0.5f) / (m_width * 0.5f);
+    logPair("m_transY", m_transY, y / m_height);
+    m_transZ = z;
+    m_targetTransX = m_transX;
+    m_targetTransY = m_transY;
+    logValue("m_transZ", z);
+    m_accX = x;
+    m_accY = y;
+    m_accZ = z;
+}
+
+void ESRenderer::setTranslation(float x, float y, float z) {
+    logPair("m_camTransX", m_camTransX, x / m_width);
+    m_camTransX = (m_OBJ_CORD_Y * (x * 10.0f)) / m_width;
+    m_camTransY = (m_OBJ_CORD_X * (y * 10.0f)) / m_height;
+    // The view position under the camera's label: log readers expect it.
+    logPair("m_camTransY", m_transY, y / m_height);
+    m_camTransZ = z;
+    logValue("m_camTransZ", z);
+}
+
+void ESRenderer::touchEvent(int event, float, float) {
+    switch (event) {
+        case 0: m_transZ += kTouchStep; break;
+        case 1: m_transZ -= kTouchStep; break;
+        case 2: m_transX -= kTouchStep; break;
+        case 3: m_transX += kTouchStep; break;
+        default: break;
+    }
+    LOGD("m_transX, Y, Z = %f %f %f ", static_cast<double>(m_transX), static_cast<double>(m_transY),
+         static_cast<double>(m_transZ));
+}
+
+void ESRenderer::setMinMaxDepth(int minDepth, int maxDepth) {
+    m_minDepth = minDepth;
+    m_maxDepth = maxDepth;
+}
