@@ -13,7 +13,8 @@ namespace {
 
 std::string eglFailure(const char* call) {
     char text[96];
-    std::snprintf(text, sizeof text, "%s failed (EGL error 0x%04x)", call, static_cast<unsigned>(eglGetError()));
+    std::snprintf(text, sizeof text, "%s failed (EGL error 0x%04x)", call,
+                  static_cast<unsigned>(eglGetError()));
     return text;
 }
 
@@ -27,8 +28,8 @@ bool hasExtension(const char* extensions, const char* name) {
     return false;
 }
 
-// EGL gives the same display to every caller in the process, and terminating it ends everybody's contexts: the
-// last user terminates.
+// EGL gives the same display to every caller in the process, and terminating it ends everybody's contexts:
+// the last user terminates.
 class DisplayUsers {
   public:
     bool enter(EGLDisplay display) {
@@ -70,7 +71,8 @@ std::vector<Candidate> candidates() {
         found.push_back({platform_display(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr),
                          "Mesa surfaceless"});
 
-    const auto query_devices = reinterpret_cast<PFNEGLQUERYDEVICESEXTPROC>(eglGetProcAddress("eglQueryDevicesEXT"));
+    const auto query_devices =
+        reinterpret_cast<PFNEGLQUERYDEVICESEXTPROC>(eglGetProcAddress("eglQueryDevicesEXT"));
     if (platform_display != nullptr && query_devices != nullptr &&
         hasExtension(client_extensions, "EGL_EXT_platform_device")) {
         EGLDeviceEXT devices[16];
@@ -144,7 +146,9 @@ Status OffscreenContext::makeCurrent() {
     return Status::success();
 }
 
-void OffscreenContext::release() { eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT); }
+void OffscreenContext::release() {
+    eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+}
 
 bool OffscreenContext::isCurrent() const {
     return m_context != EGL_NO_CONTEXT && eglGetCurrentContext() == m_context;

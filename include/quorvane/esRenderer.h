@@ -15,38 +15,38 @@ typedef struct VTX_FMT_STRUCT {
     float u, v;  ///< 0..1; v = 0 is the photo's first row
 } VTX_FMT;
 
-/// The tunable parameters. `ESRenderer::getProperties` sets them from the device's properties; a host may also
-/// write them directly, and each takes effect at the next use named here.
+/// The tunable parameters. `ESRenderer::getProperties` sets them from the device's properties; a host may
+/// also write them directly, and each takes effect at the next use named here.
 struct LibParam {
-    float rotate_z_trans = 40.0f;         ///< pivot distance in front of the camera, object units; `setDepth`
-    float rotate_x_boundary = 12.0f;      ///< degrees about the Y axis at full view position; each frame
-    float rotate_y_boundary = 12.0f;      ///< degrees about the X axis at full view position; each frame
-    float trans_to_rotate_scale = 0.6f;   ///< gain from view position to angle; each frame
-    float far_offset_ext = 100.0f;        ///< far plane less 64, object units; each frame
-    float z_post_offset = 5.0f;           ///< settable and logged, read by nothing
-    int32_t guided_filter_rx = 2;         ///< guided filter radius in grid cells, horizontal; `setDepth`
-    int32_t guided_filter_ry = 2;         ///< guided filter radius in grid cells, vertical; `setDepth`
-    float guided_filter_eps = 1e-6f;      ///< guided filter regulariser, intensities 0..1; `setDepth`
-    float depth_contrast = 24.0f;         ///< gain before the depth curve, 32 = unchanged; `setDepth`
-    int32_t border_deadzone = 64;         ///< output size / this = ignored border in pixels; `setRotation`
-    float fov_scale = 0.81f;              ///< visible part of the mesh's half-extents, 0..1; each frame
-    float offset_gain = 0.4f;             ///< mirrors the vertex shader's constant, read by nothing
-    float offset_len = 35.0f;             ///< mirrors the vertex shader's constant, read by nothing
+    float rotate_z_trans = 40.0f;        ///< pivot distance in front of the camera, object units; `setDepth`
+    float rotate_x_boundary = 12.0f;     ///< degrees about the Y axis at full view position; each frame
+    float rotate_y_boundary = 12.0f;     ///< degrees about the X axis at full view position; each frame
+    float trans_to_rotate_scale = 0.6f;  ///< gain from view position to angle; each frame
+    float far_offset_ext = 100.0f;       ///< far plane less 64, object units; each frame
+    float z_post_offset = 5.0f;          ///< settable and logged, read by nothing
+    int32_t guided_filter_rx = 2;        ///< guided filter radius in grid cells, horizontal; `setDepth`
+    int32_t guided_filter_ry = 2;        ///< guided filter radius in grid cells, vertical; `setDepth`
+    float guided_filter_eps = 1e-6f;     ///< guided filter regulariser, intensities 0..1; `setDepth`
+    float depth_contrast = 24.0f;        ///< gain before the depth curve, 32 = unchanged; `setDepth`
+    int32_t border_deadzone = 64;        ///< output size / this = ignored border in pixels; `setRotation`
+    float fov_scale = 0.81f;             ///< visible part of the mesh's half-extents, 0..1; each frame
+    float offset_gain = 0.4f;            ///< mirrors the vertex shader's constant, read by nothing
+    float offset_len = 35.0f;            ///< mirrors the vertex shader's constant, read by nothing
 };
 
 /// Draws a photograph as a depth-displaced mesh into a texture of the host's, seen from a view position that
 /// motion samples move.
 ///
 /// A host calls, in this order: the constructor, `getProperties`, `getRequiredMemSize`, `assignMem`,
-/// `setupGraphics`, `setupVertices`, `setTexture`, `setDepth`, `setOutTexture`; then for every frame any of the
-/// motion setters and `renderFrame`. Everything runs on the one thread whose OpenGL ES 2.0 context is current
-/// (construction, the sizing calls and the motion setters need no context). The context must support unsigned
-/// 32-bit element indices (OES_element_index_uint).
+/// `setupGraphics`, `setupVertices`, `setTexture`, `setDepth`, `setOutTexture`; then for every frame any of
+/// the motion setters and `renderFrame`. Everything runs on the one thread whose OpenGL ES 2.0 context is
+/// current (construction, the sizing calls and the motion setters need no context). The context must support
+/// unsigned 32-bit element indices (OES_element_index_uint).
 ///
 /// Inputs are trusted, not checked: sizes, pointers and calling order are the host's promise. Failures are
 /// logged under the tag "AppQRVN"; nothing is thrown. Timing lines go to standard output on every call.
-/// Images are row-major without row padding: colour 3 bytes a pixel (R, G, B), depth 1 byte (0..255, larger is
-/// drawn nearer).
+/// Images are row-major without row padding: colour 3 bytes a pixel (R, G, B), depth 1 byte (0..255, larger
+/// is drawn nearer).
 class ESRenderer {
   public:
     /// Stores the defaults. Makes no GL call, so any thread will do.
@@ -67,17 +67,17 @@ class ESRenderer {
     /// its "%f" text and so keeps six decimals; one whose text is too long for that keeps its value.
     void getProperties(uint32_t orientation);
 
-    /// Stores the photo's size in pixels and the grid's (depth size / 4, truncated), and returns the bytes that
-    /// the working block needs. Signed 32-bit arithmetic: the host sees to it that the sum fits.
+    /// Stores the photo's size in pixels and the grid's (depth size / 4, truncated), and returns the bytes
+    /// that the working block needs. Signed 32-bit arithmetic: the host sees to it that the sum fits.
     int getRequiredMemSize(int texWidth, int texHeight, int depthWidth, int depthHeight);
 
-    /// Cuts the block, of the size last returned by `getRequiredMemSize` and aligned to at least 4 bytes, into
-    /// the working areas. The host keeps it alive until the renderer is destroyed. Always true.
+    /// Cuts the block, of the size last returned by `getRequiredMemSize` and aligned to at least 4 bytes,
+    /// into the working areas. The host keeps it alive until the renderer is destroyed. Always true.
     bool assignMem(unsigned char* pMemBuf);
 
-    /// Builds the program and the framebuffer on the first successful call; on every call sets the viewport to
-    /// w x h pixels (both positive) and derives the mesh's extents from it. False when the program cannot be
-    /// built, and then nothing has changed. After a call with another size, call `setupVertices` again.
+    /// Builds the program and the framebuffer on the first successful call; on every call sets the viewport
+    /// to w x h pixels (both positive) and derives the mesh's extents from it. False when the program cannot
+    /// be built, and then nothing has changed. After a call with another size, call `setupVertices` again.
     bool setupGraphics(int w, int h);
 
     /// Builds the grid and its indices in the working block and uploads both.
@@ -94,8 +94,8 @@ class ESRenderer {
     /// of 4. The size must be the one planned with `getRequiredMemSize`.
     void setTexture(int texWidth, int texHeight, unsigned char* imageData);
 
-    /// Adopts a texture of the host's as the photo: the destructor deletes it. It is not copied, so `setDepth`
-    /// keeps the guide of the last photo given as pixels.
+    /// Adopts a texture of the host's as the photo: the destructor deletes it. It is not copied, so
+    /// `setDepth` keeps the guide of the last photo given as pixels.
     void setTexture(int texWidth, int texHeight, GLuint textureID);
 
     /// Reduces the depth map to grid size, filters it under the photo's guidance, shapes it with the contrast
@@ -140,10 +140,10 @@ class ESRenderer {
     ///             values reach the last output rows' right border.
     ///   dstData   dstWidth * dstHeight bytes; must not overlap srcData
     ///
-    /// Both are bytes whatever their signedness, which is why they are untyped here. A size below 1 or another
-    /// ratio writes nothing and logs one line.
-    void downsize(int srcWidth, int srcHeight, const void* srcData, int dstWidth, int dstHeight, void* dstData,
-                  bool isRGB) const;
+    /// Both are bytes whatever their signedness, which is why they are untyped here. A size below 1 or
+    /// another ratio writes nothing and logs one line.
+    void downsize(int srcWidth, int srcHeight, const void* srcData, int dstWidth, int dstHeight,
+                  void* dstData, bool isRGB) const;
 
     /// k for value = 2 to the power k, k in 1..31; 0 for 1 and for everything else.
     uint32_t simple_log2(uint32_t value) const;
@@ -164,8 +164,8 @@ class ESRenderer {
     GLuint m_texLocHandle;
     GLuint m_depthLocHandle;
     GLuint m_texCoordHandle;
-    GLint m_padCordXHandle;  ///< reserved
-    GLint m_zLimitHandle;    ///< reserved
+    GLint m_padCordXHandle;     ///< reserved
+    GLint m_zLimitHandle;       ///< reserved
     GLuint m_gridVertexBuf[2];  ///< vertices, indices
     VTX_FMT* m_pVtxData;
     GLuint* m_pEleData;

@@ -24,8 +24,8 @@ class guided_filter_qrv {
     ///                   A negative radius counts as 0, one beyond the image as the whole image.
     ///   eps             regulariser, acting on intensities normalised to 0..1
     ///
-    /// `output` may be `input` or `guide`. Window sums are exact integers, so a flat guide gives a = 0 exactly;
-    /// q is rounded to nearest and clamped to 0..255. Where variance + eps is not positive, a is 0.
+    /// `output` may be `input` or `guide`. Window sums are exact integers, so a flat guide gives a = 0
+    /// exactly; q is rounded to nearest and clamped to 0..255. Where variance + eps is not positive, a is 0.
     /// The cost does not depend on the radii. Does nothing while no buffer is assigned.
     virtual void operator()(unsigned char* guide, unsigned char* input, unsigned char* output, int width,
                             int height, int rx, int ry, float eps);

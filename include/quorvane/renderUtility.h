@@ -5,8 +5,8 @@
 /// its element in row j. Passed to `glUniformMatrix4fv` untransposed.
 ///
 /// "Array terms" below means products of the arrays as stored: M = A x B is
-/// M.mat[i][j] = sum over k of A.mat[i][k] * B.mat[k][j]. In shader terms that is B * A: the transform held in
-/// A meets a position first.
+/// M.mat[i][j] = sum over k of A.mat[i][k] * B.mat[k][j]. In shader terms that is B * A: the transform held
+/// in A meets a position first.
 struct RENDERMatrix {
     float mat[4][4];
 };

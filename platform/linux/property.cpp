@@ -49,7 +49,8 @@ class PropertyTable {
         if (path != nullptr && path[0] != '\0') load(path);
     }
 
-    // A bad line is reported and skipped, and the rest still counts: a device's properties are set one by one too.
+    // A bad line is reported and skipped, and the rest still counts: a device's properties are set one by one
+    // too.
     void load(const char* path) {
         std::ifstream file(path);
         if (!file) {
@@ -87,8 +88,8 @@ int property_get(const char* key, char* value, const char* default_value) {
     return static_cast<int>(length);
 }
 
-/// Sets `key` until the process ends; an empty or null value unsets it. Returns 0, or -1 for an empty key or a
-/// value of more than 91 bytes, and then nothing has changed. Any thread.
+/// Sets `key` until the process ends; an empty or null value unsets it. Returns 0, or -1 for an empty key or
+/// a value of more than 91 bytes, and then nothing has changed. Any thread.
 int property_set(const char* key, const char* value) {
     return PropertyTable::instance().set(key, value != nullptr ? value : "") ? 0 : -1;
 }

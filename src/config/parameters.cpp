@@ -48,9 +48,6 @@ class PropertyReader {
     char m_value[kValueSize] = {};
 };
 
-void logParameter(const char* name, float value) { LOGD("%-25s: %f\n", name, static_cast<double>(value)); }
-void logParameter(const char* name, int value) { LOGD("%-25s: %d\n", name, value); }
-
 }  // namespace
 
 void ESRenderer::getProperties(uint32_t orientation) {
@@ -75,18 +72,18 @@ void ESRenderer::getProperties(uint32_t orientation) {
     params.offset_len = properties.real("quorvane.para14", params.offset_len);
 
     if (m_debugEnable == 0) return;
-    logParameter("rotate_z_trans", params.rotate_z_trans);
-    logParameter("rotate_x_boundary", params.rotate_x_boundary);
-    logParameter("rotate_y_boundary", params.rotate_y_boundary);
-    logParameter("trans_to_rotate_scale", params.trans_to_rotate_scale);
-    logParameter("far_offset_ext", params.far_offset_ext);
-    logParameter("z_post_offset", params.z_post_offset);
-    logParameter("guided_filter_rx", params.guided_filter_rx);
-    logParameter("guided_filter_ry", params.guided_filter_ry);
-    logParameter("guided_filter_eps", params.guided_filter_eps);
-    logParameter("depth_contrast", params.depth_contrast);
-    logParameter("border_deadzone", params.border_deadzone);
-    logParameter("fov_scale", params.fov_scale);
-    logParameter("offset_gain", params.offset_gain);
-    logParameter("offset_len", params.offset_len);
+    LOGD("rotate_z_trans           : %f\n", static_cast<double>(params.rotate_z_trans));
+    LOGD("rotate_x_boundary        : %f\n", static_cast<double>(params.rotate_x_boundary));
+    LOGD("rotate_y_boundary        : %f\n", static_cast<double>(params.rotate_y_boundary));
+    LOGD("trans_to_rotate_scale    : %f\n", static_cast<double>(params.trans_to_rotate_scale));
+    LOGD("far_offset_ext           : %f\n", static_cast<double>(params.far_offset_ext));
+    LOGD("z_post_offset            : %f\n", static_cast<double>(params.z_post_offset));
+    LOGD("guided_filter_rx         : %d\n", params.guided_filter_rx);
+    LOGD("guided_filter_ry         : %d\n", params.guided_filter_ry);
+    LOGD("guided_filter_eps        : %f\n", static_cast<double>(params.guided_filter_eps));
+    LOGD("depth_contrast           : %f\n", static_cast<double>(params.depth_contrast));
+    LOGD("border_deadzone          : %d\n", params.border_deadzone);
+    LOGD("fov_scale                : %f\n", static_cast<double>(params.fov_scale));
+    LOGD("offset_gain              : %f\n", static_cast<double>(params.offset_gain));
+    LOGD("offset_len               : %f\n", static_cast<double>(params.offset_len));
 }

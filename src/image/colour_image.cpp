@@ -12,7 +12,8 @@ void ESRenderer::setTexture(int texWidth, int texHeight, unsigned char* imageDat
     m_texWidth = texWidth;
     m_texHeight = texHeight;
     LOGD("GL SetTexture(): GenTexture");
-    std::memcpy(m_pTextureData, imageData, static_cast<size_t>(texWidth) * (static_cast<size_t>(texHeight) * 3));
+    std::memcpy(m_pTextureData, imageData,
+                static_cast<size_t>(texWidth) * (static_cast<size_t>(texHeight) * 3));
     time_step("    memcpy input image     ");
 
     replaceTexture(&m_texName);

@@ -1,8 +1,8 @@
 #ifndef QUORVANE_IMAGE_DEPTH_TABLE_H
 #define QUORVANE_IMAGE_DEPTH_TABLE_H
 
-/// The contrast curve of depth: monotone and concave, slope about 2 at 0 and flat near 255, so that far layers
-/// part from each other and near ones do not bulge.
+/// The contrast curve of depth: monotone and concave, slope about 2 at 0 and flat near 255, so that far
+/// layers part from each other and near ones do not bulge.
 // clang-format off
 inline constexpr unsigned char u_depth_table[256] = {
       0,   2,   4,   6,   8,  10,  12,  13,  15,  17,  19,  21,  23,  25,  27,  28,

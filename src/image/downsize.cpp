@@ -1,8 +1,8 @@
 // Fixed-point low-pass reduction by 1, 2, 4, 8, 16 or 32 on each axis.
 //
-// Each output pixel is the weighted sum of a window of the source: the block it stands for and a margin around
-// it. The weights are the outer product of a horizontal and a vertical kernel that sum to at most 256 each, so
-// a window of 255s sums to at most 255 * 65536 and, with the rounding term, stays below 2 to the 24.
+// Each output pixel is the weighted sum of a window of the source: the block it stands for and a margin
+// around it. The weights are the outer product of a horizontal and a vertical kernel that sum to at most 256
+// each, so a window of 255s sums to at most 255 * 65536 and, with the rounding term, stays below 2 to the 24.
 
 #include <cstdint>
 
@@ -16,8 +16,8 @@ namespace {
 constexpr int32_t filter_32_H[52] = {1, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7,
                                      7, 8, 8, 8, 8, 9, 9, 9, 9, 8, 8, 8, 8, 8, 7, 7, 7, 6,
                                      6, 5, 5, 4, 4, 3, 3, 3, 2, 2, 2, 1, 1, 1, 1, 0};
-constexpr int32_t filter_16_H[30] = {1,  1,  2,  3,  4,  5,  7,  8,  10, 12, 13, 14, 15, 16, 16,
-                                     16, 16, 15, 14, 13, 12, 10, 8,  7,  5,  4,  3,  2,  1,  1};
+constexpr int32_t filter_16_H[30] = {1,  1,  2,  3,  4,  5,  7,  8, 10, 12, 13, 14, 15, 16, 16,
+                                     16, 16, 15, 14, 13, 12, 10, 8, 7,  5,  4,  3,  2,  1,  1};
 constexpr int32_t filter_8_H[12] = {4, 10, 17, 26, 33, 38, 38, 33, 26, 17, 10, 4};
 constexpr int32_t filter_4_H[8] = {4, 18, 43, 63, 63, 43, 18, 4};
 constexpr int32_t filter_2_H[4] = {48, 80, 80, 48};
@@ -31,32 +31,22 @@ constexpr const auto& filter_4_V = filter_4_H;
 constexpr const auto& filter_2_V = filter_2_H;
 constexpr const auto& filter_1_V = filter_1_H;
 
-struct Kernel {
-    const int32_t* weights;  // null: no kernel for this ratio
+/// The kernels of one ratio: ratio + 2 * margin weights; null when the ratio has none.
+struct Kernels {
+    const int32_t* horizontal;
+    const int32_t* vertical;
     int margin;
 };
 
-Kernel horizontalKernel(int ratio) {
+Kernels kernelsFor(int ratio) {
     switch (ratio) {
-        case 32: return {filter_32_H, 10};
-        case 16: return {filter_16_H, 7};
-        case 8: return {filter_8_H, 2};
-        case 4: return {filter_4_H, 2};
-        case 2: return {filter_2_H, 1};
-        case 1: return {filter_1_H, 0};
-        default: return {nullptr, 0};
-    }
-}
-
-Kernel verticalKernel(int ratio) {
-    switch (ratio) {
-        case 32: return {filter_32_V, 10};
-        case 16: return {filter_16_V, 7};
-        case 8: return {filter_8_V, 2};
-        case 4: return {filter_4_V, 2};
-        case 2: return {filter_2_V, 1};
-        case 1: return {filter_1_V, 0};
-        default: return {nullptr, 0};
+        case 32: return {filter_32_H, filter_32_V, 10};
+        case 16: return {filter_16_H, filter_16_V, 7};
+        case 8: return {filter_8_H, filter_8_V, 2};
+        case 4: return {filter_4_H, filter_4_V, 2};
+        case 2: return {filter_2_H, filter_2_V, 1};
+        case 1: return {filter_1_H, filter_1_V, 0};
+        default: return {nullptr, nullptr, 0};
     }
 }
 
@@ -75,16 +65,16 @@ void ESRenderer::downsize(int srcWidth, int srcHeight, const void* srcData, int 
                           void* dstData, bool isRGB) const {
     const int ds_h = dstWidth >= 1 ? srcWidth / dstWidth : 0;
     const int ds_v = dstHeight >= 1 ? srcHeight / dstHeight : 0;
-    const Kernel horizontal = horizontalKernel(ds_h);
-    const Kernel vertical = verticalKernel(ds_v);
-    if (horizontal.weights == nullptr || vertical.weights == nullptr) {
+    const int32_t* filter_H = kernelsFor(ds_h).horizontal;
+    const int32_t* filter_V = kernelsFor(ds_v).vertical;
+    if (filter_H == nullptr || filter_V == nullptr) {
         LOGD("downsize: cannot reduce %d x %d to %d x %d\n", srcWidth, srcHeight, dstWidth, dstHeight);
         return;
     }
     const uint32_t ds_h_shift = simple_log2(static_cast<uint32_t>(ds_h));
     const uint32_t ds_v_shift = simple_log2(static_cast<uint32_t>(ds_v));
-    const int h_tap = horizontal.margin;
-    const int v_tap = vertical.margin;
+    const int h_tap = kernelsFor(ds_h).margin;
+    const int v_tap = kernelsFor(ds_v).margin;
     const int h_taps = ds_h + 2 * h_tap;
     const int v_taps = ds_v + 2 * v_tap;
 
@@ -113,9 +103,9 @@ void ESRenderer::downsize(int srcWidth, int srcHeight, const void* srcData, int 
                 int32_t line_pixels = 0;
                 for (int k = 0; k < h_taps; ++k) {
                     const uint8_t* pixel = row + static_cast<size_t>(column(us_i, k)) * pixel_bytes;
-                    line_pixels += horizontal.weights[k] * (isRGB ? luma(pixel) : *pixel);
+                    line_pixels += filter_H[k] * (isRGB ? luma(pixel) : *pixel);
                 }
-                accum_pixels += line_pixels * vertical.weights[l];
+                accum_pixels += line_pixels * filter_V[l];
             }
             *out++ = static_cast<uint8_t>((accum_pixels + 32768) >> 16);
         }

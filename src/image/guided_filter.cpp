@@ -1,14 +1,14 @@
-// Guided image filter: q = mean(a) I + mean(b), with a = cov(I, p) / (var(I) + eps) and b = mean(p) - a mean(I)
-// over box windows clipped to the image.
+// Guided image filter: q = mean(a) I + mean(b), with a = cov(I, p) / (var(I) + eps) and b = mean(p) - a
+// mean(I) over box windows clipped to the image.
 //
 // Two passes down the image, each with one row of column sums that gains a row and loses one as its window
 // moves, and a running sum along that row: the cost of a pixel does not depend on the window. The first pass
 // reads both images and leaves a and b; only the second writes the output, so it may be the input.
 //
-// Number ranges. A column sum of I * I is at most 65025 a row: 32 bits hold 66051 rows. Window sums are 64-bit.
-// With n pixels in the window, n^2 var and n^2 cov are formed modulo 2 to the 64, and their true size is at most
-// n^2 255^2 / 4: exact up to n = 23.8 million, beyond which the working block outgrows its 32-bit size. So a
-// flat guide has a variance of exactly 0, and with it a = 0.
+// Number ranges. A column sum of I * I is at most 65025 a row: 32 bits hold 66051 rows. Window sums are
+// 64-bit. With n pixels in the window, n^2 var and n^2 cov are formed modulo 2 to the 64, and their true size
+// is at most n^2 255^2 / 4: exact up to n = 23.8 million, beyond which the working block outgrows its 32-bit
+// size. So a flat guide has a variance of exactly 0, and with it a = 0.
 
 #include "quorvane/guided_filter.h"
 
@@ -84,8 +84,8 @@ void guided_filter_qrv::releaseBuffer() {
     m_height = 0;
 }
 
-void guided_filter_qrv::operator()(unsigned char* guide, unsigned char* input, unsigned char* output, int width,
-                                   int height, int rx, int ry, float eps) {
+void guided_filter_qrv::operator()(unsigned char* guide, unsigned char* input, unsigned char* output,
+                                   int width, int height, int rx, int ry, float eps) {
     if (m_buffer == nullptr) return;
     assert(accepts(width, height) && height <= 66051);
     rx = std::clamp(rx, 0, width);
@@ -133,7 +133,8 @@ void guided_filter_qrv::operator()(unsigned char* guide, unsigned char* input, u
             if (x + rx < width) add_column(x + rx, 1);
             if (x - rx > 0) add_column(x - rx - 1, ~uint64_t{0});
 
-            const uint64_t n = static_cast<uint64_t>(rows) * static_cast<uint64_t>(windowAt(x, rx, width).size());
+            const uint64_t n =
+                static_cast<uint64_t>(rows) * static_cast<uint64_t>(windowAt(x, rx, width).size());
             const double count = static_cast<double>(n);
             const double covariance = static_cast<double>(static_cast<int64_t>(n * sum_Ip - sum_I * sum_p));
             const double variance = static_cast<double>(static_cast<int64_t>(n * sum_II - sum_I * sum_I));

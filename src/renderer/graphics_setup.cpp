@@ -28,23 +28,23 @@ bool ESRenderer::setupGraphics(int w, int h) {
         time_step("    create shader          ");
 
         // A location of -1 is kept as it comes and is no error: the frame goes on without that input.
-        const auto attribute = [this](const char* name) {
+        const auto attribute = [this](const char* name, const char* format) {
             const GLint location = glGetAttribLocation(m_program, name);
             checkGlError("glGetAttribLocation");
-            LOGD("glGetAttribLocation(\"%s\") = %d\n", name, location);
+            LOGD(format, location);
             return static_cast<GLuint>(location);
         };
-        const auto uniform = [this](const char* name) {
+        const auto uniform = [this](const char* name, const char* format) {
             const GLint location = glGetUniformLocation(m_program, name);
             checkGlError("glGetUniformLocation");
-            LOGD("glGetUniformLocation(\"%s\") = %d\n", name, location);
+            LOGD(format, location);
             return static_cast<GLuint>(location);
         };
-        m_vPositionHandle = attribute("vPosition");
-        m_texCoordHandle = attribute("a_texCoord");
-        m_mvpLocHandle = uniform("mvp");
-        m_texLocHandle = uniform("s_texture");
-        m_depthLocHandle = uniform("depthMap");
+        m_vPositionHandle = attribute("vPosition", "glGetAttribLocation(\"vPosition\") = %d\n");
+        m_texCoordHandle = attribute("a_texCoord", "glGetAttribLocation(\"a_texCoord\") = %d\n");
+        m_mvpLocHandle = uniform("mvp", "glGetUniformLocation(\"mvp\") = %d\n");
+        m_texLocHandle = uniform("s_texture", "glGetUniformLocation(\"s_texture\") = %d\n");
+        m_depthLocHandle = uniform("depthMap", "glGetUniformLocation(\"depthMap\") = %d\n");
         time_step("    get uniform            ");
 
         if (m_fbo != 0) glDeleteFramebuffers(1, &m_fbo);

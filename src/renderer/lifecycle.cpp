@@ -60,7 +60,8 @@ ESRenderer::ESRenderer()
       m_maxDepth(0),
       m_z_factor(0.0f) {}
 
-// Names that are still 0 go to GL as they are; it ignores them. The shader objects live as long as the context.
+// Names that are still 0 go to GL as they are; it ignores them. The shader objects live as long as the
+// context.
 ESRenderer::~ESRenderer() {
     glDeleteTextures(1, &m_depthName);
     glDeleteTextures(1, &m_texName);

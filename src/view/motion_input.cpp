@@ -16,14 +16,6 @@ float heldOffBorder(float position, float extent, float border) {
     return position;
 }
 
-void logValue(const char* label, float value) {
-    LOGD("%s = %f\n", label, static_cast<double>(value));
-}
-
-void logPair(const char* label, float value, float fraction) {
-    LOGD("%s: %f %f x\n", label, static_cast<double>(value), static_cast<double>(fraction));
-}
-
 }  // namespace
 
 // The gains pair the width with the mesh's half-height and the height with its half-width; hosts are tuned to
@@ -32,14 +24,14 @@ void ESRenderer::setAccelerometerData(float x, float y, float z) {
     if (m_width == 0.0f) m_width = kDefaultWidth;
     if (m_height == 0.0f) m_height = kDefaultHeight;
 
-    logPair("m_transX", m_transX, x / m_width);
+    LOGD("m_transX: %f %f x\n", static_cast<double>(m_transX), static_cast<double>(x / m_width));
     m_transX += ((m_OBJ_CORD_Y * x) * 4.0f / 5.0f) / m_width;
     m_transY += ((m_OBJ_CORD_X * y) * 2.0f / 4.0f) / m_height;
-    logPair("m_transY", m_transY, y / m_height);
+    LOGD("m_transY: %f %f x\n", static_cast<double>(m_transY), static_cast<double>(y / m_height));
     m_targetTransX = m_transX;
     m_targetTransY = m_transY;
     m_transZ += z;
-    logValue("m_transZ", m_transZ);
+    LOGD("m_transZ = %f\n", static_cast<double>(m_transZ));
     m_accX = x;
     m_accY = y;
     m_accZ = z;
@@ -49,30 +41,30 @@ void ESRenderer::setRotation(float x, float y, float z) {
     if (m_width == 0.0f) m_width = kDefaultWidth;
     if (m_height == 0.0f) m_height = kDefaultHeight;
 
-    logPair("m_transX", m_transX, x / m_width);
+    LOGD("m_transX: %f %f x\n", static_cast<double>(m_transX), static_cast<double>(x / m_width));
     const float deadzone = static_cast<float>(params.border_deadzone);
     x = heldOffBorder(x, m_width, m_width / deadzone);
     y = heldOffBorder(y, m_height, m_height / deadzone);
     m_transY = (y - m_height * 0.5f) / (m_height * 0.5f);
     m_transX = (x - m_width * 0.5f) / (m_width * 0.5f);
-    logPair("m_transY", m_transY, y / m_height);
+    LOGD("m_transY: %f %f x\n", static_cast<double>(m_transY), static_cast<double>(y / m_height));
     m_transZ = z;
     m_targetTransX = m_transX;
     m_targetTransY = m_transY;
-    logValue("m_transZ", z);
+    LOGD("m_transZ = %f\n", static_cast<double>(z));
     m_accX = x;
     m_accY = y;
     m_accZ = z;
 }
 
 void ESRenderer::setTranslation(float x, float y, float z) {
-    logPair("m_camTransX", m_camTransX, x / m_width);
+    LOGD("m_camTransX: %f %f x\n", static_cast<double>(m_camTransX), static_cast<double>(x / m_width));
     m_camTransX = (m_OBJ_CORD_Y * (x * 10.0f)) / m_width;
     m_camTransY = (m_OBJ_CORD_X * (y * 10.0f)) / m_height;
     // The view position under the camera's label: log readers expect it.
-    logPair("m_camTransY", m_transY, y / m_height);
+    LOGD("m_camTransY: %f %f x\n", static_cast<double>(m_transY), static_cast<double>(y / m_height));
     m_camTransZ = z;
-    logValue("m_camTransZ", z);
+    LOGD("m_camTransZ = %f\n", static_cast<double>(z));
 }
 
 void ESRenderer::touchEvent(int event, float, float) {

@@ -70,11 +70,12 @@ void ESRenderer::setupProjection() {
     const float x_total = (x_shift + x_offset) + x_post_offset;
     const float y_total = (y_shift + y_offset) + y_post_offset;
     const float final_transZ = x_total > y_total ? x_total : y_total;
-    LOGD("x_offset: %f, y_offset: %f, Pre_shift_z: %f, z_axis: %f, m_z_factor: %f, axis_angle: %f, "
-         "axis_angle_limit: %f, weight: %d\n",
-         static_cast<double>(x_offset), static_cast<double>(y_offset), static_cast<double>(final_transZ),
-         static_cast<double>(z_axis), static_cast<double>(m_z_factor), static_cast<double>(axis_angle),
-         static_cast<double>(axis_angle_limit), m_depthContrastWeight);
+    LOGD(
+        "x_offset: %f, y_offset: %f, Pre_shift_z: %f, z_axis: %f, m_z_factor: %f, axis_angle: %f, "
+        "axis_angle_limit: %f, weight: %d\n",
+        static_cast<double>(x_offset), static_cast<double>(y_offset), static_cast<double>(final_transZ),
+        static_cast<double>(z_axis), static_cast<double>(m_z_factor), static_cast<double>(axis_angle),
+        static_cast<double>(axis_angle_limit), m_depthContrastWeight);
 
     // Turn about the pivot (0, 0, -z_axis), which stays where it is.
     renderTranslate(&modelview, x_post_offset, -y_post_offset, -z_axis);

@@ -10,7 +10,9 @@ constexpr double PI = 3.1415926;
 }  // namespace
 
 void renderMatrixLoadIdentity(RENDERMatrix* result) {
-    *result = {{{1.0f, 0.0f, 0.0f, 0.0f}, {0.0f, 1.0f, 0.0f, 0.0f}, {0.0f, 0.0f, 1.0f, 0.0f},
+    *result = {{{1.0f, 0.0f, 0.0f, 0.0f},
+                {0.0f, 1.0f, 0.0f, 0.0f},
+                {0.0f, 0.0f, 1.0f, 0.0f},
                 {0.0f, 0.0f, 0.0f, 1.0f}}};
 }
 

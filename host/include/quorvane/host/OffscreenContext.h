@@ -9,10 +9,11 @@
 
 namespace quorvane {
 
-/// An OpenGL ES 2 context without a window, current on the thread that created it. Software rendering will do.
+/// An OpenGL ES 2 context without a window, current on the thread that created it. Software rendering will
+/// do.
 ///
-/// Tried in this order: Mesa's surfaceless platform, each EGL device, the default display; each with no surface
-/// where the driver allows that, else with a 1 x 1 pbuffer.
+/// Tried in this order: Mesa's surfaceless platform, each EGL device, the default display; each with no
+/// surface where the driver allows that, else with a 1 x 1 pbuffer.
 class OffscreenContext {
   public:
     /// Creates a context and makes it current on the calling thread. On failure `*context` is null and the
