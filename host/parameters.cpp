@@ -74,9 +74,7 @@ Status unknown(const std::string& name) {
 
 const std::vector<ParameterInfo>& ParallaxView::parameters() { return kParameters; }
 
-Status ParallaxView::setParameter(const std::string& name, double value) {
-    Status status = checkCaller();
-    if (!status) return status;
+Status ParallaxView::checkParameter(const std::string& name, double value) {
     const ParameterInfo* info = find(name);
     if (info == nullptr) return unknown(name);
 
@@ -87,6 +85,13 @@ Status ParallaxView::setParameter(const std::string& name, double value) {
                       info->integer ? "a whole number" : "a number", info->minimum, info->maximum);
         return Status::failure(sentence);
     }
+    return Status::success();
+}
+
+Status ParallaxView::setParameter(const std::string& name, double value) {
+    Status status = checkCaller();
+    if (status) status = checkParameter(name, value);
+    if (!status) return status;
     withField(m_renderer.params, name,
               [value](auto& field) { field = static_cast<std::remove_reference_t<decltype(field)>>(value); });
     return Status::success();

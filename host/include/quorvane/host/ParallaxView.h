@@ -91,8 +91,10 @@ class ParallaxView {
     /// All tunable parameters, in the order of `LibParam`.
     static const std::vector<ParameterInfo>& parameters();
 
-    /// Sets a parameter by its name; refused when unknown, out of its range or, for an integer one,
-    /// fractional.
+    /// Whether `setParameter` would take it: refused when unknown, out of its range or, for an integer one,
+    /// fractional. Any thread.
+    static Status checkParameter(const std::string& name, double value);
+
     Status setParameter(const std::string& name, double value);
 
     Status parameter(const std::string& name, double* value) const;

@@ -1,0 +1,25 @@
+#ifndef QUORVANE_APPS_ARGUMENTS_H
+#define QUORVANE_APPS_ARGUMENTS_H
+
+#include <string>
+#include <utility>
+
+#include "media/fit.h"
+#include "motion.h"
+
+namespace quorvane::app {
+
+// The option values that are more than a word or a number. All throw UsageError.
+
+/// "WxH": both sides 1..16384.
+media::Size parseSize(const std::string& text);
+
+/// "X,Y": both -1..1.
+Position parsePosition(const std::string& text);
+
+/// "FIELD=VALUE": a parameter's name and a number, within that parameter's range.
+std::pair<std::string, double> parseSetting(const std::string& text);
+
+}  // namespace quorvane::app
+
+#endif

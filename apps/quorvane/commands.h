@@ -1,0 +1,54 @@
+#ifndef QUORVANE_APPS_COMMANDS_H
+#define QUORVANE_APPS_COMMANDS_H
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "motion.h"
+
+namespace quorvane::app {
+
+/// The command line asks for something that cannot be meant; exit code 2.
+class UsageError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// What shapes the view, whatever is made of it.
+struct ViewOptions {
+    std::string photo;
+    std::string depth;
+    /// The set for 4 keeps the pivot among the depths, so that near things move against far ones, and keeps
+    /// every shape of picture clear of the mesh's edge.
+    unsigned orientation = 4;
+    std::vector<std::string> settings;  ///< FIELD=VALUE
+    bool invert_depth = false;
+    int verbosity = 0;  ///< 1: say what was chosen; 2: the renderer's log too
+    bool quiet = false;
+    std::string timings;  ///< a file for the renderer's timing lines; empty: nowhere
+};
+
+struct RenderOptions {
+    ViewOptions view;
+    std::string out;
+    std::string size;  ///< "WxH", "photo" or empty
+    int frames = 120;
+    int fps = 30;
+    Motion motion = Motion::kSway;
+    double amount = 1.0;
+    std::string at;  ///< "X,Y" or empty
+    int supersample = 1;
+    bool force = false;
+};
+
+// Each command throws media::Error or UsageError.
+
+void render(const RenderOptions& options);
+void stages(const ViewOptions& options, const std::string& out);
+void info();
+void sample(const std::string& photo, const std::string& depth, const std::string& size);
+
+}  // namespace quorvane::app
+
+#endif

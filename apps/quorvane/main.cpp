@@ -1,0 +1,138 @@
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <map>
+#include <new>
+
+#include "commands.h"
+#include "media/cancel.h"
+#include "media/error.h"
+
+namespace {
+
+using namespace quorvane::app;
+
+constexpr char kExamples[] = R"(Examples:
+  quorvane render photo.jpg depth.png -o sway.mp4
+  quorvane render photo.jpg depth.png -o loop.gif --size 480x360 --motion circle --frames 60
+  quorvane render photo.jpg depth.png -o left.png --at -1,0
+  quorvane render photo.jpg depth.png -o frames/ --set fov_scale=0.9
+  quorvane stages photo.jpg depth.png -o stages.png
+  quorvane sample photo.png depth.png
+
+Depth maps are gray pictures, larger = nearer (--invert-depth for the others).
+Exit code: 0 done, 1 failed or interrupted, 2 wrong usage.)";
+
+void addViewOptions(CLI::App* command, ViewOptions* options) {
+    command->add_option("PHOTO", options->photo, "JPEG, PNG, WebP, HEIC, AVIF or TIFF")->required();
+    command->add_option("DEPTH", options->depth, "gray picture of 8 or 16 bit, any size, larger = nearer")
+        ->required();
+    command->add_flag("--invert-depth", options->invert_depth, "the depth map's larger values are farther");
+    command
+        ->add_option("--orientation", options->orientation,
+                     "tuned set: 4 and 7 the first, other codes the second, which turns about a point behind "
+                     "the scene")
+        ->capture_default_str();
+    command->add_option("--set", options->settings, "change a tunable parameter; may be repeated")
+        ->type_name("FIELD=VALUE")
+        ->allow_extra_args(false)
+        ->take_all();
+    command->add_option("--timings", options->timings, "write the renderer's timing lines to FILE")
+        ->type_name("FILE");
+    command->add_flag("-v,--verbose", options->verbosity,
+                      "say what was chosen; twice: the renderer's log too");
+    command->add_flag("-q,--quiet", options->quiet, "no progress bar");
+}
+
+int run(int argc, char** argv) {
+    CLI::App app("Turns a photo and its depth map into a picture that swings with the view.", "quorvane");
+    app.footer(kExamples);
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "quorvane " QUORVANE_VERSION);
+
+    RenderOptions render_options;
+    CLI::App* render_command = app.add_subcommand("render", "make a clip, a still or numbered frames");
+    addViewOptions(render_command, &render_options.view);
+    render_command
+        ->add_option("-o,--out", render_options.out,
+                     ".mp4, .webp, .gif: a looping clip; .png: a still; else a folder")
+        ->required();
+    render_command
+        ->add_option("--size", render_options.size,
+                     "picture size, or 'photo' for the photo's own (default: its aspect, at most 1920)")
+        ->type_name("WxH");
+    render_command->add_option("--frames", render_options.frames, "frames in the loop")
+        ->check(CLI::Range(1, 99999))
+        ->capture_default_str();
+    render_command->add_option("--fps", render_options.fps, "frames a second")
+        ->check(CLI::Range(1, 240))
+        ->capture_default_str();
+    const std::map<std::string, Motion> motions = {{"sway", Motion::kSway},
+                                                   {"nod", Motion::kNod},
+                                                   {"circle", Motion::kCircle},
+                                                   {"eight", Motion::kEight}};
+    std::string motion = "sway";
+    render_command->add_option("--motion", motion, "path of the view")
+        ->check(CLI::IsMember({"sway", "nod", "circle", "eight"}))
+        ->capture_default_str();
+    render_command->add_option("--amount", render_options.amount, "how far the view swings")
+        ->check(CLI::Range(0.0, 1.0))
+        ->capture_default_str();
+    render_command
+        ->add_option(
+            "--at", render_options.at,
+            "the still's view position, or the middle of the motion: -1..1 from the left and from above")
+        ->type_name("X,Y");
+    render_command
+        ->add_option("--supersample", render_options.supersample,
+                     "draw this many times as large, then average")
+        ->check(CLI::Range(1, 4))
+        ->capture_default_str();
+    render_command->add_flag("--force", render_options.force,
+                             "replace the numbered frames in a folder that is not empty");
+
+    ViewOptions stages_options;
+    std::string sheet;
+    CLI::App* stages_command = app.add_subcommand("stages", "one labelled picture of every stage");
+    addViewOptions(stages_command, &stages_options);
+    stages_command->add_option("-o,--out", sheet, "the sheet, a .png file")->required();
+
+    CLI::App* info_command = app.add_subcommand("info", "version, graphics driver and its limits");
+
+    std::string sample_photo, sample_depth, sample_size;
+    CLI::App* sample_command = app.add_subcommand("sample", "write a made-up photo and its exact depth map");
+    sample_command->add_option("PHOTO", sample_photo, "a .png file to write")->required();
+    sample_command->add_option("DEPTH", sample_depth, "a .png file to write")->required();
+    sample_command->add_option("--size", sample_size, "sides from 64 to 8192 (default 1600x1200)")
+        ->type_name("WxH");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() == 0) return app.exit(error);
+        throw UsageError(error.what());
+    }
+    render_options.motion = motions.at(motion);
+
+    quorvane::media::catchSignals();
+    if (render_command->parsed()) render(render_options);
+    if (stages_command->parsed()) stages(stages_options, sheet);
+    if (info_command->parsed()) info();
+    if (sample_command->parsed()) sample(sample_photo, sample_depth, sample_size);
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const UsageError& error) {
+        std::fprintf(stderr, "quorvane: %s (quorvane --help shows examples)\n", error.what());
+        return 2;
+    } catch (const std::bad_alloc&) {
+        std::fputs("quorvane: out of memory\n", stderr);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quorvane: %s\n", error.what());
+    }
+    return 1;
+}

@@ -1,0 +1,30 @@
+#include "arguments.h"
+#include "commands.h"
+#include "media/clip_writer.h"
+#include "media/picture_file.h"
+#include "media/sample_scene.h"
+
+namespace quorvane::app {
+namespace {
+
+constexpr media::Size kDefaultSize = {1600, 1200};
+constexpr int kSmallest = 64;
+constexpr int kLargest = 8192;
+
+}  // namespace
+
+void sample(const std::string& photo, const std::string& depth, const std::string& size_text) {
+    for (const std::string& path : {photo, depth})
+        if (media::outputKind(path) != media::OutputKind::kStill)
+            throw UsageError(path + ": the sample's two files are .png");
+    if (photo == depth) throw UsageError(photo + ": photo and depth map are two files");
+    const media::Size size = size_text.empty() ? kDefaultSize : parseSize(size_text);
+    if (size.width < kSmallest || size.height < kSmallest || size.width > kLargest || size.height > kLargest)
+        throw UsageError("--size " + size_text + ": the sample's sides are 64 to 8192 pixels");
+
+    const media::SampleScene scene = media::makeSampleScene(size.width, size.height);
+    media::writePng(scene.photo, photo);
+    media::writePng(scene.depth, depth);
+}
+
+}  // namespace quorvane::app

@@ -1,0 +1,46 @@
+#include "commands.h"
+#include "media/clip_writer.h"
+#include "media/error.h"
+#include "media/pending_output.h"
+#include "media/sheet.h"
+#include "standard_output.h"
+#include "view.h"
+
+namespace quorvane::app {
+
+namespace {
+
+constexpr int kColumns = 4;
+constexpr int kPanelWidth = 480;
+// Large enough to fill a panel of either orientation.
+constexpr int kLongestSide = 960;
+
+}  // namespace
+
+void stages(const ViewOptions& options, const std::string& out) {
+    if (media::outputKind(out) != media::OutputKind::kStill)
+        throw UsageError("-o " + out + ": the sheet is a .png file");
+    { const media::PendingOutput place(out); }
+
+    const StandardOutputTo timings(options.timings);
+    Input input = readInput(options);
+    const media::GrayImage given =
+        media::toBytes(input.depth.plane, {input.depth.plane.width, input.depth.plane.height});
+    const media::RgbImage photo = input.photo;
+    const media::Size size = media::pictureSize({photo.width, photo.height}, kLongestSide, false);
+    View view(options, std::move(input), size, 1);
+
+    const auto picture = [&view](double x) { return media::toRgb(view.pictureAt({x, 0.0})); };
+    const std::vector<media::Panel> panels = {
+        {"photo", photo},
+        {"guide: its luma at grid size", media::toRgb(view.guide())},
+        {"depth as given, larger = nearer", media::toRgb(given)},
+        {"depth as shaped", media::toRgb(view.shapedDepth())},
+        {"from the left", picture(-1.0)},
+        {"at rest", picture(0.0)},
+        {"from the right", picture(1.0)},
+    };
+    media::writePng(media::contactSheet(panels, kColumns, kPanelWidth), out);
+}
+
+}  // namespace quorvane::app

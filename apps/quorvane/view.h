@@ -1,0 +1,50 @@
+#ifndef QUORVANE_APPS_VIEW_H
+#define QUORVANE_APPS_VIEW_H
+
+#include <memory>
+
+#include "commands.h"
+#include "media/fit.h"
+#include "media/image.h"
+#include "media/picture_file.h"
+#include "motion.h"
+#include "quorvane/host/OffscreenContext.h"
+#include "quorvane/host/ParallaxView.h"
+
+namespace quorvane::app {
+
+/// Both images as their files hold them.
+struct Input {
+    media::RgbImage photo;
+    media::DepthMap depth;  ///< larger = nearer
+};
+
+Input readInput(const ViewOptions& options);
+
+/// A view of a photo and its depth map, in an offscreen context of its own.
+class View {
+  public:
+    /// Cuts the images to the picture's aspect, fits their sizes to each other and sets everything up.
+    /// Pictures are drawn `supersample` times as large on either axis and averaged. Throws media::Error.
+    View(const ViewOptions& options, Input input, media::Size picture, int supersample);
+
+    media::RgbaImage pictureAt(Position position);
+
+    const media::RgbImage& photo() const { return m_photo; }   ///< as given to the renderer
+    const media::GrayImage& depth() const { return m_depth; }  ///< as given to the renderer
+    media::GrayImage guide() const;                            ///< at grid size
+    media::GrayImage shapedDepth() const;                      ///< at grid size
+
+  private:
+    std::unique_ptr<OffscreenContext> m_context;
+    std::unique_ptr<ParallaxView> m_view;
+    media::Size m_picture;
+    int m_supersample;
+    media::RgbImage m_photo;
+    media::GrayImage m_depth;
+    media::RgbaImage m_drawn;
+};
+
+}  // namespace quorvane::app
+
+#endif

@@ -1,0 +1,17 @@
+#ifndef QUORVANE_MEDIA_CANCEL_H
+#define QUORVANE_MEDIA_CANCEL_H
+
+namespace quorvane::media {
+
+/// From now on SIGINT, SIGTERM and SIGHUP ask for an orderly end instead of killing the process, and a reader
+/// that goes away (SIGPIPE) shows as a write error.
+void catchSignals();
+
+bool cancelled();
+
+/// Throws Error("interrupted") once a signal has asked for the end.
+void throwIfCancelled();
+
+}  // namespace quorvane::media
+
+#endif

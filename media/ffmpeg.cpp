@@ -1,0 +1,108 @@
+#include "ffmpeg.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+
+#include "cancel.h"
+#include "error.h"
+
+extern char** environ;
+
+namespace quorvane::media {
+
+Ffmpeg::Ffmpeg(const std::vector<std::string>& arguments) : m_errors(std::tmpfile(), std::fclose) {
+    if (m_errors == nullptr)
+        throw Error(std::string("no temporary file can be made: ") + std::strerror(errno));
+    int pipe_ends[2];
+    if (pipe2(pipe_ends, O_CLOEXEC) != 0)
+        throw Error(std::string("no pipe can be made: ") + std::strerror(errno));
+
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_adddup2(&files, pipe_ends[0], STDIN_FILENO);
+    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_adddup2(&files, fileno(m_errors.get()), STDERR_FILENO);
+    // A process group of its own: Ctrl-C reaches us alone, and we end it. Its signals start out as usual.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setpgroup(&attributes, 0);
+    sigset_t defaults;
+    sigemptyset(&defaults);
+    sigaddset(&defaults, SIGPIPE);
+    posix_spawnattr_setsigdefault(&attributes, &defaults);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF);
+
+    std::vector<char*> argv;
+    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    const int failed = posix_spawnp(&m_process, argv[0], &files, &attributes, argv.data(), environ);
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&files);
+    close(pipe_ends[0]);
+    m_input = pipe_ends[1];
+    if (failed != 0) {
+        m_process = -1;
+        closeInput();
+        if (failed == ENOENT)
+            throw Error(
+                "ffmpeg is not installed; it writes .mp4, .webp and .gif (a folder of .png needs none)");
+        throw Error(std::string("ffmpeg does not start: ") + std::strerror(failed));
+    }
+}
+
+Ffmpeg::~Ffmpeg() {
+    closeInput();
+    if (m_process < 0) return;
+    kill(m_process, SIGKILL);
+    while (waitpid(m_process, nullptr, 0) < 0 && errno == EINTR) {
+    }
+}
+
+void Ffmpeg::closeInput() {
+    if (m_input >= 0) close(m_input);
+    m_input = -1;
+}
+
+bool Ffmpeg::write(const void* bytes, size_t size) {
+    const char* next = static_cast<const char*>(bytes);
+    while (size > 0) {
+        if (cancelled()) return false;
+        const ssize_t written = ::write(m_input, next, size);
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) return false;
+        next += written;
+        size -= static_cast<size_t>(written);
+    }
+    return true;
+}
+
+bool Ffmpeg::finish() {
+    closeInput();
+    int status = 0;
+    while (waitpid(m_process, &status, 0) < 0) {
+        if (errno != EINTR || cancelled()) return false;
+    }
+    m_process = -1;
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+std::string Ffmpeg::complaint() {
+    // It may still be writing down why it stopped reading.
+    if (m_process >= 0 && !cancelled()) finish();
+    std::string last;
+    std::rewind(m_errors.get());
+    char line[512];
+    while (std::fgets(line, sizeof line, m_errors.get()) != nullptr) {
+        line[std::strcspn(line, "\r\n")] = '\0';
+        if (line[0] != '\0') last = line;
+    }
+    return last.empty() ? "it stopped without a word" : last;
+}
+
+}  // namespace quorvane::media

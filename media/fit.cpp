@@ -1,0 +1,122 @@
+#include "fit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "vips.h"
+
+namespace quorvane::media {
+namespace {
+
+constexpr int kDepthPixelsPerCell = 4;
+
+Size sizeOf(const vips::VImage& image) { return {image.width(), image.height()}; }
+
+int ceilDivide(int value, int divisor) { return (value + divisor - 1) / divisor; }
+
+/// The renderer's working memory for these sizes stays within its 32-bit byte count.
+bool blockFits(const Fit& fit) {
+    const int64_t w = fit.grid.width, h = fit.grid.height;
+    const int64_t bytes = 3 * int64_t{fit.photo.width} * fit.photo.height + 57 * w * h + 40 * h * (w + 1) +
+                          12 * (w + 1) * (h + 1);
+    return bytes <= std::numeric_limits<int32_t>::max();
+}
+
+Size scaledInto(Size size, int longest) {
+    const int side = std::max(size.width, size.height);
+    if (side <= longest) return size;
+    const auto scaled = [=](int length) {
+        return std::max(1, static_cast<int>(std::lround(static_cast<double>(length) * longest / side)));
+    };
+    return {scaled(size.width), scaled(size.height)};
+}
+
+vips::VImage resized(const vips::VImage& image, Size size, VipsKernel kernel) {
+    return image.resize(static_cast<double>(size.width) / image.width(),
+                        vips::VImage::option()
+                            ->set("vscale", static_cast<double>(size.height) / image.height())
+                            ->set("kernel", kernel));
+}
+
+template <typename Picture>
+Picture cropMiddle(const Picture& image, Size size) {
+    Picture out(size.width, size.height);
+    const size_t channels =
+        out.samples.size() / (static_cast<size_t>(size.width) * static_cast<size_t>(size.height));
+    const size_t left = static_cast<size_t>((image.width - size.width) / 2);
+    const size_t top = static_cast<size_t>((image.height - size.height) / 2);
+    for (size_t y = 0; y < static_cast<size_t>(size.height); ++y) {
+        const auto row =
+            image.samples.begin() +
+            static_cast<std::ptrdiff_t>(((top + y) * static_cast<size_t>(image.width) + left) * channels);
+        std::copy_n(row, static_cast<size_t>(size.width) * channels,
+                    out.samples.begin() +
+                        static_cast<std::ptrdiff_t>(y * static_cast<size_t>(size.width) * channels));
+    }
+    return out;
+}
+
+}  // namespace
+
+Fit fitSizes(Size photo, Size depth, int largest_photo_side) {
+    const Size source = scaledInto(photo, largest_photo_side);
+    const auto fit_for = [&](int ratio) {
+        Fit fit;
+        fit.ratio = ratio;
+        // A side at the driver's limit cannot grow into the next cell.
+        const int most_cells = std::max(1, largest_photo_side / ratio);
+        fit.grid = {std::min(ceilDivide(source.width, ratio), most_cells),
+                    std::min(ceilDivide(source.height, ratio), most_cells)};
+        fit.photo = {fit.grid.width * ratio, fit.grid.height * ratio};
+        fit.depth = {fit.grid.width * kDepthPixelsPerCell, fit.grid.height * kDepthPixelsPerCell};
+        return fit;
+    };
+    const auto keeps_detail = [&](int ratio) {
+        return int64_t{source.width} * kDepthPixelsPerCell >= int64_t{depth.width} * ratio &&
+               int64_t{source.height} * kDepthPixelsPerCell >= int64_t{depth.height} * ratio;
+    };
+
+    int ratio = 1;
+    while (ratio < 32 && keeps_detail(2 * ratio)) ratio *= 2;
+    while (ratio < 32 && !blockFits(fit_for(ratio))) ratio *= 2;
+    return fit_for(ratio);
+}
+
+Size pictureSize(Size photo, int longest, bool even) {
+    Size size = scaledInto(photo, longest);
+    if (even) size = {std::max(2, size.width & ~1), std::max(2, size.height & ~1)};
+    return size;
+}
+
+Size croppedSize(Size image, Size wanted) {
+    const double aspect = static_cast<double>(wanted.width) / wanted.height;
+    const int width = static_cast<int>(std::lround(std::min<double>(image.width, image.height * aspect)));
+    const int height = static_cast<int>(std::lround(std::min<double>(image.height, image.width / aspect)));
+    return {std::max(1, width), std::max(1, height)};
+}
+
+RgbImage crop(const RgbImage& image, Size size) { return cropMiddle(image, size); }
+Image<float, 1> crop(const Image<float, 1>& image, Size size) { return cropMiddle(image, size); }
+
+RgbImage resample(RgbImage image, Size size) {
+    if (Size{image.width, image.height} == size) return image;
+    try {
+        return fromVips<uint8_t, 3>(resized(toVips(image), size, VIPS_KERNEL_LANCZOS3));
+    } catch (const vips::VError&) {
+        throw Error("the photo cannot be resampled (" + vipsReason() + ")");
+    }
+}
+
+GrayImage toBytes(const Image<float, 1>& plane, Size size) {
+    try {
+        vips::VImage image = toVips(plane);
+        if (sizeOf(image) != size) image = resized(image, size, VIPS_KERNEL_LINEAR);
+        return fromVips<uint8_t, 1>(image.rint());
+    } catch (const vips::VError&) {
+        throw Error("the depth map cannot be scaled (" + vipsReason() + ")");
+    }
+}
+
+}  // namespace quorvane::media
