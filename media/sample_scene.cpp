@@ -436,7 +436,7 @@ void paintBirch(Canvas& canvas, const Stage& stage, Point place, float size, flo
 void paintLantern(Canvas& canvas, const Stage& stage) {
     constexpr float kBulge = 29;
     const float u = stage.unit, radius = 0.112f * u;
-    const Point middle = {stage.width * 0.765f, stage.height * 0.6f};
+    const Point middle = {stage.width * 0.685f, stage.height * 0.6f};
     const Point foot = {middle.x + 0.175f * u, stage.height * 0.985f};
     const float beam = middle.y - 0.25f * u;
     const float depth = stage.groundDepth(foot.y) - 5;
