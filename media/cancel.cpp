@@ -19,8 +19,6 @@ void catchSignals() {
     sigemptyset(&action.sa_mask);
     // Without SA_RESTART: a write that waits for ffmpeg must return.
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
-    action.sa_handler = SIG_IGN;
-    sigaction(SIGPIPE, &action, nullptr);
 }
 
 bool cancelled() { return g_cancelled != 0; }

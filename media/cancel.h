@@ -3,8 +3,7 @@
 
 namespace quorvane::media {
 
-/// From now on SIGINT, SIGTERM and SIGHUP ask for an orderly end instead of killing the process, and a reader
-/// that goes away (SIGPIPE) shows as a write error.
+/// From now on SIGINT, SIGTERM and SIGHUP ask for an orderly end instead of killing the process.
 void catchSignals();
 
 bool cancelled();

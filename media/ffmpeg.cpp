@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,24 +20,21 @@ namespace quorvane::media {
 Ffmpeg::Ffmpeg(const std::vector<std::string>& arguments) : m_errors(std::tmpfile(), std::fclose) {
     if (m_errors == nullptr)
         throw Error(std::string("no temporary file can be made: ") + std::strerror(errno));
-    int pipe_ends[2];
-    if (pipe2(pipe_ends, O_CLOEXEC) != 0)
-        throw Error(std::string("no pipe can be made: ") + std::strerror(errno));
+    // A socket rather than a pipe: writing to one whose reader has gone can be told not to raise SIGPIPE.
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
+        throw Error(std::string("no socket can be made: ") + std::strerror(errno));
 
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_adddup2(&files, pipe_ends[0], STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&files, ends[0], STDIN_FILENO);
     posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_adddup2(&files, fileno(m_errors.get()), STDERR_FILENO);
-    // A process group of its own: Ctrl-C reaches us alone, and we end it. Its signals start out as usual.
+    // A process group of its own: Ctrl-C reaches us alone, and we end it.
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setpgroup(&attributes, 0);
-    sigset_t defaults;
-    sigemptyset(&defaults);
-    sigaddset(&defaults, SIGPIPE);
-    posix_spawnattr_setsigdefault(&attributes, &defaults);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
 
     std::vector<char*> argv;
     for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
@@ -44,8 +42,8 @@ Ffmpeg::Ffmpeg(const std::vector<std::string>& arguments) : m_errors(std::tmpfil
     const int failed = posix_spawnp(&m_process, argv[0], &files, &attributes, argv.data(), environ);
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&files);
-    close(pipe_ends[0]);
-    m_input = pipe_ends[1];
+    close(ends[0]);
+    m_input = ends[1];
     if (failed != 0) {
         m_process = -1;
         closeInput();
@@ -73,7 +71,7 @@ bool Ffmpeg::write(const void* bytes, size_t size) {
     const char* next = static_cast<const char*>(bytes);
     while (size > 0) {
         if (cancelled()) return false;
-        const ssize_t written = ::write(m_input, next, size);
+        const ssize_t written = send(m_input, next, size, MSG_NOSIGNAL);
         if (written < 0 && errno == EINTR) continue;
         if (written < 0) return false;
         next += written;

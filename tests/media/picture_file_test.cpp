@@ -1,0 +1,278 @@
+#include "media/picture_file.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <vips/vips8>
+
+#include "media/error.h"
+#include "media/vips.h"
+#include "support/temporary_folder.h"
+
+namespace quorvane::media {
+namespace {
+
+using test::bytesOf;
+using test::TemporaryFolder;
+using test::writeBytes;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+using vips::VImage;
+
+/// What the reader says of a file it refuses.
+template <typename Read>
+std::string refusal(Read read) {
+    try {
+        read();
+    } catch (const Error& error) {
+        EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos) << "more than one line";
+        return error.what();
+    }
+    return "not refused";
+}
+
+template <typename Sample>
+VImage image(int width, int height, int bands, const std::vector<Sample>& samples, VipsBandFormat format,
+             VipsInterpretation interpretation) {
+    startVips();
+    const VImage copied(vips_image_new_from_memory_copy(samples.data(), samples.size() * sizeof(Sample),
+                                                        width, height, bands, format));
+    return copied.copy(VImage::option()->set("interpretation", interpretation));
+}
+
+/// Two rows of three pixels, all different.
+VImage sixPixels() {
+    return image<uint8_t>(3, 2, 3, {255, 0, 0, 0, 255, 0, 0, 0, 255, 10, 20, 30, 40, 50, 60, 70, 80, 90},
+                          VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+}
+
+class PictureFile : public testing::Test {
+  protected:
+    std::string saved(const VImage& picture, const std::string& name) {
+        const std::string path = folder / name;
+        picture.write_to_file(path.c_str());
+        return path;
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(PictureFile, PhotoKeepsItsBytes) {
+    const RgbImage photo = readPhoto(saved(sixPixels(), "a.png"));
+    EXPECT_EQ(photo.width, 3);
+    EXPECT_EQ(photo.height, 2);
+    EXPECT_THAT(photo.samples,
+                ElementsAre(255, 0, 0, 0, 255, 0, 0, 0, 255, 10, 20, 30, 40, 50, 60, 70, 80, 90));
+}
+
+TEST_F(PictureFile, PhotoComesInEveryFormat) {
+    const VImage flat = sixPixels().resize(40, VImage::option()->set("kernel", VIPS_KERNEL_NEAREST));
+    for (const char* name : {"a.png", "a.jpg", "a.webp", "a.tif", "a.avif", "a.heic"}) {
+        SCOPED_TRACE(name);
+        std::string path;
+        try {
+            path = saved(flat, name);
+        } catch (const vips::VError&) {
+            vips_error_clear();
+            std::printf("%s cannot be written here and is not tried\n", name);
+            continue;
+        }
+        const RgbImage photo = readPhoto(path);
+        ASSERT_EQ(photo.width, 120);
+        ASSERT_EQ(photo.height, 80);
+        // The middle of the red block, whatever the coding did to its edges.
+        const size_t middle = 3 * (20 * 120 + 20);
+        EXPECT_NEAR(photo.samples[middle], 255, 12);
+        EXPECT_NEAR(photo.samples[middle + 1], 0, 12);
+        EXPECT_NEAR(photo.samples[middle + 2], 0, 12);
+    }
+}
+
+TEST_F(PictureFile, PhotoIsTurnedUprightForEveryExifOrientation) {
+    // The file holds the picture as the sensor saw it; orientation N says how to show it. Each line is what
+    // the viewer must see of the six gray pixels 0 50 100 / 150 200 250.
+    const std::vector<std::vector<uint8_t>> upright = {
+        {0, 50, 100, 150, 200, 250}, {100, 50, 0, 250, 200, 150}, {250, 200, 150, 100, 50, 0},
+        {150, 200, 250, 0, 50, 100}, {0, 150, 50, 200, 100, 250}, {150, 0, 200, 50, 250, 100},
+        {250, 100, 200, 50, 150, 0}, {100, 250, 50, 200, 0, 150}};
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        SCOPED_TRACE(orientation);
+        VImage gray =
+            image<uint8_t>(3, 2, 1, {0, 50, 100, 150, 200, 250}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W);
+        gray.set("orientation", orientation);
+        const RgbImage photo = readPhoto(saved(gray, "turned.tif"));
+        EXPECT_EQ(photo.width, orientation >= 5 ? 2 : 3);
+        std::vector<uint8_t> seen;
+        for (size_t i = 0; i < photo.samples.size(); i += 3) seen.push_back(photo.samples[i]);
+        EXPECT_EQ(seen, upright[static_cast<size_t>(orientation - 1)]);
+    }
+}
+
+TEST_F(PictureFile, GrayPhotoHasThreeEqualChannels) {
+    const auto gray = image<uint8_t>(2, 1, 1, {5, 250}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W);
+    EXPECT_THAT(readPhoto(saved(gray, "g.png")).samples, ElementsAre(5, 5, 5, 250, 250, 250));
+}
+
+TEST_F(PictureFile, TransparentPhotoLiesOverWhite) {
+    const auto rgba =
+        image<uint8_t>(2, 1, 4, {200, 0, 0, 255, 200, 0, 0, 0}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+    EXPECT_THAT(readPhoto(saved(rgba, "t.png")).samples, ElementsAre(200, 0, 0, 255, 255, 255));
+}
+
+TEST_F(PictureFile, SixteenBitPhotoKeepsItsUpperByte) {
+    const auto deep = image<uint16_t>(2, 1, 3, {0, 257 * 100, 65535, 257 * 7, 257 * 8, 257 * 9},
+                                      VIPS_FORMAT_USHORT, VIPS_INTERPRETATION_RGB16);
+    EXPECT_THAT(readPhoto(saved(deep, "d.png")).samples, ElementsAre(0, 100, 255, 7, 8, 9));
+}
+
+TEST_F(PictureFile, CmykPhotoBecomesRgb) {
+    // Full cyan and no ink.
+    const auto cmyk =
+        image<uint8_t>(2, 1, 4, {255, 0, 0, 0, 0, 0, 0, 0}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_CMYK);
+    const RgbImage photo = readPhoto(saved(cmyk, "c.tif"));
+    ASSERT_EQ(photo.samples.size(), 6u);
+    EXPECT_LT(photo.samples[0] + 60, photo.samples[2]) << "cyan has little red";
+    EXPECT_GT(photo.samples[3], 245);
+    EXPECT_GT(photo.samples[5], 245);
+}
+
+TEST_F(PictureFile, NameWithBracketsIsOnlyAName) {
+    const std::string plain = saved(sixPixels(), "a.png");
+    std::filesystem::copy_file(plain, folder / "a[1].png");
+    std::filesystem::copy_file(plain, folder / "b.png[x]");
+    EXPECT_EQ(readPhoto(folder / "a[1].png").width, 3);
+    EXPECT_EQ(readPhoto(folder / "b.png[x]").width, 3);
+}
+
+TEST_F(PictureFile, MissingPhotoIsNamed) {
+    EXPECT_EQ(refusal([&] { readPhoto(folder / "none.jpg"); }),
+              (folder / "none.jpg") + ": No such file or directory");
+}
+
+TEST_F(PictureFile, FolderIsNoPhoto) {
+    EXPECT_THAT(refusal([&] { readPhoto(folder.path()); }), StartsWith(folder.path() + ": "));
+}
+
+TEST_F(PictureFile, EmptyFileIsNamed) {
+    writeBytes(folder / "e.jpg", "");
+    EXPECT_EQ(refusal([&] { readPhoto(folder / "e.jpg"); }), (folder / "e.jpg") + ": the file is empty");
+}
+
+TEST_F(PictureFile, OtherFilesAreRefusedWithWhatWouldDo) {
+    writeBytes(folder / "t.jpg", "not a picture at all");
+    writeBytes(folder / "s.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>");
+    for (const char* name : {"t.jpg", "s.svg"})
+        EXPECT_EQ(refusal([&] { readPhoto(folder / name); }),
+                  (folder / name) + ": not a JPEG, PNG, WebP, HEIC, AVIF or TIFF picture");
+}
+
+TEST_F(PictureFile, PictureThatEndsEarlyIsRefused) {
+    const VImage noise = VImage::gaussnoise(200, 200).cast(VIPS_FORMAT_UCHAR);
+    for (const char* name : {"n.png", "n.jpg", "n.webp"}) {
+        SCOPED_TRACE(name);
+        const std::string path = saved(noise, name);
+        const std::string whole = bytesOf(path);
+        writeBytes(path, whole.substr(0, whole.size() / 2));
+        EXPECT_THAT(refusal([&] { readPhoto(path); }), StartsWith(path + ": cannot be read as a picture ("));
+        EXPECT_THAT(refusal([&] { readDepthMap(path); }),
+                    StartsWith(path + ": cannot be read as a picture ("));
+    }
+}
+
+TEST_F(PictureFile, HugePictureIsRefusedByItsHeader) {
+    // A PNG header that promises 60000 x 60000 pixels, with a valid checksum and no pixels.
+    std::string png("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\xea\x60\0\0\xea\x60\x08\x02\0\0\0", 29);
+    uint32_t crc = 0xffffffffu;
+    for (size_t i = 12; i < 29; ++i) {
+        crc ^= static_cast<uint8_t>(png[i]);
+        for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ (0xedb88320u & (0u - (crc & 1u)));
+    }
+    crc = ~crc;
+    for (int shift = 24; shift >= 0; shift -= 8) png.push_back(static_cast<char>(crc >> shift & 0xff));
+    png.append("\0\0\0\0IDAT\x35\xaf\x06\x1e", 12);
+    writeBytes(folder / "huge.png", png);
+    EXPECT_THAT(refusal([&] { readPhoto(folder / "huge.png"); }),
+                AllOf(HasSubstr("60000 x 60000 pixels"), HasSubstr("at most 268 million")));
+}
+
+TEST_F(PictureFile, EightBitDepthIsTakenAsItIs) {
+    const auto gray = image<uint8_t>(3, 1, 1, {10, 100, 200}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W);
+    const DepthMap depth = readDepthMap(saved(gray, "d.png"));
+    EXPECT_EQ(depth.bits, 8);
+    EXPECT_THAT(depth.plane.samples, ElementsAre(10.0f, 100.0f, 200.0f));
+}
+
+TEST_F(PictureFile, SixteenBitDepthIsSpreadOverItsRange) {
+    const auto deep =
+        image<uint16_t>(3, 1, 1, {1000, 2000, 3000}, VIPS_FORMAT_USHORT, VIPS_INTERPRETATION_GREY16);
+    const DepthMap depth = readDepthMap(saved(deep, "d.png"));
+    EXPECT_EQ(depth.bits, 16);
+    EXPECT_THAT(depth.plane.samples, ElementsAre(0.0f, 127.5f, 255.0f));
+}
+
+TEST_F(PictureFile, FlatSixteenBitDepthKeepsItsLevel) {
+    const auto deep =
+        image<uint16_t>(2, 1, 1, {257 * 51, 257 * 51}, VIPS_FORMAT_USHORT, VIPS_INTERPRETATION_GREY16);
+    EXPECT_THAT(readDepthMap(saved(deep, "d.png")).plane.samples, ElementsAre(51.0f, 51.0f));
+}
+
+TEST_F(PictureFile, DepthStoredAsRgbIsGray) {
+    const auto rgb =
+        image<uint8_t>(2, 1, 3, {80, 80, 80, 9, 9, 9}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+    const DepthMap depth = readDepthMap(saved(rgb, "d.png"));
+    EXPECT_NEAR(depth.plane.samples[0], 80, 0.01);
+    EXPECT_NEAR(depth.plane.samples[1], 9, 0.01);
+}
+
+TEST_F(PictureFile, DepthsAlphaIsIgnored) {
+    const auto la = image<uint8_t>(2, 1, 2, {80, 255, 120, 0}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W);
+    EXPECT_THAT(readDepthMap(saved(la, "la.png")).plane.samples, ElementsAre(80.0f, 120.0f));
+    const auto rgba = image<uint8_t>(1, 1, 4, {60, 60, 60, 0}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+    EXPECT_NEAR(readDepthMap(saved(rgba, "rgba.png")).plane.samples[0], 60, 0.01);
+}
+
+TEST_F(PictureFile, ColourPictureIsNoDepthMap) {
+    const std::string path = saved(sixPixels(), "photo.png");
+    EXPECT_EQ(refusal([&] { readDepthMap(path); }), path + ": a colour picture; a depth map is gray");
+}
+
+TEST_F(PictureFile, FloatSamplesAreNoDepthMap) {
+    const auto floats = image<float>(2, 1, 1, {0.5f, 7.0f}, VIPS_FORMAT_FLOAT, VIPS_INTERPRETATION_B_W);
+    EXPECT_THAT(refusal([&] { readDepthMap(saved(floats, "f.tif")); }), HasSubstr("8 or 16 bit"));
+}
+
+TEST_F(PictureFile, DepthIsTurnedUprightLikeThePhoto) {
+    VImage gray = image<uint8_t>(2, 1, 1, {10, 200}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W);
+    gray.set("orientation", 3);
+    EXPECT_THAT(readDepthMap(saved(gray, "turned.tif")).plane.samples, ElementsAre(200.0f, 10.0f));
+}
+
+TEST_F(PictureFile, WrittenPngReadsBackTheSame) {
+    RgbImage rgb(2, 2);
+    rgb.samples = {1, 2, 3, 4, 5, 6, 7, 8, 9, 250, 251, 252};
+    writePng(rgb, folder / "rgb.png");
+    EXPECT_EQ(readPhoto(folder / "rgb.png").samples, rgb.samples);
+    GrayImage gray(2, 1);
+    gray.samples = {3, 254};
+    writePng(gray, folder / "gray.png");
+    EXPECT_THAT(readDepthMap(folder / "gray.png").plane.samples, ElementsAre(3.0f, 254.0f));
+}
+
+TEST_F(PictureFile, SamePictureGivesTheSameFile) {
+    RgbaImage rgba(9, 9);
+    for (size_t i = 0; i < rgba.samples.size(); ++i) rgba.samples[i] = static_cast<uint8_t>(i * 7);
+    writePng(rgba, folder / "a.png");
+    writePng(rgba, folder / "b.png");
+    EXPECT_EQ(bytesOf(folder / "a.png"), bytesOf(folder / "b.png"));
+}
+
+TEST_F(PictureFile, WritingIntoNoFolderLeavesNothing) {
+    RgbImage rgb(1, 1);
+    EXPECT_THAT(refusal([&] { writePng(rgb, folder / "none/a.png"); }), HasSubstr("there is no folder"));
+    EXPECT_THAT(folder.names(), testing::IsEmpty());
+}
+
+}  // namespace
+}  // namespace quorvane::media
