@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "commands.h"
+#include "media/error.h"
 #include "quorvane/host/ParallaxView.h"
 
 namespace quorvane::app {
@@ -36,6 +37,14 @@ media::Size parseSize(const std::string& text) {
     if (!parsePair(text, 'x', &width, &height) || !is_side(width) || !is_side(height))
         throw UsageError("--size " + text + ": WxH in pixels is wanted, each 1 to 16384, such as 1280x720");
     return {static_cast<int>(width), static_cast<int>(height)};
+}
+
+media::OutputKind parseOutput(const std::string& path) {
+    try {
+        return media::outputKind(path);
+    } catch (const media::Error& error) {
+        throw UsageError(error.what());
+    }
 }
 
 Position parsePosition(const std::string& text) {

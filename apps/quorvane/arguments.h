@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "media/clip_writer.h"
 #include "media/fit.h"
 #include "motion.h"
 
@@ -14,7 +15,10 @@ namespace quorvane::app {
 /// "WxH": both sides 1..16384.
 media::Size parseSize(const std::string& text);
 
-/// "X,Y": both -1..1.
+/// What the path asks to be made; its extension is refused when it is none of ours.
+media::OutputKind parseOutput(const std::string& path);
+
+/// "X,Y": both -1 to 1.
 Position parsePosition(const std::string& text);
 
 /// "FIELD=VALUE": a parameter's name and a number, within that parameter's range.

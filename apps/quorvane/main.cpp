@@ -6,6 +6,7 @@
 #include "commands.h"
 #include "media/cancel.h"
 #include "media/error.h"
+#include "quorvane/host/ParallaxView.h"
 
 namespace {
 
@@ -21,6 +22,18 @@ constexpr char kExamples[] = R"(Examples:
 
 Depth maps are gray pictures, larger = nearer (--invert-depth for the others).
 Exit code: 0 done, 1 failed or interrupted, 2 wrong usage.)";
+
+/// The parameters that --set takes.
+std::string parameterTable() {
+    std::string table = "Parameters for --set:\n";
+    for (const quorvane::ParameterInfo& info : quorvane::ParallaxView::parameters()) {
+        char line[160];
+        std::snprintf(line, sizeof line, "  %-22s %5g to %-7g %s\n", info.name, info.minimum, info.maximum,
+                      info.meaning);
+        table += line;
+    }
+    return table;
+}
 
 void addViewOptions(CLI::App* command, ViewOptions* options) {
     command->add_option("PHOTO", options->photo, "JPEG, PNG, WebP, HEIC, AVIF or TIFF")->required();
@@ -41,6 +54,7 @@ void addViewOptions(CLI::App* command, ViewOptions* options) {
     command->add_flag("-v,--verbose", options->verbosity,
                       "say what was chosen; twice: the renderer's log too");
     command->add_flag("-q,--quiet", options->quiet, "no progress bar");
+    command->footer(parameterTable());
 }
 
 int run(int argc, char** argv) {
@@ -78,9 +92,9 @@ int run(int argc, char** argv) {
         ->check(CLI::Range(0.0, 1.0))
         ->capture_default_str();
     render_command
-        ->add_option(
-            "--at", render_options.at,
-            "the still's view position, or the middle of the motion: -1..1 from the left and from above")
+        ->add_option("--at", render_options.at,
+                     "the still's view position, or the middle of the motion: -1 from the left or below to 1 "
+                     "from the right or above")
         ->type_name("X,Y");
     render_command
         ->add_option("--supersample", render_options.supersample,

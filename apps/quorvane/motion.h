@@ -7,7 +7,7 @@ enum class Motion { kSway, kNod, kCircle, kEight };
 
 struct Position {
     double x = 0.0;  ///< -1 from the left .. 1 from the right
-    double y = 0.0;  ///< -1 from above .. 1 from below
+    double y = 0.0;  ///< -1 from below .. 1 from above
 };
 
 /// Where a loop of `frames` frames stands at frame `frame`, counted from 0: frame `frames` would be frame 0.

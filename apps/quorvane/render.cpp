@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
 
 #include "arguments.h"
 #include "commands.h"
@@ -20,14 +18,6 @@ using media::Size;
 constexpr int kLongestSide = 1920;
 constexpr int kNoLimit = 1 << 30;
 
-void refuseInputAsOutput(const RenderOptions& options) {
-    for (const std::string& input : {options.view.photo, options.view.depth}) {
-        std::error_code ignored;
-        if (std::filesystem::equivalent(input, options.out, ignored))
-            throw media::Error(options.out + ": is an input; write somewhere else");
-    }
-}
-
 Size chooseSize(const RenderOptions& options, Size photo, bool even) {
     if (options.size.empty()) return media::pictureSize(photo, kLongestSide, even);
     if (options.size == "photo") return media::pictureSize(photo, kNoLimit, even);
@@ -43,12 +33,12 @@ Size chooseSize(const RenderOptions& options, Size photo, bool even) {
 
 void render(const RenderOptions& options) {
     // Everything that can be refused at once is refused before the images are read.
-    const OutputKind kind = media::outputKind(options.out);
+    const OutputKind kind = parseOutput(options.out);
     const bool even = kind == OutputKind::kMp4;
     const Position centre = options.at.empty() ? Position{} : parsePosition(options.at);
     if (!options.size.empty() && options.size != "photo") chooseSize(options, {}, even);
     for (const std::string& setting : options.view.settings) parseSetting(setting);
-    refuseInputAsOutput(options);
+    refuseInputAsOutput(options.view, options.out);
 
     const StandardOutputTo timings(options.view.timings);
     Input input = readInput(options.view);

@@ -1,6 +1,5 @@
 #include "arguments.h"
 #include "commands.h"
-#include "media/clip_writer.h"
 #include "media/picture_file.h"
 #include "media/sample_scene.h"
 
@@ -15,7 +14,7 @@ constexpr int kLargest = 8192;
 
 void sample(const std::string& photo, const std::string& depth, const std::string& size_text) {
     for (const std::string& path : {photo, depth})
-        if (media::outputKind(path) != media::OutputKind::kStill)
+        if (parseOutput(path) != media::OutputKind::kStill)
             throw UsageError(path + ": the sample's two files are .png");
     if (photo == depth) throw UsageError(photo + ": photo and depth map are two files");
     const media::Size size = size_text.empty() ? kDefaultSize : parseSize(size_text);

@@ -1,5 +1,5 @@
+#include "arguments.h"
 #include "commands.h"
-#include "media/clip_writer.h"
 #include "media/error.h"
 #include "media/pending_output.h"
 #include "media/sheet.h"
@@ -18,8 +18,10 @@ constexpr int kLongestSide = 960;
 }  // namespace
 
 void stages(const ViewOptions& options, const std::string& out) {
-    if (media::outputKind(out) != media::OutputKind::kStill)
+    if (parseOutput(out) != media::OutputKind::kStill)
         throw UsageError("-o " + out + ": the sheet is a .png file");
+    refuseInputAsOutput(options, out);
+    // Asked before any work is done.
     { const media::PendingOutput place(out); }
 
     const StandardOutputTo timings(options.timings);

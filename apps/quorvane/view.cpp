@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 
 #include "arguments.h"
 #include "media/error.h"
@@ -44,6 +46,14 @@ media::GrayImage plane(const void* bytes, int width, int height) {
 }
 
 }  // namespace
+
+void refuseInputAsOutput(const ViewOptions& options, const std::string& out) {
+    for (const std::string& input : {options.photo, options.depth}) {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(input, out, ignored))
+            throw media::Error(out + ": is an input; write somewhere else");
+    }
+}
 
 Input readInput(const ViewOptions& options) {
     Input input{media::readPhoto(options.photo), media::readDepthMap(options.depth)};

@@ -19,6 +19,10 @@ struct Input {
     media::DepthMap depth;  ///< larger = nearer
 };
 
+/// Throws media::Error where `out` names the photo or the depth map.
+void refuseInputAsOutput(const ViewOptions& options, const std::string& out);
+
+/// Throws media::Error.
 Input readInput(const ViewOptions& options);
 
 /// A view of a photo and its depth map, in an offscreen context of its own.

@@ -77,7 +77,7 @@ class ParallaxView {
     /// again makes the depth follow the new photo's edges.
     Status setDepth(int width, int height, const uint8_t* depth);
 
-    /// Looks from (x, y), each -1..1 and clamped to it: positive x from the right, positive y from below.
+    /// Looks from (x, y), each -1..1 and clamped to it: positive x from the right, positive y from above.
     /// (0, 0) is the rest position. The border dead zone holds the ends a little inside.
     Status lookAt(float x, float y);
 

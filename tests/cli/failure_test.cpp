@@ -1,0 +1,164 @@
+// Whatever goes wrong: one line that names the file or value, the right exit code, and nothing left behind.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <thread>
+
+#include "process.h"
+#include "support/temporary_folder.h"
+
+namespace quorvane::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// How many running processes have `text` in their command line.
+int processesNaming(const std::string& text) {
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+        std::ifstream file(entry.path() / "cmdline", std::ios::binary);
+        const std::string line{std::istreambuf_iterator<char>(file), {}};
+        count += line.find(text) != std::string::npos;
+    }
+    return count;
+}
+
+class Failure : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_EQ(quorvane({"sample", photo, depth, "--size", "96x72"}).code, 0); }
+
+    void expectRefused(const std::vector<std::string>& arguments, int code, const std::string& said,
+                       const std::map<std::string, std::string>& environment = {}) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const std::vector<std::string> before = TemporaryFolder::names(folder.path());
+        const Outcome outcome = quorvane(arguments, environment);
+        EXPECT_EQ(outcome.code, code) << outcome.err;
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_THAT(outcome.err, HasSubstr(said));
+        EXPECT_THAT(outcome.err, testing::StartsWith("quorvane: "));
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+        EXPECT_EQ(TemporaryFolder::names(folder.path()), before) << "something was left behind";
+    }
+
+    std::vector<std::string> render(const std::string& out, std::vector<std::string> more = {}) const {
+        std::vector<std::string> arguments = {"render", photo, depth, "-o", out};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return arguments;
+    }
+
+    const TemporaryFolder folder;
+    const std::string photo = folder / "photo.png";
+    const std::string depth = folder / "depth.png";
+};
+
+TEST_F(Failure, WrongUsageIsExitCode2) {
+    expectRefused({}, 2, "subcommand");
+    expectRefused({"paint"}, 2, "");
+    expectRefused({"render", photo}, 2, "DEPTH");
+    expectRefused({"render", photo, depth}, 2, "--out");
+    expectRefused(render(folder / "a.png", {"--frames", "0"}), 2, "--frames");
+    expectRefused(render(folder / "a.png", {"--fps", "1000"}), 2, "--fps");
+    expectRefused(render(folder / "a.png", {"--amount", "1.5"}), 2, "--amount");
+    expectRefused(render(folder / "a.png", {"--motion", "shake"}), 2, "--motion");
+    expectRefused(render(folder / "a.png", {"--supersample", "5"}), 2, "--supersample");
+    expectRefused(render(folder / "a.png", {"--size", "big"}), 2, "--size big");
+    expectRefused(render(folder / "a.png", {"--at", "2,0"}), 2, "--at 2,0");
+    expectRefused(render(folder / "a.png", {"--orientation", "-1"}), 2, "--orientation");
+    expectRefused(render(folder / "a.mp4", {"--size", "63x48"}), 2, "such as 62x48");
+    expectRefused(render(folder / "a.png", {"--set", "fov=1"}), 2, "known are rotate_z_trans,");
+    expectRefused(render(folder / "a.png", {"--set", "fov_scale=7"}), 2, "from 0.05 to 1");
+    expectRefused(render(folder / "a.png", {"--set", "fov_scale=wide"}), 2, "'wide' is not a number");
+    expectRefused({"sample", folder / "s.jpg", folder / "t.png"}, 2, ".png");
+    expectRefused({"sample", folder / "s.png", folder / "t.png", "--size", "9x9"}, 2, "64 to 8192");
+    expectRefused({"stages", photo, depth, "-o", folder / "a.mp4"}, 2, ".png");
+}
+
+TEST_F(Failure, MissingInputIsNamed) {
+    expectRefused({"render", folder / "no.jpg", depth, "-o", folder / "a.png"}, 1, "no.jpg: No such file");
+    expectRefused({"render", photo, folder / "no.png", "-o", folder / "a.mp4"}, 1, "no.png: No such file");
+    expectRefused({"stages", photo, folder / "no.png", "-o", folder / "a.png"}, 1, "no.png: No such file");
+}
+
+TEST_F(Failure, UnreadableInputIsNamed) {
+    writeBytes(folder / "text.jpg", "hello");
+    writeBytes(folder / "cut.png", bytesOf(photo).substr(0, 900));
+    for (const char* name : {"text.jpg", "cut.png"}) {
+        expectRefused({"render", folder / name, depth, "-o", folder / "a.mp4"}, 1, std::string(name) + ": ");
+        expectRefused({"render", photo, folder / name, "-o", folder / "a/"}, 1, std::string(name) + ": ");
+    }
+}
+
+TEST_F(Failure, PhotoAsDepthMapIsNamed) {
+    expectRefused({"render", photo, photo, "-o", folder / "a.png"}, 1,
+                  "a colour picture; a depth map is gray");
+}
+
+TEST_F(Failure, OutputThatCannotBeIsNamed) {
+    expectRefused(render(folder / "none/a.mp4"), 1, "there is no folder");
+    expectRefused(render(folder / "none/a.png"), 1, "there is no folder");
+    expectRefused(render(folder / "none/frames/"), 1, "there is no folder");
+    expectRefused(render(folder / "a.avi"), 2, "write .mp4, .webp or .gif");
+    expectRefused(render(folder.path()), 1, "the folder is not empty; --force");
+    expectRefused(render(photo + "/"), 1, "is a file, not a folder");
+    expectRefused(render(folder / "a.png", {"--timings", folder / "none/t.txt"}), 1,
+                  "none/t.txt: cannot be written");
+}
+
+TEST_F(Failure, InputIsNeverOverwritten) {
+    const std::string before = bytesOf(photo);
+    expectRefused(render(photo), 1, "is an input");
+    expectRefused(render(depth), 1, "is an input");
+    expectRefused({"stages", photo, depth, "-o", photo}, 1, "is an input");
+    EXPECT_EQ(bytesOf(photo), before);
+}
+
+TEST_F(Failure, MissingFfmpegIsNamed) {
+    expectRefused(render(folder / "a.mp4"), 1, "ffmpeg is not installed", {{"PATH", "/nonexistent"}});
+}
+
+TEST_F(Failure, FfmpegThatFailsLeavesNothing) {
+    std::filesystem::create_directory(folder / "bin");
+    writeBytes(folder / "bin/ffmpeg", "#!/bin/sh\necho 'first line' >&2\necho 'disk is full' >&2\nexit 1\n");
+    std::filesystem::permissions(folder / "bin/ffmpeg", std::filesystem::perms::owner_all);
+    expectRefused(render(folder / "a.mp4"), 1, "a.mp4: ffmpeg failed (disk is full)",
+                  {{"PATH", folder / "bin" + std::string(":/usr/bin:/bin")}});
+}
+
+TEST_F(Failure, PictureTooLargeForTheDriverIsNamed) {
+    expectRefused(render(folder / "a.png", {"--size", "16384x16384", "--supersample", "2"}), 1,
+                  "--supersample 2");
+}
+
+TEST_F(Failure, BadPropertyLineIsReportedWithItsNumber) {
+    writeBytes(folder / "p.prop", "quorvane.para12=0.8\nnonsense\n");
+    const Outcome outcome = quorvane(render(folder / "a.png"), {{"QUORVANE_PROPERTIES", folder / "p.prop"}});
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.err, (folder / "p.prop") + ":2: expected key=value\n");
+}
+
+TEST_F(Failure, SignalEndsInOrder) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        for (const char* name : {"a.mp4", "a.webp", "a.gif", "frames/"}) {
+            SCOPED_TRACE(testing::Message() << "signal " << signal << ", " << name);
+            Process process(render(folder / name, {"--frames", "99999"}));
+            // Long enough to be in the middle of the frames: the temporary output is there.
+            for (int i = 0; i < 200 && folder.names().size() < 3; ++i)
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            process.signal(signal);
+            const Outcome outcome = process.wait();
+            EXPECT_EQ(outcome.code, 1);
+            EXPECT_EQ(outcome.err, "quorvane: interrupted\n");
+            EXPECT_THAT(folder.names(), ElementsAre("depth.png", "photo.png"));
+            EXPECT_EQ(processesNaming(folder.path()), 0) << "ffmpeg still runs";
+        }
+}
+
+}  // namespace
+}  // namespace quorvane::test
