@@ -1,0 +1,469 @@
+// ParallaxView on the real driver.
+
+#include <cmath>
+#include <limits>
+#include <map>
+#include <thread>
+
+#include "host_test.h"
+
+namespace quorvane::test {
+namespace {
+
+using testing::AllOf;
+using testing::Each;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+constexpr int kPhoto = 64;
+constexpr int kDepth = 64;
+
+class ParallaxViewTest : public DriverTest {
+  protected:
+    void SetUp() override {
+        DriverTest::SetUp();
+        if (IsSkipped()) return;
+        create(48, 32);
+    }
+
+    void create(int width, int height) {
+        const OutputToTimeline output;
+        const Status made = ParallaxView::create(width, height, 4, &view);
+        ASSERT_TRUE(made.ok()) << made.message();
+    }
+
+    /// Runs `action` with the renderer's timing lines kept out of the way.
+    template <typename Action>
+    auto quietly(Action action) {
+        const OutputToTimeline output;
+        return action();
+    }
+
+    Status setPhoto(int width, int height, const Bytes& rgb) {
+        return quietly([&] { return view->setPhoto(width, height, rgb.data()); });
+    }
+    Status setDepth(int width, int height, const Bytes& samples) {
+        return quietly([&] { return view->setDepth(width, height, samples.data()); });
+    }
+
+    void setImages() {
+        ASSERT_TRUE(setPhoto(kPhoto, kPhoto, photo).ok());
+        ASSERT_TRUE(setDepth(kDepth, kDepth, depth).ok());
+    }
+
+    Bytes picture() {
+        const Status drawn = quietly([this] { return view->render(); });
+        EXPECT_TRUE(drawn.ok()) << drawn.message();
+        Bytes pixels(4 * static_cast<size_t>(view->width()) * static_cast<size_t>(view->height()));
+        const Status read = view->readPixels(pixels.data(), pixels.size());
+        EXPECT_TRUE(read.ok()) << read.message();
+        return pixels;
+    }
+
+    std::unique_ptr<ParallaxView> view;
+    const Bytes photo = noiseBytes(kPhoto * kPhoto * 3, 1);
+    const Bytes depth = noiseBytes(kDepth * kDepth, 2);
+};
+
+TEST_F(ParallaxViewTest, DrawsAFilledPicture) {
+    ASSERT_TRUE(setPhoto(kPhoto, kPhoto, Bytes(kPhoto * kPhoto * 3, 200)).ok());
+    ASSERT_TRUE(setDepth(kDepth, kDepth, Bytes(kDepth * kDepth, 90)).ok());
+    const Bytes pixels = picture();
+    for (size_t i = 0; i < pixels.size(); i += 4) {
+        ASSERT_EQ(pixels[i], 200);
+        ASSERT_EQ(pixels[i + 3], 255);
+    }
+}
+
+TEST_F(ParallaxViewTest, FirstRowReadIsThePhotosTop) {
+    Bytes two(kPhoto * kPhoto * 3, 10);
+    std::fill(two.begin(), two.begin() + kPhoto * kPhoto * 3 / 2, uint8_t{240});
+    ASSERT_TRUE(setPhoto(kPhoto, kPhoto, two).ok());
+    ASSERT_TRUE(setDepth(kDepth, kDepth, Bytes(kDepth * kDepth, 90)).ok());
+    const Bytes pixels = picture();
+    EXPECT_EQ(pixels.front(), 240);
+    EXPECT_EQ(pixels[pixels.size() - 4], 10);
+}
+
+TEST_F(ParallaxViewTest, SamePictureFromTheSameInputsWhateverWasDrawnBefore) {
+    setImages();
+    const Bytes first = picture();
+    // Another pair in between leaves other bytes in the working block.
+    ASSERT_TRUE(setPhoto(kPhoto, kPhoto, noiseBytes(photo.size(), 7)).ok());
+    ASSERT_TRUE(setDepth(kDepth, kDepth, noiseBytes(depth.size(), 8)).ok());
+    picture();
+    setImages();
+    EXPECT_EQ(picture(), first);
+
+    // A second view, with a fresh block, agrees.
+    const std::unique_ptr<ParallaxView> old = std::move(view);
+    create(48, 32);
+    setImages();
+    EXPECT_EQ(picture(), first);
+}
+
+TEST_F(ParallaxViewTest, PictureIgnoresTheAppsGlState) {
+    setImages();
+    const Bytes wanted = picture();
+    glEnable(GL_BLEND);
+    glEnable(GL_SCISSOR_TEST);
+    glScissor(0, 0, 1, 1);
+    glEnable(GL_CULL_FACE);
+    glEnable(GL_STENCIL_TEST);
+    glColorMask(GL_FALSE, GL_TRUE, GL_FALSE, GL_TRUE);
+    glDepthMask(GL_FALSE);
+    glDepthRangef(1.0f, 0.0f);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 8);
+    glActiveTexture(GL_TEXTURE5);
+    glBindFramebuffer(GL_FRAMEBUFFER, 0);
+    setImages();
+    EXPECT_EQ(picture(), wanted);
+}
+
+TEST_F(ParallaxViewTest, OddWidthPhotoIsNotSkewed) {
+    // Columns of 33 x 3 bytes, no multiple of 4: with padded rows the vertical edge would slant.
+    Bytes halves;
+    for (int y = 0; y < 33; ++y)
+        for (int x = 0; x < 33; ++x) halves.insert(halves.end(), 3, x < 16 ? uint8_t{255} : uint8_t{0});
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+    ASSERT_TRUE(setPhoto(33, 33, halves).ok());
+    ASSERT_TRUE(setDepth(33 * 4, 33 * 4, Bytes(33 * 4 * 33 * 4, 128)).ok());
+    const Bytes pixels = picture();
+    for (size_t y = 0; y < 32; ++y) {
+        EXPECT_GT(pixels[4 * (y * 48 + 10)], 250) << y;
+        EXPECT_LT(pixels[4 * (y * 48 + 40)], 5) << y;
+    }
+}
+
+TEST_F(ParallaxViewTest, DepthBufferLetsNearThingsHideFarOnes) {
+    // The lower half is near and reaches over the far upper half when seen from below; rows are drawn from
+    // the photo's top down, so without a depth buffer a far row drawn later would win in the other direction.
+    GLint attached = 0;
+    glBindFramebuffer(GL_FRAMEBUFFER, view->renderer().m_fbo);
+    glGetFramebufferAttachmentParameteriv(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT,
+                                          GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE, &attached);
+    EXPECT_EQ(attached, GL_RENDERBUFFER);
+
+    // A grid cell a photo pixel, so that the wall between the halves stays thin.
+    Bytes colours, levels;
+    for (int y = 0; y < kPhoto; ++y)
+        for (int x = 0; x < kPhoto; ++x)
+            colours.insert(colours.end(), {y < kPhoto / 2 ? uint8_t{255} : uint8_t{0},
+                                           y < kPhoto / 2 ? uint8_t{0} : uint8_t{255}, 0});
+    for (int y = 0; y < 4 * kPhoto; ++y)
+        levels.insert(levels.end(), 4 * kPhoto, y < 2 * kPhoto ? uint8_t{255} : uint8_t{0});
+    ASSERT_TRUE(quietly([&] { return view->resize(64, 128); }).ok());
+    ASSERT_TRUE(setPhoto(kPhoto, kPhoto, colours).ok());
+    ASSERT_TRUE(setDepth(4 * kPhoto, 4 * kPhoto, levels).ok());
+    ASSERT_TRUE(view->setParameter("rotate_y_boundary", 40).ok());
+    // From above the near upper half comes down over the far lower half, whose rows are drawn later.
+    ASSERT_TRUE(quietly([&] { return view->lookAt(0, 1); }).ok());
+    const Bytes pixels = picture();
+    const auto red = [&](size_t y) { return pixels[4 * (y * 64 + 32)]; };
+    EXPECT_GT(red(70), 200) << "the near half covers what lies behind it";
+    EXPECT_LT(red(100), 50) << "and no more than that";
+}
+
+TEST_F(ParallaxViewTest, LookingIsClampedAndHeldInsideTheDeadZone) {
+    ASSERT_TRUE(quietly([&] { return view->lookAt(7, -9); }).ok());
+    const float x = view->renderer().m_transX, y = view->renderer().m_transY;
+    ASSERT_TRUE(quietly([&] { return view->lookAt(1, -1); }).ok());
+    EXPECT_EQ(view->renderer().m_transX, x);
+    EXPECT_EQ(view->renderer().m_transY, y);
+    // 48 pixels and a dead zone of 64: 0.75 pixels off the near edge, one more off the far one.
+    EXPECT_FLOAT_EQ(x, (47 - 0.75f - 24) / 24);
+    EXPECT_FLOAT_EQ(y, (0.5f - 16) / 16);
+    ASSERT_TRUE(quietly([&] { return view->lookAt(0, 0); }).ok());
+    EXPECT_EQ(view->renderer().m_transX, 0.0f);
+    EXPECT_EQ(view->renderer().m_transY, 0.0f);
+}
+
+TEST_F(ParallaxViewTest, MotionSettersReachTheRenderer) {
+    ASSERT_TRUE(quietly([&] { return view->setRotation(36, 8, 2); }).ok());
+    EXPECT_FLOAT_EQ(view->renderer().m_transX, 0.5f);
+    EXPECT_FLOAT_EQ(view->renderer().m_transY, -0.5f);
+    ASSERT_TRUE(quietly([&] { return view->setAccelerometerData(0, 0, 1); }).ok());
+    EXPECT_FLOAT_EQ(view->renderer().m_transZ, 3.0f);
+    ASSERT_TRUE(quietly([&] { return view->touchEvent(2); }).ok());
+    EXPECT_FLOAT_EQ(view->renderer().m_transX, 0.4f);
+    ASSERT_TRUE(quietly([&] { return view->setTranslation(0, 0, 5); }).ok());
+    EXPECT_FLOAT_EQ(view->renderer().m_camTransZ, 5.0f);
+    ASSERT_TRUE(view->setMinMaxDepth(3, 250).ok());
+    EXPECT_EQ(view->renderer().m_minDepth, 3);
+}
+
+TEST_F(ParallaxViewTest, ResizeKeepsTheImages) {
+    setImages();
+    picture();
+    ASSERT_TRUE(quietly([&] { return view->resize(20, 44); }).ok());
+    EXPECT_EQ(view->width(), 20);
+    EXPECT_EQ(view->height(), 44);
+    Bytes pixels(20 * 44 * 4);
+    EXPECT_THAT(sentence(view->readPixels(pixels.data(), pixels.size())),
+                HasSubstr("no picture of this size"));
+    const Bytes resized = picture();
+
+    view.reset();
+    create(20, 44);
+    setImages();
+    EXPECT_EQ(picture(), resized);
+}
+
+TEST_F(ParallaxViewTest, TextureHoldsThePicture) {
+    setImages();
+    const Bytes wanted = picture();
+    GLuint framebuffer = 0;
+    glGenFramebuffers(1, &framebuffer);
+    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, view->texture(), 0);
+    Bytes pixels(wanted.size());
+    glReadPixels(0, 0, 48, 32, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    glDeleteFramebuffers(1, &framebuffer);
+    EXPECT_EQ(pixels, wanted);
+}
+
+TEST_F(ParallaxViewTest, GeometrySaysWhichDepthStandsStill) {
+    setImages();
+    const Geometry geometry = view->geometry();
+    EXPECT_EQ(geometry.grid_width, 16);
+    EXPECT_EQ(geometry.colour_ratio_x, 4);
+    EXPECT_FLOAT_EQ(geometry.pivot_distance, 40.0f);
+    // 0.4 (35 d - 32) = 32 - 40 gives d = 12 / 35.
+    EXPECT_NEAR(geometry.still_depth, 255.0 * 12 / 35, 0.01);
+    EXPECT_EQ(geometry.block_bytes, 3 * 64 * 64 + 57 * 256 + 40 * 16 * 17 + 12 * 17 * 17);
+}
+
+TEST_F(ParallaxViewTest, NothingIsLeftAfterItsEnd) {
+    setImages();
+    picture();
+    setImages();
+    ASSERT_TRUE(quietly([&] { return view->resize(30, 30); }).ok());
+    picture();
+    EXPECT_EQ(gl.live_textures.size(), 3u) << "photo, depth and picture";
+    EXPECT_EQ(gl.live_renderbuffers.size(), 1u);
+    view.reset();
+    EXPECT_THAT(gl.live_textures, IsEmpty());
+    EXPECT_THAT(gl.live_renderbuffers, IsEmpty());
+    EXPECT_THAT(gl.live_buffers, IsEmpty());
+    EXPECT_THAT(gl.live_framebuffers, IsEmpty());
+    EXPECT_THAT(gl.live_programs, IsEmpty());
+}
+
+TEST_F(ParallaxViewTest, PhotoOfAnotherSizeUnsetsTheDepth) {
+    setImages();
+    ASSERT_TRUE(setPhoto(32, 32, Bytes(32 * 32 * 3, 5)).ok());
+    EXPECT_EQ(sentence(quietly([&] { return view->render(); })),
+              "nothing to draw: no depth map is set for this photo");
+    ASSERT_TRUE(setDepth(kDepth, kDepth, depth).ok());
+    picture();
+}
+
+TEST_F(ParallaxViewTest, PhotoSurvivesADepthOfAnotherGrid) {
+    setImages();
+    ASSERT_TRUE(setDepth(128, 128, noiseBytes(128 * 128, 5)).ok());
+    const Bytes grown = picture();
+    view.reset();
+    create(48, 32);
+    ASSERT_TRUE(setPhoto(kPhoto, kPhoto, photo).ok());
+    ASSERT_TRUE(setDepth(128, 128, noiseBytes(128 * 128, 5)).ok());
+    EXPECT_EQ(picture(), grown);
+}
+
+// What it refuses, and that it stays as it was.
+
+TEST_F(ParallaxViewTest, RefusesAFrameBeforeTheImages) {
+    EXPECT_EQ(sentence(quietly([&] { return view->render(); })), "nothing to draw: no photo is set");
+    ASSERT_TRUE(setPhoto(kPhoto, kPhoto, photo).ok());
+    EXPECT_EQ(sentence(quietly([&] { return view->render(); })),
+              "nothing to draw: no depth map is set for this photo");
+}
+
+TEST_F(ParallaxViewTest, RefusesADepthBeforeThePhoto) {
+    EXPECT_EQ(sentence(setDepth(kDepth, kDepth, depth)), "depth map: set the photo first");
+}
+
+TEST_F(ParallaxViewTest, RefusesNoPixels) {
+    EXPECT_EQ(sentence(view->setPhoto(8, 8, nullptr)), "photo: no pixels given");
+    setImages();
+    EXPECT_EQ(sentence(view->setDepth(8, 8, nullptr)), "depth map: no samples given");
+    picture();
+}
+
+TEST_F(ParallaxViewTest, RefusesSizesThatAreNone) {
+    for (const auto& [width, height] : {std::pair{0, 8}, {8, 0}, {-8, 8}, {8, 1 << 30}, {16385, 1}})
+        EXPECT_THAT(sentence(view->setPhoto(width, height, photo.data())), StartsWith("photo: "));
+    setImages();
+    const Bytes before = picture();
+    for (const auto& [width, height] :
+         {std::pair{3, 8}, {8, 3}, {-8, 8}, {0, 0}, {std::numeric_limits<int>::max(), 8}})
+        EXPECT_THAT(sentence(view->setDepth(width, height, depth.data())),
+                    AllOf(StartsWith("depth map: "), HasSubstr("each side must be 4 to ")));
+    EXPECT_EQ(picture(), before);
+}
+
+TEST_F(ParallaxViewTest, RefusesRatiosOutsideTheTable) {
+    setImages();
+    const Bytes before = picture();
+    // 64 pixels over grids of 21, 5, 1 and 25 cells.
+    for (const int size : {84, 20, 4, 100})
+        EXPECT_THAT(sentence(setDepth(size, size, Bytes(static_cast<size_t>(size * size)))),
+                    HasSubstr("not 1, 2, 4, 8, 16 or 32 times"));
+    EXPECT_THAT(sentence(setDepth(64, 84, Bytes(64 * 84))), HasSubstr("64 x 64 photo"));
+    EXPECT_EQ(picture(), before);
+}
+
+TEST_F(ParallaxViewTest, TakesEveryRatioOfTheTable) {
+    ASSERT_TRUE(setPhoto(kPhoto, kPhoto, photo).ok());
+    for (const int ratio : {1, 2, 4, 8, 16, 32}) {
+        const int size = 4 * kPhoto / ratio;
+        EXPECT_TRUE(setDepth(size, size, Bytes(static_cast<size_t>(size * size), 100)).ok()) << ratio;
+        picture();
+    }
+}
+
+TEST_F(ParallaxViewTest, RefusesABlockBeyondTwoGigabytes) {
+    // A cell a pixel takes 109 bytes, and 3 go to the pixel itself: 2.6 GB. No sample is read.
+    ASSERT_TRUE(setPhoto(16384, 1400, Bytes(16384u * 1400u * 3u)).ok());
+    EXPECT_THAT(sentence(view->setDepth(4 * 16384, 4 * 1400, depth.data())),
+                HasSubstr("needs 2.6 GB of working memory; 2 GB is the limit"));
+    EXPECT_EQ(sentence(quietly([&] { return view->render(); })),
+              "nothing to draw: no depth map is set for this photo");
+}
+
+TEST_F(ParallaxViewTest, RefusesOutputsTheDriverCannotMake) {
+    setImages();
+    const Bytes before = picture();
+    for (const auto& [width, height] : {std::pair{0, 5}, {5, -1}, {1 << 20, 5}})
+        EXPECT_THAT(sentence(view->resize(width, height)), StartsWith("output: "));
+    EXPECT_EQ(view->width(), 48);
+    EXPECT_EQ(picture(), before);
+    std::unique_ptr<ParallaxView> none;
+    EXPECT_THAT(sentence(ParallaxView::create(0, 0, 4, &none)), StartsWith("output: "));
+    EXPECT_EQ(none, nullptr);
+}
+
+TEST_F(ParallaxViewTest, RefusesReadingIntoTooSmallABuffer) {
+    setImages();
+    picture();
+    Bytes small(48 * 32 * 4 - 1);
+    EXPECT_EQ(sentence(view->readPixels(small.data(), small.size())),
+              "reading the picture takes a buffer of 6144 bytes");
+    EXPECT_EQ(sentence(view->readPixels(nullptr, 6144)), "reading the picture takes a buffer of 6144 bytes");
+}
+
+TEST_F(ParallaxViewTest, RefusesMotionThatIsNoNumber) {
+    const float bad[] = {std::nanf(""), std::numeric_limits<float>::infinity(),
+                         -std::numeric_limits<float>::infinity()};
+    for (const float value : bad) {
+        EXPECT_FALSE(view->lookAt(value, 0).ok());
+        EXPECT_FALSE(view->lookAt(0, value).ok());
+        EXPECT_FALSE(view->setRotation(value, 0, 0).ok());
+        EXPECT_FALSE(view->setAccelerometerData(0, value, 0).ok());
+        EXPECT_FALSE(view->setTranslation(0, 0, value).ok());
+    }
+    EXPECT_FALSE(view->touchEvent(4).ok());
+    EXPECT_FALSE(view->touchEvent(-1).ok());
+    EXPECT_EQ(view->renderer().m_transX, 0.0f);
+    EXPECT_EQ(view->renderer().m_camTransZ, 0.0f);
+}
+
+TEST_F(ParallaxViewTest, ParametersGoInAndOutByName) {
+    for (const ParameterInfo& info : ParallaxView::parameters()) {
+        for (const double value : {info.minimum, info.maximum}) {
+            EXPECT_TRUE(view->setParameter(info.name, value).ok()) << info.name;
+            double back = std::nan("");
+            EXPECT_TRUE(view->parameter(info.name, &back).ok());
+            EXPECT_FLOAT_EQ(static_cast<float>(back), static_cast<float>(value)) << info.name;
+        }
+        const double beyond = std::max(1.0, std::abs(info.maximum)) * 1.01 + 1;
+        EXPECT_FALSE(view->setParameter(info.name, beyond).ok()) << info.name;
+        EXPECT_FALSE(view->setParameter(info.name, -beyond).ok()) << info.name;
+        EXPECT_FALSE(view->setParameter(info.name, std::nan("")).ok()) << info.name;
+    }
+    EXPECT_THAT(sentence(view->setParameter("guided_filter_rx", 1.5)), HasSubstr("whole number"));
+    EXPECT_THAT(sentence(view->setParameter("nothing", 1)),
+                StartsWith("unknown parameter 'nothing'; known are rotate_z_trans, "));
+    double unused = 0;
+    EXPECT_THAT(sentence(view->parameter("nothing", &unused)), StartsWith("unknown parameter"));
+}
+
+TEST_F(ParallaxViewTest, ParametersTakeEffectWhenTheySay) {
+    setImages();
+    ASSERT_TRUE(quietly([&] { return view->lookAt(0.8f, 0); }).ok());
+    const Bytes before = picture();
+    for (const ParameterInfo& info : ParallaxView::parameters()) {
+        SCOPED_TRACE(info.name);
+        double old = 0;
+        ASSERT_TRUE(view->parameter(info.name, &old).ok());
+        // Far enough off to show.
+        const std::string name(info.name);
+        const std::map<std::string, double> others = {{"fov_scale", 0.5},
+                                                      {"guided_filter_eps", 0.5},
+                                                      {"border_deadzone", 3},
+                                                      {"far_offset_ext", 0},
+                                                      {"trans_to_rotate_scale", 1.5}};
+        const auto found = others.find(name);
+        const double other = found != others.end() ? found->second : old + 6;
+        ASSERT_TRUE(view->setParameter(info.name, other).ok());
+        // The far plane changes depths, not where things are seen; the vertical limit needs a vertical look.
+        const bool shows_nothing_here = name == "far_offset_ext" || name == "rotate_y_boundary";
+        EXPECT_EQ(picture() != before, info.takes_effect == TakesEffect::kEachFrame && !shows_nothing_here);
+        ASSERT_TRUE(setDepth(kDepth, kDepth, depth).ok());
+        ASSERT_TRUE(quietly([&] { return view->lookAt(0.8f, 0); }).ok());
+        EXPECT_EQ(picture() != before, info.takes_effect != TakesEffect::kNever && !shows_nothing_here);
+        ASSERT_TRUE(view->setParameter(info.name, old).ok());
+        ASSERT_TRUE(setDepth(kDepth, kDepth, depth).ok());
+        ASSERT_TRUE(quietly([&] { return view->lookAt(0.8f, 0); }).ok());
+    }
+    EXPECT_EQ(picture(), before);
+}
+
+TEST_F(ParallaxViewTest, ApplyPropertiesChoosesTheTunedSet) {
+    double contrast = 0;
+    ASSERT_TRUE(view->applyProperties(0).ok());
+    ASSERT_TRUE(view->parameter("depth_contrast", &contrast).ok());
+    EXPECT_EQ(contrast, 30);
+    properties.set("quorvane.para10", "12");
+    ASSERT_TRUE(view->applyProperties(7).ok());
+    ASSERT_TRUE(view->parameter("depth_contrast", &contrast).ok());
+    EXPECT_EQ(contrast, 12);
+}
+
+TEST_F(ParallaxViewTest, RefusesCallsFromAnotherThread) {
+    setImages();
+    const Bytes before = picture();
+    const std::string wanted = "called from another thread than the one that created the view";
+    std::vector<std::string> said;
+    std::thread([&] {
+        Bytes pixels(48 * 32 * 4);
+        double value = 0;
+        for (const Status& status :
+             {view->setPhoto(kPhoto, kPhoto, photo.data()), view->setDepth(kDepth, kDepth, depth.data()),
+              view->lookAt(1, 1), view->setRotation(1, 1, 1), view->setAccelerometerData(1, 1, 1),
+              view->setTranslation(1, 1, 1), view->touchEvent(1), view->setMinMaxDepth(1, 2),
+              view->setParameter("fov_scale", 0.5), view->parameter("fov_scale", &value),
+              view->applyProperties(0), view->resize(9, 9), view->render(),
+              view->readPixels(pixels.data(), pixels.size())})
+            said.push_back(sentence(status));
+    }).join();
+    EXPECT_THAT(said, Each(wanted));
+    EXPECT_EQ(picture(), before);
+}
+
+TEST_F(ParallaxViewTest, RefusesAnotherContextOrNone) {
+    setImages();
+    context->release();
+    EXPECT_EQ(sentence(view->render()), "the OpenGL ES context that created the view is not current");
+    std::unique_ptr<ParallaxView> none;
+    EXPECT_EQ(sentence(ParallaxView::create(8, 8, 4, &none)),
+              "no OpenGL ES context is current on this thread");
+    std::unique_ptr<OffscreenContext> other;
+    ASSERT_TRUE(OffscreenContext::create(&other).ok());
+    EXPECT_EQ(sentence(view->render()), "the OpenGL ES context that created the view is not current");
+    ASSERT_TRUE(context->makeCurrent().ok());
+    picture();
+}
+
+}  // namespace
+}  // namespace quorvane::test
