@@ -48,11 +48,12 @@ media::GrayImage plane(const void* bytes, int width, int height) {
 }  // namespace
 
 void refuseInputAsOutput(const ViewOptions& options, const std::string& out) {
-    for (const std::string& input : {options.photo, options.depth}) {
-        std::error_code ignored;
-        if (std::filesystem::equivalent(input, out, ignored))
-            throw media::Error(out + ": is an input; write somewhere else");
-    }
+    for (const std::string& input : {options.photo, options.depth})
+        for (const std::string& output : {out, options.timings}) {
+            std::error_code ignored;
+            if (std::filesystem::equivalent(input, output, ignored))
+                throw media::Error(output + ": is an input; write somewhere else");
+        }
 }
 
 Input readInput(const ViewOptions& options) {
@@ -115,10 +116,10 @@ View::View(const ViewOptions& options, Input input, Size picture, int supersampl
         fit.photo.height, fit.photo == Size{input.photo.width, input.photo.height} ? "" : " (resampled)",
         fit.depth.width, fit.depth.height, fit.depth == depth_size ? "" : " (scaled)", fit.ratio);
 
-    m_photo = media::resample(std::move(input.photo), fit.photo);
-    m_depth = media::toBytes(input.depth.plane, fit.depth);
-    require(m_view->setPhoto(m_photo.width, m_photo.height, m_photo.samples.data()));
-    require(m_view->setDepth(m_depth.width, m_depth.height, m_depth.samples.data()));
+    const media::RgbImage photo = media::resample(std::move(input.photo), fit.photo);
+    const media::GrayImage depth = media::toBytes(input.depth.plane, fit.depth);
+    require(m_view->setPhoto(photo.width, photo.height, photo.samples.data()));
+    require(m_view->setDepth(depth.width, depth.height, depth.samples.data()));
 
     const Geometry geometry = m_view->geometry();
     say("grid     %d x %d cells, %.1f MB of working memory\n", geometry.grid_width, geometry.grid_height,

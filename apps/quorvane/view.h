@@ -19,7 +19,7 @@ struct Input {
     media::DepthMap depth;  ///< larger = nearer
 };
 
-/// Throws media::Error where `out` names the photo or the depth map.
+/// Throws media::Error where `out` or the timings file would overwrite the photo or the depth map.
 void refuseInputAsOutput(const ViewOptions& options, const std::string& out);
 
 /// Throws media::Error.
@@ -34,18 +34,14 @@ class View {
 
     media::RgbaImage pictureAt(Position position);
 
-    const media::RgbImage& photo() const { return m_photo; }   ///< as given to the renderer
-    const media::GrayImage& depth() const { return m_depth; }  ///< as given to the renderer
-    media::GrayImage guide() const;                            ///< at grid size
-    media::GrayImage shapedDepth() const;                      ///< at grid size
+    media::GrayImage guide() const;        ///< at grid size
+    media::GrayImage shapedDepth() const;  ///< at grid size
 
   private:
     std::unique_ptr<OffscreenContext> m_context;
     std::unique_ptr<ParallaxView> m_view;
     media::Size m_picture;
     int m_supersample;
-    media::RgbImage m_photo;
-    media::GrayImage m_depth;
     media::RgbaImage m_drawn;
 };
 

@@ -115,6 +115,7 @@ TEST_F(Failure, InputIsNeverOverwritten) {
     expectRefused(render(photo), 1, "is an input");
     expectRefused(render(depth), 1, "is an input");
     expectRefused({"stages", photo, depth, "-o", photo}, 1, "is an input");
+    expectRefused(render(folder / "a.png", {"--timings", photo}), 1, "is an input");
     EXPECT_EQ(bytesOf(photo), before);
 }
 
