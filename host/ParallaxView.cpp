@@ -250,6 +250,10 @@ Status ParallaxView::setDepth(int width, int height, const uint8_t* depth) {
 
     const int grid_w = width / kDepthPixelsPerCell;
     const int grid_h = height / kDepthPixelsPerCell;
+    // Sides of 5, 6, 7, 10, 11 and 15 truncate to a grid that they are no longer 4 times.
+    if (width / grid_w != kDepthPixelsPerCell || height / grid_h != kDepthPixelsPerCell)
+        return Status::failure(text(
+            "depth map: %d x %d does not divide into cells of 4 x 4; use multiples of 4", width, height));
     const int photo_w = m_renderer.m_texWidth;
     const int photo_h = m_renderer.m_texHeight;
     if (colourRatio(photo_w, grid_w) == 0 || colourRatio(photo_h, grid_h) == 0)

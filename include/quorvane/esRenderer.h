@@ -100,8 +100,9 @@ class ESRenderer {
 
     /// Reduces the depth map to grid size, filters it under the photo's guidance, shapes it with the contrast
     /// curve and uploads it as a new texture, left bound with GL_UNPACK_ALIGNMENT 1. Call after `setTexture`,
-    /// with the size planned with `getRequiredMemSize`. Photo size / grid size must be one of
-    /// 1, 2, 4, 8, 16, 32 on each axis. A depth map below 4 x 4 changes nothing.
+    /// with the size planned with `getRequiredMemSize`. On each axis photo size / grid size must be one of
+    /// 1, 2, 4, 8, 16, 32, and depth size / grid size 4 (sides of 5, 6, 7, 10, 11 and 15 are not). A depth map
+    /// below 4 x 4 changes nothing.
     void setDepth(int depthWidth, int depthHeight, unsigned char* imageData);
 
     /// Attaches the host's texture to the framebuffer, which stays bound. True when that makes it complete.

@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <fstream>
 #include <thread>
 
 #include "process.h"
+#include "support/processes.h"
 #include "support/temporary_folder.h"
 
 namespace quorvane::test {
@@ -17,17 +17,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-/// How many running processes have `text` in their command line.
-int processesNaming(const std::string& text) {
-    int count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-        std::ifstream file(entry.path() / "cmdline", std::ios::binary);
-        const std::string line{std::istreambuf_iterator<char>(file), {}};
-        count += line.find(text) != std::string::npos;
-    }
-    return count;
-}
 
 class Failure : public testing::Test {
   protected:

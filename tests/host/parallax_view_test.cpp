@@ -313,6 +313,17 @@ TEST_F(ParallaxViewTest, RefusesRatiosOutsideTheTable) {
     EXPECT_EQ(picture(), before);
 }
 
+TEST_F(ParallaxViewTest, RefusesDepthSidesThatTheirGridIsNotAQuarterOf) {
+    setImages();
+    const Bytes before = picture();
+    for (const int side : {5, 6, 7, 10, 11, 15}) {
+        const Bytes samples(static_cast<size_t>(side * 16));
+        EXPECT_THAT(sentence(setDepth(side, 16, samples)), HasSubstr("does not divide into cells of 4 x 4"));
+        EXPECT_THAT(sentence(setDepth(16, side, samples)), HasSubstr("use multiples of 4"));
+    }
+    EXPECT_EQ(picture(), before);
+}
+
 TEST_F(ParallaxViewTest, TakesEveryRatioOfTheTable) {
     ASSERT_TRUE(setPhoto(kPhoto, kPhoto, photo).ok());
     for (const int ratio : {1, 2, 4, 8, 16, 32}) {

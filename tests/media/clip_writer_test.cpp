@@ -9,6 +9,7 @@
 
 #include "media/error.h"
 #include "media/picture_file.h"
+#include "support/processes.h"
 #include "support/temporary_folder.h"
 
 namespace quorvane::media {
@@ -192,8 +193,7 @@ TEST(ClipWriter, AbandonedWriterLeavesNothing) {
             writer->add(frame(32, 24, 1));
         }
         EXPECT_THAT(folder.names(), IsEmpty());
-        EXPECT_EQ(outputOf("pgrep -f " + folder.path() + " | grep -v $$ | wc -l"), "0")
-            << "ffmpeg still runs";
+        EXPECT_EQ(test::processesNaming(folder.path()), 0) << "ffmpeg still runs";
     }
 }
 
