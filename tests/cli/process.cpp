@@ -73,6 +73,14 @@ Outcome Process::wait() {
     return outcome;
 }
 
+bool hasTerminals() {
+    int ends[2];
+    if (openpty(&ends[0], &ends[1], nullptr, nullptr, nullptr) != 0) return false;
+    close(ends[0]);
+    close(ends[1]);
+    return true;
+}
+
 Outcome quorvane(const std::vector<std::string>& arguments,
                  const std::map<std::string, std::string>& environment) {
     return Process(arguments, environment).wait();

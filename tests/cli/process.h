@@ -35,6 +35,9 @@ class Process {
     int m_err = -1;
 };
 
+/// Whether this machine can make a pseudo-terminal.
+bool hasTerminals();
+
 /// Runs quorvane to its end.
 Outcome quorvane(const std::vector<std::string>& arguments,
                  const std::map<std::string, std::string>& environment = {});
