@@ -101,8 +101,8 @@ class ESRenderer {
     /// Reduces the depth map to grid size, filters it under the photo's guidance, shapes it with the contrast
     /// curve and uploads it as a new texture, left bound with GL_UNPACK_ALIGNMENT 1. Call after `setTexture`,
     /// with the size planned with `getRequiredMemSize`. On each axis photo size / grid size must be one of
-    /// 1, 2, 4, 8, 16, 32, and depth size / grid size 4 (sides of 5, 6, 7, 10, 11 and 15 are not). A depth map
-    /// below 4 x 4 changes nothing.
+    /// 1, 2, 4, 8, 16, 32, and depth size / grid size 4 (sides of 5, 6, 7, 10, 11 and 15 are not). A depth
+    /// map below 4 x 4 changes nothing.
     void setDepth(int depthWidth, int depthHeight, unsigned char* imageData);
 
     /// Attaches the host's texture to the framebuffer, which stays bound. True when that makes it complete.
@@ -137,7 +137,7 @@ class ESRenderer {
     /// srcHeight / dstHeight, truncated) with a fixed-point low-pass filter.
     ///
     ///   srcData   srcWidth * srcHeight bytes, or 3 bytes a pixel when `isRGB`, which are turned into luma
-    ///             (16..235). Then up to 30 bytes past the end are read: they must be readable, and their
+    ///             (16..235). Then up to 27 bytes past the end are read: they must be readable, and their
     ///             values reach the last output rows' right border.
     ///   dstData   dstWidth * dstHeight bytes; must not overlap srcData
     ///

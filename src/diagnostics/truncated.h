@@ -8,7 +8,8 @@
 template <typename Int>
 Int truncated(float value) {
     // 2 to the digits: one past the largest Int, exact as a float where the largest Int itself is not.
-    constexpr float past_largest = static_cast<float>(std::numeric_limits<Int>::max() / 2 + 1) * 2.0f;
+    constexpr float past_largest =
+        2.0f * static_cast<float>(Int{1} << (std::numeric_limits<Int>::digits - 1));
     if (value != value) return 0;
     if (value >= past_largest) return std::numeric_limits<Int>::max();
     if (value <= static_cast<float>(std::numeric_limits<Int>::min())) return std::numeric_limits<Int>::min();

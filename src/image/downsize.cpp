@@ -75,7 +75,9 @@ void ESRenderer::downsize(int srcWidth, int srcHeight, const void* srcData, int 
     const uint32_t ds_v_shift = simple_log2(static_cast<uint32_t>(ds_v));
     const int h_tap = kernelsFor(ds_h).margin;
     const int v_tap = kernelsFor(ds_v).margin;
-    const int h_taps = ds_h + 2 * h_tap;
+    // The widest kernel ends in a 0. Without that tap, what is read past the photo stays inside the working
+    // block even where the grid is a single cell.
+    const int h_taps = ds_h + 2 * h_tap - (filter_H[ds_h + 2 * h_tap - 1] == 0 ? 1 : 0);
     const int v_taps = ds_v + 2 * v_tap;
 
     const uint8_t* source = static_cast<const uint8_t*>(srcData);

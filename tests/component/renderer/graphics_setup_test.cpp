@@ -87,6 +87,9 @@ struct Geometry {
     int render_w;
 };
 
+// GoogleTest prints bytes otherwise, padding and all, which valgrind objects to.
+void PrintTo(const Geometry& geometry, std::ostream* out) { *out << geometry.w << " x " << geometry.h; }
+
 class GraphicsSetupGeometry : public GraphicsSetup, public ::testing::WithParamInterface<Geometry> {};
 
 TEST_P(GraphicsSetupGeometry, HasItsWorkedValues) {
@@ -116,7 +119,15 @@ INSTANTIATE_TEST_SUITE_P(
                                34.052525f, 31.725252f, 1989},
                       Geometry{720, 1280, 1108, 83, 41, 83,
                                "m_OBJ_CORD_X: 11.590365, m_OBJ_CORD_X2: 9.222135, m_OBJ_CORD_Y: 18.500000",
-                               11.590365f, 9.222135f, 803}),
+                               11.590365f, 9.222135f, 803},
+                      // 2911 / 1.1547005145615656 is 2521.000002, where all digits of 2 tan 30 degrees would
+                      // give 2520.99995. The ratio 640 / 2911 is rounded up to float, which gives 2520.99993.
+                      Geometry{2911, 2911, 2521, 189, 94, 189,
+                               "m_OBJ_CORD_X: 19.693178, m_OBJ_CORD_X2: 17.306822, m_OBJ_CORD_Y: 18.500000",
+                               19.693178f, 17.306822f, 3100},
+                      Geometry{640, 2911, 2520, 189, 94, 189,
+                               "m_OBJ_CORD_X: 5.260982, m_OBJ_CORD_X2: 2.873680, m_OBJ_CORD_Y: 18.500000",
+                               5.260982f, 2.873680f, 829}),
     [](const auto& output) { return std::to_string(output.param.w) + "x" + std::to_string(output.param.h); });
 
 TEST_F(GraphicsSetup, ExtentsFollowTheirRulesAtManySizes) {
