@@ -270,6 +270,9 @@ Status ParallaxView::setDepth(int width, int height, const uint8_t* depth) {
     unsigned char* behind_photo = reinterpret_cast<unsigned char*>(m_renderer.m_pDepthData);
     std::memset(behind_photo, 0, static_cast<size_t>(m_block.get() + m_block_bytes - behind_photo));
     m_renderer.setDepth(width, height, const_cast<unsigned char*>(depth));
+    // The renderer logs and clears the errors of its upload. Writing into a texture that has no image fails
+    // again.
+    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 1, 1, GL_LUMINANCE, GL_UNSIGNED_BYTE, m_renderer.m_pDepthData);
     m_renderer.setupVertices();
     status = glStatus("depth map");
     m_has_depth = status.ok();
@@ -341,7 +344,6 @@ Status ParallaxView::render() {
                                  GL_SAMPLE_COVERAGE};
     for (const GLenum test : kTests) glDisable(test);
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
-    glDepthMask(GL_TRUE);
     glDepthRangef(0.0f, 1.0f);
     forgetGlErrors();
     // The renderer clears what is bound on entry.

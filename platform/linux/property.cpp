@@ -9,18 +9,15 @@
 #include <fstream>
 #include <map>
 #include <mutex>
+#include <sstream>
 #include <string>
+
+#include "property_line.h"
 
 namespace {
 
 constexpr size_t kLongestValue = PROPERTY_VALUE_MAX - 1;
-constexpr char kBlanks[] = " \t\r\n";
-
-std::string trimmed(const std::string& text) {
-    const size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string::npos) return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
+constexpr size_t kLargestFile = 1 << 20;
 
 class PropertyTable {
   public:
@@ -39,7 +36,10 @@ class PropertyTable {
     bool set(const std::string& key, const std::string& value) {
         if (key.empty() || value.size() > kLongestValue) return false;
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_values[key] = value;
+        if (value.empty())
+            m_values.erase(key);
+        else
+            m_values[key] = value;
         return true;
     }
 
@@ -52,22 +52,27 @@ class PropertyTable {
     // A bad line is reported and skipped, and the rest still counts: a device's properties are set one by one
     // too.
     void load(const char* path) {
-        std::ifstream file(path);
-        if (!file) {
+        std::ifstream file(path, std::ios::binary);
+        std::string text(kLargestFile + 1, '\0');
+        file.read(&text[0], static_cast<std::streamsize>(text.size()));
+        if (!file.is_open() || file.bad()) {
             std::fprintf(stderr, "%s: cannot read the property file: %s\n", path, std::strerror(errno));
             return;
         }
+        text.resize(static_cast<size_t>(file.gcount()));
+        if (text.size() > kLargestFile) {
+            std::fprintf(stderr, "%s: not read: a property file has at most %zu bytes\n", path, kLargestFile);
+            return;
+        }
+        std::istringstream lines(text);
         std::string line;
-        for (int number = 1; std::getline(file, line); ++number) {
-            const std::string text = trimmed(line);
-            if (text.empty() || text[0] == '#') continue;
-            const size_t equals = text.find('=');
-            const std::string key = trimmed(text.substr(0, equals));
-            if (equals == std::string::npos || key.empty()) {
+        for (int number = 1; std::getline(lines, line); ++number) {
+            const PropertyLine said = parsePropertyLine(line);
+            if (said.kind == PropertyLine::Kind::kNonsense) {
                 std::fprintf(stderr, "%s:%d: expected key=value\n", path, number);
-            } else if (!set(key, trimmed(text.substr(equals + 1)))) {
+            } else if (said.kind == PropertyLine::Kind::kSetting && !set(said.key, said.value)) {
                 std::fprintf(stderr, "%s:%d: the value of %s is longer than %zu bytes\n", path, number,
-                             key.c_str(), kLongestValue);
+                             said.key.c_str(), kLongestValue);
             }
         }
     }

@@ -1,6 +1,7 @@
 // ParallaxView on the real driver.
 
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <thread>
@@ -163,6 +164,8 @@ TEST_F(ParallaxViewTest, DepthBufferLetsNearThingsHideFarOnes) {
     const auto red = [&](size_t y) { return pixels[4 * (y * 64 + 32)]; };
     EXPECT_GT(red(70), 200) << "the near half covers what lies behind it";
     EXPECT_LT(red(100), 50) << "and no more than that";
+    glDepthRangef(1.0f, 0.0f);
+    EXPECT_EQ(picture(), pixels) << "the app's depth range does not turn it around";
 }
 
 TEST_F(ParallaxViewTest, LookingIsClampedAndHeldInsideTheDeadZone) {
@@ -397,6 +400,76 @@ TEST_F(ParallaxViewTest, ParametersGoInAndOutByName) {
                 StartsWith("unknown parameter 'nothing'; known are rotate_z_trans, "));
     double unused = 0;
     EXPECT_THAT(sentence(view->parameter("nothing", &unused)), StartsWith("unknown parameter"));
+}
+
+TEST_F(ParallaxViewTest, ParametersHaveTheirDocumentedRanges) {
+    struct Row {
+        const char* name;
+        bool integer;
+        double minimum, maximum;
+        TakesEffect takes_effect;
+    };
+    constexpr Row kTable[] = {{"rotate_z_trans", false, 1, 1000, TakesEffect::kNextDepth},
+                              {"rotate_x_boundary", false, -45, 45, TakesEffect::kEachFrame},
+                              {"rotate_y_boundary", false, -45, 45, TakesEffect::kEachFrame},
+                              {"trans_to_rotate_scale", false, -2, 2, TakesEffect::kEachFrame},
+                              {"far_offset_ext", false, 0, 10000, TakesEffect::kEachFrame},
+                              {"z_post_offset", false, -1000, 1000, TakesEffect::kNever},
+                              {"guided_filter_rx", true, 0, 1024, TakesEffect::kNextDepth},
+                              {"guided_filter_ry", true, 0, 1024, TakesEffect::kNextDepth},
+                              {"guided_filter_eps", false, 0, 1, TakesEffect::kNextDepth},
+                              {"depth_contrast", false, 0, 64, TakesEffect::kNextDepth},
+                              {"border_deadzone", true, 3, 100000, TakesEffect::kNextMotion},
+                              {"fov_scale", false, 0.05, 1, TakesEffect::kEachFrame},
+                              {"offset_gain", false, -1000, 1000, TakesEffect::kNever},
+                              {"offset_len", false, -1000, 1000, TakesEffect::kNever}};
+    const std::vector<ParameterInfo>& parameters = ParallaxView::parameters();
+    ASSERT_EQ(parameters.size(), std::size(kTable));
+    for (size_t i = 0; i < parameters.size(); ++i) {
+        SCOPED_TRACE(kTable[i].name);
+        EXPECT_STREQ(parameters[i].name, kTable[i].name);
+        EXPECT_EQ(parameters[i].integer, kTable[i].integer);
+        EXPECT_EQ(parameters[i].minimum, kTable[i].minimum);
+        EXPECT_EQ(parameters[i].maximum, kTable[i].maximum);
+        EXPECT_EQ(parameters[i].takes_effect, kTable[i].takes_effect);
+    }
+}
+
+TEST_F(ParallaxViewTest, ParameterSentencesSayWhatWouldDo) {
+    EXPECT_EQ(sentence(view->setParameter("guided_filter_ry", 2.5)),
+              "guided_filter_ry: 2.5 is not a whole number from 0 to 1024");
+    EXPECT_EQ(sentence(view->setParameter("fov_scale", 2)), "fov_scale: 2 is not a number from 0.05 to 1");
+    EXPECT_EQ(sentence(ParallaxView::checkParameter("", 0)),
+              "unknown parameter ''; known are rotate_z_trans, rotate_x_boundary, rotate_y_boundary, "
+              "trans_to_rotate_scale, far_offset_ext, z_post_offset, guided_filter_rx, guided_filter_ry, "
+              "guided_filter_eps, depth_contrast, border_deadzone, fov_scale, offset_gain, offset_len");
+}
+
+TEST_F(ParallaxViewTest, EachParameterIsItsOwnField) {
+    double value = 3;
+    for (const ParameterInfo& info : ParallaxView::parameters()) {
+        if (std::string(info.name) == "fov_scale" || std::string(info.name) == "guided_filter_eps") continue;
+        value += 1;
+        const bool gain = std::string(info.name) == "trans_to_rotate_scale";
+        ASSERT_TRUE(view->setParameter(info.name, gain ? 1.5 : value).ok()) << info.name;
+    }
+    ASSERT_TRUE(view->setParameter("fov_scale", 0.25).ok());
+    ASSERT_TRUE(view->setParameter("guided_filter_eps", 0.125).ok());
+    const LibParam& params = view->renderer().params;
+    EXPECT_EQ(params.rotate_z_trans, 4.0f);
+    EXPECT_EQ(params.rotate_x_boundary, 5.0f);
+    EXPECT_EQ(params.rotate_y_boundary, 6.0f);
+    EXPECT_EQ(params.trans_to_rotate_scale, 1.5f);
+    EXPECT_EQ(params.far_offset_ext, 8.0f);
+    EXPECT_EQ(params.z_post_offset, 9.0f);
+    EXPECT_EQ(params.guided_filter_rx, 10);
+    EXPECT_EQ(params.guided_filter_ry, 11);
+    EXPECT_EQ(params.guided_filter_eps, 0.125f);
+    EXPECT_EQ(params.depth_contrast, 12.0f);
+    EXPECT_EQ(params.border_deadzone, 13);
+    EXPECT_EQ(params.fov_scale, 0.25f);
+    EXPECT_EQ(params.offset_gain, 14.0f);
+    EXPECT_EQ(params.offset_len, 15.0f);
 }
 
 TEST_F(ParallaxViewTest, ParametersTakeEffectWhenTheySay) {

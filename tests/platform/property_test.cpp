@@ -1,7 +1,10 @@
 #include <cutils/properties.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -14,10 +17,14 @@ namespace {
 using quorvane::test::TemporaryFolder;
 using quorvane::test::writeBytes;
 
+/// Set in a process that is to read the file that QUORVANE_PROPERTIES names already.
+constexpr char kKeepFile[] = "QUORVANE_TEST_KEEP_PROPERTY_FILE";
+
 // The table is filled once, at the first call, so the file stands before any test runs.
 class PropertyFile : public testing::Environment {
   public:
     void SetUp() override {
+        if (std::getenv(kKeepFile) != nullptr) return;
         writeBytes(m_folder / "file.prop",
                    "# a comment\n"
                    "\n"
@@ -117,6 +124,37 @@ TEST(PropertyFileLines, BadOnesAreReportedWithTheirNumbers) {
                                               ":8: the value of too.long is longer than 91 bytes\n");
 }
 
+// Run in a process of its own, by the next one.
+TEST(PropertyFileName, DISABLED_IsReadAtTheFirstLookup) {
+    char value[PROPERTY_VALUE_MAX];
+    property_get("from.file", value, "none");
+    std::fprintf(stderr, "%s\n", value);
+}
+
+TEST(PropertyFileName, MissingFileIsReportedAndNoneIsNot) {
+    const auto said = [](const std::string& name) {
+        char self[4096] = {};
+        if (readlink("/proc/self/exe", self, sizeof self - 1) <= 0) return std::string("no program");
+        const std::string command = std::string(kKeepFile) + "=1 " + name + " '" + self +
+                                    "' --gtest_filter=PropertyFileName.DISABLED_* "
+                                    "--gtest_also_run_disabled_tests 2>&1 >/dev/null";
+        std::string text;
+        if (FILE* output = popen(command.c_str(), "r")) {
+            for (int c; (c = std::fgetc(output)) != EOF;) text += static_cast<char>(c);
+            pclose(output);
+        }
+        return text;
+    };
+    const TemporaryFolder folder;
+    writeBytes(folder / "good.prop", "from.file=here");
+    EXPECT_EQ(said("QUORVANE_PROPERTIES='" + (folder / "good.prop") + "'"), "here\n");
+    const std::string missing = folder / "missing.prop";
+    EXPECT_EQ(said("QUORVANE_PROPERTIES='" + missing + "'"),
+              missing + ": cannot read the property file: No such file or directory\nnone\n");
+    EXPECT_EQ(said("QUORVANE_PROPERTIES="), "none\n");
+    EXPECT_EQ(said("env -u QUORVANE_PROPERTIES"), "none\n");
+}
+
 TEST(Property, ManyThreadsMaySetAndGet) {
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t)
@@ -129,6 +167,23 @@ TEST(Property, ManyThreadsMaySetAndGet) {
             }
         });
     for (std::thread& thread : threads) thread.join();
+}
+
+TEST(Property, ManyThreadsMaySetAndUnset) {
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([t] {
+            for (int i = 0; i < 40000; ++i) {
+                const std::string key = std::to_string(i % 61) + ".of." + std::to_string(t);
+                property_set(key.c_str(), "set");
+                if (i % 8 == 0) {
+                    EXPECT_EQ(get(key.c_str(), "").value, "set");
+                }
+                property_set(key.c_str(), nullptr);
+            }
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(get("0.of.0", "unset").value, "unset");
 }
 
 }  // namespace

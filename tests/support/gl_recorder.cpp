@@ -268,8 +268,8 @@ Function* driverFunction(Function*, const char* name) {
 template <typename Generate>
 void generate(const char* name, Generate* driver, GLsizei n, GLuint* names, std::set<GLuint>* live) {
     call(name, static_cast<int>(n));
-    for (GLsizei i = 0; driver == nullptr && i < n; ++i)
-        names[i] = state().names_not_generated ? 0 : state().newName();
+    const bool none = state().names_not_generated || state().generating_nothing.count(name) != 0;
+    for (GLsizei i = 0; driver == nullptr && i < n; ++i) names[i] = none ? 0 : state().newName();
     if (driver != nullptr) driver(n, names);
     live->insert(names, names + n);
     live->erase(0);
@@ -347,8 +347,7 @@ void glGetIntegerv(GLenum name, GLint* out) {
     const auto scripted = gl.integers.find(name);
     if (scripted != gl.integers.end()) {
         *out = scripted->second;
-        // Width and height, alike.
-        if (name == GL_MAX_VIEWPORT_DIMS) out[1] = scripted->second;
+        if (name == GL_MAX_VIEWPORT_DIMS) out[1] = gl.viewport_height_limit.value_or(scripted->second);
         return;
     }
     switch (name) {

@@ -186,6 +186,14 @@ TEST_F(Parameters, IntegersStopAtTheDecimalPoint) {
     EXPECT_EQ(renderer.params.guided_filter_rx, 3);
 }
 
+TEST_F(Parameters, IntegersAreDecimal) {
+    properties.set("quorvane.para7", "0x10");
+    properties.set("quorvane.para8", "010");
+    renderer.getProperties(kKeepsSet);
+    EXPECT_EQ(renderer.params.guided_filter_rx, 0);
+    EXPECT_EQ(renderer.params.guided_filter_ry, 10);
+}
+
 TEST_F(Parameters, TextThatIsNoNumberCountsAs0) {
     properties.set("quorvane.para1", "far");
     properties.set("quorvane.para11", "none");
@@ -224,6 +232,10 @@ TEST_F(Parameters, RealsAreRoundedFromDoubleToFloat) {
     renderer.getProperties(kKeepsSet);
     EXPECT_EQ(renderer.params.trans_to_rotate_scale, 0.1f);
     EXPECT_EQ(renderer.params.far_offset_ext, 16777216.0f);
+    // A hair above half-way between 1 and the next float: the double is half-way, and that rounds to even.
+    properties.set("quorvane.para4", "1.00000005960464477539062500000001");
+    renderer.getProperties(kKeepsSet);
+    EXPECT_EQ(renderer.params.trans_to_rotate_scale, 1.0f);
 }
 
 TEST_F(Parameters, ValueWhoseTextFitsThirtyOneCharactersGoesThroughIt) {

@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <unistd.h>
 
+#include "../memory.h"
 #include "support/component_test.h"
 #include "support/dump_directory.h"
 #include "support/guarded_bytes.h"
@@ -54,6 +55,12 @@ TEST_F(PpmDump, EveryByteValueSurvives) {
     Bytes all(256);
     for (size_t i = 0; i < all.size(); ++i) all[i] = static_cast<uint8_t>(i);
     EXPECT_EQ(dumped(16, 16, all, 0), netpbm("P5", 16, 16, all));
+}
+
+TEST_F(PpmDump, LeavesNoMemoryBehind) {
+    Bytes pixels(1 << 16);
+    EXPECT_LT(bytesKept([&] { renderer._dump_ppm(1 << 16, 1, path.c_str(), pixels.data(), 0); }), 1 << 18)
+        << "32 rows are 2 MB";
 }
 
 TEST_F(PpmDump, NoByteOutsideTheImageIsRead) {

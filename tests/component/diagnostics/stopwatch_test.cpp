@@ -36,6 +36,8 @@ TEST(Stopwatch, PrintsMoreThanEightDigits) {
 TEST(Stopwatch, DividesInFloat) {
     // As floats 16777217 is 16777216, and a thousandth of that is 16777.216796875.
     EXPECT_EQ(displayed(16777217, "x"), "x: 16777217(us) = 16777.2168(ms)\n");
+    // 16777219 is 16777220, whose thousandth is nearest to 16777.220703125; its own is to 16777.21875.
+    EXPECT_EQ(displayed(16777219, "x"), "x: 16777219(us) = 16777.2207(ms)\n");
 }
 
 TEST(Stopwatch, MeasuresWithinASecond) { EXPECT_EQ(elapsed({5, 100}, {5, 1600}), 1500); }

@@ -172,6 +172,8 @@ TEST_F(DepthMap, ContrastBeyondAllIndicesGivesTheLastOne) {
     EXPECT_THAT(constantResult(1, std::numeric_limits<float>::infinity()), Each(255));
     EXPECT_THAT(constantResult(0, 1e30f), Each(0));
     EXPECT_THAT(constantResult(0, std::numeric_limits<float>::infinity()), Each(0));
+    // 128 times 2 to the 30, a 32nd of it, is 2 to the 32 itself.
+    EXPECT_THAT(constantResult(128, 1073741824.0f), Each(255));
 }
 
 TEST_F(DepthMap, LargeContrastWrapsModulo256) {
@@ -356,6 +358,23 @@ TEST_F(DepthMap, PivotAndWeightAreTakenFromTheParameters) {
     renderer->params.depth_contrast = -3.7f;
     set(Bytes(32 * 16, 1), 32, 16);
     EXPECT_EQ(renderer->m_depthContrastWeight, -3);
+}
+
+TEST_F(DepthMap, WeightStaysWithin32Bits) {
+    beginGray(32, 16);
+    const auto weight = [this](float contrast) {
+        renderer->params.depth_contrast = contrast;
+        set(Bytes(32 * 16, 1), 32, 16);
+        return renderer->m_depthContrastWeight;
+    };
+    constexpr int32_t kLargest = std::numeric_limits<int32_t>::max();
+    constexpr int32_t kSmallest = std::numeric_limits<int32_t>::min();
+    EXPECT_EQ(weight(2147483520.0f), 2147483520);  // the largest float below 2 to the 31
+    EXPECT_EQ(weight(2147483648.0f), kLargest);
+    EXPECT_EQ(weight(1e30f), kLargest);
+    EXPECT_EQ(weight(-2147483648.0f), kSmallest);
+    EXPECT_EQ(weight(-1e30f), kSmallest);
+    EXPECT_EQ(weight(std::numeric_limits<float>::quiet_NaN()), 0);
 }
 
 TEST_F(DepthMap, BorderParameterAndDepthLimitsAreNotTouched) {

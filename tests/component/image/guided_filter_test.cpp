@@ -207,6 +207,15 @@ TEST(GuidedFilter, SumsOfTheLargestValuesDoNotOverflow) {
     EXPECT_EQ(filtered(halves, halves, 300, 200, 300, 200, kDefaultEps), halves);
 }
 
+TEST(GuidedFilter, SquaresBeyond32BitsAreSummedWhole) {
+    // 51200 pixels of 255 squared and as many of 155 squared are 4.6e9. One window for all, and the input is
+    // the guide less 55, so the line through both is exact.
+    Bytes guide(320 * 320, 255), input(320 * 320, 200);
+    std::fill(guide.begin() + 320 * 160, guide.end(), uint8_t{155});
+    std::fill(input.begin() + 320 * 160, input.end(), uint8_t{100});
+    EXPECT_EQ(filtered(guide, input, 320, 320, 320, 320, 0.0f), input);
+}
+
 TEST(GuidedFilter, OppositeSlopeIsClampedToBytes) {
     // A guide outlier continues the local line beyond 0 and 255.
     Bytes guide(25, 100), input(25, 128);

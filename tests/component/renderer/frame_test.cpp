@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "../memory.h"
 #include "support/clock.h"
 #include "support/component_test.h"
 #include "support/dump_directory.h"
@@ -342,6 +343,22 @@ TEST_F(FrameDump, MissingDirectoryIsLoggedAndTheFrameCounts) {
               debugLine("[ERROR] Cannot open file /storage/sdcard0/qrvn/output_1_5_3_0_0.ppm\n"));
     EXPECT_EQ(renderer.m_renderCount, 1u);
     EXPECT_FALSE(fileExists("/storage/sdcard0/qrvn"));
+}
+
+TEST_F(FrameDump, ThatMemoryDoesNotSufficeForIsNotReadBackAndTheFrameCounts) {
+    if (kSanitized) GTEST_SKIP() << "the sanitizer stops at an allocation of this size";
+    renderer.m_debugEnable = 1;
+    renderer.m_width = renderer.m_height = 1e9f;  // 4e18 bytes
+    render();
+    EXPECT_THAT(timeline.callsOf("glReadPixels"), SizeIs(1)) << "the one that waits";
+    EXPECT_EQ(log.lines().back(), debugLine("[ERROR] Invalid image\n"));
+    EXPECT_EQ(renderer.m_renderCount, 1u);
+}
+
+TEST_F(FrameDump, LeavesNoMemoryBehind) {
+    renderer.m_debugEnable = 1;
+    renderer.m_width = renderer.m_height = 128.0f;
+    EXPECT_LT(bytesKept([this] { render(); }), 1 << 18) << "32 frames are 2 MB";
 }
 
 }  // namespace

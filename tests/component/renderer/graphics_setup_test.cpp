@@ -1,3 +1,5 @@
+#include <sys/time.h>
+
 #include <algorithm>
 
 #include "support/clock.h"
@@ -177,6 +179,16 @@ TEST_F(GraphicsSetup, EachStepIsMeasuredFromTheOneBefore) {
     const SteppingClock clock(1000);
     setUp(64, 64);
     EXPECT_THAT(timeline.timingLines(), Each(EndsWith(":     1000(us) = 1.0000(ms)")));
+}
+
+TEST_F(GraphicsSetup, SecondCallIsMeasuredFromItsOwnStart) {
+    const SteppingClock clock(1000);
+    setUp(64, 64);
+    timeval elsewhere;
+    for (int i = 0; i < 5; ++i) gettimeofday(&elsewhere, nullptr);
+    setUp(32, 32);
+    EXPECT_THAT(timeline.timingLines(),
+                ElementsAre("    init variable              :     1000(us) = 1.0000(ms)"));
 }
 
 TEST_F(GraphicsSetup, SecondCallKeepsProgramLocationsFramebufferAndBuffers) {

@@ -2,25 +2,11 @@
 
 #include <cstring>
 
+#include "../memory.h"
 #include "support/component_test.h"
-
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define QUORVANE_TEST_SANITIZED
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define QUORVANE_TEST_SANITIZED
-#endif
 
 namespace quorvane::test {
 namespace {
-
-#if defined(QUORVANE_TEST_SANITIZED)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
@@ -278,6 +264,26 @@ TEST_F(ShaderProgram, LinkLogThatMemoryDoesNotSufficeForIsNotReportedButStillFai
     EXPECT_THAT(timeline.callsOf("glGetProgramInfoLog"), IsEmpty());
     EXPECT_EQ(timeline.calls().back(), "glDeleteProgram(3)");
     EXPECT_THAT(errors(), ElementsAre(errorLine("Could not create program.")));
+}
+
+TEST_F(ShaderProgram, EveryStatusButFalseCountsAsCompiled) {
+    gl.compile_result[GL_VERTEX_SHADER] = {2, "a remark", {}};
+    gl.compile_result[GL_FRAGMENT_SHADER] = {-1, "another", {}};
+    EXPECT_TRUE(build());
+    EXPECT_THAT(timeline.callsOf("glDeleteShader"), IsEmpty());
+}
+
+TEST_F(ShaderProgram, LogsAreFreedOnceReported) {
+    const std::string log_text(1 << 16, 'l');
+    const auto fail = [this] {
+        gl.shader_sources.clear();
+        build();
+    };
+    gl.compile_result[GL_VERTEX_SHADER] = {GL_FALSE, log_text, {}};
+    EXPECT_LT(bytesKept(fail), 1 << 18) << "32 compile logs are 2 MB";
+    gl.compile_result.clear();
+    gl.link_result = {GL_FALSE, log_text, {}};
+    EXPECT_LT(bytesKept(fail), 1 << 18) << "32 link logs are 2 MB";
 }
 
 TEST_F(ShaderProgram, AttachErrorsAreLoggedAndDoNotStop) {

@@ -365,5 +365,83 @@ TEST_F(Projection, BeforeSetupTheEmptyFrustumIsLeftOut) {
         for (int j = 0; j < 4; ++j) EXPECT_EQ(fresh.m_mvpL.mat[i][j], i == j ? 1.0f : 0.0f);
 }
 
+// Float and double, step by step
+
+float held(float value) {
+    const volatile float rounded = value;
+    return rounded;
+}
+
+RENDERMatrix turned(float x_angle, float y_angle) {
+    RENDERMatrix m;
+    renderMatrixLoadIdentity(&m);
+    renderRotate(&m, -x_angle, 0.0f, 1.0f, 0.0f);
+    renderRotate(&m, -y_angle, 1.0f, 0.0f, 0.0f);
+    return m;
+}
+
+/// The trace is summed in floats; the angle comes from it in double.
+float angleOf(const RENDERMatrix& m) {
+    const float sum = held(held(m.mat[0][0] + m.mat[1][1]) + m.mat[2][2]);
+    const float t = held(held(sum - 1.0f) * 0.5f);
+    return static_cast<float>(std::acos(double{t}) * 180.0 / kPi);
+}
+
+TEST_F(Projection, LineFollowsItsFloatAndDoubleSteps) {
+    renderer.m_depthContrastWeight = 24;
+    for (int i = 1; i <= 200; ++i) {
+        SCOPED_TRACE(i);
+        const float x_limit = renderer.params.rotate_x_boundary = 0.2213f * static_cast<float>(i);
+        const float y_limit = renderer.params.rotate_y_boundary = 44.9f - 0.2187f * static_cast<float>(i);
+        const float z = renderer.m_z_factor = 3.7f * static_cast<float>(i);
+        renderer.m_transX = 1.0f;
+        renderer.m_transY = -0.7f;
+        const float half[] = {renderer.m_OBJ_CORD_X, renderer.m_OBJ_CORD_Y};
+        const float limit[] = {x_limit, y_limit};
+        float shift[2], offset[2];
+        for (int axis = 0; axis < 2; ++axis) {
+            const double radians = double{limit[axis]} * kPi / 180.0;
+            shift[axis] = static_cast<float>(double{half[axis]} * std::sin(radians));
+            const double moved = double{half[axis]} * (1.0 - std::cos(radians));
+            offset[axis] = static_cast<float>(moved * double{held(z / half[axis])});
+        }
+        const float x_total = held(shift[0] + offset[0]), y_total = held(shift[1] + offset[1]);
+        const float x_angle = held(held(1.0f * 0.6f) * x_limit), y_angle = held(held(-0.7f * 0.6f) * y_limit);
+        char line[512];
+        std::snprintf(line, sizeof line, kFormat, double{offset[0]}, double{offset[1]},
+                      double{x_total > y_total ? x_total : y_total}, double{z}, double{z},
+                      double{angleOf(turned(x_angle, y_angle))}, double{angleOf(turned(x_limit, y_limit))},
+                      24);
+        forget();
+        renderer.setupProjection();
+        EXPECT_THAT(log.texts(), ElementsAre(line));
+    }
+}
+
+TEST_F(Projection, AnglesMultiplyThePositionByTheGainFirst) {
+    RENDERMatrix lens;
+    renderMatrixLoadIdentity(&lens);
+    const float scale = static_cast<float>(double{renderer.params.fov_scale} * 12.0 / 32.0);
+    const float right = held(renderer.m_OBJ_CORD_X * scale), top = held(renderer.m_OBJ_CORD_Y * scale);
+    renderFrustum(&lens, -right, right, -top, top, 12.0f, 164.0f);
+    for (int i = 1; i <= 300; ++i) {
+        SCOPED_TRACE(i);
+        renderer.m_transX = 0.0031f * static_cast<float>(i);
+        renderer.m_transY = 0.93f - 0.0029f * static_cast<float>(i);
+        const float x_angle = held(held(renderer.m_transX * 0.6f) * 12.0f);
+        const float y_angle = held(held(renderer.m_transY * 0.6f) * 12.0f);
+        const RENDERMatrix turn = turned(x_angle, y_angle);
+        RENDERMatrix wanted;
+        renderMatrixLoadIdentity(&wanted);
+        renderTranslate(&wanted, 0.0f, 0.0f, -40.0f);
+        renderMatrixMultiply(&wanted, &turn, &wanted);
+        renderTranslate(&wanted, 0.0f, 0.0f, 40.0f);
+        renderMatrixMultiply(&wanted, &wanted, &lens);
+        renderer.setupProjection();
+        for (int column = 0; column < 4; ++column)
+            EXPECT_THAT(renderer.m_mvpL.mat[column], ::testing::ElementsAreArray(wanted.mat[column]));
+    }
+}
+
 }  // namespace
 }  // namespace quorvane::test

@@ -162,6 +162,15 @@ TEST(RenderRotate, PositiveAngleIsCounterClockwiseSeenFromTheAxisTip) {
     EXPECT_NEAR(turned.y, 1.0, 1e-6);
 }
 
+TEST(RenderRotate, ConvertsDegreesWithAPiOfSevenDecimals) {
+    RENDERMatrix m;
+    renderMatrixLoadIdentity(&m);
+    renderRotate(&m, 180.0f, 0.0f, 0.0f, 1.0f);
+    // Half a turn falls 0.0000000536 short: pi is 3.14159265359.
+    EXPECT_NEAR(m.mat[0][1], 5.3589793e-8, 1e-12);
+    EXPECT_NEAR(m.mat[1][0], -5.3589793e-8, 1e-12);
+}
+
 TEST(RenderRotate, MatchesRodriguesFormulaAboutEveryAxis) {
     const double third = 1.0 / std::sqrt(3.0);
     const double axes[][3] = {{1, 0, 0},     {0, 1, 0}, {0, 0, 1}, {-1, 0, 0}, {third, third, third},

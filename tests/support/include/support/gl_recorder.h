@@ -69,13 +69,15 @@ class GlRecorder {
     std::set<GLenum> shaders_not_created;  ///< shader types for which creation gives 0
     bool program_not_created = false;
     bool names_not_generated = false;              ///< glGen* give 0
+    std::set<std::string> generating_nothing;      ///< the glGen* that alone give 0
     std::map<GLenum, BuildResult> compile_result;  ///< by shader type; success when absent
     BuildResult link_result;
     std::map<std::string, GLint> attribute_locations;
     std::map<std::string, GLint> uniform_locations;
     GLenum framebuffer_status = GL_FRAMEBUFFER_COMPLETE;
-    std::map<GLenum, std::string> strings;  ///< glGetString; null when absent
-    std::map<GLenum, GLint> integers;       ///< glGetIntegerv, before the tracked bindings
+    std::map<GLenum, std::string> strings;       ///< glGetString; null when absent
+    std::map<GLenum, GLint> integers;            ///< glGetIntegerv, before the tracked bindings
+    std::optional<GLint> viewport_height_limit;  ///< the width's when absent
     /// Byte `i` of every read-back.
     std::function<uint8_t(size_t i)> pixel_byte;
     EGLSyncKHR created_sync = nullptr;
