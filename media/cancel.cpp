@@ -1,6 +1,9 @@
 #include "cancel.h"
 
+#include <unistd.h>
+
 #include <csignal>
+#include <cstring>
 
 #include "error.h"
 
@@ -8,8 +11,16 @@ namespace quorvane::media {
 namespace {
 
 volatile std::sig_atomic_t g_cancelled = 0;
+volatile std::sig_atomic_t g_at_once = 0;
+int g_descriptor = -1;
+const char* g_last_words = "";
 
-void onSignal(int) { g_cancelled = 1; }
+void onSignal(int) {
+    g_cancelled = 1;
+    if (!g_at_once) return;
+    [[maybe_unused]] const ssize_t written = write(g_descriptor, g_last_words, std::strlen(g_last_words));
+    _exit(1);
+}
 
 }  // namespace
 
@@ -17,8 +28,15 @@ void catchSignals() {
     struct sigaction action = {};
     action.sa_handler = onSignal;
     sigemptyset(&action.sa_mask);
-    // Without SA_RESTART: a write that waits for ffmpeg must return.
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before = {};
+        sigaction(signal, nullptr, &before);
+        // Ignored by who started us: nohup, or a shell that put us into the background.
+        if (before.sa_handler == SIG_IGN) continue;
+        // Without SA_RESTART: a write that waits for ffmpeg must return.
+        sigaction(signal, &action, nullptr);
+    }
+    for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
 }
 
 bool cancelled() { return g_cancelled != 0; }
@@ -26,5 +44,17 @@ bool cancelled() { return g_cancelled != 0; }
 void throwIfCancelled() {
     if (cancelled()) throw Error("interrupted");
 }
+
+EndingAtOnce::EndingAtOnce(int descriptor, const char* last_words) {
+    g_descriptor = descriptor;
+    g_last_words = last_words;
+    g_at_once = 1;
+    // From here on the handler ends the process; a signal that came before is for us to answer.
+    if (!cancelled()) return;
+    g_at_once = 0;
+    throwIfCancelled();
+}
+
+EndingAtOnce::~EndingAtOnce() { g_at_once = 0; }
 
 }  // namespace quorvane::media

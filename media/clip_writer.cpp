@@ -47,14 +47,10 @@ std::string frameName(int number) {
     return name;
 }
 
-bool isFrameName(const std::string& name) {
-    return name.size() >= 9 && name.substr(name.size() - 4) == ".png" &&
-           std::all_of(name.begin(), name.end() - 4, [](unsigned char c) { return std::isdigit(c); });
-}
-
 class FolderWriter : public ClipWriter {
   public:
-    FolderWriter(const std::string& path, bool force) : m_folder(withoutSlash(path)) {
+    FolderWriter(const std::string& path, bool force)
+        : m_path(withoutSlash(path)), m_folder(placeOf(m_path)) {
         std::error_code failed;
         const fs::path parent = fs::path(m_folder).parent_path();
         if (!parent.empty() && !fs::is_directory(parent, failed))
@@ -63,9 +59,12 @@ class FolderWriter : public ClipWriter {
             throw Error(path + ": is a file, not a folder");
         if (!force && fs::is_directory(m_folder, failed) && !fs::is_empty(m_folder, failed))
             throw Error(path + ": the folder is not empty; --force replaces the numbered frames in it");
-        m_pending = temporaryBeside(m_folder);
-        if (!fs::create_directory(m_pending, failed))
-            throw Error(path + ": cannot be written (" + failed.message() + ")");
+        std::string pending;
+        do {
+            pending = temporaryBeside(m_folder);
+        } while (!fs::create_directory(pending, failed) && !failed);
+        if (failed) throw Error(path + ": cannot be written (" + failed.message() + ")");
+        m_pending = pending;
     }
 
     ~FolderWriter() override {
@@ -75,7 +74,12 @@ class FolderWriter : public ClipWriter {
 
     void add(const RgbaImage& frame) override {
         throwIfCancelled();
-        writePng(frame, m_pending + "/" + frameName(++m_frames));
+        try {
+            writePng(frame, m_pending + "/" + frameName(++m_frames));
+        } catch (const Error& error) {
+            // It begins with a name that the user has never seen.
+            throw Error(std::string(error.what()).replace(0, m_pending.size(), m_path));
+        }
     }
 
     void finish() override {
@@ -88,7 +92,7 @@ class FolderWriter : public ClipWriter {
                 fs::rename(m_pending, m_folder);
             }
         } catch (const fs::filesystem_error& failed) {
-            throw Error(m_folder + ": cannot be written (" + failed.code().message() + ")");
+            throw Error(m_path + ": cannot be written (" + failed.code().message() + ")");
         }
         m_pending.clear();
     }
@@ -108,8 +112,9 @@ class FolderWriter : public ClipWriter {
         fs::remove(m_pending);
     }
 
-    std::string m_folder;
-    std::string m_pending;
+    std::string m_path;
+    std::string m_folder;   ///< where the path leads
+    std::string m_pending;  ///< empty until it is made and again once it is moved
     int m_frames = 0;
 };
 
@@ -132,10 +137,12 @@ class FfmpegWriter : public ClipWriter {
   private:
     std::vector<std::string> arguments(OutputKind kind, const ClipFormat& format) const {
         const std::string size = std::to_string(format.size.width) + "x" + std::to_string(format.size.height);
+        // -xerror: without it a clip whose end found no room on the disk counts as success.
         std::vector<std::string> args = {
-            "ffmpeg",   "-nostdin", "-hide_banner", "-loglevel", "error", "-y", "-f",
-            "rawvideo", "-pix_fmt", "rgba",         "-s",        size,    "-r", std::to_string(format.fps),
-            "-i",       "pipe:0"};
+            "ffmpeg", "-nostdin", "-xerror", "-hide_banner", "-loglevel",
+            "error",  "-y",       "-f",      "rawvideo",     "-pix_fmt",
+            "rgba",   "-s",       size,      "-r",           std::to_string(format.fps),
+            "-i",     "pipe:0"};
         const auto add = [&args](std::initializer_list<const char*> more) {
             args.insert(args.end(), more.begin(), more.end());
         };
@@ -201,6 +208,11 @@ OutputKind outputKind(const std::string& path) {
     if (extension == ".webp") return OutputKind::kWebp;
     if (extension == ".gif") return OutputKind::kGif;
     throw Error(path + ": write .mp4, .webp or .gif (clips), .png (a still) or a folder");
+}
+
+bool isFrameName(const std::string& name) {
+    return name.size() >= 9 && name.substr(name.size() - 4) == ".png" &&
+           std::all_of(name.begin(), name.end() - 4, [](unsigned char c) { return std::isdigit(c); });
 }
 
 std::unique_ptr<ClipWriter> openClip(const std::string& path, OutputKind kind, const ClipFormat& format) {

@@ -35,6 +35,9 @@ struct ClipFormat {
     bool force = false;  ///< write into a folder that is not empty, replacing its numbered frames
 };
 
+/// Whether a folder's writer may take a file of this name for a frame of an earlier clip, and replace it.
+bool isFrameName(const std::string& name);
+
 /// A writer for clips, stills (exactly one frame) and folders. Clips go through the `ffmpeg` program.
 /// Throws Error: no ffmpeg, no such folder, or a folder that is not empty without `force`.
 std::unique_ptr<ClipWriter> openClip(const std::string& path, OutputKind kind, const ClipFormat& format);

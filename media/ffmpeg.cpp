@@ -1,11 +1,14 @@
 #include "ffmpeg.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -13,11 +16,21 @@
 #include "cancel.h"
 #include "error.h"
 
-extern char** environ;
-
 namespace quorvane::media {
+namespace {
 
-Ffmpeg::Ffmpeg(const std::vector<std::string>& arguments) : m_errors(std::tmpfile(), std::fclose) {
+/// A file in memory: a full disk is one of the things that ffmpeg complains about.
+FILE* openMemory() {
+    const int descriptor = memfd_create("ffmpeg's complaints", MFD_CLOEXEC);
+    return descriptor >= 0 ? fdopen(descriptor, "w+") : nullptr;
+}
+
+// A signal that comes just before a wait does not end it, so no wait is endless.
+constexpr int kLongestWaitMs = 100;
+
+}  // namespace
+
+Ffmpeg::Ffmpeg(const std::vector<std::string>& arguments) : m_errors(openMemory(), std::fclose) {
     if (m_errors == nullptr)
         throw Error(std::string("no temporary file can be made: ") + std::strerror(errno));
     // A socket rather than a pipe: writing to one whose reader has gone can be told not to raise SIGPIPE.
@@ -37,6 +50,7 @@ Ffmpeg::Ffmpeg(const std::vector<std::string>& arguments) : m_errors(std::tmpfil
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
 
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
     const int failed = posix_spawnp(&m_process, argv[0], &files, &attributes, argv.data(), environ);
@@ -57,7 +71,8 @@ Ffmpeg::Ffmpeg(const std::vector<std::string>& arguments) : m_errors(std::tmpfil
 Ffmpeg::~Ffmpeg() {
     closeInput();
     if (m_process < 0) return;
-    kill(m_process, SIGKILL);
+    // Its whole group: what is called ffmpeg may be a script that runs the real one.
+    kill(-m_process, SIGKILL);
     while (waitpid(m_process, nullptr, 0) < 0 && errno == EINTR) {
     }
 }
@@ -71,8 +86,12 @@ bool Ffmpeg::write(const void* bytes, size_t size) {
     const char* next = static_cast<const char*>(bytes);
     while (size > 0) {
         if (cancelled()) return false;
-        const ssize_t written = send(m_input, next, size, MSG_NOSIGNAL);
-        if (written < 0 && errno == EINTR) continue;
+        const ssize_t written = send(m_input, next, size, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (written < 0 && (errno == EAGAIN || errno == EINTR)) {
+            pollfd room = {m_input, POLLOUT, 0};
+            poll(&room, 1, kLongestWaitMs);
+            continue;
+        }
         if (written < 0) return false;
         next += written;
         size -= static_cast<size_t>(written);
@@ -83,8 +102,12 @@ bool Ffmpeg::write(const void* bytes, size_t size) {
 bool Ffmpeg::finish() {
     closeInput();
     int status = 0;
-    while (waitpid(m_process, &status, 0) < 0) {
-        if (errno != EINTR || cancelled()) return false;
+    // Short at first: ffmpeg is often done when its input ends.
+    for (int wait_ms = 1;; wait_ms = std::min(2 * wait_ms, kLongestWaitMs)) {
+        const pid_t ended = waitpid(m_process, &status, WNOHANG);
+        if (ended == m_process) break;
+        if (cancelled() || (ended < 0 && errno != EINTR)) return false;
+        poll(nullptr, 0, wait_ms);
     }
     m_process = -1;
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;

@@ -14,13 +14,14 @@ constexpr int kDepthPixelsPerCell = 4;
 
 Size sizeOf(const vips::VImage& image) { return {image.width(), image.height()}; }
 
-int ceilDivide(int value, int divisor) { return (value + divisor - 1) / divisor; }
+int ceilDivide(int value, int divisor) { return (value - 1) / divisor + 1; }
 
 /// The renderer's working memory for these sizes stays within its 32-bit byte count.
-bool blockFits(const Fit& fit) {
-    const int64_t w = fit.grid.width, h = fit.grid.height;
-    const int64_t bytes = 3 * int64_t{fit.photo.width} * fit.photo.height + 57 * w * h + 40 * h * (w + 1) +
-                          12 * (w + 1) * (h + 1);
+bool blockFits(Size grid, int ratio) {
+    // Exact as a double wherever it fits; a 64-bit count could overflow where it does not.
+    const double w = grid.width, h = grid.height;
+    const double bytes =
+        3 * (w * ratio) * (h * ratio) + 57 * w * h + 40 * h * (w + 1) + 12 * (w + 1) * (h + 1);
     return bytes <= std::numeric_limits<int32_t>::max();
 }
 
@@ -61,27 +62,38 @@ Picture cropMiddle(const Picture& image, Size size) {
 }  // namespace
 
 Fit fitSizes(Size photo, Size depth, int largest_photo_side) {
-    const Size source = scaledInto(photo, largest_photo_side);
-    const auto fit_for = [&](int ratio) {
-        Fit fit;
-        fit.ratio = ratio;
+    Size source = scaledInto(photo, largest_photo_side);
+    const auto grid_for = [&](int ratio) {
         // A side at the driver's limit cannot grow into the next cell.
-        const int most_cells = std::max(1, largest_photo_side / ratio);
-        fit.grid = {std::min(ceilDivide(source.width, ratio), most_cells),
+        const int most_cells = largest_photo_side / ratio;
+        return Size{std::min(ceilDivide(source.width, ratio), most_cells),
                     std::min(ceilDivide(source.height, ratio), most_cells)};
-        fit.photo = {fit.grid.width * ratio, fit.grid.height * ratio};
-        fit.depth = {fit.grid.width * kDepthPixelsPerCell, fit.grid.height * kDepthPixelsPerCell};
-        return fit;
     };
     const auto keeps_detail = [&](int ratio) {
-        return int64_t{source.width} * kDepthPixelsPerCell >= int64_t{depth.width} * ratio &&
-               int64_t{source.height} * kDepthPixelsPerCell >= int64_t{depth.height} * ratio;
+        const auto keeps = [&](int photo_side, int cells, int depth_side) {
+            // The last cell reaches past the photo or, at the limit, stops short of it.
+            const int64_t covered = std::min(int64_t{photo_side}, int64_t{cells} * ratio);
+            return covered * kDepthPixelsPerCell >= int64_t{depth_side} * ratio;
+        };
+        const Size grid = grid_for(ratio);
+        return keeps(source.width, grid.width, depth.width) &&
+               keeps(source.height, grid.height, depth.height);
     };
+    const int largest_ratio = std::min(32, largest_photo_side);
 
     int ratio = 1;
-    while (ratio < 32 && keeps_detail(2 * ratio)) ratio *= 2;
-    while (ratio < 32 && !blockFits(fit_for(ratio))) ratio *= 2;
-    return fit_for(ratio);
+    while (2 * ratio <= largest_ratio && keeps_detail(2 * ratio)) ratio *= 2;
+    while (2 * ratio <= largest_ratio && !blockFits(grid_for(ratio), ratio)) ratio *= 2;
+    // Then only a smaller photo helps.
+    while (!blockFits(grid_for(ratio), ratio))
+        source = scaledInto(source, std::max(source.width, source.height) / 8 * 7);
+
+    Fit fit;
+    fit.ratio = ratio;
+    fit.grid = grid_for(ratio);
+    fit.photo = {fit.grid.width * ratio, fit.grid.height * ratio};
+    fit.depth = {fit.grid.width * kDepthPixelsPerCell, fit.grid.height * kDepthPixelsPerCell};
+    return fit;
 }
 
 Size pictureSize(Size photo, int longest, bool even) {

@@ -23,8 +23,8 @@ struct Fit {
 
 /// The coarsest grid that keeps every sample of the depth map, for a photo of its size or, where it is larger
 /// than `largest_photo_side`, scaled down to that. The photo grows by less than one cell. Where the photo is
-/// too small for that grid or the working memory would pass 2 GB, the nearest grid that fits. All sides are
-/// at least 1.
+/// too small for that grid or the working memory would pass 2 GB, the nearest grid that fits; where none
+/// does, the photo is scaled down further. All sides are at least 1.
 Fit fitSizes(Size photo, Size depth, int largest_photo_side);
 
 /// The picture size for a photo: its aspect, the long side at most `longest`, never larger than the photo.

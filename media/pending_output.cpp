@@ -1,7 +1,10 @@
 #include "pending_output.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -12,21 +15,44 @@ namespace quorvane::media {
 
 namespace fs = std::filesystem;
 
+std::string placeOf(std::string path) {
+    constexpr int kMostLinks = 40;
+    for (int links = 0; links < kMostLinks; ++links) {
+        std::error_code failed;
+        const fs::path target = fs::read_symlink(path, failed);
+        if (failed) return path;
+        path = (fs::path(path).parent_path() / target).string();
+    }
+    throw Error(path + ": too many symbolic links");
+}
+
 std::string temporaryBeside(const std::string& path) {
     static int made = 0;
+    // Leaves room for what is added: a name has 255 bytes at most.
+    constexpr size_t kLongestStem = 200;
     const fs::path place(path);
-    return (place.parent_path() / ("." + place.stem().string() + "." + std::to_string(getpid()) + "-" +
-                                   std::to_string(++made) + place.extension().string()))
+    return (place.parent_path() /
+            ("." + place.stem().string().substr(0, kLongestStem) + "." + std::to_string(getpid()) + "-" +
+             std::to_string(++made) + place.extension().string()))
         .string();
 }
 
-PendingOutput::PendingOutput(std::string path)
-    : m_path(std::move(path)), m_temporary(temporaryBeside(m_path)) {
+PendingOutput::PendingOutput(std::string path) : m_path(std::move(path)), m_place(placeOf(m_path)) {
     std::error_code ignored;
-    const fs::path folder = fs::path(m_path).parent_path();
+    const fs::path folder = fs::path(m_place).parent_path();
     if (!folder.empty() && !fs::is_directory(folder, ignored))
         throw Error(m_path + ": there is no folder " + folder.string());
-    if (fs::is_directory(m_path, ignored)) throw Error(m_path + ": is a folder, not a file");
+    if (fs::is_directory(m_place, ignored)) throw Error(m_path + ": is a folder, not a file");
+    if (fs::exists(m_place, ignored) && !fs::is_regular_file(m_place, ignored))
+        throw Error(m_path + ": is not a plain file");
+    int file = -1;
+    do {
+        m_temporary = temporaryBeside(m_place);
+        // Never through what somebody else has put there, nor into another run's file.
+        file = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    } while (file < 0 && errno == EEXIST);
+    if (file < 0) throw Error(m_path + ": cannot be written (" + std::strerror(errno) + ")");
+    close(file);
 }
 
 PendingOutput::~PendingOutput() {
@@ -36,7 +62,7 @@ PendingOutput::~PendingOutput() {
 
 void PendingOutput::commit() {
     std::error_code failed;
-    fs::rename(m_temporary, m_path, failed);
+    fs::rename(m_temporary, m_place, failed);
     if (failed) throw Error(m_path + ": cannot be written (" + failed.message() + ")");
     m_temporary.clear();
 }

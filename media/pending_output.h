@@ -5,11 +5,13 @@
 
 namespace quorvane::media {
 
-/// A file or folder in the making: written beside its place under a temporary name, and moved there whole.
-/// Until `commit`, the destructor removes it, so that a failure leaves nothing behind.
+/// A file in the making: written beside its place under a temporary name, and moved there whole. Until
+/// `commit`, the destructor removes it, so that a failure leaves nothing behind. Where `path` is a symbolic
+/// link, its place is where the link leads.
 class PendingOutput {
   public:
-    /// Throws Error when the folder that `path` lies in does not exist, or `path` is a folder.
+    /// Makes the temporary file, empty. Throws Error when the folder that `path` lies in does not exist or
+    /// cannot be written, or `path` is a folder or anything else but a file.
     explicit PendingOutput(std::string path);
     ~PendingOutput();
 
@@ -24,10 +26,16 @@ class PendingOutput {
 
   private:
     std::string m_path;
+    std::string m_place;
     std::string m_temporary;
 };
 
-/// A path beside `path`, hidden and of the same extension, that no other run uses.
+/// Where `path` leads, there or not: `path` itself unless it is a symbolic link. Throws Error for links that
+/// go round in circles.
+std::string placeOf(std::string path);
+
+/// A path beside `path`, hidden and of the same extension, another one on every call. Something may stand
+/// there already.
 std::string temporaryBeside(const std::string& path);
 
 }  // namespace quorvane::media

@@ -1,12 +1,17 @@
 #include "picture_file.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <utility>
 
+#include "cancel.h"
+#include "file_cost.h"
 #include "pending_output.h"
 #include "vips.h"
 
@@ -14,17 +19,6 @@ namespace quorvane::media {
 namespace {
 
 using vips::VImage;
-
-std::string readFile(const std::string& path) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (file == nullptr) throw Error(path + ": " + std::strerror(errno));
-    std::string bytes;
-    char chunk[1 << 16];
-    while (const size_t got = std::fread(chunk, 1, sizeof chunk, file.get())) bytes.append(chunk, got);
-    if (std::ferror(file.get())) throw Error(path + ": " + std::strerror(errno));
-    if (bytes.empty()) throw Error(path + ": the file is empty");
-    return bytes;
-}
 
 // libvips reads far more than pictures (PDF, SVG, whole program dumps); strangers' files get these readers
 // only.
@@ -36,21 +30,62 @@ bool isPictureLoader(const char* loader) {
     return false;
 }
 
-/// The picture in `bytes`, which must outlive the call only, upright.
-VImage decode(const std::string& bytes, const std::string& path) {
+/// Throws Error unless `bytes` start as a picture does.
+void requirePicture(const std::string& bytes, const std::string& name) {
     startVips();
     const char* loader = vips_foreign_find_load_buffer(bytes.data(), bytes.size());
     vips_error_clear();
     if (loader == nullptr || !isPictureLoader(loader))
-        throw Error(path + ": not a JPEG, PNG, WebP, HEIC, AVIF or TIFF picture");
+        throw Error(name + ": not a JPEG, PNG, WebP, HEIC, AVIF or TIFF picture");
+}
 
+std::string readFile(const std::string& path) {
+    const auto fail = [&path] {
+        // A signal ends a wait for a pipe's other end.
+        throwIfCancelled();
+        throw Error(path + ": " + std::strerror(errno));
+    };
+    const auto too_large = [&path] {
+        return Error(path + ": the file is too large; at most " + std::to_string(kMostBytes / 1000000) +
+                     " MB are read");
+    };
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (file == nullptr) fail();
+    struct stat about = {};
+    if (fstat(fileno(file.get()), &about) == 0 && about.st_size > kMostBytes) throw too_large();
+    std::string bytes;
+    if (S_ISREG(about.st_mode)) bytes.reserve(static_cast<size_t>(about.st_size));
+    char chunk[1 << 16];
+    while (const size_t got = std::fread(chunk, 1, sizeof chunk, file.get())) {
+        throwIfCancelled();
+        bytes.append(chunk, got);
+        // Other files may be endless.
+        if (bytes.size() == got) requirePicture(bytes, path);
+        if (static_cast<long long>(bytes.size()) > kMostBytes) throw too_large();
+    }
+    if (std::ferror(file.get())) fail();
+    if (bytes.empty()) throw Error(path + ": the file is empty");
+    return bytes;
+}
+
+// Several times what any encoder makes of a progressive JPEG.
+constexpr int kMostScans = 100;
+
+/// The picture in `file`, upright.
+VImage decode(std::string file, const std::string& name, long long most_pixels) {
+    requirePicture(file, name);
+    const std::string bytes = withoutPngTexts(std::move(file));
     const VImage image = VImage::new_from_buffer(
         bytes.data(), bytes.size(), "",
         VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_TRUNCATED));
     const long long pixels = static_cast<long long>(image.width()) * image.height();
-    if (pixels > kMostPixels)
-        throw Error(path + ": " + std::to_string(image.width()) + " x " + std::to_string(image.height()) +
-                    " pixels; at most " + std::to_string(kMostPixels / 1000000) + " million are read");
+    if (pixels > most_pixels)
+        throw Error(name + ": " + std::to_string(image.width()) + " x " + std::to_string(image.height()) +
+                    " pixels; at most " + std::to_string(most_pixels / 1000000) + " million are read");
+    if (static_cast<long long>(VIPS_IMAGE_SIZEOF_IMAGE(image.get_image())) > kMostBytes)
+        throw Error(name + ": its pixels take more than " + std::to_string(kMostBytes / 1000000) + " MB");
+    if (jpegScans(bytes) > kMostScans)
+        throw Error(name + ": a JPEG of more than " + std::to_string(kMostScans) + " scans");
     return image.copy_memory().autorot();
 }
 
@@ -101,10 +136,9 @@ void writePicture(const Picture& image, const std::string& path) {
 
 }  // namespace
 
-RgbImage readPhoto(const std::string& path) {
-    const std::string bytes = readFile(path);
-    return reading(path, [&] {
-        VImage image = toSrgb(decode(bytes, path));
+RgbImage decodePhoto(std::string bytes, const std::string& name, long long most_pixels) {
+    return reading(name, [&] {
+        VImage image = toSrgb(decode(std::move(bytes), name, most_pixels));
         if (image.has_alpha()) image = image.flatten(VImage::option()->set("background", 255.0));
         if (image.bands() < 3) {
             const VImage gray = image.extract_band(0);
@@ -114,13 +148,12 @@ RgbImage readPhoto(const std::string& path) {
     });
 }
 
-DepthMap readDepthMap(const std::string& path) {
-    const std::string bytes = readFile(path);
-    return reading(path, [&] {
-        const VImage image = decode(bytes, path);
+DepthMap decodeDepthMap(std::string bytes, const std::string& name, long long most_pixels) {
+    return reading(name, [&] {
+        const VImage image = decode(std::move(bytes), name, most_pixels);
         const VipsBandFormat format = image.format();
         if (format != VIPS_FORMAT_UCHAR && format != VIPS_FORMAT_USHORT)
-            throw Error(path + ": a depth map has samples of 8 or 16 bit, this picture has others");
+            throw Error(name + ": a depth map has samples of 8 or 16 bit, this picture has others");
         const bool deep = format == VIPS_FORMAT_USHORT;
 
         VImage gray = image.extract_band(0);
@@ -128,7 +161,7 @@ DepthMap readDepthMap(const std::string& path) {
             const VImage rgb = image.extract_band(0, VImage::option()->set("n", 3));
             if (image.interpretation() == VIPS_INTERPRETATION_CMYK ||
                 colourfulness(rgb) > kMostGrayColourfulness * (deep ? 257.0 : 1.0))
-                throw Error(path + ": a colour picture; a depth map is gray");
+                throw Error(name + ": a colour picture; a depth map is gray");
             // Luma weights undo what lossy coding did to the channels apart.
             gray = rgb.recomb(VImage::new_matrixv(3, 1, 0.299, 0.587, 0.114));
         }
@@ -147,6 +180,9 @@ DepthMap readDepthMap(const std::string& path) {
         return depth;
     });
 }
+
+RgbImage readPhoto(const std::string& path) { return decodePhoto(readFile(path), path); }
+DepthMap readDepthMap(const std::string& path) { return decodeDepthMap(readFile(path), path); }
 
 void writePng(const RgbImage& image, const std::string& path) { writePicture(image, path); }
 void writePng(const RgbaImage& image, const std::string& path) { writePicture(image, path); }

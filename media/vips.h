@@ -41,13 +41,11 @@ vips::VImage toVips(const Image<Sample, kChannels>& image) {
 /// Computes `image`, of `kChannels` bands, into memory.
 template <typename Sample, int kChannels>
 Image<Sample, kChannels> fromVips(const vips::VImage& image) {
-    Image<Sample, kChannels> out;
-    out.width = image.width();
-    out.height = image.height();
-    size_t bytes = 0;
-    Sample* samples = static_cast<Sample*>(image.cast(vipsFormat<Sample>()).write_to_memory(&bytes));
-    out.samples.assign(samples, samples + bytes / sizeof(Sample));
-    g_free(samples);
+    Image<Sample, kChannels> out(image.width(), image.height());
+    const vips::VImage samples =
+        vips::VImage::new_from_memory(out.samples.data(), out.samples.size() * sizeof(Sample), out.width,
+                                      out.height, kChannels, vipsFormat<Sample>());
+    image.cast(vipsFormat<Sample>()).write(samples);
     return out;
 }
 

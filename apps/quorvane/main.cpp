@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <cctype>
 #include <cstdio>
 #include <map>
 #include <new>
@@ -7,6 +8,7 @@
 #include "media/cancel.h"
 #include "media/error.h"
 #include "quorvane/host/ParallaxView.h"
+#include "standard_streams.h"
 
 namespace {
 
@@ -127,26 +129,41 @@ int run(int argc, char** argv) {
     }
     render_options.motion = motions.at(motion);
 
+    if (info_command->parsed()) {
+        // Leaves nothing to tidy up, so that signals and a pipe that is closed end it as they end any
+        // program.
+        info();
+        return 0;
+    }
     quorvane::media::catchSignals();
     if (render_command->parsed()) render(render_options);
     if (stages_command->parsed()) stages(stages_options, sheet);
-    if (info_command->parsed()) info();
     if (sample_command->parsed()) sample(sample_photo, sample_depth, sample_size);
     return 0;
+}
+
+/// One line, whatever a file's name or a library's message holds.
+void complain(std::string message) {
+    for (char& c : message)
+        if (std::iscntrl(static_cast<unsigned char>(c))) c = '?';
+    std::fprintf(stderr, "quorvane: %s\n", message.c_str());
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    fillStandardStreams();
     try {
-        return run(argc, argv);
+        const int code = run(argc, argv);
+        requireStandardOutput();
+        return code;
     } catch (const UsageError& error) {
-        std::fprintf(stderr, "quorvane: %s (quorvane --help shows examples)\n", error.what());
+        complain(std::string(error.what()) + " (quorvane --help shows examples)");
         return 2;
     } catch (const std::bad_alloc&) {
-        std::fputs("quorvane: out of memory\n", stderr);
+        complain("out of memory");
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "quorvane: %s\n", error.what());
+        complain(error.what());
     }
     return 1;
 }

@@ -15,7 +15,7 @@ constexpr auto kRedraw = std::chrono::milliseconds(100);
 }  // namespace
 
 Progress::Progress(int total, bool quiet)
-    : m_total(total), m_shown(!quiet && isatty(STDERR_FILENO) != 0), m_start(Clock::now()), m_last() {}
+    : m_total(total), m_shown(!quiet && isatty(STDERR_FILENO) != 0), m_start(Clock::now()) {}
 
 Progress::~Progress() {
     if (m_shown) std::fputs("\r\033[K", stderr);

@@ -6,7 +6,7 @@
 #include "media/clip_writer.h"
 #include "media/error.h"
 #include "progress.h"
-#include "standard_output.h"
+#include "standard_streams.h"
 #include "view.h"
 
 namespace quorvane::app {
@@ -39,8 +39,9 @@ void render(const RenderOptions& options) {
     if (!options.size.empty() && options.size != "photo") chooseSize(options, {}, even);
     for (const std::string& setting : options.view.settings) parseSetting(setting);
     refuseInputAsOutput(options.view, options.out);
+    if (kind == OutputKind::kFolder) refuseInputAsFrame(options.view, options.out);
 
-    const StandardOutputTo timings(options.view.timings);
+    StandardOutputTo timings(options.view.timings);
     Input input = readInput(options.view);
     media::throwIfCancelled();
     const Size size = chooseSize(options, {input.photo.width, input.photo.height}, even);
@@ -64,6 +65,7 @@ void render(const RenderOptions& options) {
         writer->add(view.pictureAt(position));
         progress.step(frame + 1);
     }
+    timings.require();
     writer->finish();
 }
 

@@ -1,5 +1,12 @@
+#include <unistd.h>
+
+#include <filesystem>
+#include <system_error>
+
 #include "arguments.h"
 #include "commands.h"
+#include "media/cancel.h"
+#include "media/pending_output.h"
 #include "media/picture_file.h"
 #include "media/sample_scene.h"
 
@@ -10,19 +17,32 @@ constexpr media::Size kDefaultSize = {1600, 1200};
 constexpr int kSmallest = 64;
 constexpr int kLargest = 8192;
 
+/// The one name of a file, there or not, whatever links and dots lead to it.
+std::filesystem::path realPlace(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(media::placeOf(path)), ignored);
+}
+
 }  // namespace
 
 void sample(const std::string& photo, const std::string& depth, const std::string& size_text) {
     for (const std::string& path : {photo, depth})
         if (parseOutput(path) != media::OutputKind::kStill)
             throw UsageError(path + ": the sample's two files are .png");
-    if (photo == depth) throw UsageError(photo + ": photo and depth map are two files");
+    if (realPlace(photo) == realPlace(depth)) throw UsageError(photo + ": photo and depth map are two files");
     const media::Size size = size_text.empty() ? kDefaultSize : parseSize(size_text);
     if (size.width < kSmallest || size.height < kSmallest || size.width > kLargest || size.height > kLargest)
         throw UsageError("--size " + size_text + ": the sample's sides are 64 to 8192 pixels");
 
-    const media::SampleScene scene = media::makeSampleScene(size.width, size.height);
+    // Asked before any work is done.
+    for (const std::string& path : {photo, depth}) const media::PendingOutput place(path);
+
+    const media::SampleScene scene = [size] {
+        const media::EndingAtOnce painting(STDERR_FILENO, "quorvane: interrupted\n");
+        return media::makeSampleScene(size.width, size.height);
+    }();
     media::writePng(scene.photo, photo);
+    media::throwIfCancelled();
     media::writePng(scene.depth, depth);
 }
 

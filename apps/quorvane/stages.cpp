@@ -1,9 +1,9 @@
 #include "arguments.h"
 #include "commands.h"
-#include "media/error.h"
+#include "media/cancel.h"
 #include "media/pending_output.h"
 #include "media/sheet.h"
-#include "standard_output.h"
+#include "standard_streams.h"
 #include "view.h"
 
 namespace quorvane::app {
@@ -24,7 +24,7 @@ void stages(const ViewOptions& options, const std::string& out) {
     // Asked before any work is done.
     { const media::PendingOutput place(out); }
 
-    const StandardOutputTo timings(options.timings);
+    StandardOutputTo timings(options.timings);
     Input input = readInput(options);
     const media::GrayImage given =
         media::toBytes(input.depth.plane, {input.depth.plane.width, input.depth.plane.height});
@@ -32,7 +32,10 @@ void stages(const ViewOptions& options, const std::string& out) {
     const media::Size size = media::pictureSize({photo.width, photo.height}, kLongestSide, false);
     View view(options, std::move(input), size, 1);
 
-    const auto picture = [&view](double x) { return media::toRgb(view.pictureAt({x, 0.0})); };
+    const auto picture = [&view](double x) {
+        media::throwIfCancelled();
+        return media::toRgb(view.pictureAt({x, 0.0}));
+    };
     const std::vector<media::Panel> panels = {
         {"photo", photo},
         {"guide: its luma at grid size", media::toRgb(view.guide())},
@@ -42,7 +45,10 @@ void stages(const ViewOptions& options, const std::string& out) {
         {"at rest", picture(0.0)},
         {"from the right", picture(1.0)},
     };
-    media::writePng(media::contactSheet(panels, kColumns, kPanelWidth), out);
+    timings.require();
+    const media::RgbImage sheet = media::contactSheet(panels, kColumns, kPanelWidth);
+    media::throwIfCancelled();
+    media::writePng(sheet, out);
 }
 
 }  // namespace quorvane::app

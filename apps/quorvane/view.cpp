@@ -9,7 +9,10 @@
 #include <system_error>
 
 #include "arguments.h"
+#include "media/cancel.h"
+#include "media/clip_writer.h"
 #include "media/error.h"
+#include "standard_streams.h"
 
 namespace quorvane::app {
 namespace {
@@ -56,8 +59,23 @@ void refuseInputAsOutput(const ViewOptions& options, const std::string& out) {
         }
 }
 
+void refuseInputAsFrame(const ViewOptions& options, const std::string& out) {
+    namespace fs = std::filesystem;
+    for (const std::string& input : {options.photo, options.depth}) {
+        std::error_code ignored;
+        const fs::path file = fs::canonical(input, ignored);
+        if (media::isFrameName(file.filename().string()) && fs::equivalent(file.parent_path(), out, ignored))
+            throw media::Error(out + ": holds the input " + input +
+                               " among its frames; write somewhere else");
+    }
+}
+
 Input readInput(const ViewOptions& options) {
-    Input input{media::readPhoto(options.photo), media::readDepthMap(options.depth)};
+    Input input = [&options]() -> Input {
+        const StandardErrorNowhere silence;
+        const media::EndingAtOnce decoding(silence.descriptor(), "quorvane: interrupted\n");
+        return {media::readPhoto(options.photo), media::readDepthMap(options.depth)};
+    }();
     if (options.invert_depth)
         for (float& sample : input.depth.plane.samples) sample = 255.0f - sample;
     if (options.verbosity > 0) {
@@ -92,8 +110,8 @@ View::View(const ViewOptions& options, Input input, Size picture, int supersampl
     const Size photo_size = {input.photo.width, input.photo.height};
     const Size photo_part = media::croppedSize(photo_size, picture);
     // Less than a pixel of the picture is the aspect's rounding, not another aspect.
-    const bool cut = (photo_size.width - photo_part.width) * picture.width > photo_size.width ||
-                     (photo_size.height - photo_part.height) * picture.height > photo_size.height;
+    const bool cut = int64_t{photo_size.width - photo_part.width} * picture.width > photo_size.width ||
+                     int64_t{photo_size.height - photo_part.height} * picture.height > photo_size.height;
     if (cut) {
         const Size depth_size = {input.depth.plane.width, input.depth.plane.height};
         const auto share = [](int part, int whole, int length) {

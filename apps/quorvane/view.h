@@ -22,7 +22,11 @@ struct Input {
 /// Throws media::Error where `out` or the timings file would overwrite the photo or the depth map.
 void refuseInputAsOutput(const ViewOptions& options, const std::string& out);
 
-/// Throws media::Error.
+/// Throws media::Error where the photo or the depth map lies in the folder `out` under a frame's name, which
+/// would be replaced.
+void refuseInputAsFrame(const ViewOptions& options, const std::string& out);
+
+/// A signal meanwhile ends the process. Throws media::Error.
 Input readInput(const ViewOptions& options);
 
 /// A view of a photo and its depth map, in an offscreen context of its own.

@@ -12,7 +12,8 @@
 namespace quorvane::test {
 
 Process::Process(const std::vector<std::string>& arguments,
-                 const std::map<std::string, std::string>& environment, bool terminal) {
+                 const std::map<std::string, std::string>& environment, bool terminal,
+                 const std::function<void()>& prepare) {
     int out[2], err[2];
     if (pipe2(out, O_CLOEXEC) != 0) std::abort();
     if (terminal) {
@@ -29,7 +30,11 @@ Process::Process(const std::vector<std::string>& arguments,
     if (m_pid == 0) {
         dup2(out[1], STDOUT_FILENO);
         dup2(err[1], STDERR_FILENO);
+        for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) std::signal(number, SIG_DFL);
+        // A sanitized build otherwise adds a table to what the program says.
+        setenv("LSAN_OPTIONS", "print_suppressions=0", 0);
         for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
+        if (prepare) prepare();
         execv(QUORVANE_PROGRAM, argv.data());
         _exit(127);
     }
@@ -82,8 +87,9 @@ bool hasTerminals() {
 }
 
 Outcome quorvane(const std::vector<std::string>& arguments,
-                 const std::map<std::string, std::string>& environment) {
-    return Process(arguments, environment).wait();
+                 const std::map<std::string, std::string>& environment,
+                 const std::function<void()>& prepare) {
+    return Process(arguments, environment, false, prepare).wait();
 }
 
 }  // namespace quorvane::test

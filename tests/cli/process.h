@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -15,11 +16,13 @@ struct Outcome {
     std::string err;
 };
 
-/// The quorvane program with arguments; `environment` is added to this process's.
+/// The quorvane program with arguments; `environment` is added to this process's, and `prepare` is called in
+/// the new process just before the program starts. Signals do what they do by default.
 class Process {
   public:
     explicit Process(const std::vector<std::string>& arguments,
-                     const std::map<std::string, std::string>& environment = {}, bool terminal = false);
+                     const std::map<std::string, std::string>& environment = {}, bool terminal = false,
+                     const std::function<void()>& prepare = {});
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
@@ -40,7 +43,8 @@ bool hasTerminals();
 
 /// Runs quorvane to its end.
 Outcome quorvane(const std::vector<std::string>& arguments,
-                 const std::map<std::string, std::string>& environment = {});
+                 const std::map<std::string, std::string>& environment = {},
+                 const std::function<void()>& prepare = {});
 
 }  // namespace quorvane::test
 

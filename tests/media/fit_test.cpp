@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <ostream>
 
 namespace quorvane::media {
@@ -66,6 +67,33 @@ TEST(FitSizes, NeverGrowsPastTheDriversLimit) {
 TEST(FitSizes, CoarsensTheGridRatherThanPassTwoGigabytes) {
     const Fit fit = fitSizes({16384, 16384}, {16384, 16384}, kLargest);
     EXPECT_EQ(fit.ratio, 8);
+}
+
+TEST(FitSizes, KeepsDetailWhereTheLimitCutsALastCell) {
+    // 31 cells of 32 pixels would be 992 of the 1000, and the depth map 124 wide.
+    const Fit fit = fitSizes({1000, 1000}, {125, 125}, 1000);
+    EXPECT_EQ(fit.ratio, 16);
+    EXPECT_GE(fit.depth.width, 125);
+}
+
+TEST(FitSizes, NeverGrowsPastALimitSmallerThanACell) {
+    const Fit fit = fitSizes({5, 5}, {1, 1}, 5);
+    EXPECT_LE(fit.photo.width, 5);
+    EXPECT_LE(fit.photo.height, 5);
+}
+
+TEST(FitSizes, TakesTheLargestSidesThereAre) {
+    constexpr int kMost = std::numeric_limits<int>::max();
+    for (const Size photo : {Size{kMost, kMost}, Size{kMost, 1}, Size{1, kMost}, Size{32768, 32768}})
+        for (const Size depth : {Size{1, 1}, Size{kMost, kMost}}) {
+            SCOPED_TRACE(testing::PrintToString(photo) + " with " + testing::PrintToString(depth));
+            const Fit fit = fitSizes(photo, depth, kMost);
+            EXPECT_GE(std::min(fit.grid.width, fit.grid.height), 1);
+            EXPECT_EQ(fit.photo.width, int64_t{fit.grid.width} * fit.ratio);
+            EXPECT_LE(3.0 * fit.photo.width * fit.photo.height, kMost);
+            EXPECT_LE(fit.photo.width, photo.width + int64_t{fit.ratio});
+            EXPECT_LE(fit.photo.height, photo.height + int64_t{fit.ratio});
+        }
 }
 
 // The promises, for many odd sizes.

@@ -62,6 +62,50 @@ TEST(PendingOutput, NamesAMissingFolder) {
     }
 }
 
+TEST(PendingOutput, FollowsLinksToTheirEnd) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "there");
+    std::filesystem::create_symlink("link", folder / "first.png");
+    std::filesystem::create_symlink("there/a.png", folder / "link");
+    PendingOutput output(folder / "first.png");
+    EXPECT_EQ(TemporaryFolder::names(folder / "there").size(), 1u) << "made elsewhere than in its place";
+    writeBytes(output.temporary(), "new");
+    output.commit();
+    EXPECT_EQ(bytesOf(folder / "there/a.png"), "new");
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
+}
+
+TEST(PendingOutput, RefusesLinksThatGoRound) {
+    const TemporaryFolder folder;
+    std::filesystem::create_symlink("b", folder / "a");
+    std::filesystem::create_symlink("a", folder / "b");
+    EXPECT_THROW(PendingOutput(folder / "a"), Error);
+}
+
+TEST(PendingOutput, NeverWritesWhereSomethingStands) {
+    const TemporaryFolder folder;
+    writeBytes(folder / "mine", "mine");
+    // The next names that it would choose lead elsewhere, as somebody might arrange in a folder for all.
+    const std::string now =
+        std::filesystem::path(PendingOutput(folder / "a.png").temporary()).stem().string();
+    const size_t number = now.rfind('-') + 1;
+    for (int next = 1; next < 4; ++next)
+        std::filesystem::create_symlink(
+            "mine",
+            folder / (now.substr(0, number) + std::to_string(std::stoi(now.substr(number)) + next) + ".png"));
+    const PendingOutput output(folder / "a.png");
+    EXPECT_FALSE(std::filesystem::is_symlink(output.temporary()));
+    EXPECT_EQ(bytesOf(folder / "mine"), "mine");
+}
+
+TEST(PendingOutput, TakesALongName) {
+    const TemporaryFolder folder;
+    const std::string path = folder / (std::string(251, 'n') + ".png");
+    PendingOutput output(path);
+    output.commit();
+    EXPECT_TRUE(std::filesystem::exists(path));
+}
+
 TEST(PendingOutput, RefusesAFoldersName) {
     const TemporaryFolder folder;
     EXPECT_THROW(PendingOutput(folder.path()), Error);

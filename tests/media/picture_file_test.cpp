@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <vips/vips8>
 
@@ -195,6 +196,137 @@ TEST_F(PictureFile, HugePictureIsRefusedByItsHeader) {
     writeBytes(folder / "huge.png", png);
     EXPECT_THAT(refusal([&] { readPhoto(folder / "huge.png"); }),
                 AllOf(HasSubstr("60000 x 60000 pixels"), HasSubstr("at most 268 million")));
+}
+
+/// Peak memory of this process so far, in MB.
+long peakMegabytes() {
+    rusage usage = {};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss / 1024;
+}
+
+/// `value` as big-endian bytes.
+std::string bigEndian(uint32_t value, int bytes) {
+    std::string text;
+    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8)
+        text.push_back(static_cast<char>(value >> shift & 0xff));
+    return text;
+}
+
+/// Writes other sides into a picture file, after what stands before them there.
+void replaceSides(const std::string& path, const std::string& before, int bytes, uint32_t first,
+                  uint32_t second) {
+    std::string file = bytesOf(path);
+    const size_t at = file.find(before);
+    ASSERT_NE(at, std::string::npos);
+    const std::string sides = bigEndian(first, bytes) + bigEndian(second, bytes);
+    writeBytes(path, file.replace(at + before.size(), sides.size(), sides));
+}
+
+TEST_F(PictureFile, HugePictureOfEveryFormatIsRefusedWithoutItsPixels) {
+    const VImage small = VImage::black(64, 64);
+    // The frame header, the image's properties, the still's canvas.
+    replaceSides(saved(small, "a.jpg"), std::string("\xff\xc0\0\x0b\x08", 5), 2, 65500, 65500);
+    for (const char* name : {"a.heic", "a.avif"}) {
+        try {
+            replaceSides(saved(small, name), std::string("ispe\0\0\0\0", 8), 4, 60000, 60000);
+        } catch (const vips::VError&) {
+            vips_error_clear();
+            std::printf("%s cannot be written here and is not tried\n", name);
+        }
+    }
+    std::string tiff = bytesOf(saved(small, "a.tif"));
+    for (const char tag : {'\x00', '\x01'}) {
+        // Width and height: a tag, a type, one value, little-endian.
+        const size_t at = tiff.find(std::string({tag, '\x01', '\x03', '\0', '\x01', '\0', '\0', '\0'}));
+        ASSERT_NE(at, std::string::npos);
+        tiff.replace(at + 8, 2, "\x60\xea");
+    }
+    writeBytes(folder / "a.tif", tiff);
+
+    readPhoto(saved(small, "warm.png"));
+    const long before = peakMegabytes();
+    for (const std::string& name : folder.names()) {
+        if (name == "warm.png") continue;
+        SCOPED_TRACE(name);
+        EXPECT_THAT(refusal([&] { readPhoto(folder / name); }), StartsWith((folder / name) + ": "));
+        EXPECT_THAT(refusal([&] { readDepthMap(folder / name); }), StartsWith((folder / name) + ": "));
+    }
+    EXPECT_LT(peakMegabytes() - before, 100);
+}
+
+TEST_F(PictureFile, LimitHoldsForBytesToo) {
+    const std::string bytes = bytesOf(saved(sixPixels(), "a.png"));
+    EXPECT_EQ(decodePhoto(bytes, "it", 6).width, 3);
+    EXPECT_THAT(refusal([&] { decodePhoto(bytes, "it", 5); }), StartsWith("it: 3 x 2 pixels; at most "));
+    EXPECT_THAT(refusal([&] { decodeDepthMap(bytes, "it", 5); }), StartsWith("it: 3 x 2 pixels; at most "));
+}
+
+TEST_F(PictureFile, OnlyTheFirstOfManyPagesIsRead) {
+    const VImage page = VImage::black(40, 30).linear(1.0, 90.0).cast(VIPS_FORMAT_UCHAR);
+    VImage pages = page.replicate(1, 1000).copy();
+    pages.set("page-height", 30);
+    const long before = peakMegabytes();
+    for (const char* name : {"pages.tif", "animated.webp"}) {
+        SCOPED_TRACE(name);
+        const RgbImage photo = readPhoto(saved(pages, name));
+        EXPECT_EQ(photo.width, 40);
+        EXPECT_EQ(photo.height, 30);
+        EXPECT_NEAR(photo.samples[0], 90, 3);
+    }
+    EXPECT_LT(peakMegabytes() - before, 200);
+}
+
+TEST_F(PictureFile, StripThatLiesAboutItsLengthIsRefused) {
+    // One packed strip, of 4 GB in a file of a few hundred bytes.
+    const std::string path = folder / "a.tif";
+    VImage::black(64, 64).tiffsave(
+        path.c_str(), VImage::option()->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_DEFLATE));
+    std::string tiff = bytesOf(path);
+    const std::string count("\x17\x01\x04\0\x01\0\0\0", 8);
+    const size_t at = tiff.find(count);
+    ASSERT_NE(at, std::string::npos);
+    writeBytes(path, tiff.replace(at + count.size(), 4, "\xf0\xff\xff\xff"));
+    const long before = peakMegabytes();
+    EXPECT_THAT(refusal([&] { readPhoto(path); }), StartsWith(path + ": "));
+    EXPECT_LT(peakMegabytes() - before, 100);
+}
+
+TEST_F(PictureFile, ProfileThatUnpacksToFarMoreIsHarmless) {
+    VImage picture = VImage::black(8, 8)
+                         .bandjoin({0.0, 0.0})
+                         .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+    std::vector<uint8_t> zeros(200 << 20);
+    vips_image_set_blob_copy(picture.get_image(), VIPS_META_ICC_NAME, zeros.data(), zeros.size());
+    const std::string path = saved(picture, "profile.png");
+    ASSERT_LT(bytesOf(path).size(), 1u << 20);
+    EXPECT_EQ(readPhoto(path).width, 8);
+}
+
+TEST_F(PictureFile, JpegOfCountlessScansIsRefused) {
+    const std::string path = saved(VImage::black(64, 64), "scans.jpg");
+    std::string jpeg = bytesOf(path);
+    const size_t scan = jpeg.find("\xff\xda"), end = jpeg.rfind("\xff\xd9");
+    const std::string again = jpeg.substr(scan, end - scan);
+    for (int i = 0; i < 100; ++i) jpeg.insert(end, again);
+    writeBytes(path, jpeg);
+    EXPECT_EQ(refusal([&] { readPhoto(path); }), path + ": a JPEG of more than 100 scans");
+}
+
+TEST_F(PictureFile, EndlessFileIsRefusedByItsStart) {
+    const long before = peakMegabytes();
+    EXPECT_EQ(refusal([&] { readPhoto("/dev/zero"); }),
+              "/dev/zero: not a JPEG, PNG, WebP, HEIC, AVIF or TIFF picture");
+    EXPECT_LT(peakMegabytes() - before, 100);
+}
+
+TEST_F(PictureFile, HugeFileIsRefusedUnread) {
+    writeBytes(folder / "huge.tif", "II*");
+    std::filesystem::resize_file(folder / "huge.tif", 3u << 30);
+    const long before = peakMegabytes();
+    EXPECT_EQ(refusal([&] { readPhoto(folder / "huge.tif"); }),
+              (folder / "huge.tif") + ": the file is too large; at most 2147 MB are read");
+    EXPECT_LT(peakMegabytes() - before, 100);
 }
 
 TEST_F(PictureFile, EightBitDepthIsTakenAsItIs) {

@@ -1,0 +1,44 @@
+// Depth maps: whatever the bytes, levels from 0 to 255 that scale to the sizes the renderer takes, or one
+// line.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "media/error.h"
+#include "media/fit.h"
+#include "media/picture_file.h"
+#include "promise.h"
+
+using namespace quorvane;
+using fuzz::promised;
+
+namespace {
+
+// Larger pictures only cost time.
+constexpr long long kMostFuzzedPixels = 4'000'000;
+
+void checkScaling(const media::DepthMap& depth, media::Size photo) {
+    const media::Fit fit = media::fitSizes(photo, {depth.plane.width, depth.plane.height}, 2048);
+    const media::GrayImage scaled = media::toBytes(depth.plane, fit.depth);
+    promised(scaled.width == fit.depth.width && scaled.height == fit.depth.height,
+             "a depth map scales to any size");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string bytes(reinterpret_cast<const char*>(data), size);
+    try {
+        const media::DepthMap depth = media::decodeDepthMap(bytes, "depth", kMostFuzzedPixels);
+        promised(depth.bits == 8 || depth.bits == 16, "8 or 16 bit");
+        promised(depth.plane.width >= 1 && depth.plane.height >= 1, "a depth map has pixels");
+        for (const float level : depth.plane.samples)
+            promised(level >= 0.0f && level <= 255.0f, "levels from 0 to 255");
+        checkScaling(depth, {depth.plane.width, depth.plane.height});
+        checkScaling(depth, {64, 48});
+    } catch (const media::Error& error) {
+        promised(std::string(error.what()).find('\n') == std::string::npos, "a refusal is one line");
+    }
+    return 0;
+}

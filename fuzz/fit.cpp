@@ -1,0 +1,91 @@
+// Size fitting: every promise of media/fit.h, for all sizes from 1 to the largest int.
+
+#include "media/fit.h"
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "promise.h"
+
+namespace {
+
+using quorvane::fuzz::promised;
+using namespace quorvane::media;
+
+constexpr int kLargestInt = std::numeric_limits<int>::max();
+
+/// Half of the sides are small: the larger they are, the fewer of them meet an edge.
+int takeSide(FuzzedDataProvider& data) {
+    return data.ConsumeIntegralInRange(1, data.ConsumeBool() ? 5000 : kLargestInt);
+}
+
+Size takeSize(FuzzedDataProvider& data) {
+    const int width = takeSide(data);
+    return {width, takeSide(data)};
+}
+
+bool isAtLeastOne(Size size) { return size.width >= 1 && size.height >= 1; }
+bool fitsInto(Size size, Size box) { return size.width <= box.width && size.height <= box.height; }
+
+/// What the renderer would allocate.
+double workingBytes(const Fit& fit) {
+    const double w = fit.grid.width, h = fit.grid.height;
+    return 3.0 * fit.photo.width * fit.photo.height + 57 * w * h + 40 * h * (w + 1) + 12 * (w + 1) * (h + 1);
+}
+
+void checkFit(Size photo, Size depth, int largest) {
+    const Fit fit = fitSizes(photo, depth, largest);
+    promised(fit.ratio >= 1 && fit.ratio <= 32 && (fit.ratio & (fit.ratio - 1)) == 0, "a ratio of 1 to 32");
+    promised(isAtLeastOne(fit.grid), "no side of the grid is empty");
+    promised(int64_t{fit.grid.width} * fit.ratio == fit.photo.width &&
+                 int64_t{fit.grid.height} * fit.ratio == fit.photo.height,
+             "the photo is a whole number of cells");
+    promised(
+        int64_t{fit.grid.width} * 4 == fit.depth.width && int64_t{fit.grid.height} * 4 == fit.depth.height,
+        "four depth pixels a cell");
+    promised(workingBytes(fit) <= kLargestInt, "the working memory stays within 2 GB");
+    promised(fit.photo.width <= largest && fit.photo.height <= largest, "the photo stays within the limit");
+    promised(fit.photo.width < int64_t{photo.width} + fit.ratio &&
+                 fit.photo.height < int64_t{photo.height} + fit.ratio,
+             "the photo grows by less than a cell");
+}
+
+void checkPicture(Size photo, int longest) {
+    const Size odd = pictureSize(photo, longest, false);
+    promised(isAtLeastOne(odd), "no side of the picture is empty");
+    promised(fitsInto(odd, photo), "a picture is never larger than its photo");
+    promised(std::max(odd.width, odd.height) == std::min(longest, std::max(photo.width, photo.height)),
+             "the long side is the photo's or the longest");
+
+    const Size even = pictureSize(photo, longest, true);
+    promised(even.width % 2 == 0 && even.height % 2 == 0, "video has even sides");
+    promised(isAtLeastOne(even), "no side of a video is empty");
+    promised(fitsInto(even, {std::max(2, odd.width), std::max(2, odd.height)}), "sides are rounded down");
+}
+
+void checkCrop(Size image, Size wanted) {
+    const Size part = croppedSize(image, wanted);
+    promised(isAtLeastOne(part) && fitsInto(part, image), "a part lies within its image");
+    promised(part.width == image.width || part.height == image.height, "a part is the largest");
+    // Within half a pixel of the wanted aspect, or a single pixel thin.
+    const double aspect = static_cast<double>(wanted.width) / wanted.height;
+    promised(part.width == 1 || part.height == 1 || std::abs(part.width - part.height * aspect) <= 0.51 ||
+                 std::abs(part.height - part.width / aspect) <= 0.51,
+             "a part has the wanted aspect");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
+    FuzzedDataProvider data(bytes, size);
+    const Size photo = takeSize(data), other = takeSize(data);
+    const int largest = takeSide(data);
+    checkFit(photo, other, largest);
+    checkPicture(photo, largest);
+    checkCrop(photo, other);
+    return 0;
+}

@@ -1,0 +1,33 @@
+// Photos: whatever the bytes, an upright RGB picture or one line.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "media/error.h"
+#include "media/picture_file.h"
+#include "promise.h"
+
+using namespace quorvane;
+using fuzz::promised;
+
+namespace {
+
+// Larger pictures only cost time.
+constexpr long long kMostFuzzedPixels = 4'000'000;
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string bytes(reinterpret_cast<const char*>(data), size);
+    try {
+        const media::RgbImage photo = media::decodePhoto(bytes, "photo", kMostFuzzedPixels);
+        promised(photo.width >= 1 && photo.height >= 1, "a photo has pixels");
+        promised(
+            photo.samples.size() == static_cast<size_t>(photo.width) * static_cast<size_t>(photo.height) * 3,
+            "a photo has three bytes a pixel");
+    } catch (const media::Error& error) {
+        promised(std::string(error.what()).find('\n') == std::string::npos, "a refusal is one line");
+    }
+    return 0;
+}

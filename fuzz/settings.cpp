@@ -1,0 +1,39 @@
+// The command line's texts: --set, --size and --at take what is in range and refuse the rest with one line.
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "arguments.h"
+#include "commands.h"
+#include "promise.h"
+#include "quorvane/host/ParallaxView.h"
+
+using namespace quorvane;
+using fuzz::promised;
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    try {
+        const media::Size picture = app::parseSize(text);
+        promised(picture.width >= 1 && picture.width <= 16384, "a width from 1 to 16384");
+        promised(picture.height >= 1 && picture.height <= 16384, "a height from 1 to 16384");
+        promised(
+            app::parseSize(std::to_string(picture.width) + "x" + std::to_string(picture.height)) == picture,
+            "a size reads back");
+    } catch (const app::UsageError&) {
+    }
+    try {
+        const app::Position at = app::parsePosition(text);
+        promised(std::abs(at.x) <= 1.0 && std::abs(at.y) <= 1.0, "a position from -1 to 1");
+    } catch (const app::UsageError&) {
+    }
+    try {
+        const auto [field, value] = app::parseSetting(text);
+        promised(std::isfinite(value), "a setting is a finite number");
+        promised(static_cast<bool>(ParallaxView::checkParameter(field, value)), "a setting is in its range");
+    } catch (const app::UsageError&) {
+    }
+    return 0;
+}
