@@ -8,19 +8,10 @@
 #include <vector>
 
 #include "support/component_test.h"
+#include "support/guarded_bytes.h"
+#include "support/reference_models.h"
 
 namespace quorvane::test {
-
-using Bytes = std::vector<uint8_t>;
-
-inline Bytes noiseBytes(size_t size, uint32_t seed) {
-    Bytes bytes(size);
-    for (uint8_t& byte : bytes) {
-        seed = seed * 1664525u + 1013904223u;
-        byte = static_cast<uint8_t>(seed >> 24);
-    }
-    return bytes;
-}
 
 /// The message of a status that should be a failure.
 inline std::string sentence(const Status& status) { return status.ok() ? "succeeded" : status.message(); }

@@ -63,8 +63,8 @@ class ParallaxViewTest : public DriverTest {
     }
 
     std::unique_ptr<ParallaxView> view;
-    const Bytes photo = noiseBytes(kPhoto * kPhoto * 3, 1);
-    const Bytes depth = noiseBytes(kDepth * kDepth, 2);
+    const Bytes photo = noise(kPhoto * kPhoto * 3, 1);
+    const Bytes depth = noise(kDepth * kDepth, 2);
 };
 
 TEST_F(ParallaxViewTest, DrawsAFilledPicture) {
@@ -91,8 +91,8 @@ TEST_F(ParallaxViewTest, SamePictureFromTheSameInputsWhateverWasDrawnBefore) {
     setImages();
     const Bytes first = picture();
     // Another pair in between leaves other bytes in the working block.
-    ASSERT_TRUE(setPhoto(kPhoto, kPhoto, noiseBytes(photo.size(), 7)).ok());
-    ASSERT_TRUE(setDepth(kDepth, kDepth, noiseBytes(depth.size(), 8)).ok());
+    ASSERT_TRUE(setPhoto(kPhoto, kPhoto, noise(photo.size(), 7)).ok());
+    ASSERT_TRUE(setDepth(kDepth, kDepth, noise(depth.size(), 8)).ok());
     picture();
     setImages();
     EXPECT_EQ(picture(), first);
@@ -264,12 +264,12 @@ TEST_F(ParallaxViewTest, PhotoOfAnotherSizeUnsetsTheDepth) {
 
 TEST_F(ParallaxViewTest, PhotoSurvivesADepthOfAnotherGrid) {
     setImages();
-    ASSERT_TRUE(setDepth(128, 128, noiseBytes(128 * 128, 5)).ok());
+    ASSERT_TRUE(setDepth(128, 128, noise(128 * 128, 5)).ok());
     const Bytes grown = picture();
     view.reset();
     create(48, 32);
     ASSERT_TRUE(setPhoto(kPhoto, kPhoto, photo).ok());
-    ASSERT_TRUE(setDepth(128, 128, noiseBytes(128 * 128, 5)).ok());
+    ASSERT_TRUE(setDepth(128, 128, noise(128 * 128, 5)).ok());
     EXPECT_EQ(picture(), grown);
 }
 

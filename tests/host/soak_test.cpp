@@ -49,11 +49,11 @@ class Soak : public DriverTest {
     }
 
     bool setPhoto(int side, uint32_t seed) {
-        const Bytes photo = noiseBytes(static_cast<size_t>(3 * side * side), seed);
+        const Bytes photo = noise(static_cast<size_t>(3 * side * side), seed);
         return quietly([&] { return view->setPhoto(side, side, photo.data()); }).ok();
     }
     bool setDepth(int side, uint32_t seed) {
-        const Bytes depth = noiseBytes(static_cast<size_t>(side * side), seed);
+        const Bytes depth = noise(static_cast<size_t>(side * side), seed);
         return quietly([&] { return view->setDepth(side, side, depth.data()); }).ok();
     }
 

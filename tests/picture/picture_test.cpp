@@ -238,7 +238,7 @@ TEST_F(StoredPictures, FrameLeavesTheAppsOtherStateAlone) {
     ASSERT_TRUE(quietly([&] { return view->setDepth(64, 64, depthOf(64, 64).data()); }).ok());
 
     // A neighbouring texture of the app's, filled with a pattern, and bindings of its own.
-    const Bytes pattern = noiseBytes(16 * 16 * 4, 3);
+    const Bytes pattern = noise(16 * 16 * 4, 3);
     GLuint neighbour = 0, renderbuffer = 0;
     glGenTextures(1, &neighbour);
     glActiveTexture(GL_TEXTURE3);
