@@ -189,6 +189,10 @@ Status ParallaxView::resize(int width, int height) {
     return Status::success();
 }
 
+bool ParallaxView::holdsPhoto(int width, int height) const {
+    return m_has_photo && width == m_renderer.m_texWidth && height == m_renderer.m_texHeight;
+}
+
 // Moves the photo's copy into a block for the given sizes, when the one in use is for others.
 Status ParallaxView::planBlock(int photo_width, int photo_height, int depth_width, int depth_height) {
     const int64_t wanted = blockBytes(photo_width, photo_height, depth_width, depth_height);
@@ -196,8 +200,7 @@ Status ParallaxView::planBlock(int photo_width, int photo_height, int depth_widt
         return Status::failure(text(
             "a %d x %d photo with a %d x %d depth map needs %.1f GB of working memory; 2 GB is the limit",
             photo_width, photo_height, depth_width, depth_height, static_cast<double>(wanted) / 1e9));
-    const bool same_photo =
-        m_has_photo && photo_width == m_renderer.m_texWidth && photo_height == m_renderer.m_texHeight;
+    const bool same_photo = holdsPhoto(photo_width, photo_height);
     if (same_photo && depth_width / kDepthPixelsPerCell == m_renderer.m_vtxW &&
         depth_height / kDepthPixelsPerCell == m_renderer.m_vtxH)
         return Status::success();
@@ -223,8 +226,7 @@ Status ParallaxView::setPhoto(int width, int height, const uint8_t* rgb) {
     status = checkSides("photo", width, height, 1, m_largest_texture);
     if (!status) return status;
 
-    const bool same_size = m_has_photo && width == m_renderer.m_texWidth && height == m_renderer.m_texHeight;
-    if (!same_size) {
+    if (!holdsPhoto(width, height)) {
         status = planBlock(width, height, 0, 0);
         if (!status) return status;
         m_has_depth = false;

@@ -4,6 +4,8 @@
 #include <cctype>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
+#include <sstream>
 #include <system_error>
 
 #include "cancel.h"
@@ -52,9 +54,7 @@ class FolderWriter : public ClipWriter {
     FolderWriter(const std::string& path, bool force)
         : m_path(withoutSlash(path)), m_folder(placeOf(m_path)) {
         std::error_code failed;
-        const fs::path parent = fs::path(m_folder).parent_path();
-        if (!parent.empty() && !fs::is_directory(parent, failed))
-            throw Error(path + ": there is no folder " + parent.string());
+        requireFolderFor(m_folder, path);
         if (fs::exists(m_folder, failed) && !fs::is_directory(m_folder, failed))
             throw Error(path + ": is a file, not a folder");
         if (!force && fs::is_directory(m_folder, failed) && !fs::is_empty(m_folder, failed))
@@ -136,50 +136,26 @@ class FfmpegWriter : public ClipWriter {
 
   private:
     std::vector<std::string> arguments(OutputKind kind, const ClipFormat& format) const {
-        const std::string size = std::to_string(format.size.width) + "x" + std::to_string(format.size.height);
+        std::ostringstream words;
         // -xerror: without it a clip whose end found no room on the disk counts as success.
-        std::vector<std::string> args = {
-            "ffmpeg", "-nostdin", "-xerror", "-hide_banner", "-loglevel",
-            "error",  "-y",       "-f",      "rawvideo",     "-pix_fmt",
-            "rgba",   "-s",       size,      "-r",           std::to_string(format.fps),
-            "-i",     "pipe:0"};
-        const auto add = [&args](std::initializer_list<const char*> more) {
-            args.insert(args.end(), more.begin(), more.end());
-        };
+        words << "ffmpeg -nostdin -xerror -hide_banner -loglevel error -y -f rawvideo -pix_fmt rgba -s "
+              << format.size.width << 'x' << format.size.height << " -r " << format.fps << " -i pipe:0 ";
         switch (kind) {
             case OutputKind::kMp4:
                 // BT.709 limited range, said so in the file: players otherwise guess by the picture's height.
-                add({"-vf",
-                     "scale=out_color_matrix=bt709:out_range=tv,format=yuv420p",
-                     "-c:v",
-                     "libx264",
-                     "-preset",
-                     "medium",
-                     "-crf",
-                     "18",
-                     "-colorspace",
-                     "bt709",
-                     "-color_primaries",
-                     "bt709",
-                     "-color_trc",
-                     "iec61966-2-1",
-                     "-color_range",
-                     "tv",
-                     "-movflags",
-                     "+faststart",
-                     "-f",
-                     "mp4"});
+                words << "-vf scale=out_color_matrix=bt709:out_range=tv,format=yuv420p"
+                         " -c:v libx264 -preset medium -crf 18 -colorspace bt709 -color_primaries bt709"
+                         " -color_trc iec61966-2-1 -color_range tv -movflags +faststart -f mp4";
                 break;
-            case OutputKind::kWebp:
-                add({"-c:v", "libwebp_anim", "-quality", "85", "-loop", "0", "-f", "webp"});
-                break;
+            case OutputKind::kWebp: words << "-c:v libwebp_anim -quality 85 -loop 0 -f webp"; break;
             case OutputKind::kGif:
-                add({"-filter_complex", "split[a][b];[a]palettegen[p];[b][p]paletteuse", "-loop", "0", "-f",
-                     "gif"});
+                words << "-filter_complex split[a][b];[a]palettegen[p];[b][p]paletteuse -loop 0 -f gif";
                 break;
             case OutputKind::kStill:
             case OutputKind::kFolder: break;
         }
+        std::istringstream split(words.str());
+        std::vector<std::string> args{std::istream_iterator<std::string>(split), {}};
         // file: keeps a name with a colon from being taken for a protocol.
         args.push_back("file:" + m_pending.temporary());
         return args;

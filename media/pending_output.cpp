@@ -26,6 +26,13 @@ std::string placeOf(std::string path) {
     throw Error(path + ": too many symbolic links");
 }
 
+void requireFolderFor(const std::string& place, const std::string& path) {
+    std::error_code ignored;
+    const fs::path folder = fs::path(place).parent_path();
+    if (!folder.empty() && !fs::is_directory(folder, ignored))
+        throw Error(path + ": there is no folder " + folder.string());
+}
+
 std::string temporaryBeside(const std::string& path) {
     static int made = 0;
     // Leaves room for what is added: a name has 255 bytes at most.
@@ -39,9 +46,7 @@ std::string temporaryBeside(const std::string& path) {
 
 PendingOutput::PendingOutput(std::string path) : m_path(std::move(path)), m_place(placeOf(m_path)) {
     std::error_code ignored;
-    const fs::path folder = fs::path(m_place).parent_path();
-    if (!folder.empty() && !fs::is_directory(folder, ignored))
-        throw Error(m_path + ": there is no folder " + folder.string());
+    requireFolderFor(m_place, m_path);
     if (fs::is_directory(m_place, ignored)) throw Error(m_path + ": is a folder, not a file");
     if (fs::exists(m_place, ignored) && !fs::is_regular_file(m_place, ignored))
         throw Error(m_path + ": is not a plain file");

@@ -34,6 +34,9 @@ class PendingOutput {
 /// go round in circles.
 std::string placeOf(std::string path);
 
+/// Throws Error, under the name `path`, unless the folder that `place` lies in exists.
+void requireFolderFor(const std::string& place, const std::string& path);
+
 /// A path beside `path`, hidden and of the same extension, another one on every call. Something may stand
 /// there already.
 std::string temporaryBeside(const std::string& path);

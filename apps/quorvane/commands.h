@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "motion.h"
@@ -22,7 +23,7 @@ struct ViewOptions {
     /// The set for 4 keeps the pivot among the depths, so that near things move against far ones, and keeps
     /// every shape of picture clear of the mesh's edge.
     unsigned orientation = 4;
-    std::vector<std::string> settings;  ///< FIELD=VALUE
+    std::vector<std::pair<std::string, double>> settings;  ///< parameters and values in their range
     bool invert_depth = false;
     int verbosity = 0;  ///< 1: say what was chosen; 2: the renderer's log too
     bool quiet = false;

@@ -4,6 +4,7 @@
 #include <map>
 #include <new>
 
+#include "arguments.h"
 #include "commands.h"
 #include "media/cancel.h"
 #include "media/error.h"
@@ -47,7 +48,12 @@ void addViewOptions(CLI::App* command, ViewOptions* options) {
                      "tuned set: 4 and 7 the first, other codes the second, which turns about a point behind "
                      "the scene")
         ->capture_default_str();
-    command->add_option("--set", options->settings, "change a tunable parameter; may be repeated")
+    const auto set = [options](const std::vector<std::string>& texts) {
+        for (const std::string& text : texts) options->settings.push_back(parseSetting(text));
+    };
+    command
+        ->add_option_function<std::vector<std::string>>("--set", set,
+                                                        "change a tunable parameter; may be repeated")
         ->type_name("FIELD=VALUE")
         ->allow_extra_args(false)
         ->take_all();
@@ -88,7 +94,7 @@ int run(int argc, char** argv) {
                                                    {"eight", Motion::kEight}};
     std::string motion = "sway";
     render_command->add_option("--motion", motion, "path of the view")
-        ->check(CLI::IsMember({"sway", "nod", "circle", "eight"}))
+        ->check(CLI::IsMember(motions))
         ->capture_default_str();
     render_command->add_option("--amount", render_options.amount, "how far the view swings")
         ->check(CLI::Range(0.0, 1.0))

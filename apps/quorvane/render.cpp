@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "arguments.h"
 #include "commands.h"
 #include "media/cancel.h"
@@ -22,10 +20,10 @@ Size chooseSize(const RenderOptions& options, Size photo, bool even) {
     if (options.size.empty()) return media::pictureSize(photo, kLongestSide, even);
     if (options.size == "photo") return media::pictureSize(photo, kNoLimit, even);
     const Size size = parseSize(options.size);
-    if (even && (size.width % 2 != 0 || size.height % 2 != 0))
+    const Size fits = media::pictureSize(size, kNoLimit, even);
+    if (fits != size)
         throw UsageError("--size " + options.size + ": an .mp4 has even sides, such as " +
-                         std::to_string(std::max(2, size.width & ~1)) + "x" +
-                         std::to_string(std::max(2, size.height & ~1)));
+                         std::to_string(fits.width) + "x" + std::to_string(fits.height));
     return size;
 }
 
@@ -37,7 +35,6 @@ void render(const RenderOptions& options) {
     const bool even = kind == OutputKind::kMp4;
     const Position centre = options.at.empty() ? Position{} : parsePosition(options.at);
     if (!options.size.empty() && options.size != "photo") chooseSize(options, {}, even);
-    for (const std::string& setting : options.view.settings) parseSetting(setting);
     refuseInputAsOutput(options.view, options.out);
     if (kind == OutputKind::kFolder) refuseInputAsFrame(options.view, options.out);
 

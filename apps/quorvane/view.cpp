@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <system_error>
 
-#include "arguments.h"
 #include "media/cancel.h"
 #include "media/clip_writer.h"
 #include "media/error.h"
@@ -91,8 +90,6 @@ Input readInput(const ViewOptions& options) {
 
 View::View(const ViewOptions& options, Input input, Size picture, int supersample)
     : m_picture(picture), m_supersample(supersample) {
-    std::vector<std::pair<std::string, double>> settings;
-    for (const std::string& text : options.settings) settings.push_back(parseSetting(text));
     if (options.verbosity > 1) __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
     const auto say = [&options](const char* format, auto... values) {
         if (options.verbosity > 0) std::fprintf(stderr, format, values...);
@@ -105,7 +102,7 @@ View::View(const ViewOptions& options, Input input, Size picture, int supersampl
         throw media::Error(made.message() + " (--supersample " + std::to_string(supersample) +
                            " multiplies them)");
     require(made);
-    for (const auto& [field, value] : settings) require(m_view->setParameter(field, value));
+    for (const auto& [field, value] : options.settings) require(m_view->setParameter(field, value));
 
     const Size photo_size = {input.photo.width, input.photo.height};
     const Size photo_part = media::croppedSize(photo_size, picture);
@@ -146,12 +143,14 @@ View::View(const ViewOptions& options, Input input, Size picture, int supersampl
         picture.height, options.orientation, static_cast<double>(geometry.still_depth));
 }
 
-media::RgbaImage View::pictureAt(Position position) {
+const media::RgbaImage& View::pictureAt(Position position) {
     require(m_view->lookAt(static_cast<float>(position.x), static_cast<float>(position.y)));
     require(m_view->render());
     if (m_drawn.samples.empty()) m_drawn = media::RgbaImage(m_view->width(), m_view->height());
     require(m_view->readPixels(m_drawn.samples.data(), m_drawn.samples.size()));
-    return m_supersample == 1 ? m_drawn : averaged(m_drawn, m_supersample);
+    if (m_supersample == 1) return m_drawn;
+    m_averaged = averaged(m_drawn, m_supersample);
+    return m_averaged;
 }
 
 media::GrayImage View::guide() const {

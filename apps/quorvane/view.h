@@ -36,7 +36,8 @@ class View {
     /// Pictures are drawn `supersample` times as large on either axis and averaged. Throws media::Error.
     View(const ViewOptions& options, Input input, media::Size picture, int supersample);
 
-    media::RgbaImage pictureAt(Position position);
+    /// Good until the next call.
+    const media::RgbaImage& pictureAt(Position position);
 
     media::GrayImage guide() const;        ///< at grid size
     media::GrayImage shapedDepth() const;  ///< at grid size
@@ -47,6 +48,7 @@ class View {
     media::Size m_picture;
     int m_supersample;
     media::RgbaImage m_drawn;
+    media::RgbaImage m_averaged;  ///< of m_drawn, where supersampled
 };
 
 }  // namespace quorvane::app

@@ -65,16 +65,18 @@ void ESRenderer::downsize(int srcWidth, int srcHeight, const void* srcData, int 
                           void* dstData, bool isRGB) const {
     const int ds_h = dstWidth >= 1 ? srcWidth / dstWidth : 0;
     const int ds_v = dstHeight >= 1 ? srcHeight / dstHeight : 0;
-    const int32_t* filter_H = kernelsFor(ds_h).horizontal;
-    const int32_t* filter_V = kernelsFor(ds_v).vertical;
+    const Kernels across = kernelsFor(ds_h);
+    const Kernels down = kernelsFor(ds_v);
+    const int32_t* filter_H = across.horizontal;
+    const int32_t* filter_V = down.vertical;
     if (filter_H == nullptr || filter_V == nullptr) {
         LOGD("downsize: cannot reduce %d x %d to %d x %d\n", srcWidth, srcHeight, dstWidth, dstHeight);
         return;
     }
     const uint32_t ds_h_shift = simple_log2(static_cast<uint32_t>(ds_h));
     const uint32_t ds_v_shift = simple_log2(static_cast<uint32_t>(ds_v));
-    const int h_tap = kernelsFor(ds_h).margin;
-    const int v_tap = kernelsFor(ds_v).margin;
+    const int h_tap = across.margin;
+    const int v_tap = down.margin;
     // The widest kernel ends in a 0. Without that tap, what is read past the photo stays inside the working
     // block even where the grid is a single cell.
     const int h_taps = ds_h + 2 * h_tap - (filter_H[ds_h + 2 * h_tap - 1] == 0 ? 1 : 0);

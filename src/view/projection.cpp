@@ -3,10 +3,10 @@
 #include "diagnostics/gl_check.h"
 #include "diagnostics/log.h"
 #include "quorvane/esRenderer.h"
+#include "view/angle.h"
 
 namespace {
 
-constexpr double PI = 3.1415926;
 constexpr float kNear = 12.0f;
 constexpr float kFarBase = 64.0f;
 

@@ -2,12 +2,7 @@
 
 #include <cmath>
 
-namespace {
-
-// Truncated on purpose: the angles that hosts tuned were converted with this value.
-constexpr double PI = 3.1415926;
-
-}  // namespace
+#include "view/angle.h"
 
 void renderMatrixLoadIdentity(RENDERMatrix* result) {
     *result = {{{1.0f, 0.0f, 0.0f, 0.0f},

@@ -16,21 +16,30 @@ class GuardPages : public ComponentTest {};
 
 size_t area(int w, int h) { return static_cast<size_t>(w) * static_cast<size_t>(h); }
 
-// Heights of one and two rows are where a window leaves the image at both ends at once.
-TEST_F(GuardPages, GrayReductionStaysBetweenThem) {
-    const ESRenderer renderer;
+/// Calls run(w, h, ratio across, ratio down, against) for every output width and ratio. Heights of one and
+/// two rows are where a window leaves the image at both ends at once.
+template <typename Run>
+void forEveryReduction(Run run) {
     for (const int ratio : kRatios)
         for (int w = 1; w <= kWidest; ++w)
             for (const auto& [h, ratio_v] : {std::pair{1, ratio}, {2, 1}})
                 for (const auto against : kBothEnds) {
                     SCOPED_TRACE(testing::Message() << w << " x " << h << " at " << ratio << ", " << ratio_v);
-                    const Bytes image = noise(area(w * ratio, h * ratio_v), static_cast<uint32_t>(w));
-                    const GuardedBytes source(image, against);
-                    GuardedBytes reduced(area(w, h), against);
-                    renderer.downsize(w * ratio, h * ratio_v, source.data(), w, h, reduced.data(), false);
-                    ASSERT_EQ(reduced.bytes(), reducedGray(image, w * ratio, h * ratio_v, w, h));
-                    ASSERT_TRUE(reduced.surroundingsUntouched());
+                    run(w, h, ratio, ratio_v, against);
+                    if (testing::Test::HasFatalFailure()) return;
                 }
+}
+
+TEST_F(GuardPages, GrayReductionStaysBetweenThem) {
+    const ESRenderer renderer;
+    forEveryReduction([&](int w, int h, int ratio, int ratio_v, GuardedBytes::Against against) {
+        const Bytes image = noise(area(w * ratio, h * ratio_v), static_cast<uint32_t>(w));
+        const GuardedBytes source(image, against);
+        GuardedBytes reduced(area(w, h), against);
+        renderer.downsize(w * ratio, h * ratio_v, source.data(), w, h, reduced.data(), false);
+        ASSERT_EQ(reduced.bytes(), reducedGray(image, w * ratio, h * ratio_v, w, h));
+        ASSERT_TRUE(reduced.surroundingsUntouched());
+    });
 }
 
 // The luma reduction may read its right margin past the image, 3 bytes a tap, and not one byte more. The
@@ -38,21 +47,16 @@ TEST_F(GuardPages, GrayReductionStaysBetweenThem) {
 // before it.
 TEST_F(GuardPages, LumaReductionReadsItsMarginPastTheImageAndNoMore) {
     const ESRenderer renderer;
-    for (const int ratio : kRatios)
-        for (int w = 1; w <= kWidest; ++w)
-            for (const auto& [h, ratio_v] : {std::pair{1, ratio}, {2, 1}})
-                for (const auto against : kBothEnds) {
-                    SCOPED_TRACE(testing::Message() << w << " x " << h << " at " << ratio << ", " << ratio_v);
-                    const size_t taps = ratio == 32 ? 9 : static_cast<size_t>(weightsOf(ratio).margin);
-                    Bytes image =
-                        noise(3 * area(w * ratio, h * ratio_v) + 3 * taps, static_cast<uint32_t>(w));
-                    const GuardedBytes source(image, against);
-                    GuardedBytes reduced(area(w, h), against);
-                    renderer.downsize(w * ratio, h * ratio_v, source.data(), w, h, reduced.data(), true);
-                    image.resize(image.size() + 3);
-                    ASSERT_EQ(reduced.bytes(), reducedLuma(image, w * ratio, h * ratio_v, w, h));
-                    ASSERT_TRUE(reduced.surroundingsUntouched());
-                }
+    forEveryReduction([&](int w, int h, int ratio, int ratio_v, GuardedBytes::Against against) {
+        const size_t taps = ratio == 32 ? 9 : static_cast<size_t>(weightsOf(ratio).margin);
+        Bytes image = noise(3 * area(w * ratio, h * ratio_v) + 3 * taps, static_cast<uint32_t>(w));
+        const GuardedBytes source(image, against);
+        GuardedBytes reduced(area(w, h), against);
+        renderer.downsize(w * ratio, h * ratio_v, source.data(), w, h, reduced.data(), true);
+        image.resize(image.size() + 3);
+        ASSERT_EQ(reduced.bytes(), reducedLuma(image, w * ratio, h * ratio_v, w, h));
+        ASSERT_TRUE(reduced.surroundingsUntouched());
+    });
 }
 
 // A whole upload in a block of exactly the size asked for: reduction, both denoises, guided filter, contrast,

@@ -141,6 +141,7 @@ class ParallaxView {
     Status createOutput(int width, int height, Output* output) const;
     static void deleteOutput(Output* output);
     bool attach(const Output& output);
+    bool holdsPhoto(int width, int height) const;
     Status planBlock(int photo_width, int photo_height, int depth_width, int depth_height);
 
     const std::thread::id m_thread;
