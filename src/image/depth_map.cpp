@@ -7,6 +7,7 @@
 #include "diagnostics/log.h"
 #include "diagnostics/ppm_dump.h"
 #include "diagnostics/truncated.h"
+#include "image/denoise.h"
 #include "image/depth_table.h"
 #include "image/plane_texture.h"
 #include "quorvane/esRenderer.h"
@@ -14,24 +15,6 @@
 namespace {
 
 constexpr int depthDownScaleRate = 4;
-
-/// Averages every sample with its four neighbours, the edge repeated; truncates. Planes do not overlap.
-void crossDenoise(const uint8_t* src, uint8_t* dst, int width, int height) {
-    const auto row_at = [=](int y) {
-        return src + static_cast<size_t>(ClipABC_ESRenderer(y, height - 1, 0)) * static_cast<size_t>(width);
-    };
-    for (int y = 0; y < height; ++y) {
-        const uint8_t* above = row_at(y - 1);
-        const uint8_t* row = row_at(y);
-        const uint8_t* below = row_at(y + 1);
-        for (int x = 0; x < width; ++x) {
-            const int left = row[x > 0 ? x - 1 : 0];
-            const int right = row[x < width - 1 ? x + 1 : x];
-            const int sum = row[x] + left + right + above[x] + below[x];
-            *dst++ = static_cast<uint8_t>(ClipABC_ESRenderer(sum / 5, 255, 0));
-        }
-    }
-}
 
 /// The curve's value for every average: scaled by contrast / 32, then looked up. Only the low 8 bits of the
 /// scaled value count, so a contrast above 32 folds the brightest depths over.
@@ -63,7 +46,8 @@ void ESRenderer::setDepth(int depthWidth, int depthHeight, unsigned char* imageD
     downsize(depthWidth, depthHeight, imageData, m_vtxW, m_vtxH, depth, false);
     time_step("    downsize depth image   ");
 
-    crossDenoise(guide, m_pDenoisedTextureBuf, m_vtxW, m_vtxH);
+    const size_t path = quorvane::chosenPath();
+    quorvane::crossDenoisePaths[path](guide, m_pDenoisedTextureBuf, m_vtxW, m_vtxH);
     time_step("    denoise depth image    ");
 
     mGF.assignBuffer(m_vtxW, m_vtxH, reinterpret_cast<unsigned char*>(m_pGFBuf));
@@ -76,10 +60,10 @@ void ESRenderer::setDepth(int depthWidth, int depthHeight, unsigned char* imageD
     time_step("    border process         ");
 
     std::memcpy(m_pDenoisedTextureBuf, depth, plane_size);
-    crossDenoise(m_pDenoisedTextureBuf, depth, m_vtxW, m_vtxH);
+    quorvane::crossDenoisePaths[path](m_pDenoisedTextureBuf, depth, m_vtxW, m_vtxH);
     uint8_t shaped[256];
     contrastTable(params.depth_contrast, shaped);
-    for (size_t i = 0; i < plane_size; ++i) depth[i] = shaped[depth[i]];
+    quorvane::lookUpPaths[path](depth, plane_size, shaped);
     time_step("    denoise and contrast   ");
 
     replaceTexture(&m_depthName);

@@ -4,15 +4,20 @@
 // around it. The weights are the outer product of a horizontal and a vertical kernel that sum to at most 256
 // each, so a window of 255s sums to at most 255 * 65536 and, with the rounding term, stays below 2 to the 24.
 
-#include <cstdint>
+#include "image/downsize.h"
 
+#ifdef QUORVANE_PATH
+#include "image/lanes.h"
+#else
 #include "diagnostics/log.h"
 #include "quorvane/esRenderer.h"
+#endif
 
+namespace quorvane {
 namespace {
 
 // The kernels for 16 and 32 sum to 254 and 248, the latter lopsided by its last 0: they darken the result a
-// little, and every tuned depth map counts on it.
+// little, and every tuned depth map counts on it. A vertical kernel holds the values of the horizontal one.
 constexpr int32_t filter_32_H[52] = {1, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7,
                                      7, 8, 8, 8, 8, 9, 9, 9, 9, 8, 8, 8, 8, 8, 7, 7, 7, 6,
                                      6, 5, 5, 4, 4, 3, 3, 3, 2, 2, 2, 1, 1, 1, 1, 0};
@@ -23,7 +28,6 @@ constexpr int32_t filter_4_H[8] = {4, 18, 43, 63, 63, 43, 18, 4};
 constexpr int32_t filter_2_H[4] = {48, 80, 80, 48};
 constexpr int32_t filter_1_H[1] = {256};
 
-// The vertical kernels hold the same values.
 constexpr const auto& filter_32_V = filter_32_H;
 constexpr const auto& filter_16_V = filter_16_H;
 constexpr const auto& filter_8_V = filter_8_H;
@@ -31,29 +35,365 @@ constexpr const auto& filter_4_V = filter_4_H;
 constexpr const auto& filter_2_V = filter_2_H;
 constexpr const auto& filter_1_V = filter_1_H;
 
-/// The kernels of one ratio: ratio + 2 * margin weights; null when the ratio has none.
+/// The kernels of one ratio: `taps` weights, `margin` of them before the block.
 struct Kernels {
     const int32_t* horizontal;
     const int32_t* vertical;
     int margin;
+    int taps;
 };
 
-Kernels kernelsFor(int ratio) {
+/// The widest kernel's last tap, a 0, is left out: without it, what is read past the photo stays inside the
+/// working block even where the grid is a single cell. Ratios without a kernel have no taps.
+constexpr Kernels kernelsFor(int ratio) {
     switch (ratio) {
-        case 32: return {filter_32_H, filter_32_V, 10};
-        case 16: return {filter_16_H, filter_16_V, 7};
-        case 8: return {filter_8_H, filter_8_V, 2};
-        case 4: return {filter_4_H, filter_4_V, 2};
-        case 2: return {filter_2_H, filter_2_V, 1};
-        case 1: return {filter_1_H, filter_1_V, 0};
-        default: return {nullptr, nullptr, 0};
+        case 32: return {filter_32_H, filter_32_V, 10, 51};
+        case 16: return {filter_16_H, filter_16_V, 7, 30};
+        case 8: return {filter_8_H, filter_8_V, 2, 12};
+        case 4: return {filter_4_H, filter_4_V, 2, 8};
+        case 2: return {filter_2_H, filter_2_V, 1, 4};
+        case 1: return {filter_1_H, filter_1_V, 0, 1};
+        default: return {nullptr, nullptr, 0, 0};
     }
 }
 
-/// Studio-swing luma of one R, G, B pixel, 16..235: ITU-R BT.601 in 8-bit fixed point.
-int32_t luma(const uint8_t* rgb) { return ((66 * rgb[0] + 129 * rgb[1] + 25 * rgb[2] + 128) >> 8) + 16; }
+/// Row y of the source, the first and the last row repeated beyond it.
+inline const uint8_t* clampedRow(const Reduction& r, int y) {
+    const int inside = y < 0 ? 0 : y > r.height - 1 ? r.height - 1 : y;
+    return r.source + static_cast<size_t>(inside) * static_cast<size_t>(r.width) * (r.rgb ? 3 : 1);
+}
+
+constexpr int kLumaOffset = 16;
 
 }  // namespace
+
+#ifndef QUORVANE_PATH
+
+namespace {
+
+/// Studio-swing luma of one R, G, B pixel, 16..235: ITU-R BT.601 in 8-bit fixed point.
+int32_t luma(const uint8_t* rgb) {
+    return ((66 * rgb[0] + 129 * rgb[1] + 25 * rgb[2] + 128) >> 8) + kLumaOffset;
+}
+
+}  // namespace
+
+void reference::downsize(const Reduction& r) {
+    const Kernels across = kernelsFor(r.across);
+    const Kernels down = kernelsFor(r.down);
+
+    // The luma reduction measures its position in bytes of the block's origin but steps by one a tap, and so
+    // never finds itself past the right border: there it reads on into the next row, and on the last row past
+    // the image. The guide's right edge depends on it.
+    const auto column = [&](int x) {
+        if (x < 0) return 0;
+        return !r.rgb && x >= r.width ? r.width - 1 : x;
+    };
+
+    uint8_t* out = r.out;
+    for (int j = 0; j < r.out_height; ++j) {
+        for (int i = 0; i < r.out_width; ++i) {
+            int32_t accum_pixels = 0;
+            for (int l = 0; l < down.taps; ++l) {
+                const uint8_t* row = clampedRow(r, j * r.down - down.margin + l);
+                int32_t line_pixels = 0;
+                for (int k = 0; k < across.taps; ++k) {
+                    const int x = column(i * r.across - across.margin + k);
+                    line_pixels +=
+                        across.horizontal[k] * (r.rgb ? luma(row + 3 * static_cast<ptrdiff_t>(x)) : row[x]);
+                }
+                accum_pixels += line_pixels * down.vertical[l];
+            }
+            *out++ = static_cast<uint8_t>((accum_pixels + 32768) >> 16);
+        }
+    }
+}
+
+#else
+
+// Vectors. Let an output's slot be the twice `ratio` columns that start half a ratio before its block. A slot
+// holds every tap of its output, and its second half is the first half of the next output's slot. So with v
+// 16 samples that start where a slot does and w those that start a ratio further,
+//
+//     pairSums(v, weights of the first half) + pairSums(w, weights of the second half)
+//
+// are the line sums of all outputs whose slots start in v, each still in ratio / 2 parts. The parts are
+// scaled by the row's vertical weight, summed over the window's rows, and summed up once an output.
+//
+// Number ranges. All weights but 256 fit a byte. The weights that meet in a part sum to at most 128, so a
+// part is at most 32640 and fits 16 bits with a sign; but ratio 2 has a single part a line, up to 65280, and
+// sums up the halves after scaling. Luma is carried without its offset, 0..219, which joins the rounding
+// term.
+namespace QUORVANE_PATH {
+namespace {
+
+constexpr int kVectors = 8;
+
+/// Parts of an output's sum that its vectors hold side by side.
+template <int kRatio>
+constexpr int kParts = kRatio <= 4 ? 1 : (kRatio < kBytes ? kRatio : kBytes) / 4;
+
+/// Outputs in a strip: as many as kVectors vectors of sums hold.
+template <int kRatio>
+constexpr int kStrip = kRatio == 1 ? kVectors* kBytes / 2 : kVectors* kBytes / 4 / kParts<kRatio>;
+
+/// Vectors of samples that the slots of a strip lie in.
+template <int kRatio>
+constexpr int kSamples = (kStrip<kRatio> * kRatio + (kRatio > 1 ? kRatio : 0) + kBytes - 1) / kBytes;
+
+/// The weights of a slot: its two halves, each filling whole vectors; of ratio 2 whole slots.
+template <int kRatio>
+struct SlotWeights {
+    static constexpr int kHalf = kRatio < kBytes ? kBytes : kRatio;
+    alignas(kBytes) uint8_t bytes[2 * kHalf] = {};
+
+    constexpr SlotWeights() {
+        const Kernels kernels = kernelsFor(kRatio);
+        for (int i = 0; i < 2 * kHalf; ++i) {
+            const int slot = kRatio == 2 ? i % 4 : i / kHalf * kRatio + i % kRatio;
+            const int tap = slot - kRatio / 2 + kernels.margin;
+            if (tap >= 0 && tap < kernels.taps) bytes[i] = static_cast<uint8_t>(kernels.horizontal[tap]);
+        }
+    }
+};
+
+template <bool kRgb>
+constexpr int kPixelBytes = kRgb ? 3 : 1;
+
+/// kBytes samples. With kExact only their own pixels are read, else up to kSlack pixels more at either end.
+template <bool kRgb, bool kExact>
+inline u8 samplesAt(const uint8_t* p) {
+    if constexpr (kRgb) return weighRgb<66, 129, 25, kExact>(p);
+    return load(p);
+}
+
+template <bool kRgb>
+constexpr int kSlack = kRgb ? (kRgbSlack + 2) / 3 : 0;
+
+/// The samples of a strip that starts at column x, where those and their slack lie inside the row.
+template <bool kRgb>
+class InnerColumns {
+  public:
+    explicit InnerColumns(int x) : m_first(ptrdiff_t{x} * kPixelBytes<kRgb>) {}
+    u8 samples(const uint8_t* row, int k) const {
+        return samplesAt<kRgb, false>(row + m_first + k * kBytes * kPixelBytes<kRgb>);
+    }
+
+  private:
+    ptrdiff_t m_first;
+};
+
+/// The samples of a strip that starts at column x, where columns 0..limit - 1 are there and the first and the
+/// last stand for all beyond them. A vector that reaches beyond is read from just inside and moved into
+/// place.
+template <bool kRgb, int kCount>
+class BorderColumns {
+  public:
+    BorderColumns(int x, int limit) {
+        for (int k = 0; k < kCount; ++k, x += kBytes) {
+            const int start = clamped(x, limit - kBytes);
+            m_vectors[k].first = ptrdiff_t{start} * kPixelBytes<kRgb>;
+            m_vectors[k].inside = x >= kSlack<kRgb> && x <= limit - kBytes - kSlack<kRgb>;
+            if (m_vectors[k].inside) continue;
+            uint8_t from[kBytes];
+            for (int i = 0; i < kBytes; ++i)
+                from[i] = static_cast<uint8_t>(clamped(x - start + i, kBytes - 1));
+            m_vectors[k].from = load(from);
+        }
+    }
+    u8 samples(const uint8_t* row, int k) const {
+        const Vector& vector = m_vectors[k];
+        const uint8_t* p = row + vector.first;
+        return vector.inside ? samplesAt<kRgb, false>(p) : shuffle(samplesAt<kRgb, true>(p), vector.from);
+    }
+
+  private:
+    struct Vector {
+        u8 from;
+        ptrdiff_t first;
+        bool inside;
+    };
+    static int clamped(int value, int last) { return value < 0 ? 0 : value > last ? last : value; }
+
+    Vector m_vectors[kCount];
+};
+
+/// Adds a row of the source, scaled by its vertical weight, to the sums of a strip.
+template <int kRatio, typename Columns>
+inline void addRow(i32* sums, const Columns& columns, const uint8_t* row, int vertical_weight) {
+    static constexpr SlotWeights<kRatio> kWeights;
+    const auto weights = [](int vector) { return load(kWeights.bytes + kBytes * vector); };
+    const i16 weight = splat16(vertical_weight);
+    if constexpr (kRatio == 2) {
+        u8 here = columns.samples(row, 0);
+        QUORVANE_UNROLLED
+        for (int k = 0; k < kVectors; k += 2) {
+            const u8 next = columns.samples(row, k / 2 + 1);
+            sums[k] = addWeightedPairs(sums[k], pairSums(here, weights(0)), weight);
+            sums[k + 1] = addWeightedPairs(sums[k + 1], pairSums(slide<2>(here, next), weights(0)), weight);
+            here = next;
+        }
+    } else if constexpr (kRatio <= kBytes) {
+        u8 here = columns.samples(row, 0);
+        QUORVANE_UNROLLED
+        for (int k = 0; k < kVectors; ++k) {
+            const u8 next = columns.samples(row, k + 1);
+            const i16 parts = pairSums(here, weights(0)) + pairSums(slide<kRatio>(here, next), weights(1));
+            sums[k] = addWeightedPairs(sums[k], parts, weight);
+            here = next;
+        }
+    } else {
+        u8 first = columns.samples(row, 0), second = columns.samples(row, 1);
+        QUORVANE_UNROLLED
+        for (int k = 0; k < kVectors; ++k) {
+            const u8 third = columns.samples(row, 2 * k + 2), fourth = columns.samples(row, 2 * k + 3);
+            const i16 parts = pairSums(first, weights(0)) + pairSums(second, weights(1)) +
+                              pairSums(third, weights(2)) + pairSums(fourth, weights(3));
+            sums[k] = addWeightedPairs(sums[k], parts, weight);
+            first = third;
+            second = fourth;
+        }
+    }
+}
+
+/// Sums up the parts of each output, rounds, and stores the strip.
+template <int kRatio>
+inline void finish(i32* sums, int rounding, uint8_t* out) {
+    if constexpr (kRatio == 2) {
+        // The outputs of an even vector and of the odd one after it stand by turns.
+        i16 pairs[kVectors / 2];
+        QUORVANE_UNROLLED
+        for (int k = 0; k < kVectors; k += 2)
+            pairs[k / 2] = (i16)(((sums[k] + rounding) >> 16) | ((sums[k + 1] + rounding) & ~0xffff));
+        store(out, narrow(pairs[0], pairs[1]));
+        store(out + kBytes, narrow(pairs[2], pairs[3]));
+    } else {
+        int count = kVectors;
+        QUORVANE_UNROLLED
+        for (int parts = kParts<kRatio>; parts > 1; parts /= 2) {
+            count /= 2;
+            QUORVANE_UNROLLED
+            for (int k = 0; k < count; ++k) sums[k] = addNeighbours(sums[2 * k], sums[2 * k + 1]);
+        }
+        constexpr int outputs = kStrip<kRatio> < kBytes ? kStrip<kRatio> : kBytes;
+        QUORVANE_UNROLLED
+        for (int k = 0; k < count; k += 4) {
+            const auto rounded = [=](int i) { return (sums[k + i % count] + rounding) >> 16; };
+            store<outputs>(out + k / 4 * kBytes,
+                           narrow(narrow(rounded(0), rounded(1)), narrow(rounded(2), rounded(3))));
+        }
+    }
+}
+
+/// Ratio 1 across: a line sum is 256 times a sample, and without that factor the sums of the rows fit 16
+/// bits.
+template <typename Columns>
+inline void reduceStrip1(const Reduction& r, const Columns& columns, int rounding, int j, uint8_t* out) {
+    const Kernels down = kernelsFor(r.down);
+    if (down.taps == 1) {
+        const uint8_t offset = static_cast<uint8_t>(rounding >> 16);
+        QUORVANE_UNROLLED
+        for (int k = 0; k < kVectors / 2; ++k)
+            store(out + k * kBytes, columns.samples(clampedRow(r, j), k) + offset);
+        return;
+    }
+    u16 sums[kVectors] = {};
+    for (int l = 0; l < down.taps; ++l) {
+        const uint8_t* row = clampedRow(r, j * r.down - down.margin + l);
+        const u16 weight = (u16)splat16(down.vertical[l]);
+        QUORVANE_UNROLLED
+        for (int k = 0; k < kVectors; k += 2) {
+            const u8 v = columns.samples(row, k / 2);
+            sums[k] += (u16)widenLow(v) * weight;
+            sums[k + 1] += (u16)widenHigh(v) * weight;
+        }
+    }
+    const u16 term = (u16)splat16(rounding >> 8);
+    QUORVANE_UNROLLED
+    for (int k = 0; k < kVectors; k += 2)
+        store(out + k * kBytes / 2, narrow((i16)((sums[k] + term) >> 8), (i16)((sums[k + 1] + term) >> 8)));
+}
+
+/// The strip of row j whose samples start at column x.
+template <int kRatio, bool kRgb, typename Columns>
+void reduceStrip(const Reduction& r, const Columns& columns, int x, int rounding, int j, uint8_t* out) {
+    if constexpr (kRatio == 1) return reduceStrip1(r, columns, rounding, j, out);
+    const Kernels down = kernelsFor(r.down);
+    const int top = j * r.down - down.margin;
+    i32 sums[kVectors] = {};
+    for (int l = 0; l < down.taps; ++l) {
+        // The rows that the next row of outputs needs and this one does not.
+        if (l >= down.taps - r.down) {
+            const uint8_t* ahead = clampedRow(r, top + l + r.down) + ptrdiff_t{x} * kPixelBytes<kRgb>;
+            QUORVANE_UNROLLED
+            for (int i = 0; i < kStrip<kRatio> * kRatio * kPixelBytes<kRgb>; i += 64) prefetch(ahead + i);
+        }
+        addRow<kRatio>(sums, columns, clampedRow(r, top + l), down.vertical[l]);
+    }
+    finish<kRatio>(sums, rounding, out);
+}
+
+template <int kRatio, bool kRgb>
+void reduce(const Reduction& r) {
+    const Kernels across = kernelsFor(kRatio);
+    const Kernels down = kernelsFor(r.down);
+    // What a luma window reads beyond the right border is there.
+    const int last_tap = (r.out_width - 1) * kRatio - across.margin + across.taps - 1;
+    const int limit = kRgb && last_tap >= r.width ? last_tap + 1 : r.width;
+
+    int rounding = 32768;
+    if (kRgb) {
+        int sum_across = 0, sum_down = 0;
+        for (int k = 0; k < across.taps; ++k) sum_across += across.horizontal[k];
+        for (int l = 0; l < down.taps; ++l) sum_down += down.vertical[l];
+        rounding += kLumaOffset * sum_across * sum_down;
+    }
+
+    for (int j = 0; j < r.out_height; ++j) {
+        for (int i = 0; i < r.out_width; i += kStrip<kRatio>) {
+            // The last strip of a row overlaps the one before it.
+            const int last = r.out_width - kStrip<kRatio>;
+            const int first = i < last ? i : last;
+            const int x = first * kRatio - kRatio / 2;
+            uint8_t* out = r.out + static_cast<ptrdiff_t>(j) * r.out_width + first;
+            if (x >= kSlack<kRgb> && x + kSamples<kRatio> * kBytes <= limit - kSlack<kRgb>)
+                reduceStrip<kRatio, kRgb>(r, InnerColumns<kRgb>(x), x, rounding, j, out);
+            else
+                reduceStrip<kRatio, kRgb>(r, BorderColumns<kRgb, kSamples<kRatio> >(x, limit), x, rounding, j,
+                                          out);
+        }
+    }
+}
+
+template <int kRatio>
+void reduceAcross(const Reduction& r) {
+    if (r.out_width < kStrip<kRatio> || r.width < kBytes) return reference::downsize(r);
+    if (r.rgb)
+        reduce<kRatio, true>(r);
+    else
+        reduce<kRatio, false>(r);
+}
+
+}  // namespace
+
+void downsize(const Reduction& r) {
+    switch (r.across) {
+        case 1: return reduceAcross<1>(r);
+        case 2: return reduceAcross<2>(r);
+        case 4: return reduceAcross<4>(r);
+        case 8: return reduceAcross<8>(r);
+        case 16: return reduceAcross<16>(r);
+        case 32: return reduceAcross<32>(r);
+    }
+}
+
+}  // namespace QUORVANE_PATH
+
+#endif
+
+}  // namespace quorvane
+
+#ifndef QUORVANE_PATH
 
 uint32_t ESRenderer::simple_log2(uint32_t value) const {
     for (uint32_t k = 1; k < 32; ++k)
@@ -65,53 +405,14 @@ void ESRenderer::downsize(int srcWidth, int srcHeight, const void* srcData, int 
                           void* dstData, bool isRGB) const {
     const int ds_h = dstWidth >= 1 ? srcWidth / dstWidth : 0;
     const int ds_v = dstHeight >= 1 ? srcHeight / dstHeight : 0;
-    const Kernels across = kernelsFor(ds_h);
-    const Kernels down = kernelsFor(ds_v);
-    const int32_t* filter_H = across.horizontal;
-    const int32_t* filter_V = down.vertical;
-    if (filter_H == nullptr || filter_V == nullptr) {
+    if (quorvane::kernelsFor(ds_h).taps == 0 || quorvane::kernelsFor(ds_v).taps == 0) {
         LOGD("downsize: cannot reduce %d x %d to %d x %d\n", srcWidth, srcHeight, dstWidth, dstHeight);
         return;
     }
-    const uint32_t ds_h_shift = simple_log2(static_cast<uint32_t>(ds_h));
-    const uint32_t ds_v_shift = simple_log2(static_cast<uint32_t>(ds_v));
-    const int h_tap = across.margin;
-    const int v_tap = down.margin;
-    // The widest kernel ends in a 0. Without that tap, what is read past the photo stays inside the working
-    // block even where the grid is a single cell.
-    const int h_taps = ds_h + 2 * h_tap - (filter_H[ds_h + 2 * h_tap - 1] == 0 ? 1 : 0);
-    const int v_taps = ds_v + 2 * v_tap;
-
-    const uint8_t* source = static_cast<const uint8_t*>(srcData);
-    const size_t pixel_bytes = isRGB ? 3 : 1;
-    const size_t row_bytes = static_cast<size_t>(srcWidth) * pixel_bytes;
-    uint8_t* out = static_cast<uint8_t*>(dstData);
-
-    // The luma reduction measures its position in bytes of the block's origin but steps by one a tap, and so
-    // never finds itself past the right border: there it reads on into the next row, and on the last row past
-    // the image. The guide's right edge depends on it.
-    const auto column = [=](int us_i, int k) {
-        const int x = us_i - h_tap + k;
-        if (x < 0) return 0;
-        return !isRGB && x >= srcWidth ? srcWidth - 1 : x;
-    };
-
-    for (int j = 0; j < dstHeight; ++j) {
-        const int us_j = j << ds_v_shift;
-        for (int i = 0; i < dstWidth; ++i) {
-            const int us_i = i << ds_h_shift;
-            int32_t accum_pixels = 0;
-            for (int l = 0; l < v_taps; ++l) {
-                const int y = ClipABC_ESRenderer(us_j - v_tap + l, srcHeight - 1, 0);
-                const uint8_t* row = source + static_cast<size_t>(y) * row_bytes;
-                int32_t line_pixels = 0;
-                for (int k = 0; k < h_taps; ++k) {
-                    const uint8_t* pixel = row + static_cast<size_t>(column(us_i, k)) * pixel_bytes;
-                    line_pixels += filter_H[k] * (isRGB ? luma(pixel) : *pixel);
-                }
-                accum_pixels += line_pixels * filter_V[l];
-            }
-            *out++ = static_cast<uint8_t>((accum_pixels + 32768) >> 16);
-        }
-    }
+    const quorvane::Reduction reduction = {srcWidth, srcHeight, static_cast<const uint8_t*>(srcData),
+                                           dstWidth, dstHeight, static_cast<uint8_t*>(dstData),
+                                           ds_h,     ds_v,      isRGB};
+    quorvane::downsizePaths[quorvane::chosenPath()](reduction);
 }
+
+#endif
