@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstring>
 
@@ -10,13 +11,15 @@
 namespace quorvane::media {
 namespace {
 
-volatile std::sig_atomic_t g_cancelled = 0;
-volatile std::sig_atomic_t g_at_once = 0;
+// A signal may come to any thread.
+std::atomic<bool> g_cancelled{false};
+std::atomic<bool> g_at_once{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler cannot wait");
 int g_descriptor = -1;
 const char* g_last_words = "";
 
 void onSignal(int) {
-    g_cancelled = 1;
+    g_cancelled = true;
     if (!g_at_once) return;
     [[maybe_unused]] const ssize_t written = write(g_descriptor, g_last_words, std::strlen(g_last_words));
     _exit(1);
@@ -39,7 +42,7 @@ void catchSignals() {
     for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
 }
 
-bool cancelled() { return g_cancelled != 0; }
+bool cancelled() { return g_cancelled; }
 
 void throwIfCancelled() {
     if (cancelled()) throw Error("interrupted");
@@ -48,13 +51,13 @@ void throwIfCancelled() {
 EndingAtOnce::EndingAtOnce(int descriptor, const char* last_words) {
     g_descriptor = descriptor;
     g_last_words = last_words;
-    g_at_once = 1;
+    g_at_once = true;
     // From here on the handler ends the process; a signal that came before is for us to answer.
     if (!cancelled()) return;
-    g_at_once = 0;
+    g_at_once = false;
     throwIfCancelled();
 }
 
-EndingAtOnce::~EndingAtOnce() { g_at_once = 0; }
+EndingAtOnce::~EndingAtOnce() { g_at_once = false; }
 
 }  // namespace quorvane::media

@@ -1,6 +1,7 @@
 #include "clip_writer.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
 #include <cstdio>
 #include <filesystem>
@@ -32,7 +33,7 @@ class StillWriter : public ClipWriter {
         // Only asked whether the place can be written, before any work is done.
         const PendingOutput place(path);
     }
-    void add(const RgbaImage& frame) override { m_frame = frame; }
+    void add(int, const RgbaImage& frame) override { m_frame = frame; }
     void finish() override {
         throwIfCancelled();
         writePng(m_frame, m_path);
@@ -72,10 +73,13 @@ class FolderWriter : public ClipWriter {
         if (!m_pending.empty()) fs::remove_all(m_pending, ignored);
     }
 
-    void add(const RgbaImage& frame) override {
+    bool takesAnyOrder() const override { return true; }
+
+    void add(int number, const RgbaImage& frame) override {
         throwIfCancelled();
         try {
-            writePng(frame, m_pending + "/" + frameName(++m_frames));
+            writePng(frame, m_pending + "/" + frameName(number + 1));
+            ++m_frames;
         } catch (const Error& error) {
             // It begins with a name that the user has never seen.
             throw Error(std::string(error.what()).replace(0, m_pending.size(), m_path));
@@ -115,7 +119,7 @@ class FolderWriter : public ClipWriter {
     std::string m_path;
     std::string m_folder;   ///< where the path leads
     std::string m_pending;  ///< empty until it is made and again once it is moved
-    int m_frames = 0;
+    std::atomic<int> m_frames{0};
 };
 
 class FfmpegWriter : public ClipWriter {
@@ -123,7 +127,7 @@ class FfmpegWriter : public ClipWriter {
     FfmpegWriter(const std::string& path, OutputKind kind, const ClipFormat& format)
         : m_path(path), m_pending(path), m_ffmpeg(arguments(kind, format)) {}
 
-    void add(const RgbaImage& frame) override {
+    void add(int, const RgbaImage& frame) override {
         throwIfCancelled();
         if (!m_ffmpeg.write(frame.samples.data(), frame.samples.size())) fail();
     }

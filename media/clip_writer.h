@@ -16,16 +16,21 @@ enum class OutputKind { kStill, kMp4, kWebp, kGif, kFolder };
 /// extension.
 OutputKind outputKind(const std::string& path);
 
-/// Takes a clip's frames in order. Nothing stands at the path until `finish`; a writer that is destroyed
+/// Takes a clip's frames. Nothing stands at the path until `finish`; a writer that is destroyed
 /// before leaves nothing behind and no process running.
 class ClipWriter {
   public:
     virtual ~ClipWriter() = default;
 
-    /// One frame of the size the writer was opened with. Throws Error, "interrupted" after a signal.
-    virtual void add(const RgbaImage& frame) = 0;
+    /// Whether frames may come in any order and from several threads at once; they are to come in order
+    /// otherwise, one after the other.
+    virtual bool takesAnyOrder() const { return false; }
 
-    /// Completes the clip and moves it to its place. Throws Error.
+    /// Frame `number`, counted from 0, of the size the writer was opened with. Throws Error, "interrupted"
+    /// after a signal.
+    virtual void add(int number, const RgbaImage& frame) = 0;
+
+    /// Completes the clip, whose frames have all been added, and moves it to its place. Throws Error.
     virtual void finish() = 0;
 };
 

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -34,7 +35,7 @@ void requireFolderFor(const std::string& place, const std::string& path) {
 }
 
 std::string temporaryBeside(const std::string& path) {
-    static int made = 0;
+    static std::atomic<int> made{0};
     // Leaves room for what is added: a name has 255 bytes at most.
     constexpr size_t kLongestStem = 200;
     const fs::path place(path);

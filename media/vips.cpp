@@ -1,5 +1,7 @@
 #include "vips.h"
 
+#include <memory>
+
 namespace quorvane::media {
 
 void startVips() {
@@ -15,8 +17,9 @@ void startVips() {
 }
 
 std::string vipsReason() {
-    std::string text = vips_error_buffer();
-    vips_error_clear();
+    // In one step: the texts of all threads come together there.
+    const std::unique_ptr<char, void (*)(void*)> copy(vips_error_buffer_copy(), g_free);
+    std::string text = copy.get();
     const size_t end = text.find('\n');
     if (end != std::string::npos) text.resize(end);
     return text.empty() ? "unknown reason" : text;

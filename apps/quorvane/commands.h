@@ -41,6 +41,7 @@ struct RenderOptions {
     std::string at;  ///< "X,Y" or empty
     int supersample = 1;
     bool force = false;
+    bool stats = false;  ///< say at the end what each stage took
 };
 
 // Each command throws media::Error or UsageError.

@@ -30,11 +30,15 @@ void stages(const ViewOptions& options, const std::string& out) {
         media::toBytes(input.depth.plane, {input.depth.plane.width, input.depth.plane.height});
     const media::RgbImage photo = input.photo;
     const media::Size size = media::pictureSize({photo.width, photo.height}, kLongestSide, false);
-    View view(options, std::move(input), size, 1);
+    View view(options, size, 1);
+    view.upload(view.fit(std::move(input)));
 
     const auto picture = [&view](double x) {
         media::throwIfCancelled();
-        return media::toRgb(view.pictureAt({x, 0.0}));
+        view.draw({x, 0.0});
+        media::RgbaImage drawn;
+        view.readBack(&drawn);
+        return media::toRgb(drawn);
     };
     const std::vector<media::Panel> panels = {
         {"photo", photo},

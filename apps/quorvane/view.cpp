@@ -22,24 +22,6 @@ void require(const Status& status) {
     if (!status) throw media::Error(status.message());
 }
 
-/// Averages every n x n block.
-media::RgbaImage averaged(const media::RgbaImage& drawn, int n) {
-    media::RgbaImage out(drawn.width / n, drawn.height / n);
-    const size_t stride = static_cast<size_t>(drawn.width) * 4;
-    uint8_t* next = out.samples.data();
-    for (int y = 0; y < out.height; ++y)
-        for (int x = 0; x < out.width; ++x)
-            for (size_t c = 0; c < 4; ++c) {
-                const uint8_t* block =
-                    &drawn.samples[static_cast<size_t>(y * n) * stride + static_cast<size_t>(x * n) * 4 + c];
-                int sum = 0;
-                for (size_t j = 0; j < static_cast<size_t>(n); ++j)
-                    for (size_t i = 0; i < static_cast<size_t>(n); ++i) sum += block[j * stride + i * 4];
-                *next++ = static_cast<uint8_t>((sum + n * n / 2) / (n * n));
-            }
-    return out;
-}
-
 media::GrayImage plane(const void* bytes, int width, int height) {
     media::GrayImage image(width, height);
     const uint8_t* samples = static_cast<const uint8_t*>(bytes);
@@ -88,13 +70,9 @@ Input readInput(const ViewOptions& options) {
     return input;
 }
 
-View::View(const ViewOptions& options, Input input, Size picture, int supersample)
-    : m_picture(picture), m_supersample(supersample) {
+View::View(const ViewOptions& options, Size picture, int supersample)
+    : m_picture(picture), m_orientation(options.orientation), m_talks(options.verbosity > 0) {
     if (options.verbosity > 1) __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
-    const auto say = [&options](const char* format, auto... values) {
-        if (options.verbosity > 0) std::fprintf(stderr, format, values...);
-    };
-
     require(OffscreenContext::create(&m_context));
     const Status made = ParallaxView::create(picture.width * supersample, picture.height * supersample,
                                              options.orientation, &m_view);
@@ -103,12 +81,19 @@ View::View(const ViewOptions& options, Input input, Size picture, int supersampl
                            " multiplies them)");
     require(made);
     for (const auto& [field, value] : options.settings) require(m_view->setParameter(field, value));
+}
 
+template <typename... Values>
+void View::say(const char* format, Values... values) const {
+    if (m_talks) std::fprintf(stderr, format, values...);
+}
+
+FittedInput View::fit(Input input) const {
     const Size photo_size = {input.photo.width, input.photo.height};
-    const Size photo_part = media::croppedSize(photo_size, picture);
+    const Size photo_part = media::croppedSize(photo_size, m_picture);
     // Less than a pixel of the picture is the aspect's rounding, not another aspect.
-    const bool cut = int64_t{photo_size.width - photo_part.width} * picture.width > photo_size.width ||
-                     int64_t{photo_size.height - photo_part.height} * picture.height > photo_size.height;
+    const bool cut = int64_t{photo_size.width - photo_part.width} * m_picture.width > photo_size.width ||
+                     int64_t{photo_size.height - photo_part.height} * m_picture.height > photo_size.height;
     if (cut) {
         const Size depth_size = {input.depth.plane.width, input.depth.plane.height};
         const auto share = [](int part, int whole, int length) {
@@ -130,27 +115,27 @@ View::View(const ViewOptions& options, Input input, Size picture, int supersampl
     say("fitted   photo %d x %d%s, depth %d x %d%s, %d photo pixels a cell\n", fit.photo.width,
         fit.photo.height, fit.photo == Size{input.photo.width, input.photo.height} ? "" : " (resampled)",
         fit.depth.width, fit.depth.height, fit.depth == depth_size ? "" : " (scaled)", fit.ratio);
+    return {media::resample(std::move(input.photo), fit.photo), media::toBytes(input.depth.plane, fit.depth)};
+}
 
-    const media::RgbImage photo = media::resample(std::move(input.photo), fit.photo);
-    const media::GrayImage depth = media::toBytes(input.depth.plane, fit.depth);
-    require(m_view->setPhoto(photo.width, photo.height, photo.samples.data()));
-    require(m_view->setDepth(depth.width, depth.height, depth.samples.data()));
-
+void View::upload(const FittedInput& input) {
+    require(m_view->setPhoto(input.photo.width, input.photo.height, input.photo.samples.data()));
+    require(m_view->setDepth(input.depth.width, input.depth.height, input.depth.samples.data()));
     const Geometry geometry = m_view->geometry();
     say("grid     %d x %d cells, %.1f MB of working memory\n", geometry.grid_width, geometry.grid_height,
         geometry.block_bytes / 1e6);
-    say("view     %d x %d, orientation %u, shaped depth %.0f of 255 stands still\n", picture.width,
-        picture.height, options.orientation, static_cast<double>(geometry.still_depth));
+    say("view     %d x %d, orientation %u, shaped depth %.0f of 255 stands still\n", m_picture.width,
+        m_picture.height, m_orientation, static_cast<double>(geometry.still_depth));
 }
 
-const media::RgbaImage& View::pictureAt(Position position) {
+void View::draw(Position position) {
     require(m_view->lookAt(static_cast<float>(position.x), static_cast<float>(position.y)));
     require(m_view->render());
-    if (m_drawn.samples.empty()) m_drawn = media::RgbaImage(m_view->width(), m_view->height());
-    require(m_view->readPixels(m_drawn.samples.data(), m_drawn.samples.size()));
-    if (m_supersample == 1) return m_drawn;
-    m_averaged = averaged(m_drawn, m_supersample);
-    return m_averaged;
+}
+
+void View::readBack(media::RgbaImage* drawn) const {
+    if (drawn->samples.empty()) *drawn = media::RgbaImage(m_view->width(), m_view->height());
+    require(m_view->readPixels(drawn->samples.data(), drawn->samples.size()));
 }
 
 media::GrayImage View::guide() const {

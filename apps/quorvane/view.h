@@ -19,6 +19,12 @@ struct Input {
     media::DepthMap depth;  ///< larger = nearer
 };
 
+/// Both images as the renderer takes them together.
+struct FittedInput {
+    media::RgbImage photo;
+    media::GrayImage depth;
+};
+
 /// Throws media::Error where `out` or the timings file would overwrite the photo or the depth map.
 void refuseInputAsOutput(const ViewOptions& options, const std::string& out);
 
@@ -29,26 +35,36 @@ void refuseInputAsFrame(const ViewOptions& options, const std::string& out);
 /// A signal meanwhile ends the process. Throws media::Error.
 Input readInput(const ViewOptions& options);
 
-/// A view of a photo and its depth map, in an offscreen context of its own.
+/// A view of a photo and its depth map, in an offscreen context of its own. Used in the order of its
+/// functions, all of which throw media::Error.
 class View {
   public:
-    /// Cuts the images to the picture's aspect, fits their sizes to each other and sets everything up.
-    /// Pictures are drawn `supersample` times as large on either axis and averaged. Throws media::Error.
-    View(const ViewOptions& options, Input input, media::Size picture, int supersample);
+    /// Pictures are drawn `supersample` times as large on either axis, for the caller to average.
+    View(const ViewOptions& options, media::Size picture, int supersample);
 
-    /// Good until the next call.
-    const media::RgbaImage& pictureAt(Position position);
+    /// Cuts the images to the picture's aspect and fits their sizes to each other.
+    FittedInput fit(Input input) const;
+
+    void upload(const FittedInput& input);
+
+    /// Draws the picture and waits until it is finished.
+    void draw(Position position);
+
+    /// Copies what was drawn last.
+    void readBack(media::RgbaImage* drawn) const;
 
     media::GrayImage guide() const;        ///< at grid size
     media::GrayImage shapedDepth() const;  ///< at grid size
 
   private:
+    template <typename... Values>
+    void say(const char* format, Values... values) const;
+
     std::unique_ptr<OffscreenContext> m_context;
     std::unique_ptr<ParallaxView> m_view;
     media::Size m_picture;
-    int m_supersample;
-    media::RgbaImage m_drawn;
-    media::RgbaImage m_averaged;  ///< of m_drawn, where supersampled
+    unsigned m_orientation;
+    bool m_talks;
 };
 
 }  // namespace quorvane::app

@@ -354,6 +354,21 @@ TEST_F(Fault, FfmpegKilledInTheMiddleIsTold) {
     expectRefused(render(folder / "a.mp4"), "a.mp4: ffmpeg failed (it stopped without a word)", environment);
 }
 
+TEST_F(Fault, FfmpegThatDiesWhileFramesWaitIsTold) {
+    // 307,200 bytes a frame: it takes the first three, and the next ones pile up before it ends.
+    const Environment environment = withFfmpeg("head -c 1000000 > /dev/null; sleep 1; kill -9 $$\n");
+    expectRefused(render(folder / "a.mp4", {"--size", "320x240"}),
+                  "a.mp4: ffmpeg failed (it stopped without a word)", environment);
+}
+
+TEST_F(Fault, FrameThatCannotBeWrittenInTheMiddleIsTold) {
+    // Room for about twenty frames.
+    const Disk disk(folder / "disk", "256k");
+    SKIP_WITHOUT_DISK(disk);
+    expectRefused(render(folder / "disk/frames/", {"--frames", "500"}), "disk/frames/000");
+    EXPECT_THAT(TemporaryFolder::names(folder / "disk"), IsEmpty());
+}
+
 TEST_F(Fault, FfmpegThatHangsIsEndedBySignals) {
     // It never reads; it reads all and never ends; it is a script around another process.
     const std::string started = "touch " + (folder / "started") + "\n";

@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
 
 namespace quorvane::test {
 
@@ -54,6 +55,16 @@ Process::~Process() {
 }
 
 void Process::signal(int number) const { kill(m_pid, number); }
+
+double Process::residentMb() const {
+    std::ifstream status("/proc/" + std::to_string(m_pid) + "/status");
+    std::string word;
+    double kilobytes = 0.0;
+    while (status >> word && word != "VmRSS:") {
+    }
+    status >> kilobytes;
+    return kilobytes / 1024.0;
+}
 
 Outcome Process::wait() {
     Outcome outcome;

@@ -29,6 +29,9 @@ class Process {
 
     void signal(int number) const;
 
+    /// What it holds in memory now.
+    double residentMb() const;
+
     /// Reads what it says until it ends. What it writes to a terminal counts as standard error.
     Outcome wait();
 

@@ -1,8 +1,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
+#include <cstdlib>
 #include <functional>
+#include <map>
+#include <numeric>
+#include <sstream>
+#include <thread>
 
 #include "media/picture_file.h"
 #include "process.h"
@@ -222,6 +228,142 @@ TEST_F(Render, SecondFrameOfFourIsTheExtreme) {
     render("frames", {"--frames", "4"});
     render("right.png", {"--at", "1,0"});
     EXPECT_EQ(bytesOf(folder / "frames/00002.png"), bytesOf(folder / "right.png"));
+}
+
+/// Where frame `number` of `frames` of a sway stands, as --at takes it.
+std::string swayAt(int number, int frames) {
+    std::array<char, 40> at;
+    std::snprintf(at.data(), at.size(), "%.17g,0", std::sin(2.0 * M_PI * number / frames));
+    return at.data();
+}
+
+TEST_F(Render, EveryFrameOfAFolderIsTheStillFromItsPlace) {
+    constexpr int kFrames = 23;
+    render("frames", {"--frames", std::to_string(kFrames)});
+    const std::vector<std::string> names = TemporaryFolder::names(folder / "frames");
+    ASSERT_EQ(names.size(), static_cast<size_t>(kFrames));
+    for (int number = 0; number < kFrames; ++number) {
+        render("still.png", {"--at=" + swayAt(number, kFrames)});
+        EXPECT_EQ(bytesOf(folder / "frames/" + names[static_cast<size_t>(number)]),
+                  bytesOf(folder / "still.png"))
+            << "frame " << number;
+    }
+}
+
+TEST_F(Render, SupersampledFramesAreTheSupersampledStills) {
+    constexpr int kFrames = 9;
+    render("frames", {"--frames", std::to_string(kFrames), "--supersample", "2", "--size", "96x72"});
+    const std::vector<std::string> names = TemporaryFolder::names(folder / "frames");
+    ASSERT_EQ(names.size(), static_cast<size_t>(kFrames));
+    for (int number = 0; number < kFrames; ++number) {
+        const std::string at = swayAt(number, kFrames);
+        render("still.png", {"--at=" + at, "--supersample", "2", "--size", "96x72"});
+        EXPECT_EQ(bytesOf(folder / "frames/" + names[static_cast<size_t>(number)]),
+                  bytesOf(folder / "still.png"))
+            << "frame " << number;
+    }
+}
+
+// Lossy, so each of its frames is compared with all of the folder's.
+TEST_F(Render, ClipHoldsItsFramesInOrder) {
+    constexpr int kFrames = 24;
+    const std::string count = std::to_string(kFrames);
+    render("frames", {"--frames", count, "--motion", "circle"});
+    render("a.mp4", {"--frames", count, "--motion", "circle"});
+    std::filesystem::create_directory(folder / "decoded");
+    ASSERT_EQ(std::system(
+                  ("ffmpeg -v error -i " + (folder / "a.mp4") + " " + (folder / "decoded/%05d.png")).c_str()),
+              0);
+    const std::vector<std::string> names = TemporaryFolder::names(folder / "frames");
+    ASSERT_EQ(TemporaryFolder::names(folder / "decoded"), names);
+    std::vector<RgbImage> frames;
+    for (const std::string& name : names) frames.push_back(media::readPhoto(folder / "frames/" + name));
+    for (size_t number = 0; number < names.size(); ++number) {
+        const RgbImage decoded = media::readPhoto(folder / "decoded/" + names[number]);
+        std::vector<long> differences;
+        for (const RgbImage& frame : frames)
+            differences.push_back(std::inner_product(
+                frame.samples.begin(), frame.samples.end(), decoded.samples.begin(), 0L, std::plus<>(),
+                [](int a, int b) { return static_cast<long>(std::abs(a - b)); }));
+        EXPECT_EQ(std::min_element(differences.begin(), differences.end()) - differences.begin(),
+                  static_cast<std::ptrdiff_t>(number));
+    }
+}
+
+TEST_F(Render, LongClipKeepsItsMemory) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "A SANITIZED PROGRAM KEEPS WHAT IS FREED, MEMORY WAS NOT MEASURED";
+#endif
+    constexpr size_t kFrames = 1200;
+    Process process({"render", scene("photo.png"), scene("depth.png"), "-o", folder / "frames", "--frames",
+                     std::to_string(kFrames), "--size", "160x120"});
+    // The frames stand in a hidden folder until the clip is whole.
+    const auto written = [this] {
+        const std::vector<std::string> names = folder.names();
+        return names.empty() ? 0 : TemporaryFolder::names(folder / names.front()).size();
+    };
+    const auto resident_after = [&](size_t frames) {
+        while (written() < frames) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        return process.residentMb();
+    };
+    const double early = resident_after(kFrames / 6);
+    const double late = resident_after(kFrames - kFrames / 6);
+    ASSERT_EQ(process.wait().code, 0);
+    ASSERT_GT(early, 0.0);
+    ASSERT_GT(late, 0.0);
+    // A picture is 0.07 MB: forgetting one frame in ten would show.
+    EXPECT_LT(late, early + 5.0);
+}
+
+TEST_F(Render, StatsNameEveryStageAndCountTheFrames) {
+    const auto stats = [&](const std::string& out, const std::vector<std::string>& more) {
+        std::vector<std::string> arguments = {"render", scene("photo.png"), scene("depth.png"),
+                                              "-o",     folder / out,       "--stats"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const auto start = std::chrono::steady_clock::now();
+        const Outcome outcome = quorvane(arguments);
+        const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
+        EXPECT_EQ(outcome.code, 0) << outcome.err;
+        EXPECT_EQ(outcome.out, "");
+        std::map<std::string, std::pair<double, double>> rows;
+        std::istringstream lines(outcome.err);
+        std::string line;
+        std::getline(lines, line);
+        EXPECT_EQ(line, "stage              ms   ms/frame");
+        while (std::getline(lines, line) && line.find(" in ") == std::string::npos) {
+            std::istringstream numbers(line.substr(10));
+            auto& [total, each] = rows[line.substr(0, line.find("  "))];
+            numbers >> total >> each;
+        }
+        int frames = 0;
+        double seconds = 0, rate = 0, first = 0;
+        EXPECT_EQ(std::sscanf(line.c_str(), "%d frame%*[s] in %lf s: %lf a second, the first after %lf s",
+                              &frames, &seconds, &rate, &first),
+                  4)
+            << line;
+        EXPECT_GT(first, 0.0);
+        EXPECT_LE(first, seconds);
+        EXPECT_LE(seconds, wall.count());
+        EXPECT_NEAR(rate, frames / seconds, 0.06 * rate);
+        EXPECT_FALSE(std::getline(lines, line)) << line;
+        return std::pair{rows, frames};
+    };
+    const auto names = [](const std::map<std::string, std::pair<double, double>>& rows) {
+        std::vector<std::string> list;
+        for (const auto& [name, times] : rows) list.push_back(name);
+        return list;
+    };
+    const auto [plain, frames] = stats("a.mp4", {"--frames", "8"});
+    EXPECT_EQ(frames, 8);
+    EXPECT_THAT(names(plain), testing::UnorderedElementsAre("decode", "set up", "fit", "upload", "draw",
+                                                            "read back", "encode"));
+    for (const char* name : {"draw", "read back", "encode"})
+        EXPECT_NEAR(plain.at(name).second, plain.at(name).first / 8, 0.02) << name;
+    for (const char* name : {"decode", "draw", "encode"}) EXPECT_GT(plain.at(name).first, 0.0) << name;
+
+    const auto [averaged, more_frames] = stats("frames", {"--frames", "12", "--supersample", "2"});
+    EXPECT_EQ(more_frames, 12);
+    EXPECT_GT(averaged.at("average").first, 0.0);
 }
 
 TEST_F(Render, AmountScalesTheSwing) {

@@ -6,6 +6,8 @@
 
 #include <array>
 #include <cstdio>
+#include <thread>
+#include <vector>
 
 #include "media/error.h"
 #include "media/picture_file.h"
@@ -49,7 +51,7 @@ ClipFormat format(int width, int height, bool force = false) {
 
 void writeClip(const std::string& path, OutputKind kind, int frames) {
     const auto writer = openClip(path, kind, format(32, 24));
-    for (int i = 0; i < frames; ++i) writer->add(frame(32, 24, static_cast<uint8_t>(40 * i)));
+    for (int i = 0; i < frames; ++i) writer->add(i, frame(32, 24, static_cast<uint8_t>(40 * i)));
     writer->finish();
 }
 
@@ -107,7 +109,7 @@ TEST(ClipWriter, Mp4KeepsTheColours) {
             orange.samples[i + 2] = 30;
             orange.samples[i + 3] = 255;
         }
-        for (int i = 0; i < 3; ++i) writer->add(orange);
+        for (int i = 0; i < 3; ++i) writer->add(i, orange);
         writer->finish();
     }
     ASSERT_EQ(outputOf("ffmpeg -v error -i " + (folder / "a.mp4") + " -frames:v 1 " + (folder / "f.png") +
@@ -152,6 +154,33 @@ TEST(ClipWriter, FolderHoldsNumberedFrames) {
     EXPECT_EQ(readPhoto(folder / "frames/00002.png").samples[0], 40);
 }
 
+TEST(ClipWriter, FolderTakesFramesInAnyOrderFromSeveralThreads) {
+    const TemporaryFolder folder;
+    const auto writer = openClip(folder / "frames", OutputKind::kFolder, format(32, 24));
+    ASSERT_TRUE(writer->takesAnyOrder());
+    std::vector<std::thread> threads;
+    for (int first = 3; first >= 0; --first)
+        threads.emplace_back([&writer, first] {
+            for (int number = first + 20; number >= 0; number -= 4)
+                writer->add(number, frame(32, 24, static_cast<uint8_t>(10 * number)));
+        });
+    for (std::thread& thread : threads) thread.join();
+    writer->finish();
+    ASSERT_EQ(TemporaryFolder::names(folder / "frames").size(), 24u);
+    for (int number = 0; number < 24; ++number) {
+        std::array<char, 24> name;
+        std::snprintf(name.data(), name.size(), "frames/%05d.png", number + 1);
+        EXPECT_EQ(readPhoto(folder / name.data()).samples[0], 10 * number) << name.data();
+    }
+}
+
+TEST(ClipWriter, ClipsWantTheirFramesInOrder) {
+    const TemporaryFolder folder;
+    for (const auto& [name, kind] :
+         {std::pair{"a.mp4", OutputKind::kMp4}, {"a.webp", OutputKind::kWebp}, {"a.gif", OutputKind::kGif}})
+        EXPECT_FALSE(openClip(folder / name, kind, format(32, 24))->takesAnyOrder()) << name;
+}
+
 TEST(ClipWriter, EmptyFolderIsFilled) {
     const TemporaryFolder folder;
     std::filesystem::create_directory(folder / "frames");
@@ -173,7 +202,7 @@ TEST(ClipWriter, ForceReplacesTheFramesAndNothingElse) {
     for (const char* name : {"00001.png", "00009.png", "mine.txt", "cover.png"})
         writeBytes(folder / "frames/" + std::string(name), "old");
     const auto writer = openClip(folder / "frames", OutputKind::kFolder, format(32, 24, true));
-    writer->add(frame(32, 24, 9));
+    writer->add(0, frame(32, 24, 9));
     writer->finish();
     EXPECT_THAT(TemporaryFolder::names(folder / "frames"), ElementsAre("00001.png", "cover.png", "mine.txt"));
     EXPECT_EQ(readPhoto(folder / "frames/00001.png").samples[0], 9);
@@ -190,7 +219,7 @@ TEST(ClipWriter, AbandonedWriterLeavesNothing) {
         SCOPED_TRACE(name);
         {
             const auto writer = openClip(folder / name, kind, format(32, 24));
-            writer->add(frame(32, 24, 1));
+            writer->add(0, frame(32, 24, 1));
         }
         EXPECT_THAT(folder.names(), IsEmpty());
         EXPECT_EQ(test::processesNaming(folder.path()), 0) << "ffmpeg still runs";
@@ -202,7 +231,7 @@ TEST(ClipWriter, ExistingClipStaysUntilTheNewOneIsWhole) {
     writeBytes(folder / "a.mp4", "old");
     {
         const auto writer = openClip(folder / "a.mp4", OutputKind::kMp4, format(32, 24));
-        writer->add(frame(32, 24, 1));
+        writer->add(0, frame(32, 24, 1));
     }
     EXPECT_EQ(bytesOf(folder / "a.mp4"), "old");
     writeClip(folder / "a.mp4", OutputKind::kMp4, 2);
@@ -232,7 +261,7 @@ TEST(ClipWriter, FfmpegsFailureIsOneLine) {
     try {
         const auto writer = openClip(folder / "gone/a.mp4", OutputKind::kMp4, format(32, 24));
         std::filesystem::remove_all(folder / "gone");
-        for (int i = 0; i < 200; ++i) writer->add(frame(32, 24, 1));
+        for (int i = 0; i < 200; ++i) writer->add(i, frame(32, 24, 1));
         writer->finish();
         FAIL() << "not refused";
     } catch (const Error& error) {
