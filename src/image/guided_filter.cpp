@@ -6,14 +6,13 @@
 // reads both images and leaves a and b; only the second writes the output, so it may be the input.
 //
 // Number ranges. A column sum of I * I is at most 65025 a row: 32 bits hold 66051 rows. Window sums are
-// 64-bit. With n pixels in the window, n^2 var and n^2 cov are formed modulo 2 to the 64, and their true size
-// is at most n^2 255^2 / 4: exact up to n = 23.8 million, beyond which the working block outgrows its 32-bit
-// size. So a flat guide has a variance of exactly 0, and with it a = 0.
+// 64-bit, and exact as doubles. In a window of one intensity all means are exact too, and so a flat guide has
+// a variance of exactly 0, and with it a = 0.
 
 #include "image/guided_filter_kernel.h"
 
 #ifdef QUORVANE_PATH
-#include <math.h>
+#include <cmath>
 
 #include "image/lanes.h"
 #else
@@ -70,13 +69,15 @@ T* alignedTo(unsigned char* address) {
 }  // namespace
 
 void reference::guidedFilter(const GuidedFiltering& f) {
-    const auto [guide, input, output, width, height, rx, ry, eps, buffer] = f;
+    const unsigned char* guide = f.guide;
+    const unsigned char* input = f.input;
+    const int width = f.width, height = f.height, rx = f.rx, ry = f.ry;
     const size_t row_size = static_cast<size_t>(width);
     const size_t image_size = row_size * static_cast<size_t>(height);
 
     // 16 bytes a pixel for a and b, then one row of 16-byte column sums for either pass, and up to 7 bytes of
     // alignment: within 20 a pixel and 8 a table entry for every size.
-    Coefficients* coefficients = alignedTo<Coefficients>(buffer);
+    Coefficients* coefficients = alignedTo<Coefficients>(f.buffer);
     ColumnSums* sums = reinterpret_cast<ColumnSums*>(coefficients + image_size);
     Coefficients* coefficient_sums = coefficients + image_size;
 
@@ -114,15 +115,14 @@ void reference::guidedFilter(const GuidedFiltering& f) {
             if (x + rx < width) add_column(x + rx, 1);
             if (x - rx > 0) add_column(x - rx - 1, ~uint64_t{0});
 
-            const uint64_t n =
-                static_cast<uint64_t>(rows) * static_cast<uint64_t>(windowAt(x, rx, width).size());
-            const double count = static_cast<double>(n);
-            const double covariance = static_cast<double>(static_cast<int64_t>(n * sum_Ip - sum_I * sum_p));
-            const double variance = static_cast<double>(static_cast<int64_t>(n * sum_II - sum_I * sum_I));
-            // eps acts on 0..1 and the sums on 0..255, both scaled by n^2.
-            const double denominator = variance + static_cast<double>(eps) * 65025.0 * count * count;
+            const double n = static_cast<double>(rows) * windowAt(x, rx, width).size();
+            const double mean_I = static_cast<double>(sum_I) / n, mean_p = static_cast<double>(sum_p) / n;
+            const double covariance = static_cast<double>(sum_Ip) / n - mean_I * mean_p;
+            const double variance = static_cast<double>(sum_II) / n - mean_I * mean_I;
+            // eps acts on intensities 0..1.
+            const double denominator = variance + static_cast<double>(f.eps) * 65025.0;
             const double a = denominator > 0.0 ? covariance / denominator : 0.0;
-            *out++ = {a, (static_cast<double>(sum_p) - a * static_cast<double>(sum_I)) / count};
+            *out++ = {a, mean_p - a * mean_I};
         }
     }
 
@@ -147,7 +147,7 @@ void reference::guidedFilter(const GuidedFiltering& f) {
         }
         const size_t row_start = static_cast<size_t>(y) * row_size;
         const unsigned char* I = guide + row_start;
-        unsigned char* q = output + row_start;
+        unsigned char* q = f.output + row_start;
         for (int x = 0; x < width; ++x) {
             if (x + rx < width) {
                 sum_a += coefficient_sums[x + rx].a;
@@ -157,82 +157,44 @@ void reference::guidedFilter(const GuidedFiltering& f) {
                 sum_a -= coefficient_sums[x - rx - 1].a;
                 sum_b -= coefficient_sums[x - rx - 1].b;
             }
-            const double count = static_cast<double>(rows) * windowAt(x, rx, width).size();
-            q[x] = toByte((sum_a * I[x] + sum_b) / count);
+            const double n = static_cast<double>(rows) * windowAt(x, rx, width).size();
+            q[x] = toByte(sum_a / n * I[x] + sum_b / n);
         }
     }
 }
 
 #else
 
-// Vectors. The window sums of the first pass are whole numbers in 32-bit lanes, taken as differences of
-// prefix sums along a row of column sums: all exact modulo 2 to the 32, whatever the order of additions. a
-// and b are then turned into whole numbers too, so that the second pass is as exact, gives the same on every
-// path, and gathers no error on its way.
+// Vectors. Window sums are differences of prefix sums along a row of column sums, in whole numbers modulo 2
+// to the 32, and so exact whatever the order of additions. a and b, worked out as floats, become whole
+// numbers for the second pass too: multiples of units so small that a window of the largest of them just
+// fits. That pass then gathers no error and is the same on every path.
 //
-// Number ranges. Any |a| is at most stdev(p) / (2 sqrt(eps)), which is 0.25 / sqrt(eps) with eps on the scale
-// of 0..1, and where eps is small at most 127.5 sqrt(n), since the least variance is about 1 / n. b is kept
-// for intensities about 128, so |b| is at most 255 + 128 |a|.
-//   Narrow: n^2 cov and n^2 var fit 32 bits with a sign up to n = 363. Floats hold a and b; their window sums
-//   fill 32 bits, and the rounding to such numbers shifts a mean by some sqrt(n) |a| 2^-25 levels. This
-//   serves small windows. Wide: doubles hold n^2 cov and n^2 var exactly, sums of a and b have 51 bits, and
-//   window sums of I * I fit 32 bits up to n = 33025.
-// Beyond that, or where the buffer is too low for the prefix sums, the reference takes over.
+// Number ranges. With n pixels in a window, sums of products are at most 65025 n and fit 31 bits up to n =
+// 33025. n^2 cov and n^2 var, at most n^2 255^2 / 4, are exact in 32 bits up to n = 363. In larger windows
+// those 32 bits are their exact remainder, and floats give them to within 2 to the 26: enough to tell the
+// multiple of 2 to the 32 that is missing. b is taken about intensity 128, to be small: q = mean(a) (I - 128)
+// + mean(b). Rounding to units leaves an error of some sqrt(n) (64 max|a| + max|b|) / 2 to the 33 levels in
+// q. The default radius never comes near 0.0001; where that is exceeded, in large windows over a guide that
+// is flat but for a few levels, and where the buffer is too low for the prefix sums, the reference takes
+// over.
 namespace QUORVANE_PATH {
 namespace {
 
 constexpr int kLanes = kBytes / 4;
 constexpr float kMiddle = 128.0f;
-constexpr double kNarrowWindow = 363.0;
-constexpr double kNarrowPrecision = 2400.0;  ///< of sqrt(n) |a|: means are then off by some 0.0001
-constexpr double kWideWindow = 33025.0;
+constexpr int kDefaultRadius = 2;
+constexpr int kSmallWindow = 363;
+constexpr double kLargestWindow = 33025.0;
+constexpr double kLargestError = 270000.0;  ///< of sqrt(n) (64 max|a| + max|b|)
 
-/// Arithmetic of small windows.
-struct Narrow {
-    using Real = f32;
-    using Scalar = float;
-    using Fixed = u32;  ///< a or b as a whole number, modulo 2 to the 32
-    using FixedScalar = uint32_t;
-    static constexpr int kVectors = 1;  ///< of Real, to hold as many lanes as a vector of 32-bit numbers
-
-    static Real real(u32 v, int) { return __builtin_convertvector((i32)v, f32); }
-    static Real real(Fixed v) { return __builtin_convertvector((i32)v, f32); }
-    /// a * b - c * d, less than 2 to the 31.
-    static Real difference(u32 a, u32 b, u32 c, u32 d, int) { return real(a * b - c * d); }
-    static Fixed fixed(Real v) {
-        const i32 half = (i32)(f32{} + 0.5f) | ((i32)v & INT32_MIN);
-        return (u32)truncated(v + (f32)half);
-    }
-    static i32 truncatedAll(const Real* v) { return truncated(v[0]); }
-};
-
-/// Arithmetic of larger ones.
-struct Wide {
-    using Real = f64;
-    using Scalar = double;
-    using Fixed = u64;
-    using FixedScalar = uint64_t;
-    static constexpr int kVectors = 2;
-
-    // A whole number of up to 51 bits, added to 1.5 times 2 to the 52, stands in the lowest bits of a double.
-    static constexpr double kWhole = 6755399441055744.0;
-
-    static Real real(u32 v, int half) { return toDoubles((i32)v, half); }
-    static Real real(Fixed v) { return (f64)(v + (u64)(f64{} + kWhole)) - kWhole; }
-    static Real difference(u32 a, u32 b, u32 c, u32 d, int half) {
-        return real(a, half) * real(b, half) - real(c, half) * real(d, half);
-    }
-    static Fixed fixed(Real v) { return (u64)(v + kWhole) - (u64)(f64{} + kWhole); }
-    static i32 truncatedAll(const Real* v) { return truncated(v[0], v[1]); }
-};
-
-/// Cuts the buffer into areas, none of which any alignment is needed for.
+/// Cuts the buffer into areas of 32-bit numbers, of no alignment.
 class Areas {
   public:
     explicit Areas(unsigned char* start) : m_next(start) {}
-    unsigned char* take(ptrdiff_t bytes) {
+    unsigned char* take(ptrdiff_t numbers) {
         unsigned char* area = m_next;
-        m_next += bytes;
+        m_next += 4 * numbers;
         return area;
     }
     const unsigned char* end() const { return m_next; }
@@ -241,108 +203,118 @@ class Areas {
     unsigned char* m_next;
 };
 
-template <typename Scalar>
-inline void fill(unsigned char* area, ptrdiff_t count, Scalar value) {
-    for (ptrdiff_t i = 0; i < count; ++i)
-        __builtin_memcpy(area + i * static_cast<ptrdiff_t>(sizeof value), &value, sizeof value);
+template <typename Number>
+inline void fill(unsigned char* area, ptrdiff_t count, Number value) {
+    for (ptrdiff_t i = 0; i < count; ++i) __builtin_memcpy(area + 4 * i, &value, 4);
 }
 
-/// Windows along a row of column sums, as differences of its prefix sums. Those are 0 before the row and stay
-/// at the row's sum behind it, for as long as a window reaches.
-template <typename Sums, typename Scalar>
+/// The sums of windows along a row of column sums. With a radius of kRadius they are added up as they are.
+/// For any other, kRadius 0, they are differences of prefix sums, which are 0 before the row and stay at the
+/// row's sum behind it, for as long as a window reaches.
+template <int kRadius>
 class Windows {
   public:
-    Windows(Areas* areas, int width, int radius)
-        : m_width(width),
+    Windows(Areas* areas, ptrdiff_t padded, int radius)
+        : m_padded(padded),
           m_radius(radius),
-          m_columns(areas->take(kScalar * padded(width))),
-          m_prefix(areas->take(kScalar * (padded(width) + 2 * radius + 1 + kLanes))) {}
-    static constexpr ptrdiff_t kScalar = sizeof(Scalar);
-    static ptrdiff_t padded(int width) { return (width + kLanes - 1) / kLanes * kLanes; }
+          m_columns(areas->take(padded + 2 * kRadius)),
+          m_prefix(areas->take(kRadius > 0 ? 0 : padded + 2 * radius + 1 + kLanes)) {}
 
     void clear() {
-        fill(m_columns, padded(m_width), Scalar{0});
-        fill(m_prefix, m_radius + 1, Scalar{0});
+        fill(m_columns, m_padded + 2 * kRadius, 0);
+        if (kRadius == 0) fill(m_prefix, m_radius + 1, 0);
     }
 
-    void startRow() { m_total = Sums{}; }
+    void startRow() { m_total = u32{}; }
 
     /// Adds to the column sums from x on.
-    void add(int x, Sums change) {
-        unsigned char* column = m_columns + x * kScalar;
-        const Sums sums = load<Sums>(column) + change;
-        store(column, sums);
-        const Sums prefix = prefixSums(sums) + m_total;
-        store(m_prefix + (x + m_radius + 1) * kScalar, prefix);
+    void add(ptrdiff_t x, u32 change) {
+        unsigned char* columns = m_columns + 4 * (x + kRadius);
+        const u32 sums = load<u32>(columns) + change;
+        store(columns, sums);
+        if constexpr (kRadius > 0) return;
+        const u32 prefix = prefixSums(sums) + m_total;
+        store(m_prefix + 4 * (x + m_radius + 1), prefix);
         m_total = splatLast(prefix);
     }
 
     void endRow() {
-        constexpr int lanes = kBytes / kScalar;
-        for (ptrdiff_t x = padded(m_width); x < m_width + m_radius; x += lanes)
-            store(m_prefix + (x + m_radius + 1) * kScalar, m_total);
+        if constexpr (kRadius > 0) return;
+        for (ptrdiff_t x = m_padded; x < m_padded + m_radius; x += kLanes)
+            store(m_prefix + 4 * (x + m_radius + 1), m_total);
     }
 
     /// The sums of the windows about the columns from x on.
-    Sums at(int x) const {
-        const unsigned char* first = m_prefix + x * kScalar;
-        return load<Sums>(first + (2 * m_radius + 1) * kScalar) - load<Sums>(first);
+    u32 at(ptrdiff_t x) const {
+        if constexpr (kRadius == 0)
+            return load<u32>(m_prefix + 4 * (x + 2 * m_radius + 1)) - load<u32>(m_prefix + 4 * x);
+        u32 sum = load<u32>(m_columns + 4 * x);
+        QUORVANE_UNROLLED
+        for (int k = 1; k <= 2 * kRadius; ++k) sum += load<u32>(m_columns + 4 * (x + k));
+        return sum;
     }
 
   private:
-    int m_width;
-    int m_radius;
+    ptrdiff_t m_padded;
+    ptrdiff_t m_radius;
     unsigned char* m_columns;
     unsigned char* m_prefix;
-    Sums m_total{};
+    u32 m_total{};
 };
 
-/// Row y of an image or of another area with `stride` bytes a row, or `none` where there is no such row.
+inline f32 toFloat(u32 v) { return __builtin_convertvector((i32)v, f32); }
+
+/// a * b - c * d, to a float's precision; with kLarge beyond 32 bits.
+template <bool kLarge>
+inline f32 difference(u32 a, u32 b, u32 c, u32 d) {
+    const f32 remainder = toFloat(a * b - c * d);
+    if constexpr (!kLarge) return remainder;
+    constexpr float two_to_32 = 4294967296.0f;
+    const f32 about = toFloat(a) * toFloat(b) - toFloat(c) * toFloat(d);
+    return remainder + toFloat((u32)rounded((about - remainder) * (1.0f / two_to_32))) * two_to_32;
+}
+
+inline f32 larger(f32 a, f32 b) { return a > b ? a : b; }
+inline f32 magnitude(f32 v) { return (f32)((u32)v & 0x7fffffff); }
+
+/// Row y of rows that are `stride` bytes apart, or `none` where there is no such row.
 inline const unsigned char* rowOr(const unsigned char* none, const unsigned char* rows, ptrdiff_t stride,
                                   int y, int height) {
     return y >= 0 && y < height ? rows + y * stride : none;
 }
 
-/// False, with nothing written to the output, where the buffer is too small. a and b are kept as multiples of
-/// 1 / a_scale and 1 / b_scale.
-template <typename Arithmetic>
-bool filter(const GuidedFiltering& f, double a_scale, double b_scale) {
-    using Real = typename Arithmetic::Real;
-    using Scalar = typename Arithmetic::Scalar;
-    using Fixed = typename Arithmetic::Fixed;
-    using FixedScalar = typename Arithmetic::FixedScalar;
-    constexpr int vectors = Arithmetic::kVectors;
-    constexpr int real_lanes = kLanes / vectors;
-    constexpr ptrdiff_t scalar_size = sizeof(Scalar);
+/// How many of 0..size - 1 lie within `radius` of `centre`.
+inline int windowSize(int centre, int radius, int size) {
+    const int first = centre > radius ? centre - radius : 0;
+    const int last = centre + radius < size ? centre + radius : size - 1;
+    return last - first + 1;
+}
+
+/// False, with nothing written to the output, where that is the reference's to do.
+template <bool kLarge, int kRadius>
+bool filter(const GuidedFiltering& f, double largest_window) {
     const ptrdiff_t width = f.width, padded = (width + kLanes - 1) / kLanes * kLanes;
-    const ptrdiff_t plane_stride = padded * scalar_size;
 
     Areas areas(f.buffer);
-    unsigned char* nothing = areas.take(plane_stride);
-    unsigned char* window_widths = areas.take(4 * padded);
-    unsigned char* inverse_widths = areas.take(plane_stride);
-    unsigned char* a_plane = areas.take(plane_stride * f.height);
-    unsigned char* b_plane = areas.take(plane_stride * f.height);
-    Areas second_pass = areas;
-    Windows<u32, uint32_t> guide(&areas, f.width, f.rx), input(&areas, f.width, f.rx);
-    Windows<u32, uint32_t> product(&areas, f.width, f.rx), square(&areas, f.width, f.rx);
-    Windows<Fixed, FixedScalar> a_sums(&second_pass, f.width, f.rx), b_sums(&second_pass, f.width, f.rx);
-    const unsigned char* end = f.buffer + 20 * width * f.height + 8 * (width + 1) * (f.height + 1);
-    if (areas.end() > end || second_pass.end() > end) return false;
+    unsigned char* nothing = areas.take(padded);
+    unsigned char* window_widths = areas.take(padded);
+    unsigned char* inverse_widths = areas.take(padded);
+    unsigned char* a_plane = areas.take(padded * f.height);
+    unsigned char* b_plane = areas.take(padded * f.height);
+    Windows<kRadius> guide(&areas, padded, f.rx), input(&areas, padded, f.rx);
+    Windows<kRadius> product(&areas, padded, f.rx), square(&areas, padded, f.rx);
+    if (areas.end() > f.buffer + 20 * width * f.height + 8 * (width + 1) * (f.height + 1)) return false;
 
-    fill(nothing, padded, Scalar{0});
+    fill(nothing, padded, 0);
     for (int x = 0; x < padded; ++x) {
-        const int first = x > f.rx ? x - f.rx : 0, last = x + f.rx < f.width ? x + f.rx : f.width - 1;
-        const int size = x < f.width ? last - first + 1 : 1;
+        const int size = x < f.width ? windowSize(x, f.rx, f.width) : 1;
         fill(window_widths + 4 * x, 1, size);
-        fill(inverse_widths + scalar_size * x, 1, Scalar{1} / static_cast<Scalar>(size));
+        fill(inverse_widths + 4 * x, 1, 1.0f / static_cast<float>(size));
     }
-    const auto rows_at = [&](int y) {
-        const int first = y > f.ry ? y - f.ry : 0, last = y + f.ry < f.height ? y + f.ry : f.height - 1;
-        return last - first + 1;
-    };
-    const Scalar eps = static_cast<Scalar>(static_cast<double>(f.eps) * 65025.0);
 
+    // eps acts on 0..1 and the sums on 0..255, both scaled by n^2.
+    const float eps = static_cast<float>(static_cast<double>(f.eps) * 65025.0);
+    f32 largest_a{}, largest_b{};
     guide.clear();
     input.clear();
     product.clear();
@@ -357,12 +329,13 @@ bool filter(const GuidedFiltering& f, double a_scale, double b_scale) {
         product.startRow();
         square.startRow();
         for (int x = 0; x < f.width; x += kLanes) {
-            const i32 I = loadBytes(I_in + x, f.width - x), p = loadBytes(p_in + x, f.width - x);
-            const i32 old_I = loadBytes(I_out + x, f.width - x), old_p = loadBytes(p_out + x, f.width - x);
+            const int left = f.width - x;
+            const i32 I = loadBytes(I_in + x, left), p = loadBytes(p_in + x, left);
+            const i32 old_I = loadBytes(I_out + x, left), old_p = loadBytes(p_out + x, left);
             guide.add(x, (u32)(I - old_I));
             input.add(x, (u32)(p - old_p));
             product.add(x, (u32)(multiplySmall(I, p) - multiplySmall(old_I, old_p)));
-            square.add(x, (u32)(multiplySmall(I, I) - multiplySmall(old_I, old_I)));
+            square.add(x, (u32)multiplySmall(I - old_I, I + old_I));
         }
         if (y < 0) continue;
         guide.endRow();
@@ -370,65 +343,71 @@ bool filter(const GuidedFiltering& f, double a_scale, double b_scale) {
         product.endRow();
         square.endRow();
 
-        const int rows = rows_at(y);
-        const Scalar inverse_rows = Scalar{1} / static_cast<Scalar>(rows);
-        for (int x = 0; x < f.width; x += kLanes) {
+        const int rows = windowSize(y, f.ry, f.height);
+        const float inverse_rows = 1.0f / static_cast<float>(rows);
+        unsigned char* a_row = a_plane + 4 * padded * y;
+        unsigned char* b_row = b_plane + 4 * padded * y;
+        for (ptrdiff_t x = 0; x < padded; x += kLanes) {
             const u32 n = load<u32>(window_widths + 4 * x) * static_cast<uint32_t>(rows);
-            const u32 sum_I = guide.at(x), sum_p = input.at(x), sum_Ip = product.at(x), sum_II = square.at(x);
-            QUORVANE_UNROLLED
-            for (int k = 0; k < vectors; ++k) {
-                const ptrdiff_t at = (x + k * real_lanes) * scalar_size;
-                const Real size = Arithmetic::real(n, k);
-                const Real inverse = load<Real>(inverse_widths + at) * inverse_rows;
-                // eps acts on 0..1 and the sums on 0..255, both scaled by n^2.
-                const Real covariance = Arithmetic::difference(n, sum_Ip, sum_I, sum_p, k);
-                const Real denominator =
-                    Arithmetic::difference(n, sum_II, sum_I, sum_I, k) + size * size * eps;
-                const Fixed some = (Fixed)(denominator > Real{});
-                const Real a = (Real)((Fixed)(covariance / denominator) & some);
-                const Real mean_I = Arithmetic::real(sum_I, k) * inverse - kMiddle;
-                const Real b = Arithmetic::real(sum_p, k) * inverse - a * mean_I;
-                store(a_plane + y * plane_stride + at, Arithmetic::fixed(a * static_cast<Scalar>(a_scale)));
-                store(b_plane + y * plane_stride + at, Arithmetic::fixed(b * static_cast<Scalar>(b_scale)));
-            }
+            const f32 inverse = load<f32>(inverse_widths + 4 * x) * inverse_rows;
+            const u32 sum_I = guide.at(x), sum_p = input.at(x);
+            const f32 covariance = difference<kLarge>(n, product.at(x), sum_I, sum_p);
+            const f32 variance = difference<kLarge>(n, square.at(x), sum_I, sum_I);
+            const f32 denominator = variance + toFloat(n) * toFloat(n) * eps;
+            const f32 a = (f32)((u32)(covariance / denominator) & (u32)(denominator > 0.0f));
+            const f32 b = (toFloat(sum_p) - a * toFloat(sum_I - n * 128)) * inverse;
+            store(a_row + 4 * x, a);
+            store(b_row + 4 * x, b);
+            largest_a = larger(magnitude(a), largest_a);
+            largest_b = larger(magnitude(b), largest_b);
         }
-        fill(a_plane + y * plane_stride + width * scalar_size, padded - width, Scalar{0});
-        fill(b_plane + y * plane_stride + width * scalar_size, padded - width, Scalar{0});
+        fill(a_row + 4 * width, padded - width, 0);
+        fill(b_row + 4 * width, padded - width, 0);
     }
 
+    double a_bound = 1.0, b_bound = 1.0;
+    for (int i = 0; i < kLanes; ++i) {
+        if (largest_a[i] > a_bound) a_bound = largest_a[i];
+        if (largest_b[i] > b_bound) b_bound = largest_b[i];
+    }
+    if (sqrt(largest_window) * (64.0 * a_bound + b_bound) > kLargestError) return false;
+    constexpr double room = 2147483648.0 - 65536.0;
+    const float a_units = static_cast<float>(room / (largest_window * (a_bound + 1e-3)));
+    const float b_units = static_cast<float>(room / (largest_window * (b_bound + 1e-3)));
+    const float a_unit = 1.0f / a_units, b_unit = 1.0f / b_units;
+
+    // The areas of the first pass are free.
+    Windows<kRadius>& a_sums = guide;
+    Windows<kRadius>& b_sums = input;
     a_sums.clear();
     b_sums.clear();
-    const Scalar a_unit = static_cast<Scalar>(1.0 / a_scale), b_unit = static_cast<Scalar>(1.0 / b_scale);
     for (int y = -f.ry; y < f.height; ++y) {
-        const unsigned char* a_in = rowOr(nothing, a_plane, plane_stride, y + f.ry, f.height);
-        const unsigned char* b_in = rowOr(nothing, b_plane, plane_stride, y + f.ry, f.height);
-        const unsigned char* a_out = rowOr(nothing, a_plane, plane_stride, y - f.ry - 1, f.height);
-        const unsigned char* b_out = rowOr(nothing, b_plane, plane_stride, y - f.ry - 1, f.height);
+        const unsigned char* a_in = rowOr(nothing, a_plane, 4 * padded, y + f.ry, f.height);
+        const unsigned char* b_in = rowOr(nothing, b_plane, 4 * padded, y + f.ry, f.height);
+        const unsigned char* a_out = rowOr(nothing, a_plane, 4 * padded, y - f.ry - 1, f.height);
+        const unsigned char* b_out = rowOr(nothing, b_plane, 4 * padded, y - f.ry - 1, f.height);
         a_sums.startRow();
         b_sums.startRow();
-        for (int x = 0; x < padded; x += real_lanes) {
-            const ptrdiff_t at = x * scalar_size;
-            a_sums.add(x, load<Fixed>(a_in + at) - load<Fixed>(a_out + at));
-            b_sums.add(x, load<Fixed>(b_in + at) - load<Fixed>(b_out + at));
+        const auto inUnits = [](const unsigned char* p, float units) {
+            return (u32)rounded(load<f32>(p) * units);
+        };
+        for (ptrdiff_t x = 0; x < padded; x += kLanes) {
+            a_sums.add(x, inUnits(a_in + 4 * x, a_units) - inUnits(a_out + 4 * x, a_units));
+            b_sums.add(x, inUnits(b_in + 4 * x, b_units) - inUnits(b_out + 4 * x, b_units));
         }
         if (y < 0) continue;
         a_sums.endRow();
         b_sums.endRow();
 
-        const Scalar inverse_rows = Scalar{1} / static_cast<Scalar>(rows_at(y));
+        const float inverse_rows = 1.0f / static_cast<float>(windowSize(y, f.ry, f.height));
         const uint8_t* I_row = f.guide + y * width;
+        uint8_t* out = f.output + y * width;
         for (int x = 0; x < f.width; x += kLanes) {
-            const u32 I = (u32)loadBytes(I_row + x, f.width - x);
-            Real q[vectors];
-            QUORVANE_UNROLLED
-            for (int k = 0; k < vectors; ++k) {
-                const int first = x + k * real_lanes;
-                const Real inverse = load<Real>(inverse_widths + first * scalar_size) * inverse_rows;
-                const Real a = Arithmetic::real(a_sums.at(first)) * a_unit;
-                const Real b = Arithmetic::real(b_sums.at(first)) * b_unit;
-                q[k] = (a * (Arithmetic::real(I, k) - kMiddle) + b) * inverse + Scalar{0.5f};
-            }
-            storeBytes(f.output + y * width + x, Arithmetic::truncatedAll(q), f.width - x);
+            const int left = f.width - x;
+            const f32 inverse = load<f32>(inverse_widths + ptrdiff_t{4} * x) * inverse_rows;
+            const f32 I = toFloat((u32)loadBytes(I_row + x, left)) - kMiddle;
+            const f32 q = (toFloat(a_sums.at(x)) * (I * a_unit) + toFloat(b_sums.at(x)) * b_unit) * inverse;
+            storeBytes(out + x, truncated(q + 0.5f), left);
         }
     }
     return true;
@@ -437,25 +416,17 @@ bool filter(const GuidedFiltering& f, double a_scale, double b_scale) {
 }  // namespace
 
 void guidedFilter(const GuidedFiltering& f) {
-    const int columns = 2 * f.rx + 1 < f.width ? 2 * f.rx + 1 : f.width;
-    const int rows = 2 * f.ry + 1 < f.height ? 2 * f.ry + 1 : f.height;
-    const double n = static_cast<double>(columns) * rows, spread = sqrt(n);
-    if (n <= kWideWindow && f.eps >= 0.0f) {
-        const double by_eps = 0.25 / sqrt(static_cast<double>(f.eps)), by_size = 127.5 * spread;
-        const double largest_a = by_eps < by_size ? by_eps : by_size;
-        const double largest_b = 255.0 + kMiddle * largest_a;
-        if (n <= kNarrowWindow && spread * largest_a <= kNarrowPrecision) {
-            constexpr double room = 0.999 * 2147483648.0;
-            if (filter<Narrow>(f, room / (n * largest_a), room / (n * largest_b))) return;
-        } else {
-            constexpr double room = 1125899906842624.0;
-            if (filter<Wide>(f, room / (n * largest_b), room / (n * largest_b))) return;
-        }
-    }
-    reference::guidedFilter(f);
+    const double n = static_cast<double>(2 * f.rx + 1 < f.width ? 2 * f.rx + 1 : f.width) *
+                     (2 * f.ry + 1 < f.height ? 2 * f.ry + 1 : f.height);
+    const auto kernel = n > kSmallWindow         ? filter<true, 0>
+                        : f.rx == kDefaultRadius ? filter<false, kDefaultRadius>
+                                                 : filter<false, 0>;
+    const bool ours = n <= kLargestWindow && f.eps >= 0.0f;
+    if (!ours || !kernel(f, n)) reference::guidedFilter(f);
 }
 
 }  // namespace QUORVANE_PATH
+
 #endif
 
 }  // namespace quorvane

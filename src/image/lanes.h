@@ -49,13 +49,11 @@ using i16 [[gnu::vector_size(kBytes)]] = int16_t;
 using u32 [[gnu::vector_size(kBytes)]] = uint32_t;
 using i32 [[gnu::vector_size(kBytes)]] = int32_t;
 
-using i64 [[gnu::vector_size(kBytes)]] = int64_t;
-using u64 [[gnu::vector_size(kBytes)]] = uint64_t;
 using f32 [[gnu::vector_size(kBytes)]] = float;
-using f64 [[gnu::vector_size(kBytes)]] = double;
 
 #if defined(QUORVANE_LANES_AVX2)
 using Raw = __m256i;
+using RawFloat = __m256;
 /// The intrinsic of this width.
 #define QUORVANE_MM(operation) _mm256_##operation
 /// The middle quarters exchanged: 256-bit instructions work within halves, and leave these two wrong way
@@ -63,6 +61,7 @@ using Raw = __m256i;
 inline Raw inOrder(Raw v) { return _mm256_permute4x64_epi64(v, 0xd8); }
 #elif defined(QUORVANE_LANES_SSE41) || defined(QUORVANE_LANES_SSE2)
 using Raw = __m128i;
+using RawFloat = __m128;
 #define QUORVANE_MM(operation) _mm_##operation
 inline Raw inOrder(Raw v) { return v; }
 #endif
@@ -248,14 +247,26 @@ inline i32 loadBytes(const uint8_t* p, int count) {
 
 /// The lanes, clamped to 0..255, to kBytes / 4 bytes of memory, but to no more than `count`.
 inline void storeBytes(uint8_t* p, i32 v, int count) {
+#if defined(QUORVANE_LANES_AVX2)
+    const Raw words = _mm256_packs_epi32((Raw)v, (Raw)v);
+    const Raw bytes = _mm256_permutevar8x32_epi32(_mm256_packus_epi16(words, words),
+                                                  _mm256_setr_epi32(0, 4, 0, 4, 0, 4, 0, 4));
+#elif defined(QUORVANE_LANES_NEON)
+    const int16x4_t words = vqmovn_s32((int32x4_t)v);
+    const uint8x8_t bytes = vqmovun_s16(vcombine_s16(words, words));
+#elif defined(QUORVANE_LANES_PLAIN)
     v &= ~(v >> 31);
     v |= (255 - v) >> 31;
-    const i16 words = narrow(v & 255, v);
+    const i16 words = narrow(v & 255, v & 255);
     const u8 bytes = narrow(words, words);
-    if (count >= kBytes / 4)
-        store<kBytes / 4>(p, bytes);
-    else
-        for (int i = 0; i < count; ++i) p[i] = bytes[i];
+#else
+    const Raw words = _mm_packs_epi32((Raw)v, (Raw)v);
+    const Raw bytes = _mm_packus_epi16(words, words);
+#endif
+    if (count >= kBytes / 4) return store<kBytes / 4>(p, bytes);
+    uint8_t first[kBytes / 4];
+    store<kBytes / 4>(first, bytes);
+    for (int i = 0; i < count; ++i) p[i] = first[i];
 }
 
 /// Each lane becomes the sum of itself and all before it.
@@ -269,15 +280,6 @@ inline u32 prefixSums(u32 v) {
     return v + __builtin_shufflevector(v, u32{}, 4, 4, 0, 1);
 #endif
 }
-inline u64 prefixSums(u64 v) {
-#if defined(QUORVANE_LANES_AVX2)
-    v += (u64)_mm256_slli_si256((Raw)v, 8);
-    return v + __builtin_shufflevector(v, u64{}, 4, 4, 1, 1);
-#else
-    return v + __builtin_shufflevector(v, u64{}, 2, 0);
-#endif
-}
-
 /// The last lane in all lanes.
 inline u32 splatLast(u32 v) {
 #if defined(QUORVANE_LANES_AVX2)
@@ -286,15 +288,7 @@ inline u32 splatLast(u32 v) {
     return __builtin_shufflevector(v, v, 3, 3, 3, 3);
 #endif
 }
-inline u64 splatLast(u64 v) {
-#if defined(QUORVANE_LANES_AVX2)
-    return __builtin_shufflevector(v, v, 3, 3, 3, 3);
-#else
-    return __builtin_shufflevector(v, v, 1, 1);
-#endif
-}
-
-/// a * b for lanes 0..32767.
+/// a * b, with b 0..32767 and a no more than that in magnitude.
 inline i32 multiplySmall(i32 a, i32 b) {
 #if defined(QUORVANE_LANES_PLAIN) || defined(QUORVANE_LANES_NEON)
     return a * b;
@@ -303,28 +297,23 @@ inline i32 multiplySmall(i32 a, i32 b) {
 #endif
 }
 
-/// The lower (0) or the upper (1) half of the lanes as doubles.
-inline f64 toDoubles(i32 v, int half) {
-#if defined(QUORVANE_LANES_AVX2)
-    if (half == 0) return __builtin_convertvector(__builtin_shufflevector(v, v, 0, 1, 2, 3), f64);
-    return __builtin_convertvector(__builtin_shufflevector(v, v, 4, 5, 6, 7), f64);
-#else
-    if (half == 0) return __builtin_convertvector(__builtin_shufflevector(v, v, 0, 1), f64);
-    return __builtin_convertvector(__builtin_shufflevector(v, v, 2, 3), f64);
-#endif
-}
-
-/// The lanes of low, then those of high, truncated toward zero.
-inline i32 truncated(f64 low, f64 high) {
-    using Half [[gnu::vector_size(kBytes / 2)]] = int32_t;
-    const Half first = __builtin_convertvector(low, Half), second = __builtin_convertvector(high, Half);
-#if defined(QUORVANE_LANES_AVX2)
-    return __builtin_shufflevector(first, second, 0, 1, 2, 3, 4, 5, 6, 7);
-#else
-    return __builtin_shufflevector(first, second, 0, 1, 2, 3);
-#endif
-}
+/// The lanes as whole numbers, less than 2 to the 31: toward zero, and to the nearest, halves to the even
+/// one.
 inline i32 truncated(f32 v) { return __builtin_convertvector(v, i32); }
+inline i32 rounded(f32 v) {
+#if defined(QUORVANE_LANES_NEON)
+    return (i32)vcvtnq_s32_f32((float32x4_t)v);
+#elif defined(QUORVANE_LANES_PLAIN)
+    // A whole number, added to 1.5 times 2 to the 52, stands in the lowest bits of a double.
+    using Doubles [[gnu::vector_size(kBytes)]] = double;
+    constexpr double whole = 6755399441055744.0;
+    const Doubles low = __builtin_convertvector(__builtin_shufflevector(v, v, 0, 1), Doubles) + whole;
+    const Doubles high = __builtin_convertvector(__builtin_shufflevector(v, v, 2, 3), Doubles) + whole;
+    return __builtin_shufflevector((i32)low, (i32)high, 0, 2, 4, 6);
+#else
+    return (i32)QUORVANE_MM(cvtps_epi32)((RawFloat)v);
+#endif
+}
 
 /// A table of 256 bytes, to look up all lanes of a vector at once.
 class Table {
