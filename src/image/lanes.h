@@ -48,7 +48,6 @@ using u16 [[gnu::vector_size(kBytes)]] = uint16_t;
 using i16 [[gnu::vector_size(kBytes)]] = int16_t;
 using u32 [[gnu::vector_size(kBytes)]] = uint32_t;
 using i32 [[gnu::vector_size(kBytes)]] = int32_t;
-
 using f32 [[gnu::vector_size(kBytes)]] = float;
 
 #if defined(QUORVANE_LANES_AVX2)
@@ -280,6 +279,7 @@ inline u32 prefixSums(u32 v) {
     return v + __builtin_shufflevector(v, u32{}, 4, 4, 0, 1);
 #endif
 }
+
 /// The last lane in all lanes.
 inline u32 splatLast(u32 v) {
 #if defined(QUORVANE_LANES_AVX2)
@@ -288,6 +288,7 @@ inline u32 splatLast(u32 v) {
     return __builtin_shufflevector(v, v, 3, 3, 3, 3);
 #endif
 }
+
 /// a * b, with b 0..32767 and a no more than that in magnitude.
 inline i32 multiplySmall(i32 a, i32 b) {
 #if defined(QUORVANE_LANES_PLAIN) || defined(QUORVANE_LANES_NEON)
@@ -421,10 +422,11 @@ inline u8 weighRgb(const uint8_t* p) {
     return (u8)_mm_packus_epi16(rounded(four(0), four(1)), rounded(four(2), four(3)));
 #endif
 #elif defined(QUORVANE_LANES_SSE2)
-    // Four rounds of a perfect shuffle part 48 bytes into every third of them.
+    // Four rounds of a perfect shuffle would part 48 bytes into every third of them. After three, each half of
+    // a vector holds one colour of the even or of the odd pixels.
     Raw a = load<Raw>(p), b = load<Raw>(p + 16), c = load<Raw>(p + 32);
     QUORVANE_UNROLLED
-    for (int round = 0; round < 4; ++round) {
+    for (int round = 0; round < 3; ++round) {
         const Raw first = _mm_unpacklo_epi8(a, _mm_unpackhi_epi64(b, b));
         const Raw second = _mm_unpacklo_epi8(_mm_unpackhi_epi64(a, a), c);
         const Raw third = _mm_unpacklo_epi8(b, _mm_unpackhi_epi64(c, c));
@@ -436,10 +438,11 @@ inline u8 weighRgb(const uint8_t* p) {
     i16 red_weight = splat16(kRed), green_weight = splat16(kGreen), blue_weight = splat16(kBlue);
     asm("" : "+x"(red_weight), "+x"(green_weight), "+x"(blue_weight));
     const auto sum = [=](i16 red, i16 green, i16 blue) {
-        return (i16)((u16)(red * red_weight + green * green_weight + blue * blue_weight + 128) >> 8);
+        return (u16)(red * red_weight + green * green_weight + blue * blue_weight + 128);
     };
-    return narrow(sum(widenLow((u8)a), widenLow((u8)b), widenLow((u8)c)),
-                  sum(widenHigh((u8)a), widenHigh((u8)b), widenHigh((u8)c)));
+    const u16 even = sum(widenLow((u8)a), widenHigh((u8)a), widenLow((u8)b));
+    const u16 odd = sum(widenHigh((u8)b), widenLow((u8)c), widenHigh((u8)c));
+    return (u8)(even >> 8 | (odd & 0xff00));
 #elif defined(QUORVANE_LANES_NEON)
     const uint8x16x3_t rgb = vld3q_u8(p);
     const uint8x8_t red = vdup_n_u8(kRed), green = vdup_n_u8(kGreen), blue = vdup_n_u8(kBlue);
