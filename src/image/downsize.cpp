@@ -160,10 +160,11 @@ struct SlotWeights {
 template <bool kRgb>
 constexpr int kPixelBytes = kRgb ? 3 : 1;
 
-/// kBytes samples. With kExact only their own pixels are read, else up to kSlack pixels more at either end.
-template <bool kRgb, bool kExact>
+/// The first kCount samples of a vector; kBytes or half as many. With kExact only pixels of a whole vector
+/// are read, else up to kSlack pixels more at either end.
+template <bool kRgb, bool kExact, int kCount = kBytes>
 inline u8 samplesAt(const uint8_t* p) {
-    if constexpr (kRgb) return weighRgb<66, 129, 25, kExact>(p);
+    if constexpr (kRgb) return weighRgb<66, 129, 25, kExact, kCount>(p);
     return load(p);
 }
 
@@ -177,6 +178,9 @@ class InnerColumns {
     explicit InnerColumns(int x) : m_first(ptrdiff_t{x} * kPixelBytes<kRgb>) {}
     u8 samples(const uint8_t* row, int k) const {
         return samplesAt<kRgb, false>(row + m_first + k * kBytes * kPixelBytes<kRgb>);
+    }
+    u8 halfSamples(const uint8_t* row, int k) const {
+        return samplesAt<kRgb, false, kBytes / 2>(row + m_first + k * kBytes * kPixelBytes<kRgb>);
     }
 
   private:
@@ -206,6 +210,7 @@ class BorderColumns {
         const uint8_t* p = row + vector.first;
         return vector.inside ? samplesAt<kRgb, false>(p) : shuffle(samplesAt<kRgb, true>(p), vector.from);
     }
+    u8 halfSamples(const uint8_t* row, int k) const { return samples(row, k); }
 
   private:
     struct Vector {
@@ -237,7 +242,8 @@ inline void addRow(i32* sums, const Columns& columns, const uint8_t* row, int ve
         u8 here = columns.samples(row, 0);
         QUORVANE_UNROLLED
         for (int k = 0; k < kVectors; ++k) {
-            const u8 next = columns.samples(row, k + 1);
+            const bool whole = kRatio == kBytes || k < kVectors - 1;
+            const u8 next = whole ? columns.samples(row, k + 1) : columns.halfSamples(row, k + 1);
             const i16 parts = pairSums(here, weights(0)) + pairSums(slide<kRatio>(here, next), weights(1));
             sums[k] = addWeightedPairs(sums[k], parts, weight);
             here = next;
@@ -314,20 +320,29 @@ inline void reduceStrip1(const Reduction& r, const Columns& columns, int roundin
         store(out + k * kBytes / 2, narrow((i16)((sums[k] + term) >> 8), (i16)((sums[k + 1] + term) >> 8)));
 }
 
+template <int kCount>
+inline void fetch(const uint8_t* p) {
+    QUORVANE_UNROLLED
+    for (int i = 0; i < kCount; i += 64) prefetch(p + i);
+}
+
 /// The strip of row j whose samples start at column x.
 template <int kRatio, bool kRgb, typename Columns>
 void reduceStrip(const Reduction& r, const Columns& columns, int x, int rounding, int j, uint8_t* out) {
     if constexpr (kRatio == 1) return reduceStrip1(r, columns, rounding, j, out);
     const Kernels down = kernelsFor(r.down);
     const int top = j * r.down - down.margin;
+    constexpr int kHalfBytes = kStrip<kRatio> * kRatio * kPixelBytes<kRgb> / 2;
+    const int whole = 2 * r.down - down.taps;
     i32 sums[kVectors] = {};
     for (int l = 0; l < down.taps; ++l) {
-        // The rows that the next row of outputs needs and this one does not.
-        if (l >= down.taps - r.down) {
-            const uint8_t* ahead = clampedRow(r, top + l + r.down) + ptrdiff_t{x} * kPixelBytes<kRgb>;
-            QUORVANE_UNROLLED
-            for (int i = 0; i < kStrip<kRatio> * kRatio * kPixelBytes<kRgb>; i += 64) prefetch(ahead + i);
-        }
+        // The rows that only the next row of outputs needs are fetched ahead, evenly: the first `whole` turns
+        // fetch a row each, the others half a row.
+        const int ahead = l < whole ? l : whole + (l - whole) / 2;
+        const bool second_half = l >= whole && (l - whole) % 2 != 0;
+        const uint8_t* next = clampedRow(r, top + down.taps + ahead) + ptrdiff_t{x} * kPixelBytes<kRgb>;
+        fetch<kHalfBytes>(second_half ? next + kHalfBytes : next);
+        if (l < whole) fetch<kHalfBytes>(next + kHalfBytes);
         addRow<kRatio>(sums, columns, clampedRow(r, top + l), down.vertical[l]);
     }
     finish<kRatio>(sums, rounding, out);

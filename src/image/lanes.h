@@ -375,8 +375,8 @@ constexpr int kRgbSlack = kBytes == 32 ? 4 : 0;
 
 /// (kRed R + kGreen G + kBlue B + 128) / 256 of kBytes pixels R, G, B, the weights positive and of sum 256 at
 /// most. With kExact it reads those pixels only, else up to kRgbSlack bytes more at either end, and is
-/// faster.
-template <int kRed, int kGreen, int kBlue, bool kExact>
+/// faster; and so it is with a kCount of kBytes / 2, when the upper half of the lanes is anything.
+template <int kRed, int kGreen, int kBlue, bool kExact, int kCount = kBytes>
 inline u8 weighRgb(const uint8_t* p) {
 #if defined(QUORVANE_LANES_AVX2) || defined(QUORVANE_LANES_SSE41)
     // Weights are signed bytes and two products share a signed 16-bit lane: green is split between both
@@ -409,7 +409,8 @@ inline u8 weighRgb(const uint8_t* p) {
                                              _mm_slli_si128(half(first), 4));
         return _mm256_maddubs_epi16(_mm256_shuffle_epi8(v, orders), weights);
     };
-    const Raw packed = _mm256_packus_epi16(rounded(eight(0), eight(1)), rounded(eight(2), eight(3)));
+    const Raw low = rounded(eight(0), eight(1));
+    const Raw packed = _mm256_packus_epi16(low, kCount < kBytes ? low : rounded(eight(2), eight(3)));
     return (u8)_mm256_permutevar8x32_epi32(packed, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
 #else
     const Raw order = half(kOrder), weights = half(kWeights);
@@ -419,11 +420,12 @@ inline u8 weighRgb(const uint8_t* p) {
                             : _mm_shuffle_epi8(half(p + 32), _mm_add_epi8(order, _mm_set1_epi8(4)));
         return _mm_maddubs_epi16(v, weights);
     };
-    return (u8)_mm_packus_epi16(rounded(four(0), four(1)), rounded(four(2), four(3)));
+    const Raw low = rounded(four(0), four(1));
+    return (u8)_mm_packus_epi16(low, kCount < kBytes ? low : rounded(four(2), four(3)));
 #endif
 #elif defined(QUORVANE_LANES_SSE2)
-    // Four rounds of a perfect shuffle would part 48 bytes into every third of them. After three, each half of
-    // a vector holds one colour of the even or of the odd pixels.
+    // Four rounds of a perfect shuffle would part 48 bytes into every third of them. After three, each half
+    // of a vector holds one colour of the even or of the odd pixels.
     Raw a = load<Raw>(p), b = load<Raw>(p + 16), c = load<Raw>(p + 32);
     QUORVANE_UNROLLED
     for (int round = 0; round < 3; ++round) {
