@@ -307,9 +307,10 @@ bool filter(const GuidedFiltering& f, double largest_window) {
 
     fill(nothing, padded, 0);
     for (int x = 0; x < padded; ++x) {
-        const int size = x < f.width ? windowSize(x, f.rx, f.width) : 1;
+        // Beyond the row an inverse of 0 makes a and b 0 too.
+        const int size = x < f.width ? windowSize(x, f.rx, f.width) : 0;
         fill(window_widths + 4 * x, 1, size);
-        fill(inverse_widths + 4 * x, 1, 1.0f / static_cast<float>(size));
+        fill(inverse_widths + 4 * x, 1, size > 0 ? 1.0f / static_cast<float>(size) : 0.0f);
     }
 
     // eps acts on 0..1 and the sums on 0..255, both scaled by n^2.
@@ -354,15 +355,14 @@ bool filter(const GuidedFiltering& f, double largest_window) {
             const f32 covariance = difference<kLarge>(n, product.at(x), sum_I, sum_p);
             const f32 variance = difference<kLarge>(n, square.at(x), sum_I, sum_I);
             const f32 denominator = variance + toFloat(n) * toFloat(n) * eps;
-            const f32 a = (f32)((u32)(covariance / denominator) & (u32)(denominator > 0.0f));
+            const u32 some = (u32)(denominator * inverse > 0.0f);
+            const f32 a = (f32)((u32)(covariance / denominator) & some);
             const f32 b = (toFloat(sum_p) - a * toFloat(sum_I - n * 128)) * inverse;
             store(a_row + 4 * x, a);
             store(b_row + 4 * x, b);
             largest_a = larger(magnitude(a), largest_a);
             largest_b = larger(magnitude(b), largest_b);
         }
-        fill(a_row + 4 * width, padded - width, 0);
-        fill(b_row + 4 * width, padded - width, 0);
     }
 
     double a_bound = 1.0, b_bound = 1.0;
