@@ -1,0 +1,26 @@
+#ifndef QUORVANE_BENCH_TABLE_H
+#define QUORVANE_BENCH_TABLE_H
+
+#include <string>
+#include <vector>
+
+namespace quorvane::bench {
+
+/// A table in Markdown whose columns are aligned for reading as it is: the first to the left, figures to the
+/// right.
+class Table {
+  public:
+    explicit Table(std::vector<std::string> heads);
+
+    /// Cells that are missing at the end stay empty.
+    void add(std::vector<std::string> cells);
+    bool empty() const { return m_rows.size() == 1; }
+    void print() const;
+
+  private:
+    std::vector<std::vector<std::string>> m_rows;
+};
+
+}  // namespace quorvane::bench
+
+#endif
