@@ -20,8 +20,8 @@ struct Frame {
 };
 
 /// Takes frames to threads that write them, so that the next one is drawn meanwhile. It lends out a fixed
-/// number of frames over and over, so its memory stays what the first few took. All calls come from one
-/// thread.
+/// number of frames over and over, so its memory stays what the first few took. Calls come from one
+/// thread at a time.
 class FrameQueue {
   public:
     /// Calls `write` for every frame on one of up to `threads` threads; with one, in the order of `push`.

@@ -111,9 +111,10 @@ int run(int argc, char** argv) {
         ->capture_default_str();
     render_command->add_flag("--force", render_options.force,
                              "replace the numbered frames in a folder that is not empty");
-    render_command->add_flag("--stats", render_options.stats,
-                             "say at the end what each stage took; encoding runs beside the others, and for "
-                             "a clip it is the wait for ffmpeg");
+    render_command->add_flag(
+        "--stats", render_options.stats,
+        "say at the end what each stage took; with several frames reading back and "
+        "encoding run beside the others, and for a clip encoding is the wait for ffmpeg");
 
     ViewOptions stages_options;
     std::string sheet;

@@ -1,12 +1,14 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <thread>
 #include <utility>
 
 #include "arguments.h"
 #include "commands.h"
 #include "frame_queue.h"
+#include "frame_reader.h"
 #include "media/cancel.h"
 #include "media/clip_writer.h"
 #include "progress.h"
@@ -91,15 +93,18 @@ void render(const RenderOptions& options) {
     format.force = options.force;
     const std::unique_ptr<media::ClipWriter> writer =
         times.measure(Stage::kSetUp, [&] { return media::openClip(options.out, kind, format); });
-    View view = times.measure(Stage::kSetUp, [&] { return View(options.view, size, options.supersample); });
+    const bool still = kind == OutputKind::kStill;
+    const int frames = still ? 1 : options.frames;
+    const Crew crew = crewFor(*writer, frames, size, options.supersample);
+    // Where memory is for one frame it is not for a second texture either.
+    const bool beside = frames > 1 && crew.frames > 1;
+    View view = times.measure(Stage::kSetUp,
+                              [&] { return View(options.view, size, options.supersample, beside ? 2 : 1); });
     {
         const FittedInput fitted = times.measure(Stage::kFit, [&] { return view.fit(std::move(input)); });
         times.measure(Stage::kUpload, [&] { view.upload(fitted); });
     }
 
-    const bool still = kind == OutputKind::kStill;
-    const int frames = still ? 1 : options.frames;
-    const Crew crew = crewFor(*writer, frames, size, options.supersample);
     FrameQueue queue(crew.writers, crew.frames, [&](Frame& frame) {
         const media::RgbaImage* picture = &frame.drawn;
         if (options.supersample > 1) {
@@ -108,6 +113,23 @@ void render(const RenderOptions& options) {
         }
         times.measure(Stage::kEncode, [&] { writer->add(frame.number, *picture); });
     });
+    const auto deliver = [&](int number, const FrameReader::Copy& copy) {
+        Frame frame = queue.take();
+        frame.number = number;
+        times.measure(Stage::kReadBack, [&] { copy(&frame.drawn); });
+        queue.push(std::move(frame));
+        if (number == 0) times.noteFirstFrame();
+    };
+    std::unique_ptr<FrameReader> reader;
+    if (beside)
+        reader = times.measure(Stage::kSetUp, [&] {
+            return std::make_unique<FrameReader>(view.context(), view.drawnSize(), deliver);
+        });
+    if (reader != nullptr && !reader->fault().empty()) {
+        if (options.view.verbosity > 0)
+            std::fprintf(stderr, "reading  between the frames: %s\n", reader->fault().c_str());
+        reader.reset();
+    }
     {
         Progress progress(frames, options.view.quiet);
         for (int number = 0; number < frames; ++number) {
@@ -118,20 +140,18 @@ void render(const RenderOptions& options) {
                 position = {centre.x + options.amount * swing.x, centre.y + options.amount * swing.y};
             }
             times.measure(Stage::kDraw, [&] { view.draw(position); });
-            Frame frame = queue.take();
-            frame.number = number;
-            // On this thread: the copy takes a fortieth of the drawing or less, and a thread that reads
-            // through a second context beside the next drawing made no clip faster.
-            times.measure(Stage::kReadBack, [&] { view.readBack(&frame.drawn); });
-            queue.push(std::move(frame));
-            if (number == 0) times.noteFirstFrame();
+            if (reader != nullptr)
+                reader->read(number, view.texture());
+            else
+                deliver(number, [&view](media::RgbaImage* drawn) { view.readBack(drawn); });
             progress.step(number + 1);
         }
+        if (reader != nullptr) reader->finish();
         queue.finish();
         timings.require();
         times.measure(Stage::kEncode, [&] { writer->finish(); });
     }
-    if (options.stats) std::fputs(times.table(frames, crew.writers).c_str(), stderr);
+    if (options.stats) std::fputs(times.table(frames, crew.writers, reader != nullptr).c_str(), stderr);
 }
 
 }  // namespace quorvane::app

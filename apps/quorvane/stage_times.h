@@ -9,7 +9,8 @@
 
 namespace quorvane::app {
 
-/// The stages of a render, the last two on threads beside the others.
+/// The stages of a render. Averaging and encoding run on threads beside the others, and so does reading back
+/// several frames.
 enum class Stage { kDecode, kSetUp, kFit, kUpload, kDraw, kReadBack, kAverage, kEncode };
 
 /// What every stage took, and the whole since this was made. Any thread may measure.
@@ -26,8 +27,8 @@ class StageTimes {
     void noteFirstFrame() { m_first_frame = Clock::now() - m_start; }
 
     /// The table for a clip of `frames` frames that `writers` threads have written and that is complete now.
-    /// Stages that never ran are left out.
-    std::string table(int frames, int writers) const;
+    /// `read_beside`: they were read back on a thread beside the drawing. Stages that never ran are left out.
+    std::string table(int frames, int writers, bool read_beside) const;
 
   private:
     using Clock = std::chrono::steady_clock;

@@ -70,12 +70,12 @@ Input readInput(const ViewOptions& options) {
     return input;
 }
 
-View::View(const ViewOptions& options, Size picture, int supersample)
+View::View(const ViewOptions& options, Size picture, int supersample, int outputs)
     : m_picture(picture), m_orientation(options.orientation), m_talks(options.verbosity > 0) {
     if (options.verbosity > 1) __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
     require(OffscreenContext::create(&m_context));
     const Status made = ParallaxView::create(picture.width * supersample, picture.height * supersample,
-                                             options.orientation, &m_view);
+                                             options.orientation, &m_view, outputs);
     if (!made && supersample > 1)
         throw media::Error(made.message() + " (--supersample " + std::to_string(supersample) +
                            " multiplies them)");

@@ -39,8 +39,9 @@ Input readInput(const ViewOptions& options);
 /// functions, all of which throw media::Error.
 class View {
   public:
-    /// Pictures are drawn `supersample` times as large on either axis, for the caller to average.
-    View(const ViewOptions& options, media::Size picture, int supersample);
+    /// Pictures are drawn `supersample` times as large on either axis, for the caller to average, into
+    /// `outputs` textures by turns.
+    View(const ViewOptions& options, media::Size picture, int supersample, int outputs = 1);
 
     /// Cuts the images to the picture's aspect and fits their sizes to each other.
     FittedInput fit(Input input) const;
@@ -52,6 +53,10 @@ class View {
 
     /// Copies what was drawn last.
     void readBack(media::RgbaImage* drawn) const;
+
+    GLuint texture() const { return m_view->texture(); }  ///< that holds what was drawn last
+    media::Size drawnSize() const { return {m_view->width(), m_view->height()}; }
+    const OffscreenContext& context() const { return *m_context; }
 
     media::GrayImage guide() const;        ///< at grid size
     media::GrayImage shapedDepth() const;  ///< at grid size

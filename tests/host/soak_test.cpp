@@ -83,7 +83,9 @@ void expectFlat(const char* what, int times, Objects objects, Once once) {
     EXPECT_EQ(objects(), objects_before);
     // A page or two of the allocator's bookkeeping, far below a byte a round of anything real. The address
     // sanitizer holds back what was freed, and looks for leaks itself.
-    if (!kKeepsFreedMemory) EXPECT_LT(grown, 2e6);
+    if (!kKeepsFreedMemory) {
+        EXPECT_LT(grown, 2e6);
+    }
 }
 
 TEST_F(Soak, TenThousandFramesStayFlat) {
