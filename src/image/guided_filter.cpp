@@ -299,6 +299,7 @@ bool filter(const GuidedFiltering& f, double largest_window) {
     unsigned char* nothing = areas.take(padded);
     unsigned char* window_widths = areas.take(padded);
     unsigned char* inverse_widths = areas.take(padded);
+    unsigned char* width_squares = areas.take(padded);
     unsigned char* a_plane = areas.take(padded * f.height);
     unsigned char* b_plane = areas.take(padded * f.height);
     Windows<kRadius> guide(&areas, padded, f.rx), input(&areas, padded, f.rx);
@@ -307,10 +308,12 @@ bool filter(const GuidedFiltering& f, double largest_window) {
 
     fill(nothing, padded, 0);
     for (int x = 0; x < padded; ++x) {
-        // Beyond the row an inverse of 0 makes a and b 0 too.
         const int size = x < f.width ? windowSize(x, f.rx, f.width) : 0;
+        const float real = static_cast<float>(size);
+        // Beyond the row no denominator is positive and no b other than 0, and so a is 0 there too.
         fill(window_widths + 4 * x, 1, size);
-        fill(inverse_widths + 4 * x, 1, size > 0 ? 1.0f / static_cast<float>(size) : 0.0f);
+        fill(inverse_widths + 4 * x, 1, size > 0 ? 1.0f / real : 0.0f);
+        fill(width_squares + 4 * x, 1, size > 0 ? real * real : -INFINITY);
     }
 
     // eps acts on 0..1 and the sums on 0..255, both scaled by n^2.
@@ -346,6 +349,7 @@ bool filter(const GuidedFiltering& f, double largest_window) {
 
         const int rows = windowSize(y, f.ry, f.height);
         const float inverse_rows = 1.0f / static_cast<float>(rows);
+        const float row_eps = static_cast<float>(rows) * static_cast<float>(rows) * eps;
         unsigned char* a_row = a_plane + 4 * padded * y;
         unsigned char* b_row = b_plane + 4 * padded * y;
         for (ptrdiff_t x = 0; x < padded; x += kLanes) {
@@ -354,9 +358,8 @@ bool filter(const GuidedFiltering& f, double largest_window) {
             const u32 sum_I = guide.at(x), sum_p = input.at(x);
             const f32 covariance = difference<kLarge>(n, product.at(x), sum_I, sum_p);
             const f32 variance = difference<kLarge>(n, square.at(x), sum_I, sum_I);
-            const f32 denominator = variance + toFloat(n) * toFloat(n) * eps;
-            const u32 some = (u32)(denominator * inverse > 0.0f);
-            const f32 a = (f32)((u32)(covariance / denominator) & some);
+            const f32 denominator = variance + load<f32>(width_squares + 4 * x) * row_eps;
+            const f32 a = (f32)((u32)(covariance / denominator) & (u32)(denominator > 0.0f));
             const f32 b = (toFloat(sum_p) - a * toFloat(sum_I - n * 128)) * inverse;
             store(a_row + 4 * x, a);
             store(b_row + 4 * x, b);
