@@ -11,10 +11,11 @@ namespace quorvane::test {
 namespace {
 
 constexpr uint8_t kSurroundings = 0xa5;
+constexpr size_t kNear = 1024;
 
 }  // namespace
 
-GuardedBytes::GuardedBytes(size_t size, Against against, uint8_t fill) : m_size(size) {
+GuardedBytes::GuardedBytes(size_t size, Against against, uint8_t fill) : m_against(against) {
     const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
     m_pages_size = std::max((size + page - 1) / page, size_t{1}) * page;
     m_mapping_size = m_pages_size + 2 * page;
@@ -23,9 +24,7 @@ GuardedBytes::GuardedBytes(size_t size, Against against, uint8_t fill) : m_size(
     m_mapping = static_cast<uint8_t*>(mapping);
     m_pages = m_mapping + page;
     if (mprotect(m_pages, m_pages_size, PROT_READ | PROT_WRITE) != 0) std::abort();
-    std::fill_n(m_pages, m_pages_size, kSurroundings);
-    m_data = against == Against::end ? m_pages + (m_pages_size - size) : m_pages;
-    std::fill_n(m_data, size, fill);
+    hold(size, fill);
 }
 
 GuardedBytes::GuardedBytes(const std::vector<uint8_t>& content, Against against)
@@ -35,10 +34,31 @@ GuardedBytes::GuardedBytes(const std::vector<uint8_t>& content, Against against)
 
 GuardedBytes::~GuardedBytes() { munmap(m_mapping, m_mapping_size); }
 
+void GuardedBytes::hold(size_t size, uint8_t fill) {
+    if (size > m_pages_size) std::abort();
+    m_size = size;
+    m_data = m_against == Against::end ? m_pages + (m_pages_size - size) : m_pages;
+    std::fill(nearStart(), nearEnd(), kSurroundings);
+    std::fill_n(m_data, size, fill);
+}
+
+void GuardedBytes::hold(const std::vector<uint8_t>& content) {
+    hold(content.size());
+    std::copy(content.begin(), content.end(), m_data);
+}
+
+uint8_t* GuardedBytes::nearStart() const {
+    return m_data - std::min(static_cast<size_t>(m_data - m_pages), kNear);
+}
+
+uint8_t* GuardedBytes::nearEnd() const {
+    uint8_t* end = m_data + m_size;
+    return end + std::min(static_cast<size_t>(m_pages + m_pages_size - end), kNear);
+}
+
 bool GuardedBytes::surroundingsUntouched() const {
     const auto untouched = [](uint8_t byte) { return byte == kSurroundings; };
-    return std::all_of(m_pages, m_data, untouched) &&
-           std::all_of(m_data + m_size, m_pages + m_pages_size, untouched);
+    return std::all_of(nearStart(), m_data, untouched) && std::all_of(m_data + m_size, nearEnd(), untouched);
 }
 
 std::vector<uint8_t> noise(size_t size, uint32_t seed) {

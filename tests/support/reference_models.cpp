@@ -140,6 +140,75 @@ std::vector<double> guidedFilter(const Bytes& guide, const Bytes& input, int wid
     return q;
 }
 
+namespace {
+
+/// Sums of values over any rectangle of a picture.
+template <typename Sum>
+class RectangleSums {
+  public:
+    template <typename Value>
+    RectangleSums(int width, int height, Value value)
+        : m_stride(static_cast<size_t>(width) + 1), m_corners(m_stride * (static_cast<size_t>(height) + 1)) {
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+                at(x + 1, y + 1) =
+                    value(static_cast<size_t>(y * width + x)) + at(x, y + 1) + at(x + 1, y) - at(x, y);
+    }
+    /// Over columns left..right and rows top..bottom.
+    Sum over(int left, int top, int right, int bottom) const {
+        return at(right + 1, bottom + 1) - at(left, bottom + 1) - at(right + 1, top) + at(left, top);
+    }
+
+  private:
+    Sum& at(int x, int y) { return m_corners[static_cast<size_t>(y) * m_stride + static_cast<size_t>(x)]; }
+    const Sum& at(int x, int y) const {
+        return m_corners[static_cast<size_t>(y) * m_stride + static_cast<size_t>(x)];
+    }
+
+    size_t m_stride;
+    std::vector<Sum> m_corners;
+};
+
+}  // namespace
+
+std::vector<double> guidedFilterBySums(const Bytes& guide, const Bytes& input, int width, int height, int rx,
+                                       int ry, double eps) {
+    const auto for_every_window = [&](auto&& visit) {
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x) {
+                const int left = std::max(x - rx, 0), right = std::min(x + rx, width - 1);
+                const int top = std::max(y - ry, 0), bottom = std::min(y + ry, height - 1);
+                visit(static_cast<size_t>(y * width + x), int64_t{right - left + 1} * (bottom - top + 1),
+                      [=](const auto& sums) { return sums.over(left, top, right, bottom); });
+            }
+    };
+
+    using Whole = RectangleSums<int64_t>;
+    const Whole I(width, height, [&](size_t i) { return guide[i]; });
+    const Whole p(width, height, [&](size_t i) { return input[i]; });
+    const Whole Ip(width, height, [&](size_t i) { return guide[i] * input[i]; });
+    const Whole II(width, height, [&](size_t i) { return guide[i] * guide[i]; });
+    std::vector<long double> a(guide.size()), b(guide.size());
+    for_every_window([&](size_t i, int64_t n, auto&& sum) {
+        const auto size = static_cast<long double>(n);
+        const auto covariance = static_cast<long double>(n * sum(Ip) - sum(I) * sum(p)) / (size * size);
+        const auto variance = static_cast<long double>(n * sum(II) - sum(I) * sum(I)) / (size * size);
+        const long double denominator = variance + static_cast<long double>(eps) * 255 * 255;
+        a[i] = denominator > 0 ? covariance / denominator : 0;
+        b[i] = (static_cast<long double>(sum(p)) - a[i] * static_cast<long double>(sum(I))) / size;
+    });
+
+    using Real = RectangleSums<long double>;
+    const Real all_a(width, height, [&](size_t i) { return a[i]; });
+    const Real all_b(width, height, [&](size_t i) { return b[i]; });
+    std::vector<double> q(guide.size());
+    for_every_window([&](size_t i, int64_t n, auto&& sum) {
+        const long double value = (sum(all_a) * guide[i] + sum(all_b)) / static_cast<long double>(n);
+        q[i] = std::clamp(static_cast<double>(value), 0.0, 255.0);
+    });
+    return q;
+}
+
 // clang-format off
 const std::array<uint8_t, 256> kContrastCurve = {
     0, 2, 4, 6, 8, 10, 12, 13, 15, 17, 19, 21, 23, 25, 27, 28,

@@ -22,15 +22,25 @@ class GuardedBytes {
     GuardedBytes(const GuardedBytes&) = delete;
     GuardedBytes& operator=(const GuardedBytes&) = delete;
 
+    /// Takes up another size, no larger than the first, at the same page: mapping pages anew for each of a
+    /// hundred thousand cases would take longer than the cases.
+    void hold(size_t size, uint8_t fill = 0xcd);
+    void hold(const std::vector<uint8_t>& content);
+
     uint8_t* data() { return m_data; }
     const uint8_t* data() const { return m_data; }
     size_t size() const { return m_size; }
     std::vector<uint8_t> bytes() const { return {m_data, m_data + m_size}; }
 
-    /// True while the rest of the accessible pages, on the side without a no-access page, is as it was.
+    /// True while the accessible kilobyte beside the bytes, on the side without a no-access page, is as it
+    /// was.
     bool surroundingsUntouched() const;
 
   private:
+    uint8_t* nearStart() const;
+    uint8_t* nearEnd() const;
+
+    Against m_against;
     uint8_t* m_mapping = nullptr;
     size_t m_mapping_size = 0;
     uint8_t* m_pages = nullptr;

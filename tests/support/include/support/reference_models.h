@@ -37,6 +37,11 @@ Bytes crossAverage(const Bytes& plane, int width, int height);
 std::vector<double> guidedFilter(const Bytes& guide, const Bytes& input, int width, int height, int rx,
                                  int ry, double eps);
 
+/// The same from tables of sums over rectangles, in whole numbers and long doubles: as exact, and wide
+/// windows cost no more than narrow ones.
+std::vector<double> guidedFilterBySums(const Bytes& guide, const Bytes& input, int width, int height, int rx,
+                                       int ry, double eps);
+
 /// The contrast curve, typed in a second time.
 extern const std::array<uint8_t, 256> kContrastCurve;
 

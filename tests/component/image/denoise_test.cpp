@@ -1,0 +1,124 @@
+#include "image/denoise.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <numeric>
+
+#include "../each_path.h"
+#include "support/guarded_bytes.h"
+#include "support/reference_models.h"
+
+namespace quorvane::test {
+namespace {
+
+constexpr GuardedBytes::Against kBothEnds[] = {GuardedBytes::Against::end, GuardedBytes::Against::start};
+constexpr uint32_t kSeed = 1905;
+
+void expectAverages(const Bytes& plane, int w, int h) {
+    const Bytes wanted = crossAverage(plane, w, h);
+    for (const auto against : kBothEnds) {
+        const GuardedBytes source(plane, against);
+        for (const RunningPath& path : everyPath()) {
+            GuardedBytes averages(plane.size(), against);
+            crossDenoisePaths[path.index](source.data(), averages.data(), w, h);
+            ASSERT_EQ(difference(averages.data(), wanted), "") << path.name << ", " << w << " x " << h;
+            ASSERT_TRUE(averages.surroundingsUntouched()) << path.name << ", " << w << " x " << h;
+        }
+    }
+}
+
+TEST(CrossDenoise, AveragesOnEveryPathAtEverySmallSize) {
+    for (int w = 1; w <= 100; ++w)
+        for (int h = 1; h <= 5; ++h)
+            ASSERT_NO_FATAL_FAILURE(expectAverages(noise(static_cast<size_t>(w * h), kSeed), w, h));
+}
+
+TEST(CrossDenoise, AveragesOnEveryPathAtLargeSizes) {
+    for (const auto& [w, h] : {std::pair{256, 192}, {301, 77}, {1000, 3}, {33, 500}})
+        ASSERT_NO_FATAL_FAILURE(expectAverages(noise(static_cast<size_t>(w * h), kSeed), w, h));
+}
+
+TEST(CrossDenoise, ExtremePicturesAverageOnEveryPath) {
+    for (int w = 1; w <= 100; w += 3) {
+        Bytes columns, rows, board;
+        for (int i = 0; i < 4 * w; ++i) {
+            const int x = i % w, y = i / w;
+            columns.push_back(static_cast<uint8_t>(x % 2 == 0 ? 255 : 0));
+            rows.push_back(static_cast<uint8_t>(y % 2 == 0 ? 255 : 0));
+            board.push_back(static_cast<uint8_t>((x + y) % 2 == 0 ? 255 : 0));
+        }
+        for (const Bytes& plane :
+             {Bytes(columns.size(), 255), Bytes(columns.size(), 0), columns, rows, board})
+            ASSERT_NO_FATAL_FAILURE(expectAverages(plane, w, 4));
+    }
+}
+
+TEST(CrossDenoise, EverySumIsTruncatedOnEveryPath) {
+    // Crosses side by side whose sums are 0, 1, 2 .. 1275: five samples of which as many as can be are 255.
+    const int w = 3 * 1276;
+    Bytes plane(static_cast<size_t>(3 * w), 0);
+    for (int sum = 0; sum <= 1275; ++sum) {
+        const int centre = w + 3 * sum + 1;
+        int rest = sum;
+        for (const int at : {centre, centre - 1, centre + 1, centre - w, centre + w}) {
+            plane[static_cast<size_t>(at)] = static_cast<uint8_t>(std::min(rest, 255));
+            rest -= plane[static_cast<size_t>(at)];
+        }
+    }
+    for (const RunningPath& path : everyPath()) {
+        Bytes averages(plane.size());
+        crossDenoisePaths[path.index](plane.data(), averages.data(), w, 3);
+        for (int sum = 0; sum <= 1275; ++sum)
+            ASSERT_EQ(averages[static_cast<size_t>(w + 3 * sum + 1)], sum / 5) << path.name;
+    }
+}
+
+using TableBytes = std::array<uint8_t, 256>;
+
+void expectLookedUp(const Bytes& samples, const TableBytes& entries) {
+    Bytes wanted;
+    for (const uint8_t sample : samples) wanted.push_back(entries[sample]);
+    for (const auto against : kBothEnds) {
+        const GuardedBytes table(Bytes(entries.begin(), entries.end()), against);
+        for (const RunningPath& path : everyPath()) {
+            GuardedBytes replaced(samples, against);
+            lookUpPaths[path.index](replaced.data(), samples.size(), table.data());
+            ASSERT_EQ(difference(replaced.data(), wanted), "")
+                << path.name << ", " << samples.size() << " samples";
+            ASSERT_TRUE(replaced.surroundingsUntouched())
+                << path.name << ", " << samples.size() << " samples";
+        }
+    }
+}
+
+/// Tables that have nothing in common: in order, in reverse, all alike, one entry alone, noise.
+std::vector<TableBytes> tables() {
+    TableBytes rising, falling, full, single = {}, random;
+    std::iota(rising.begin(), rising.end(), uint8_t{0});
+    std::copy(rising.begin(), rising.end(), falling.rbegin());
+    full.fill(255);
+    single[131] = 77;
+    const Bytes bytes = noise(256, kSeed);
+    std::copy(bytes.begin(), bytes.end(), random.begin());
+    return {rising, falling, full, single, random, kContrastCurve};
+}
+
+TEST(LookUp, ReplacesAnyCountOnEveryPath) {
+    for (const TableBytes& table : tables())
+        for (size_t count = 0; count <= 200; ++count)
+            ASSERT_NO_FATAL_FAILURE(expectLookedUp(noise(count, kSeed + 1), table));
+}
+
+TEST(LookUp, ReplacesEveryValueInEveryPlaceOnEveryPath) {
+    for (const TableBytes& table : tables())
+        for (int shift = 0; shift < 64; ++shift) {
+            Bytes samples(256 + 64);
+            for (size_t i = 0; i < samples.size(); ++i)
+                samples[i] = static_cast<uint8_t>(static_cast<int>(i) + shift);
+            ASSERT_NO_FATAL_FAILURE(expectLookedUp(samples, table));
+        }
+}
+
+}  // namespace
+}  // namespace quorvane::test
