@@ -382,7 +382,7 @@ void reduce(const Reduction& r) {
 
 template <int kRatio>
 void reduceAcross(const Reduction& r) {
-    if (r.out_width < kStrip<kRatio> || r.width < kBytes) return reference::downsize(r);
+    if (r.out_width < kStrip<kRatio>) return reference::downsize(r);
     if (r.rgb)
         reduce<kRatio, true>(r);
     else

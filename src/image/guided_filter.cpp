@@ -174,10 +174,11 @@ void reference::guidedFilter(const GuidedFiltering& f) {
 // 33025. n^2 cov and n^2 var, at most n^2 255^2 / 4, are exact in 32 bits up to n = 363. In larger windows
 // those 32 bits are their exact remainder, and floats give them to within 2 to the 26: enough to tell the
 // multiple of 2 to the 32 that is missing. b is taken about intensity 128, to be small: q = mean(a) (I - 128)
-// + mean(b). Rounding to units leaves an error of some sqrt(n) (64 max|a| + max|b|) / 2 to the 33 levels in
-// q. The default radius never comes near 0.0001; where that is exceeded, in large windows over a guide that
-// is flat but for a few levels, and where the buffer is too low for the prefix sums, the reference takes
-// over.
+// + mean(b).
+// Rounding to units leaves an error of some sqrt(n) (64 max|a| + max|b|) / 2 to the 33 levels in q. Where
+// that exceeds 0.0001, in large windows over a guide that is flat but for a few levels, and where the buffer
+// is too low for the prefix sums, the reference takes over. b's own rounding shows where the guide is near 0
+// or 255 and flat but for single levels, which luma never is: by up to 0.003 levels.
 namespace QUORVANE_PATH {
 namespace {
 

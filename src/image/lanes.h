@@ -437,10 +437,11 @@ inline u8 weighRgb(const uint8_t* p) {
         c = third;
     }
     // Hidden, for GCC makes several shifts and sums of a product with a known factor.
-    i16 red_weight = splat16(kRed), green_weight = splat16(kGreen), blue_weight = splat16(kBlue);
+    u16 red_weight = (u16)splat16(kRed), green_weight = (u16)splat16(kGreen),
+        blue_weight = (u16)splat16(kBlue);
     asm("" : "+x"(red_weight), "+x"(green_weight), "+x"(blue_weight));
     const auto sum = [=](i16 red, i16 green, i16 blue) {
-        return (u16)(red * red_weight + green * green_weight + blue * blue_weight + 128);
+        return (u16)red * red_weight + (u16)green * green_weight + (u16)blue * blue_weight + 128;
     };
     const u16 even = sum(widenLow((u8)a), widenHigh((u8)a), widenLow((u8)b));
     const u16 odd = sum(widenHigh((u8)b), widenLow((u8)c), widenHigh((u8)c));

@@ -167,7 +167,8 @@ TEST_F(DownsizePaths, GiveTheReferencesBytesOfExtremePictures) {
 TEST_F(DownsizePaths, GiveTheReferencesBytesOfOneBrightColumn) {
     for (const bool rgb : {false, true})
         for (const int across : kRatios) {
-            const Shape shape = {std::max(131 / across, 18), 1, across, 1, rgb};
+            // More than a strip of every path.
+            const Shape shape = {across == 1 ? 131 : across <= 4 ? 67 : 288 / across + 3, 1, across, 1, rgb};
             for (int column = 0; column < shape.width(); ++column) {
                 const Bytes source = filled(
                     shape, [&](int x, int, int) { return static_cast<uint8_t>(x == column ? 255 : 3); });
@@ -180,7 +181,7 @@ TEST_F(DownsizePaths, GiveTheReferencesBytesOfOneBrightRow) {
     for (const bool rgb : {false, true})
         for (const int across : {1, 8})
             for (const int down : kRatios) {
-                const Shape shape = {widest(across) / 3, 3, across, down, rgb, 0, 2};
+                const Shape shape = {widest(across) / 3, 2, across, down, rgb, 0, 1};
                 for (int row = 0; row < shape.height(); ++row) {
                     const Bytes source = filled(
                         shape, [&](int, int y, int) { return static_cast<uint8_t>(y == row ? 255 : 3); });
