@@ -9,49 +9,32 @@
 // A kernel's file is compiled with QUORVANE_PATH set to the name of the path, and with that path's compiler
 // options; without QUORVANE_PATH it is the reference, the choice and the class's members.
 
+#define QUORVANE_IN_PATH(path, ...) \
+    namespace path {                \
+    __VA_ARGS__                     \
+    }
+
+// What the processor adds to the reference and to plain lanes.
 #if defined(__x86_64__)
-#define QUORVANE_EVERY_PATH(member) \
-    { reference::member, plain::member, sse2::member, sse41::member, avx2::member }
-#define QUORVANE_IN_EVERY_PATH(...) \
-    namespace reference {           \
-    __VA_ARGS__                     \
-    }                               \
-    namespace plain {               \
-    __VA_ARGS__                     \
-    }                               \
-    namespace sse2 {                \
-    __VA_ARGS__                     \
-    }                               \
-    namespace sse41 {               \
-    __VA_ARGS__                     \
-    }                               \
-    namespace avx2 {                \
-    __VA_ARGS__                     \
-    }
+#define QUORVANE_PROCESSOR_PATHS(member) , sse2::member, sse41::member, avx2::member
+#define QUORVANE_IN_PROCESSOR_PATHS(...) \
+    QUORVANE_IN_PATH(sse2, __VA_ARGS__)  \
+    QUORVANE_IN_PATH(sse41, __VA_ARGS__) \
+    QUORVANE_IN_PATH(avx2, __VA_ARGS__)
 #elif defined(__aarch64__)
-#define QUORVANE_EVERY_PATH(member) \
-    { reference::member, plain::member, neon::member }
-#define QUORVANE_IN_EVERY_PATH(...) \
-    namespace reference {           \
-    __VA_ARGS__                     \
-    }                               \
-    namespace plain {               \
-    __VA_ARGS__                     \
-    }                               \
-    namespace neon {                \
-    __VA_ARGS__                     \
-    }
+#define QUORVANE_PROCESSOR_PATHS(member) , neon::member
+#define QUORVANE_IN_PROCESSOR_PATHS(...) QUORVANE_IN_PATH(neon, __VA_ARGS__)
 #else
-#define QUORVANE_EVERY_PATH(member) \
-    { reference::member, plain::member }
-#define QUORVANE_IN_EVERY_PATH(...) \
-    namespace reference {           \
-    __VA_ARGS__                     \
-    }                               \
-    namespace plain {               \
-    __VA_ARGS__                     \
-    }
+#define QUORVANE_PROCESSOR_PATHS(member)
+#define QUORVANE_IN_PROCESSOR_PATHS(...)
 #endif
+
+#define QUORVANE_EVERY_PATH(member) \
+    { reference::member, plain::member QUORVANE_PROCESSOR_PATHS(member) }
+#define QUORVANE_IN_EVERY_PATH(...)          \
+    QUORVANE_IN_PATH(reference, __VA_ARGS__) \
+    QUORVANE_IN_PATH(plain, __VA_ARGS__)     \
+    QUORVANE_IN_PROCESSOR_PATHS(__VA_ARGS__)
 
 namespace quorvane {
 
