@@ -5,9 +5,32 @@
 #include <cstdint>
 #include <vector>
 
+#include "host/large_pages.h"
+
 namespace quorvane::bench {
 
-using Bytes = std::vector<uint8_t>;
+/// Takes large pages for what fills them, as ParallaxView does for its block.
+template <typename T>
+struct InLargePages {
+    using value_type = T;
+    T* allocate(size_t count) {
+        void* memory = ::operator new(count * sizeof(T), alignment(count));
+        preferLargePages(memory, count * sizeof(T));
+        return static_cast<T*>(memory);
+    }
+    void deallocate(T* memory, size_t count) { ::operator delete(memory, alignment(count)); }
+    bool operator==(const InLargePages&) const { return true; }
+    bool operator!=(const InLargePages&) const { return false; }
+
+  private:
+    // Planes that all start at such a multiple would get into each other's way in the caches.
+    static std::align_val_t alignment(size_t count) {
+        constexpr std::align_val_t kCacheLine{64};
+        return count * sizeof(T) < static_cast<size_t>(kLargePage) ? kCacheLine : kLargePage;
+    }
+};
+
+using Bytes = std::vector<uint8_t, InLargePages<uint8_t>>;
 
 /// Bytes that look random, the same ones on every run.
 void fillWithNoise(uint8_t* bytes, size_t count, uint64_t seed);

@@ -42,8 +42,9 @@ class Component {
         m_renderer.getProperties(kOrientation);
         const int bytes = m_renderer.getRequiredMemSize(sizes.photo_width, sizes.photo_height,
                                                         sizes.depth_width, sizes.depth_height);
-        m_block.reset(static_cast<uint8_t*>(::operator new(static_cast<size_t>(bytes), kAlignment)));
+        m_block.reset(static_cast<uint8_t*>(::operator new(static_cast<size_t>(bytes), kLargePage)));
         m_block_bytes = static_cast<size_t>(bytes);
+        preferLargePages(m_block.get(), m_block_bytes);
         m_renderer.assignMem(m_block.get());
         m_renderer.setupGraphics(1920, 1080);
     }
@@ -59,9 +60,8 @@ class Component {
     size_t blockBytes() const { return m_block_bytes; }
 
   private:
-    static constexpr std::align_val_t kAlignment{64};
     struct Free {
-        void operator()(uint8_t* block) const { ::operator delete(block, kAlignment); }
+        void operator()(uint8_t* block) const { ::operator delete(block, kLargePage); }
     };
 
     Sizes m_sizes;
@@ -102,10 +102,10 @@ Work uploadWork(const Sizes& sizes, const uint8_t* photo, const uint8_t* depth) 
 }
 
 Work copyAndRead(const uint8_t* photo, size_t bytes) {
-    const std::shared_ptr<uint8_t[]> copy(new uint8_t[bytes]);
+    const auto copy = std::make_shared<Bytes>(bytes);
     return [=] {
-        std::memcpy(copy.get(), photo, bytes);
-        use(readAll(copy.get(), bytes));
+        std::memcpy(copy->data(), photo, bytes);
+        use(readAll(copy->data(), bytes));
     };
 }
 

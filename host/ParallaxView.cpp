@@ -9,11 +9,12 @@
 #include <new>
 #include <utility>
 
+#include "large_pages.h"
+
 namespace quorvane {
 namespace {
 
 constexpr int kDepthPixelsPerCell = 4;
-constexpr std::align_val_t kBlockAlignment{64};  // a cache line
 constexpr GLenum kDepthComponent24 = 0x81A6;
 
 std::string text(const char* format, ...) __attribute__((format(printf, 1, 2)));
@@ -77,9 +78,7 @@ int64_t blockBytes(int64_t tex_w, int64_t tex_h, int64_t depth_w, int64_t depth_
 
 }  // namespace
 
-void ParallaxView::FreeBlock::operator()(unsigned char* block) const {
-    ::operator delete(block, kBlockAlignment);
-}
+void ParallaxView::FreeBlock::operator()(unsigned char* block) const { ::operator delete(block, kLargePage); }
 
 ParallaxView::ParallaxView(int outputs)
     : m_thread(std::this_thread::get_id()), m_context(eglGetCurrentContext()), m_outputs(outputs) {}
@@ -219,8 +218,9 @@ Status ParallaxView::planBlock(int photo_width, int photo_height, int depth_widt
         return Status::success();
 
     const size_t bytes = static_cast<size_t>(wanted);
-    Block block(static_cast<unsigned char*>(::operator new(bytes, kBlockAlignment, std::nothrow)));
+    Block block(static_cast<unsigned char*>(::operator new(bytes, kLargePage, std::nothrow)));
     if (block == nullptr) return Status::failure(text("cannot allocate %zu bytes of working memory", bytes));
+    preferLargePages(block.get(), bytes);
 
     const char* photo = m_renderer.m_pTextureData;
     m_block_bytes = m_renderer.getRequiredMemSize(photo_width, photo_height, depth_width, depth_height);
