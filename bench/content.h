@@ -26,7 +26,7 @@ struct InLargePages {
     // Planes that all start at such a multiple would get into each other's way in the caches.
     static std::align_val_t alignment(size_t count) {
         constexpr std::align_val_t kCacheLine{64};
-        return count * sizeof(T) < static_cast<size_t>(kLargePage) ? kCacheLine : kLargePage;
+        return count * sizeof(T) < kLeastInLargePages ? kCacheLine : kLargePage;
     }
 };
 

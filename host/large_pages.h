@@ -13,14 +13,18 @@ namespace quorvane {
 /// The large page of x86-64 and of Arm with pages of 4 KB; whole ones only where memory starts at a multiple.
 constexpr std::align_val_t kLargePage{size_t{2} << 20};
 
+/// Less than this is not worth it, and malloc may keep it for others, who would then use whole pages.
+constexpr size_t kLeastInLargePages = size_t{32} << 20;
+
 /// Asks the system for large pages in memory that nothing has touched yet and that starts at a multiple of
 /// kLargePage. The photo's reduction visits dozens of rows by turns, each in pages of its own: with small
 /// ones, looking the pages up takes up to a third of its time. Where the system has none, nothing happens.
 inline void preferLargePages([[maybe_unused]] void* memory, [[maybe_unused]] size_t bytes) {
 #ifdef MADV_HUGEPAGE
+    if (bytes < kLeastInLargePages) return;
     // The rest of a page would be taken from the system and never used.
-    const size_t whole = bytes / static_cast<size_t>(kLargePage) * static_cast<size_t>(kLargePage);
-    if (whole > 0) madvise(memory, whole, MADV_HUGEPAGE);
+    const size_t page = static_cast<size_t>(kLargePage);
+    madvise(memory, bytes / page * page, MADV_HUGEPAGE);
 #endif
 }
 

@@ -118,7 +118,8 @@ void reference::downsize(const Reduction& r) {
 //     pairSums(v, weights of the first half) + pairSums(w, weights of the second half)
 //
 // are the line sums of all outputs whose slots start in v, each still in ratio / 2 parts. The parts are
-// scaled by the row's vertical weight, summed over the window's rows, and summed up once an output.
+// scaled by the row's vertical weight, summed over the window's rows, and summed up once an output. Two rows
+// of outputs are worked on together: where their windows overlap, a sample serves both.
 //
 // Number ranges. All weights but 256 fit a byte. The weights that meet in a part sum to at most 128, so a
 // part is at most 32640 and fits 16 bits with a sign; but ratio 2 has a single part a line, up to 65280, and
@@ -127,17 +128,22 @@ void reference::downsize(const Reduction& r) {
 namespace QUORVANE_PATH {
 namespace {
 
-constexpr int kVectors = 8;
+/// Of sums, for each of two rows of outputs.
+constexpr int kVectors = 4;
+
+/// Rows of outputs that are worked on together. A window of one column has no sums to share.
+template <int kRatio>
+constexpr int kRows = kRatio == 1 ? 1 : 2;
 
 /// Parts of an output's sum that its vectors hold side by side.
 template <int kRatio>
 constexpr int kParts = kRatio <= 4 ? 1 : (kRatio < kBytes ? kRatio : kBytes) / 4;
 
-/// Outputs in a strip: as many as kVectors vectors of sums hold.
+/// Outputs in a row of a strip: as many as kVectors vectors of sums hold.
 template <int kRatio>
-constexpr int kStrip = kRatio == 1 ? kVectors* kBytes / 2 : kVectors* kBytes / 4 / kParts<kRatio>;
+constexpr int kStrip = kVectors* kBytes / (kRatio == 1 ? 1 : 4 * kParts<kRatio>);
 
-/// Vectors of samples that the slots of a strip lie in.
+/// Vectors of samples that the slots of such a row lie in.
 template <int kRatio>
 constexpr int kSamples = (kStrip<kRatio> * kRatio + (kRatio > 1 ? kRatio : 0) + kBytes - 1) / kBytes;
 
@@ -223,19 +229,26 @@ class BorderColumns {
     Vector m_vectors[kCount];
 };
 
-/// Adds a row of the source, scaled by its vertical weight, to the sums of a strip.
-template <int kRatio, typename Columns>
-inline void addRow(i32* sums, const Columns& columns, const uint8_t* row, int vertical_weight) {
+/// Adds a row of the source to the sums of those rows of outputs whose windows it lies in, one or both: of
+/// each its line sums, scaled by the row's vertical weight there.
+template <int kRatio, int kWindows, typename Columns>
+inline void addRow(i32* sums, const Columns& columns, const uint8_t* row, const int (&vertical)[kWindows]) {
     static constexpr SlotWeights<kRatio> kWeights;
     const auto weights = [](int vector) { return load(kWeights.bytes + kBytes * vector); };
-    const i16 weight = splat16(vertical_weight);
+    const auto add = [&](int k, auto parts) {
+        QUORVANE_UNROLLED
+        for (int n = 0; n < kWindows; ++n) {
+            i32& sum = sums[n * kVectors + k];
+            sum = addWeightedPairs(sum, parts(), splat16(vertical[n]));
+        }
+    };
     if constexpr (kRatio == 2) {
         u8 here = columns.samples(row, 0);
         QUORVANE_UNROLLED
         for (int k = 0; k < kVectors; k += 2) {
             const u8 next = columns.samples(row, k / 2 + 1);
-            sums[k] = addWeightedPairs(sums[k], pairSums(here, weights(0)), weight);
-            sums[k + 1] = addWeightedPairs(sums[k + 1], pairSums(slide<2>(here, next), weights(0)), weight);
+            add(k, [=] { return pairSums(here, weights(0)); });
+            add(k + 1, [=] { return pairSums(slide<2>(here, next), weights(0)); });
             here = next;
         }
     } else if constexpr (kRatio <= kBytes) {
@@ -244,8 +257,8 @@ inline void addRow(i32* sums, const Columns& columns, const uint8_t* row, int ve
         for (int k = 0; k < kVectors; ++k) {
             const bool whole = kRatio == kBytes || k < kVectors - 1;
             const u8 next = whole ? columns.samples(row, k + 1) : columns.halfSamples(row, k + 1);
-            const i16 parts = pairSums(here, weights(0)) + pairSums(slide<kRatio>(here, next), weights(1));
-            sums[k] = addWeightedPairs(sums[k], parts, weight);
+            add(k,
+                [=] { return pairSums(here, weights(0)) + pairSums(slide<kRatio>(here, next), weights(1)); });
             here = next;
         }
     } else {
@@ -253,41 +266,43 @@ inline void addRow(i32* sums, const Columns& columns, const uint8_t* row, int ve
         QUORVANE_UNROLLED
         for (int k = 0; k < kVectors; ++k) {
             const u8 third = columns.samples(row, 2 * k + 2), fourth = columns.samples(row, 2 * k + 3);
-            const i16 parts = pairSums(first, weights(0)) + pairSums(second, weights(1)) +
-                              pairSums(third, weights(2)) + pairSums(fourth, weights(3));
-            sums[k] = addWeightedPairs(sums[k], parts, weight);
+            add(k, [=] {
+                return pairSums(first, weights(0)) + pairSums(second, weights(1)) +
+                       pairSums(third, weights(2)) + pairSums(fourth, weights(3));
+            });
             first = third;
             second = fourth;
         }
     }
 }
 
-/// Sums up the parts of each output, rounds, and stores the strip.
+/// Sums up the parts of each output, rounds, and stores both rows of a strip.
 template <int kRatio>
-inline void finish(i32* sums, int rounding, uint8_t* out) {
+inline void finish(i32* sums, int rounding, uint8_t* out, uint8_t* out_below) {
     if constexpr (kRatio == 2) {
         // The outputs of an even vector and of the odd one after it stand by turns.
-        i16 pairs[kVectors / 2];
+        i16 pairs[kVectors];
         QUORVANE_UNROLLED
-        for (int k = 0; k < kVectors; k += 2)
-            pairs[k / 2] = (i16)(((sums[k] + rounding) >> 16) | ((sums[k + 1] + rounding) & ~0xffff));
+        for (int k = 0; k < kVectors; ++k)
+            pairs[k] = (i16)(((sums[2 * k] + rounding) >> 16) | ((sums[2 * k + 1] + rounding) & ~0xffff));
         store(out, narrow(pairs[0], pairs[1]));
-        store(out + kBytes, narrow(pairs[2], pairs[3]));
+        store(out_below, narrow(pairs[2], pairs[3]));
     } else {
-        int count = kVectors;
+        int count = 2 * kVectors;
         QUORVANE_UNROLLED
         for (int parts = kParts<kRatio>; parts > 1; parts /= 2) {
             count /= 2;
             QUORVANE_UNROLLED
             for (int k = 0; k < count; ++k) sums[k] = addNeighbours(sums[2 * k], sums[2 * k + 1]);
         }
-        constexpr int outputs = kStrip<kRatio> < kBytes ? kStrip<kRatio> : kBytes;
-        QUORVANE_UNROLLED
-        for (int k = 0; k < count; k += 4) {
-            const auto rounded = [=](int i) { return (sums[k + i % count] + rounding) >> 16; };
-            store<outputs>(out + k / 4 * kBytes,
-                           narrow(narrow(rounded(0), rounded(1)), narrow(rounded(2), rounded(3))));
-        }
+        const auto bytes = [&](int first) {
+            const auto rounded = [&](int k) { return (sums[(first + k) % count] + rounding) >> 16; };
+            return narrow(narrow(rounded(0), rounded(1)), narrow(rounded(2), rounded(3)));
+        };
+        constexpr int kOutputs = kStrip<kRatio>;
+        const u8 both = bytes(0);
+        store<kOutputs>(out, both);
+        store<kOutputs>(out_below, kOutputs < kBytes ? slide<kOutputs>(both, both) : bytes(4));
     }
 }
 
@@ -299,25 +314,27 @@ inline void reduceStrip1(const Reduction& r, const Columns& columns, int roundin
     if (down.taps == 1) {
         const uint8_t offset = static_cast<uint8_t>(rounding >> 16);
         QUORVANE_UNROLLED
-        for (int k = 0; k < kVectors / 2; ++k)
+        for (int k = 0; k < kVectors; ++k)
             store(out + k * kBytes, columns.samples(clampedRow(r, j), k) + offset);
         return;
     }
-    u16 sums[kVectors] = {};
+    u16 sums[2 * kVectors] = {};
     for (int l = 0; l < down.taps; ++l) {
         const uint8_t* row = clampedRow(r, j * r.down - down.margin + l);
         const u16 weight = (u16)splat16(down.vertical[l]);
         QUORVANE_UNROLLED
-        for (int k = 0; k < kVectors; k += 2) {
-            const u8 v = columns.samples(row, k / 2);
-            sums[k] += (u16)widenLow(v) * weight;
-            sums[k + 1] += (u16)widenHigh(v) * weight;
+        for (int k = 0; k < kVectors; ++k) {
+            const u8 v = columns.samples(row, k);
+            sums[2 * k] += (u16)widenLow(v) * weight;
+            sums[2 * k + 1] += (u16)widenHigh(v) * weight;
         }
     }
     const u16 term = (u16)splat16(rounding >> 8);
     QUORVANE_UNROLLED
-    for (int k = 0; k < kVectors; k += 2)
-        store(out + k * kBytes / 2, narrow((i16)((sums[k] + term) >> 8), (i16)((sums[k + 1] + term) >> 8)));
+    for (int k = 0; k < kVectors; ++k) {
+        const auto rounded = [&](int half) { return (i16)((sums[2 * k + half] + term) >> 8); };
+        store(out + k * kBytes, narrow(rounded(0), rounded(1)));
+    }
 }
 
 template <int kCount>
@@ -326,26 +343,35 @@ inline void fetch(const uint8_t* p) {
     for (int i = 0; i < kCount; i += 64) prefetch(p + i);
 }
 
-/// The strip of row j whose samples start at column x.
+/// The strip of rows j and j + 1, of ratio 1 across of row j, whose samples start at column x.
 template <int kRatio, bool kRgb, typename Columns>
 void reduceStrip(const Reduction& r, const Columns& columns, int x, int rounding, int j, uint8_t* out) {
     if constexpr (kRatio == 1) return reduceStrip1(r, columns, rounding, j, out);
     const Kernels down = kernelsFor(r.down);
     const int top = j * r.down - down.margin;
+    const int rows = down.taps + r.down;
     constexpr int kHalfBytes = kStrip<kRatio> * kRatio * kPixelBytes<kRgb> / 2;
-    const int whole = 2 * r.down - down.taps;
-    i32 sums[kVectors] = {};
-    for (int l = 0; l < down.taps; ++l) {
-        // The rows that only the next row of outputs needs are fetched ahead, evenly: the first `whole` turns
-        // fetch a row each, the others half a row.
+    const int whole = 4 * r.down - rows;
+    i32 sums[2 * kVectors] = {};
+    for (int l = 0; l < rows; ++l) {
+        // The rows that only the next outputs need are fetched ahead, evenly: the first `whole` turns fetch a
+        // row each, the others half a row.
         const int ahead = l < whole ? l : whole + (l - whole) / 2;
         const bool second_half = l >= whole && (l - whole) % 2 != 0;
-        const uint8_t* next = clampedRow(r, top + down.taps + ahead) + ptrdiff_t{x} * kPixelBytes<kRgb>;
+        const uint8_t* next = clampedRow(r, top + rows + ahead) + ptrdiff_t{x} * kPixelBytes<kRgb>;
         fetch<kHalfBytes>(second_half ? next + kHalfBytes : next);
         if (l < whole) fetch<kHalfBytes>(next + kHalfBytes);
-        addRow<kRatio>(sums, columns, clampedRow(r, top + l), down.vertical[l]);
+
+        const uint8_t* row = clampedRow(r, top + l);
+        const auto weight = [&](int tap) { return down.vertical[tap]; };
+        if (l < r.down)
+            addRow<kRatio, 1>(sums, columns, row, {weight(l)});
+        else if (l < down.taps)
+            addRow<kRatio, 2>(sums, columns, row, {weight(l), weight(l - r.down)});
+        else
+            addRow<kRatio, 1>(sums + kVectors, columns, row, {weight(l - r.down)});
     }
-    finish<kRatio>(sums, rounding, out);
+    finish<kRatio>(sums, rounding, out, out + r.out_width);
 }
 
 template <int kRatio, bool kRgb>
@@ -364,11 +390,12 @@ void reduce(const Reduction& r) {
         rounding += kLumaOffset * sum_across * sum_down;
     }
 
-    for (int j = 0; j < r.out_height; ++j) {
+    // The last strip of a row overlaps the one before it, and so may the last two rows.
+    const auto inside = [](int position, int last) { return position < last ? position : last; };
+    for (int band = 0; band < r.out_height; band += kRows<kRatio>) {
+        const int j = inside(band, r.out_height - kRows<kRatio>);
         for (int i = 0; i < r.out_width; i += kStrip<kRatio>) {
-            // The last strip of a row overlaps the one before it.
-            const int last = r.out_width - kStrip<kRatio>;
-            const int first = i < last ? i : last;
+            const int first = inside(i, r.out_width - kStrip<kRatio>);
             const int x = first * kRatio - kRatio / 2;
             uint8_t* out = r.out + static_cast<ptrdiff_t>(j) * r.out_width + first;
             if (x >= kSlack<kRgb> && x + kSamples<kRatio> * kBytes <= limit - kSlack<kRgb>)
@@ -382,7 +409,7 @@ void reduce(const Reduction& r) {
 
 template <int kRatio>
 void reduceAcross(const Reduction& r) {
-    if (r.out_width < kStrip<kRatio>) return reference::downsize(r);
+    if (r.out_width < kStrip<kRatio> || r.out_height < kRows<kRatio>) return reference::downsize(r);
     if (r.rgb)
         reduce<kRatio, true>(r);
     else
