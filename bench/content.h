@@ -14,20 +14,14 @@ template <typename T>
 struct InLargePages {
     using value_type = T;
     T* allocate(size_t count) {
-        void* memory = ::operator new(count * sizeof(T), alignment(count));
-        preferLargePages(memory, count * sizeof(T));
+        const size_t bytes = count * sizeof(T);
+        void* memory = ::operator new(bytes, alignmentFor(bytes));
+        preferLargePages(memory, bytes);
         return static_cast<T*>(memory);
     }
-    void deallocate(T* memory, size_t count) { ::operator delete(memory, alignment(count)); }
+    void deallocate(T* memory, size_t count) { ::operator delete(memory, alignmentFor(count * sizeof(T))); }
     bool operator==(const InLargePages&) const { return true; }
     bool operator!=(const InLargePages&) const { return false; }
-
-  private:
-    // Planes that all start at such a multiple would get into each other's way in the caches.
-    static std::align_val_t alignment(size_t count) {
-        constexpr std::align_val_t kCacheLine{64};
-        return count * sizeof(T) < kLeastInLargePages ? kCacheLine : kLargePage;
-    }
 };
 
 using Bytes = std::vector<uint8_t, InLargePages<uint8_t>>;

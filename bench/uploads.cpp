@@ -35,6 +35,11 @@ struct Sizes {
 constexpr uint32_t kOrientation = 4;
 constexpr Sizes kLarge = {4096, 3072, 1024, 768};
 
+struct FreeBlock {
+    size_t bytes = 0;
+    void operator()(uint8_t* block) const { InLargePages<uint8_t>().deallocate(block, bytes); }
+};
+
 /// A renderer with its working block.
 class Component {
   public:
@@ -42,9 +47,8 @@ class Component {
         m_renderer.getProperties(kOrientation);
         const int bytes = m_renderer.getRequiredMemSize(sizes.photo_width, sizes.photo_height,
                                                         sizes.depth_width, sizes.depth_height);
-        m_block.reset(static_cast<uint8_t*>(::operator new(static_cast<size_t>(bytes), kLargePage)));
-        m_block_bytes = static_cast<size_t>(bytes);
-        preferLargePages(m_block.get(), m_block_bytes);
+        const size_t block_bytes = static_cast<size_t>(bytes);
+        m_block = {InLargePages<uint8_t>().allocate(block_bytes), {block_bytes}};
         m_renderer.assignMem(m_block.get());
         m_renderer.setupGraphics(1920, 1080);
     }
@@ -57,16 +61,11 @@ class Component {
         m_renderer.setDepth(m_sizes.depth_width, m_sizes.depth_height, const_cast<uint8_t*>(depth));
     }
     ESRenderer& renderer() { return m_renderer; }
-    size_t blockBytes() const { return m_block_bytes; }
+    size_t blockBytes() const { return m_block.get_deleter().bytes; }
 
   private:
-    struct Free {
-        void operator()(uint8_t* block) const { ::operator delete(block, kLargePage); }
-    };
-
     Sizes m_sizes;
-    std::unique_ptr<uint8_t, Free> m_block;
-    size_t m_block_bytes = 0;
+    std::unique_ptr<uint8_t, FreeBlock> m_block;
     ESRenderer m_renderer;
 };
 

@@ -78,7 +78,9 @@ int64_t blockBytes(int64_t tex_w, int64_t tex_h, int64_t depth_w, int64_t depth_
 
 }  // namespace
 
-void ParallaxView::FreeBlock::operator()(unsigned char* block) const { ::operator delete(block, kLargePage); }
+void ParallaxView::FreeBlock::operator()(unsigned char* block) const {
+    ::operator delete(block, m_alignment);
+}
 
 ParallaxView::ParallaxView(int outputs)
     : m_thread(std::this_thread::get_id()), m_context(eglGetCurrentContext()), m_outputs(outputs) {}
@@ -218,7 +220,9 @@ Status ParallaxView::planBlock(int photo_width, int photo_height, int depth_widt
         return Status::success();
 
     const size_t bytes = static_cast<size_t>(wanted);
-    Block block(static_cast<unsigned char*>(::operator new(bytes, kLargePage, std::nothrow)));
+    const std::align_val_t alignment = alignmentFor(bytes);
+    Block block(static_cast<unsigned char*>(::operator new(bytes, alignment, std::nothrow)),
+                FreeBlock(alignment));
     if (block == nullptr) return Status::failure(text("cannot allocate %zu bytes of working memory", bytes));
     preferLargePages(block.get(), bytes);
 

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -136,8 +137,14 @@ class ParallaxView {
         std::vector<GLuint> textures;  ///< each for a whole picture
         GLuint depth_buffer = 0;       ///< for all of them: none needs the depths of the last picture
     };
-    struct FreeBlock {
+    class FreeBlock {
+      public:
+        FreeBlock() : FreeBlock(std::align_val_t{}) {}
+        explicit FreeBlock(std::align_val_t alignment) : m_alignment(alignment) {}
         void operator()(unsigned char* block) const;
+
+      private:
+        std::align_val_t m_alignment;
     };
     using Block = std::unique_ptr<unsigned char, FreeBlock>;
 
