@@ -59,6 +59,21 @@ Picture cropMiddle(const Picture& image, Size size) {
     return out;
 }
 
+// Bayer's 4 x 4 thresholds for ordered dithering: what is lost by taking bytes comes back in the mean of
+// every block of 4 x 4, up to 1 / 32 of a level, and those blocks are what the renderer reduces to one
+// sample. Noise without such a period, or errors carried on from pixel to pixel, would outlive that. Each
+// lies in the middle of its sixteenth, so that whole levels stay, whatever scaling did to their last bits.
+constexpr int kThresholdOrder[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
+
+/// Four rows of thresholds.
+Image<float, 1> ditherThresholds(int width) {
+    Image<float, 1> rows(width, 4);
+    float* next = rows.samples.data();
+    for (const auto& order : kThresholdOrder)
+        for (int x = 0; x < width; ++x) *next++ = (static_cast<float>(order[x % 4]) + 0.5f) / 16.0f;
+    return rows;
+}
+
 }  // namespace
 
 Fit fitSizes(Size photo, Size depth, int largest_photo_side) {
@@ -125,7 +140,11 @@ GrayImage toBytes(const Image<float, 1>& plane, Size size) {
     try {
         vips::VImage image = toVips(plane);
         if (sizeOf(image) != size) image = resized(image, size, VIPS_KERNEL_LINEAR);
-        return fromVips<uint8_t, 1>(image.rint());
+        const Image<float, 1> rows = ditherThresholds(size.width);
+        const vips::VImage thresholds = toVips(rows)
+                                            .replicate(1, ceilDivide(size.height, rows.height))
+                                            .crop(0, 0, size.width, size.height);
+        return fromVips<uint8_t, 1>((image + thresholds).floor());
     } catch (const vips::VError&) {
         throw Error("the depth map cannot be scaled (" + vipsReason() + ")");
     }

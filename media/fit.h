@@ -41,7 +41,9 @@ Image<float, 1> crop(const Image<float, 1>& image, Size size);
 /// Resamples the photo to `size`; the same size gives the same bytes.
 RgbImage resample(RgbImage image, Size size);
 
-/// Scales the depth plane to `size` linearly, without overshoot, and rounds it to bytes.
+/// Scales the depth plane to `size` linearly, without overshoot, and makes bytes of it: whole levels stay as
+/// they are, levels in between are dithered, so that slow slopes get no bands. The same plane gives the same
+/// bytes.
 GrayImage toBytes(const Image<float, 1>& plane, Size size);
 
 }  // namespace quorvane::media

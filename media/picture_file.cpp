@@ -8,9 +8,12 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <utility>
+#include <vector>
 
 #include "cancel.h"
+#include "colour_map.h"
 #include "file_cost.h"
 #include "pending_output.h"
 #include "vips.h"
@@ -39,40 +42,11 @@ void requirePicture(const std::string& bytes, const std::string& name) {
         throw Error(name + ": not a JPEG, PNG, WebP, HEIC, AVIF or TIFF picture");
 }
 
-std::string readFile(const std::string& path) {
-    const auto fail = [&path] {
-        // A signal ends a wait for a pipe's other end.
-        throwIfCancelled();
-        throw Error(path + ": " + std::strerror(errno));
-    };
-    const auto too_large = [&path] {
-        return Error(path + ": the file is too large; at most " + std::to_string(kMostBytes / 1000000) +
-                     " MB are read");
-    };
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (file == nullptr) fail();
-    struct stat about = {};
-    if (fstat(fileno(file.get()), &about) == 0 && about.st_size > kMostBytes) throw too_large();
-    std::string bytes;
-    if (S_ISREG(about.st_mode)) bytes.reserve(static_cast<size_t>(about.st_size));
-    char chunk[1 << 16];
-    while (const size_t got = std::fread(chunk, 1, sizeof chunk, file.get())) {
-        throwIfCancelled();
-        bytes.append(chunk, got);
-        // Other files may be endless.
-        if (bytes.size() == got) requirePicture(bytes, path);
-        if (static_cast<long long>(bytes.size()) > kMostBytes) throw too_large();
-    }
-    if (std::ferror(file.get())) fail();
-    if (bytes.empty()) throw Error(path + ": the file is empty");
-    return bytes;
-}
-
 // Several times what any encoder makes of a progressive JPEG.
 constexpr int kMostScans = 100;
 
-/// The picture in `file`, upright.
-VImage decode(std::string file, const std::string& name, long long most_pixels) {
+/// The picture in `file`, upright; turned by `orientation` where it has none of its own.
+VImage decode(std::string file, const std::string& name, long long most_pixels, int orientation) {
     requirePicture(file, name);
     const std::string bytes = withoutPngTexts(std::move(file));
     const VImage image = VImage::new_from_buffer(
@@ -86,7 +60,10 @@ VImage decode(std::string file, const std::string& name, long long most_pixels) 
         throw Error(name + ": its pixels take more than " + std::to_string(kMostBytes / 1000000) + " MB");
     if (jpegScans(bytes) > kMostScans)
         throw Error(name + ": a JPEG of more than " + std::to_string(kMostScans) + " scans");
-    return image.copy_memory().autorot();
+    VImage pixels_read = image.copy_memory();
+    if (pixels_read.get_typeof(VIPS_META_ORIENTATION) == 0)
+        pixels_read.set(VIPS_META_ORIENTATION, orientation);
+    return pixels_read.autorot();
 }
 
 /// Runs `read`, turning libvips' errors into one line about the file.
@@ -121,6 +98,30 @@ double colourfulness(const VImage& rgb) {
 // Lossy coding leaves gray pictures off by a step or two; a photo or a colour-mapped depth is off by dozens.
 constexpr double kMostGrayColourfulness = 4.0;
 
+/// 255 where `alpha` is at least half opaque, 0 elsewhere; empty where that is nowhere.
+GrayImage opaquePart(const VImage& alpha, double full) {
+    const VImage opaque = alpha >= full / 2.0;
+    return opaque.min() > 0.0 ? GrayImage() : fromVips<uint8_t, 1>(opaque);
+}
+
+/// Both in one.
+void addUnknown(const GrayImage& known, GrayImage* to) {
+    if (to->samples.empty()) *to = known;
+    for (size_t i = 0; i < known.samples.size(); ++i) to->samples[i] &= known.samples[i];
+}
+
+/// The levels of a colour-mapped depth map, or nothing where `rgb` is another colour picture.
+std::optional<DepthMap> readColourMapped(const VImage& rgb) {
+    const RgbImage picture = fromVips<uint8_t, 3>(rgb);
+    const std::vector<ColourMap> maps = colour_map::known();
+    const ColourMap* map = recogniseColourMap(picture, maps);
+    if (map == nullptr) return std::nullopt;
+    DepthMap depth;
+    depth.colour_map = map->name;
+    depth.plane = positionsOnColourMap(picture, *map, &depth.known);
+    return depth;
+}
+
 template <typename Picture>
 void writePicture(const Picture& image, const std::string& path) {
     PendingOutput output(path);
@@ -136,9 +137,38 @@ void writePicture(const Picture& image, const std::string& path) {
 
 }  // namespace
 
-RgbImage decodePhoto(std::string bytes, const std::string& name, long long most_pixels) {
+std::string readPictureFile(const std::string& path) {
+    const auto fail = [&path] {
+        // A signal ends a wait for a pipe's other end.
+        throwIfCancelled();
+        throw Error(path + ": " + std::strerror(errno));
+    };
+    const auto too_large = [&path] {
+        return Error(path + ": the file is too large; at most " + std::to_string(kMostBytes / 1000000) +
+                     " MB are read");
+    };
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (file == nullptr) fail();
+    struct stat about = {};
+    if (fstat(fileno(file.get()), &about) == 0 && about.st_size > kMostBytes) throw too_large();
+    std::string bytes;
+    if (S_ISREG(about.st_mode)) bytes.reserve(static_cast<size_t>(about.st_size));
+    char chunk[1 << 16];
+    while (const size_t got = std::fread(chunk, 1, sizeof chunk, file.get())) {
+        throwIfCancelled();
+        bytes.append(chunk, got);
+        // Other files may be endless.
+        if (bytes.size() == got) requirePicture(bytes, path);
+        if (static_cast<long long>(bytes.size()) > kMostBytes) throw too_large();
+    }
+    if (std::ferror(file.get())) fail();
+    if (bytes.empty()) throw Error(path + ": the file is empty");
+    return bytes;
+}
+
+RgbImage decodePhoto(std::string bytes, const std::string& name, long long most_pixels, int orientation) {
     return reading(name, [&] {
-        VImage image = toSrgb(decode(std::move(bytes), name, most_pixels));
+        VImage image = toSrgb(decode(std::move(bytes), name, most_pixels, orientation));
         if (image.has_alpha()) image = image.flatten(VImage::option()->set("background", 255.0));
         if (image.bands() < 3) {
             const VImage gray = image.extract_band(0);
@@ -148,25 +178,33 @@ RgbImage decodePhoto(std::string bytes, const std::string& name, long long most_
     });
 }
 
-DepthMap decodeDepthMap(std::string bytes, const std::string& name, long long most_pixels) {
+DepthMap decodeDepthMap(std::string bytes, const std::string& name, long long most_pixels, int orientation) {
     return reading(name, [&] {
-        const VImage image = decode(std::move(bytes), name, most_pixels);
+        const VImage image = decode(std::move(bytes), name, most_pixels, orientation);
         const VipsBandFormat format = image.format();
         if (format != VIPS_FORMAT_UCHAR && format != VIPS_FORMAT_USHORT)
             throw Error(name + ": a depth map has samples of 8 or 16 bit, this picture has others");
         const bool deep = format == VIPS_FORMAT_USHORT;
+        const bool cmyk = image.interpretation() == VIPS_INTERPRETATION_CMYK;
+        const bool has_alpha = !cmyk && (image.bands() == 2 || image.bands() == 4);
+        const double full = deep ? 65535.0 : 255.0;
 
+        DepthMap depth;
+        if (has_alpha) depth.known = opaquePart(image.extract_band(image.bands() - 1), full);
         VImage gray = image.extract_band(0);
         if (image.bands() >= 3) {
             const VImage rgb = image.extract_band(0, VImage::option()->set("n", 3));
-            if (image.interpretation() == VIPS_INTERPRETATION_CMYK ||
-                colourfulness(rgb) > kMostGrayColourfulness * (deep ? 257.0 : 1.0))
-                throw Error(name + ": a colour picture; a depth map is gray");
+            if (cmyk || colourfulness(rgb) > kMostGrayColourfulness * full / 255.0) {
+                std::optional<DepthMap> read;
+                if (!cmyk) read = readColourMapped(deep ? (rgb / 257.0).rint() : rgb);
+                if (!read) throw Error(name + ": a colour picture; a depth map is gray");
+                addUnknown(depth.known, &read->known);
+                return *std::move(read);
+            }
             // Luma weights undo what lossy coding did to the channels apart.
             gray = rgb.recomb(VImage::new_matrixv(3, 1, 0.299, 0.587, 0.114));
         }
 
-        DepthMap depth;
         depth.bits = deep ? 16 : 8;
         depth.plane = fromVips<float, 1>(gray);
         if (deep) {
@@ -181,8 +219,8 @@ DepthMap decodeDepthMap(std::string bytes, const std::string& name, long long mo
     });
 }
 
-RgbImage readPhoto(const std::string& path) { return decodePhoto(readFile(path), path); }
-DepthMap readDepthMap(const std::string& path) { return decodeDepthMap(readFile(path), path); }
+RgbImage readPhoto(const std::string& path) { return decodePhoto(readPictureFile(path), path); }
+DepthMap readDepthMap(const std::string& path) { return decodeDepthMap(readPictureFile(path), path); }
 
 void writePng(const RgbImage& image, const std::string& path) { writePicture(image, path); }
 void writePng(const RgbaImage& image, const std::string& path) { writePicture(image, path); }

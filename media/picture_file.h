@@ -18,6 +18,11 @@ constexpr long long kMostBytes = kMostPixels * 8;
 struct DepthMap {
     int bits = 8;  ///< of the file: 8 or 16
     Image<float, 1> plane;
+    /// 255 where there is a depth, 0 where an alpha channel, or a colour that its colour map lacks, says that
+    /// there is none; of the plane's size, or empty where there is a depth everywhere.
+    GrayImage known;
+    /// The colour map that the levels were read back through, such as "turbo"; empty for gray pictures.
+    std::string colour_map;
 };
 
 /// Reads a photo: JPEG, PNG, WebP, HEIC, AVIF or TIFF, of 8 or 16 bit, gray, RGB or CMYK. The Exif
@@ -25,15 +30,22 @@ struct DepthMap {
 /// also for a picture that ends early, and "interrupted" after a signal.
 RgbImage readPhoto(const std::string& path);
 
-/// Reads a depth map from a gray picture (RGB will do where all channels agree) of 8 or 16 bit, larger =
-/// nearer. 16-bit samples are spread over the range they use. An alpha channel is ignored. Throws Error
+/// Reads a depth map of 8 or 16 bit, larger = nearer, from a gray picture (RGB will do where all channels
+/// agree) or from one in a known colour map: jet, turbo, viridis, plasma, inferno, magma or hot. 16-bit gray
+/// samples are spread over the range they use. What is less than half opaque is not `known`. Throws Error
 /// like readPhoto.
 DepthMap readDepthMap(const std::string& path);
 
-// The same from a file's bytes; messages call them `name`.
+/// The bytes of a picture's file. Throws Error, also for what is no picture.
+std::string readPictureFile(const std::string& path);
 
-RgbImage decodePhoto(std::string bytes, const std::string& name, long long most_pixels = kMostPixels);
-DepthMap decodeDepthMap(std::string bytes, const std::string& name, long long most_pixels = kMostPixels);
+// The same from a file's bytes; messages call them `name`. Pictures that say nothing of their orientation are
+// turned by `orientation`, one of Exif's codes.
+
+RgbImage decodePhoto(std::string bytes, const std::string& name, long long most_pixels = kMostPixels,
+                     int orientation = 1);
+DepthMap decodeDepthMap(std::string bytes, const std::string& name, long long most_pixels = kMostPixels,
+                        int orientation = 1);
 
 /// Writes a PNG file, whole or not at all. Throws Error.
 void writePng(const RgbImage& image, const std::string& path);

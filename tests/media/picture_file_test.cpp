@@ -7,6 +7,7 @@
 #include <vips/vips8>
 
 #include "media/error.h"
+#include "media/sample_scene.h"
 #include "media/vips.h"
 #include "support/temporary_folder.h"
 
@@ -358,16 +359,97 @@ TEST_F(PictureFile, DepthStoredAsRgbIsGray) {
     EXPECT_NEAR(depth.plane.samples[1], 9, 0.01);
 }
 
-TEST_F(PictureFile, DepthsAlphaIsIgnored) {
-    const auto la = image<uint8_t>(2, 1, 2, {80, 255, 120, 0}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W);
-    EXPECT_THAT(readDepthMap(saved(la, "la.png")).plane.samples, ElementsAre(80.0f, 120.0f));
-    const auto rgba = image<uint8_t>(1, 1, 4, {60, 60, 60, 0}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
-    EXPECT_NEAR(readDepthMap(saved(rgba, "rgba.png")).plane.samples[0], 60, 0.01);
+TEST_F(PictureFile, DepthsAlphaSaysWhatIsKnown) {
+    const auto la = image<uint8_t>(4, 1, 2, {80, 255, 120, 0, 90, 127, 7, 128}, VIPS_FORMAT_UCHAR,
+                                   VIPS_INTERPRETATION_B_W);
+    const DepthMap gray = readDepthMap(saved(la, "la.png"));
+    EXPECT_THAT(gray.plane.samples, ElementsAre(80.0f, 120.0f, 90.0f, 7.0f));
+    EXPECT_THAT(gray.known.samples, ElementsAre(255, 0, 0, 255));
+    const auto rgba = image<uint8_t>(2, 1, 4, {60, 60, 60, 0, 61, 61, 61, 255}, VIPS_FORMAT_UCHAR,
+                                     VIPS_INTERPRETATION_sRGB);
+    const DepthMap colour = readDepthMap(saved(rgba, "rgba.png"));
+    EXPECT_NEAR(colour.plane.samples[0], 60, 0.01);
+    EXPECT_THAT(colour.known.samples, ElementsAre(0, 255));
+    const auto deep =
+        image<uint16_t>(2, 1, 2, {1000, 65535, 2000, 32000}, VIPS_FORMAT_USHORT, VIPS_INTERPRETATION_GREY16);
+    EXPECT_THAT(readDepthMap(saved(deep, "deep.png")).known.samples, ElementsAre(255, 0));
+}
+
+TEST_F(PictureFile, OpaqueDepthIsKnownEverywhere) {
+    const auto la = image<uint8_t>(2, 1, 2, {80, 255, 120, 255}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W);
+    EXPECT_THAT(readDepthMap(saved(la, "la.png")).known.samples, testing::IsEmpty());
+    const auto gray = image<uint8_t>(2, 1, 1, {0, 255}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W);
+    EXPECT_THAT(readDepthMap(saved(gray, "g.png")).known.samples, testing::IsEmpty());
+}
+
+/// Values that colour maps give to 0, 64, 128, 192 and 255, from the tables that their makers publish.
+struct PublishedColours {
+    const char* name;
+    std::vector<uint8_t> rgb;
+    double tolerance;  ///< in levels; programs place hot's colours differently
+};
+const std::vector<PublishedColours>& publishedColours() {
+    static const std::vector<PublishedColours> all = {
+        {"jet", {0, 0, 128, 0, 128, 255, 130, 255, 126, 255, 124, 0, 128, 0, 0}, 1},
+        {"turbo", {48, 18, 59, 40, 188, 235, 164, 252, 60, 251, 126, 33, 122, 4, 3}, 2},
+        {"viridis", {68, 1, 84, 59, 82, 139, 33, 145, 140, 94, 201, 98, 253, 231, 37}, 3},
+        {"plasma", {13, 8, 135, 126, 3, 168, 204, 71, 120, 248, 149, 64, 240, 249, 33}, 3},
+        {"inferno", {0, 0, 4, 87, 16, 110, 188, 55, 84, 249, 142, 9, 252, 255, 164}, 4},
+        {"magma", {0, 0, 4, 81, 18, 124, 183, 55, 121, 252, 137, 97, 252, 253, 191}, 4},
+        {"hot", {0, 0, 0, 160, 0, 0, 255, 65, 0, 255, 225, 0, 255, 255, 255}, 14},
+    };
+    return all;
+}
+
+TEST_F(PictureFile, DepthInAKnownColourMapIsReadBack) {
+    for (const auto& [name, rgb, tolerance] : publishedColours()) {
+        SCOPED_TRACE(name);
+        const auto colours = image<uint8_t>(5, 1, 3, rgb, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+        const std::string path = saved(colours, "c.png");
+        const DepthMap depth = readDepthMap(path);
+        EXPECT_EQ(depth.colour_map, name);
+        ASSERT_EQ(depth.plane.samples.size(), 5u);
+        for (size_t i = 0; i < 5; ++i)
+            EXPECT_NEAR(depth.plane.samples[i], std::min(64.0 * static_cast<double>(i), 255.0), tolerance);
+        EXPECT_THAT(depth.known.samples, testing::IsEmpty());
+        // Lossily coded too, in blocks that keep their colours.
+        const VImage blocks = colours.resize(64, VImage::option()->set("kernel", VIPS_KERNEL_NEAREST));
+        const DepthMap lossy = readDepthMap(saved(blocks, "c.jpg"));
+        EXPECT_EQ(lossy.colour_map, name);
+        for (size_t i = 0; i < 5; ++i)
+            EXPECT_NEAR(lossy.plane.samples[i * 64 + 32], std::min(64.0 * static_cast<double>(i), 255.0),
+                        tolerance + 3);
+    }
+}
+
+TEST_F(PictureFile, ColoursOffTheColourMapAreNotKnown) {
+    // Black where there is no depth, as jet has no black; and what is transparent.
+    std::vector<uint8_t> rgba;
+    const std::vector<uint8_t>& jet = publishedColours()[0].rgb;
+    for (size_t i = 0; i < 5; ++i)
+        rgba.insert(rgba.end(), {jet[3 * i], jet[3 * i + 1], jet[3 * i + 2], uint8_t(i == 3 ? 0 : 255)});
+    rgba.insert(rgba.end(), {0, 0, 0, 255});
+    const DepthMap depth = readDepthMap(
+        saved(image<uint8_t>(6, 1, 4, rgba, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB), "c.png"));
+    EXPECT_EQ(depth.colour_map, "jet");
+    EXPECT_THAT(depth.known.samples, ElementsAre(255, 255, 255, 0, 255, 0));
+}
+
+TEST_F(PictureFile, GrayDepthHasNoColourMap) {
+    const auto rgb =
+        image<uint8_t>(2, 1, 3, {80, 80, 80, 9, 9, 9}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+    EXPECT_EQ(readDepthMap(saved(rgb, "d.png")).colour_map, "");
 }
 
 TEST_F(PictureFile, ColourPictureIsNoDepthMap) {
     const std::string path = saved(sixPixels(), "photo.png");
     EXPECT_EQ(refusal([&] { readDepthMap(path); }), path + ": a colour picture; a depth map is gray");
+    writePng(makeSampleScene(320, 240).photo, folder / "lake.png");
+    EXPECT_THAT(refusal([&] { readDepthMap(folder / "lake.png"); }), HasSubstr("a colour picture"));
+    // One colour of a map is no map.
+    const auto flat =
+        image<uint8_t>(2, 1, 3, {33, 145, 140, 34, 146, 140}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+    EXPECT_THAT(refusal([&] { readDepthMap(saved(flat, "flat.png")); }), HasSubstr("a colour picture"));
 }
 
 TEST_F(PictureFile, FloatSamplesAreNoDepthMap) {

@@ -1,0 +1,82 @@
+#include "embedded.h"
+
+#include <map>
+#include <utility>
+
+#include "bytes.h"
+#include "container.h"
+
+namespace quorvane::media {
+namespace {
+
+// Newer containers first: their files often hold the older ones too, for older readers.
+constexpr Container kContainers[] = {
+    {"Dynamic Depth 1.0", readDynamicDepth},
+    {"GContainer", readGContainer},
+    {"GDepth", readGDepth},
+    {"XDM 1.0", readXdm},
+    {"Apple HEIC", readAppleHeic},
+    {"Apple JPEG", readAppleJpeg},
+    {"Samsung SEF trailer", readSamsungTrailer},
+    {"Huawei edof trailer", readHuaweiTrailer},
+};
+
+/// Adds an image, unless it is known already: newer phones list the same one in several containers.
+void addImage(InnerImage image, std::map<std::string, size_t>* places, std::vector<InnerImage>* images) {
+    const auto [known, is_new] = places->emplace(image.where, images->size());
+    if (is_new) return images->push_back(std::move(image));
+    InnerImage& first = (*images)[known->second];
+    if (first.role == ImageRole::kOther) first.role = image.role;
+}
+
+}  // namespace
+
+PhotoFile openPhoto(std::string_view bytes, std::vector<std::string>* remarks) {
+    PhotoFile file = {bytes, walkJpeg(bytes), {}};
+    if (file.jpeg) file.xmp = xmpOf(*file.jpeg, remarks);
+    return file;
+}
+
+Contents lookInside(std::string_view bytes) {
+    Contents contents;
+    const std::string_view mime = mimeOf(bytes);
+    if (startsWith(mime, "image/")) contents.file_kind = formatName(mime);
+    const PhotoFile file = openPhoto(bytes, &contents.remarks);
+    if (file.jpeg) contents.orientation = exifOrientation(*file.jpeg);
+    InnerImage photo;
+    photo.role = ImageRole::kPhoto;
+    photo.where = contents.file_kind;
+    photo.mime = mime;
+    photo.bytes = file.jpeg ? file.jpeg->end : bytes.size();
+    if (!contents.file_kind.empty()) contents.images.push_back(photo);
+
+    std::map<std::string, size_t> places;
+    for (const Container& container : kContainers) {
+        Contents found;
+        found.orientation = contents.orientation;
+        container.read(file, &found);
+        for (InnerImage& image : found.images) addImage(std::move(image), &places, &contents.images);
+        for (std::string& remark : found.remarks)
+            contents.remarks.push_back(std::string(container.name) + ": " + std::move(remark));
+        if (!found.depth) continue;
+        if (contents.depth) {
+            if (found.depth->bytes != contents.depth->bytes)
+                contents.remarks.push_back(std::string(container.name) +
+                                           ": not used, its depth is not that of " +
+                                           contents.depth->container);
+            continue;
+        }
+        found.depth->container = container.name;
+        contents.depth = std::move(found.depth);
+        contents.original = std::move(found.original);
+    }
+    return contents;
+}
+
+std::vector<std::string> knownContainers() {
+    std::vector<std::string> names;
+    for (const Container& container : kContainers) names.push_back(container.name);
+    return names;
+}
+
+}  // namespace quorvane::media
