@@ -1,29 +1,35 @@
 #include <CLI/CLI.hpp>
-#include <cctype>
 #include <cstdio>
 #include <map>
 #include <new>
 
 #include "arguments.h"
 #include "commands.h"
+#include "input_options.h"
 #include "media/cancel.h"
 #include "media/error.h"
 #include "quorvane/host/ParallaxView.h"
 #include "standard_streams.h"
+#include "text.h"
 
 namespace {
 
 using namespace quorvane::app;
 
 constexpr char kExamples[] = R"(Examples:
+  quorvane render portrait.jpg -o sway.mp4             # a phone's photo with depth inside
   quorvane render photo.jpg depth.png -o sway.mp4
+  quorvane render photo.jpg --depth-cmd 'estimate {in} {out}' -o sway.mp4
   quorvane render photo.jpg depth.png -o loop.gif --size 480x360 --motion circle --frames 60
   quorvane render photo.jpg depth.png -o left.png --at -1,0
   quorvane render photo.jpg depth.png -o frames/ --set fov_scale=0.9
   quorvane stages photo.jpg depth.png -o stages.png
+  quorvane inspect portrait.jpg
+  quorvane extract portrait.heic -o depth.png --photo unblurred.jpg
   quorvane sample photo.png depth.png
 
-Depth maps are gray pictures, larger = nearer (--invert-depth for the others).
+Depth maps are gray pictures, larger = nearer (--invert-depth for the others). Without one, the depth
+inside the photo's file is used, else a file beside it called NAME_depth.*, NAME-depth.* or depth/NAME.*.
 Exit code: 0 done, 1 failed or interrupted, 2 wrong usage.)";
 
 /// The parameters that --set takes.
@@ -39,10 +45,7 @@ std::string parameterTable() {
 }
 
 void addViewOptions(CLI::App* command, ViewOptions* options) {
-    command->add_option("PHOTO", options->photo, "JPEG, PNG, WebP, HEIC, AVIF or TIFF")->required();
-    command->add_option("DEPTH", options->depth, "gray picture of 8 or 16 bit, any size, larger = nearer")
-        ->required();
-    command->add_flag("--invert-depth", options->invert_depth, "the depth map's larger values are farther");
+    addInputOptions(command, &options->input);
     command
         ->add_option("--orientation", options->orientation,
                      "tuned set: 4 and 7 the first, other codes the second, which turns about a point behind "
@@ -61,7 +64,7 @@ void addViewOptions(CLI::App* command, ViewOptions* options) {
         ->type_name("FILE");
     command->add_flag("-v,--verbose", options->verbosity,
                       "say what was chosen; twice: the renderer's log too");
-    command->add_flag("-q,--quiet", options->quiet, "no progress bar");
+    command->add_flag("-q,--quiet", options->quiet, "no progress bar, and no lines about the depth map");
     command->footer(parameterTable());
 }
 
@@ -122,6 +125,34 @@ int run(int argc, char** argv) {
     addViewOptions(stages_command, &stages_options);
     stages_command->add_option("-o,--out", sheet, "the sheet, a .png file")->required();
 
+    InspectOptions inspect_options;
+    CLI::App* inspect_command =
+        app.add_subcommand("inspect", "what a photo's file holds, and what would be made of it");
+    addInputOptions(inspect_command, &inspect_options.input);
+    inspect_command->add_flag("--json", inspect_options.json, "for programs");
+    inspect_command->add_option("-o,--out", inspect_options.sheet,
+                                "also write the stages, as the stages command does, to a .png file");
+
+    ExtractOptions extract_options;
+    CLI::App* extract_command =
+        app.add_subcommand("extract", "write the depth inside a photo to a file of its own");
+    extract_command->add_option("PHOTO", extract_options.file, "a photo with depth inside")->required();
+    extract_command
+        ->add_option(
+            "-o,--out", extract_options.depth,
+            "a gray .png: upright, larger = nearer; of 16 bit where the photo's file has more than 8 "
+            "or measures distances, which are spread over the range they use")
+        ->required();
+    extract_command
+        ->add_option("--photo", extract_options.photo,
+                     "also write the unblurred photo inside to FILE, its bytes as they are; where "
+                     "there is none, the photo itself: of a JPEG without what is appended to it, "
+                     "else the whole file")
+        ->type_name("FILE");
+    extract_command->add_flag("--raw", extract_options.raw,
+                              "write the depth's bytes as they are in the photo's file: a picture file, or "
+                              "bare samples, whose size is told");
+
     CLI::App* info_command = app.add_subcommand("info", "version, graphics driver and its limits");
 
     std::string sample_photo, sample_depth, sample_size;
@@ -148,15 +179,14 @@ int run(int argc, char** argv) {
     quorvane::media::catchSignals();
     if (render_command->parsed()) render(render_options);
     if (stages_command->parsed()) stages(stages_options, sheet);
+    if (inspect_command->parsed()) inspect(inspect_options);
+    if (extract_command->parsed()) extract(extract_options);
     if (sample_command->parsed()) sample(sample_photo, sample_depth, sample_size);
     return 0;
 }
 
-/// One line, whatever a file's name or a library's message holds.
-void complain(std::string message) {
-    for (char& c : message)
-        if (std::iscntrl(static_cast<unsigned char>(c))) c = '?';
-    std::fprintf(stderr, "quorvane: %s\n", message.c_str());
+void complain(const std::string& message) {
+    std::fprintf(stderr, "quorvane: %s\n", printable(message).c_str());
 }
 
 }  // namespace

@@ -7,8 +7,10 @@
 
 #include "arguments.h"
 #include "commands.h"
+#include "depth_source.h"
 #include "frame_queue.h"
 #include "frame_reader.h"
+#include "input_guard.h"
 #include "media/cancel.h"
 #include "media/clip_writer.h"
 #include "progress.h"
@@ -79,12 +81,19 @@ void render(const RenderOptions& options) {
     const bool even = kind == OutputKind::kMp4;
     const Position centre = options.at.empty() ? Position{} : parsePosition(options.at);
     if (!options.size.empty() && options.size != "photo") chooseSize(options, {}, even);
-    refuseInputAsOutput(options.view, options.out);
-    if (kind == OutputKind::kFolder) refuseInputAsFrame(options.view, options.out);
+    const auto keep = [&](const std::vector<std::string>& inputs) {
+        refuseInputAsOutput(inputs, {options.out, options.view.timings});
+        if (kind == OutputKind::kFolder) refuseInputAsFrame(inputs, options.out);
+    };
+    const InputOptions& asked = options.view.input;
+    keep({asked.photo, asked.depth});
 
     StageTimes times;
+    DepthSource source = times.measure(Stage::kDecode, [&] { return findDepth(asked); });
+    keep({source.depth});
     StandardOutputTo timings(options.view.timings);
-    Input input = times.measure(Stage::kDecode, [&] { return readInput(options.view); });
+    Input input = times.measure(Stage::kDecode, [&] { return readInput(options.view, source); });
+    source = {};
     media::throwIfCancelled();
     const Size size = chooseSize(options, {input.photo.width, input.photo.height}, even);
     media::ClipFormat format;

@@ -1,10 +1,8 @@
 #include <unistd.h>
 
-#include <filesystem>
-#include <system_error>
-
 #include "arguments.h"
 #include "commands.h"
+#include "input_guard.h"
 #include "media/cancel.h"
 #include "media/pending_output.h"
 #include "media/picture_file.h"
@@ -17,19 +15,13 @@ constexpr media::Size kDefaultSize = {1600, 1200};
 constexpr int kSmallest = 64;
 constexpr int kLargest = 8192;
 
-/// The one name of a file, there or not, whatever links and dots lead to it.
-std::filesystem::path realPlace(const std::string& path) {
-    std::error_code ignored;
-    return std::filesystem::weakly_canonical(std::filesystem::absolute(media::placeOf(path)), ignored);
-}
-
 }  // namespace
 
 void sample(const std::string& photo, const std::string& depth, const std::string& size_text) {
     for (const std::string& path : {photo, depth})
         if (parseOutput(path) != media::OutputKind::kStill)
             throw UsageError(path + ": the sample's two files are .png");
-    if (realPlace(photo) == realPlace(depth)) throw UsageError(photo + ": photo and depth map are two files");
+    refuseSameOutput(photo, depth);
     const media::Size size = size_text.empty() ? kDefaultSize : parseSize(size_text);
     if (size.width < kSmallest || size.height < kSmallest || size.width > kLargest || size.height > kLargest)
         throw UsageError("--size " + size_text + ": the sample's sides are 64 to 8192 pixels");

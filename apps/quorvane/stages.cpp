@@ -1,5 +1,8 @@
+#include "stages.h"
+
 #include "arguments.h"
 #include "commands.h"
+#include "input_guard.h"
 #include "media/cancel.h"
 #include "media/pending_output.h"
 #include "media/sheet.h"
@@ -17,15 +20,7 @@ constexpr int kLongestSide = 960;
 
 }  // namespace
 
-void stages(const ViewOptions& options, const std::string& out) {
-    if (parseOutput(out) != media::OutputKind::kStill)
-        throw UsageError("-o " + out + ": the sheet is a .png file");
-    refuseInputAsOutput(options, out);
-    // Asked before any work is done.
-    { const media::PendingOutput place(out); }
-
-    StandardOutputTo timings(options.timings);
-    Input input = readInput(options);
+media::RgbImage stagesSheet(const ViewOptions& options, Input input) {
     const media::GrayImage given =
         media::toBytes(input.depth.plane, {input.depth.plane.width, input.depth.plane.height});
     const media::RgbImage photo = input.photo;
@@ -49,8 +44,21 @@ void stages(const ViewOptions& options, const std::string& out) {
         {"at rest", picture(0.0)},
         {"from the right", picture(1.0)},
     };
+    return media::contactSheet(panels, kColumns, kPanelWidth);
+}
+
+void stages(const ViewOptions& options, const std::string& out) {
+    if (parseOutput(out) != media::OutputKind::kStill)
+        throw UsageError("-o " + out + ": the sheet is a .png file");
+    refuseInputAsOutput({options.input.photo, options.input.depth}, {out, options.timings});
+    // Asked before any work is done.
+    { const media::PendingOutput place(out); }
+
+    const DepthSource source = findDepth(options.input);
+    refuseInputAsOutput({source.depth}, {out, options.timings});
+    StandardOutputTo timings(options.timings);
+    const media::RgbImage sheet = stagesSheet(options, readInput(options, source));
     timings.require();
-    const media::RgbImage sheet = media::contactSheet(panels, kColumns, kPanelWidth);
     media::throwIfCancelled();
     media::writePng(sheet, out);
 }

@@ -5,13 +5,9 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
-#include <system_error>
+#include <utility>
 
-#include "media/cancel.h"
-#include "media/clip_writer.h"
 #include "media/error.h"
-#include "standard_streams.h"
 
 namespace quorvane::app {
 namespace {
@@ -31,43 +27,20 @@ media::GrayImage plane(const void* bytes, int width, int height) {
 
 }  // namespace
 
-void refuseInputAsOutput(const ViewOptions& options, const std::string& out) {
-    for (const std::string& input : {options.photo, options.depth})
-        for (const std::string& output : {out, options.timings}) {
-            std::error_code ignored;
-            if (std::filesystem::equivalent(input, output, ignored))
-                throw media::Error(output + ": is an input; write somewhere else");
-        }
-}
-
-void refuseInputAsFrame(const ViewOptions& options, const std::string& out) {
-    namespace fs = std::filesystem;
-    for (const std::string& input : {options.photo, options.depth}) {
-        std::error_code ignored;
-        const fs::path file = fs::canonical(input, ignored);
-        if (media::isFrameName(file.filename().string()) && fs::equivalent(file.parent_path(), out, ignored))
-            throw media::Error(out + ": holds the input " + input +
-                               " among its frames; write somewhere else");
-    }
-}
-
-Input readInput(const ViewOptions& options) {
-    Input input = [&options]() -> Input {
-        const StandardErrorNowhere silence;
-        const media::EndingAtOnce decoding(silence.descriptor(), "quorvane: interrupted\n");
-        return {media::readPhoto(options.photo), media::readDepthMap(options.depth)};
-    }();
-    if (options.invert_depth)
-        for (float& sample : input.depth.plane.samples) sample = 255.0f - sample;
-    if (options.verbosity > 0) {
-        std::fprintf(stderr, "photo    %s: %d x %d\n", options.photo.c_str(), input.photo.width,
-                     input.photo.height);
-        std::fprintf(stderr, "depth    %s: %d x %d, %d bit%s%s\n", options.depth.c_str(),
-                     input.depth.plane.width, input.depth.plane.height, input.depth.bits,
-                     input.depth.bits == 16 ? " spread over its used range" : "",
-                     options.invert_depth ? ", inverted" : "");
-    }
-    return input;
+FitPlan planFit(Size photo, Size depth, Size picture, int largest_texture) {
+    FitPlan plan;
+    const Size part = media::croppedSize(photo, picture);
+    // Less than a pixel of the picture is the aspect's rounding, not another aspect.
+    plan.cut = int64_t{photo.width - part.width} * picture.width > photo.width ||
+               int64_t{photo.height - part.height} * picture.height > photo.height;
+    const auto share = [](int some, int whole, int length) {
+        return std::max(1, static_cast<int>(static_cast<int64_t>(length) * some / whole));
+    };
+    plan.photo = plan.cut ? part : photo;
+    plan.depth = {share(plan.photo.width, photo.width, depth.width),
+                  share(plan.photo.height, photo.height, depth.height)};
+    plan.fit = media::fitSizes(plan.photo, plan.depth, largest_texture);
+    return plan;
 }
 
 View::View(const ViewOptions& options, Size picture, int supersample, int outputs)
@@ -89,32 +62,21 @@ void View::say(const char* format, Values... values) const {
 }
 
 FittedInput View::fit(Input input) const {
-    const Size photo_size = {input.photo.width, input.photo.height};
-    const Size photo_part = media::croppedSize(photo_size, m_picture);
-    // Less than a pixel of the picture is the aspect's rounding, not another aspect.
-    const bool cut = int64_t{photo_size.width - photo_part.width} * m_picture.width > photo_size.width ||
-                     int64_t{photo_size.height - photo_part.height} * m_picture.height > photo_size.height;
-    if (cut) {
-        const Size depth_size = {input.depth.plane.width, input.depth.plane.height};
-        const auto share = [](int part, int whole, int length) {
-            return std::max(1, static_cast<int>(static_cast<int64_t>(length) * part / whole));
-        };
-        input.photo = media::crop(input.photo, photo_part);
-        input.depth.plane =
-            media::crop(input.depth.plane, {share(photo_part.width, photo_size.width, depth_size.width),
-                                            share(photo_part.height, photo_size.height, depth_size.height)});
-        say("cut      the middle %d x %d of the photo, for the picture's aspect\n", photo_part.width,
-            photo_part.height);
-    }
-
     GLint largest_texture = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest_texture);
-    const Size depth_size = {input.depth.plane.width, input.depth.plane.height};
-    const media::Fit fit =
-        media::fitSizes({input.photo.width, input.photo.height}, depth_size, largest_texture);
+    const FitPlan plan =
+        planFit({input.photo.width, input.photo.height}, {input.depth.plane.width, input.depth.plane.height},
+                m_picture, largest_texture);
+    if (plan.cut) {
+        input.photo = media::crop(input.photo, plan.photo);
+        input.depth.plane = media::crop(input.depth.plane, plan.depth);
+        say("cut      the middle %d x %d of the photo, for the picture's aspect\n", plan.photo.width,
+            plan.photo.height);
+    }
+    const media::Fit& fit = plan.fit;
     say("fitted   photo %d x %d%s, depth %d x %d%s, %d photo pixels a cell\n", fit.photo.width,
-        fit.photo.height, fit.photo == Size{input.photo.width, input.photo.height} ? "" : " (resampled)",
-        fit.depth.width, fit.depth.height, fit.depth == depth_size ? "" : " (scaled)", fit.ratio);
+        fit.photo.height, fit.photo == plan.photo ? "" : " (resampled)", fit.depth.width, fit.depth.height,
+        fit.depth == plan.depth ? "" : " (scaled)", fit.ratio);
     return {media::resample(std::move(input.photo), fit.photo), media::toBytes(input.depth.plane, fit.depth)};
 }
 

@@ -4,20 +4,14 @@
 #include <memory>
 
 #include "commands.h"
+#include "depth_source.h"
 #include "media/fit.h"
 #include "media/image.h"
-#include "media/picture_file.h"
 #include "motion.h"
 #include "quorvane/host/OffscreenContext.h"
 #include "quorvane/host/ParallaxView.h"
 
 namespace quorvane::app {
-
-/// Both images as their files hold them.
-struct Input {
-    media::RgbImage photo;
-    media::DepthMap depth;  ///< larger = nearer
-};
 
 /// Both images as the renderer takes them together.
 struct FittedInput {
@@ -25,15 +19,15 @@ struct FittedInput {
     media::GrayImage depth;
 };
 
-/// Throws media::Error where `out` or the timings file would overwrite the photo or the depth map.
-void refuseInputAsOutput(const ViewOptions& options, const std::string& out);
+/// What of both images is used for a picture, and the sizes that it is brought to.
+struct FitPlan {
+    bool cut = false;   ///< the picture has another aspect, and shows the middle only
+    media::Size photo;  ///< pixels used, of the middle
+    media::Size depth;  ///< the same part of the depth map
+    media::Fit fit;
+};
 
-/// Throws media::Error where the photo or the depth map lies in the folder `out` under a frame's name, which
-/// would be replaced.
-void refuseInputAsFrame(const ViewOptions& options, const std::string& out);
-
-/// A signal meanwhile ends the process. Throws media::Error.
-Input readInput(const ViewOptions& options);
+FitPlan planFit(media::Size photo, media::Size depth, media::Size picture, int largest_texture);
 
 /// A view of a photo and its depth map, in an offscreen context of its own. Used in the order of its
 /// functions, all of which throw media::Error.

@@ -49,7 +49,8 @@ class Failure : public testing::Test {
 TEST_F(Failure, WrongUsageIsExitCode2) {
     expectRefused({}, 2, "subcommand");
     expectRefused({"paint"}, 2, "");
-    expectRefused({"render", photo}, 2, "DEPTH");
+    expectRefused({"render"}, 2, "PHOTO");
+    expectRefused({"render", photo}, 2, "--out");
     expectRefused({"render", photo, depth}, 2, "--out");
     expectRefused(render(folder / "a.png", {"--frames", "0"}), 2, "--frames");
     expectRefused(render(folder / "a.png", {"--fps", "1000"}), 2, "--fps");
