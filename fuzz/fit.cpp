@@ -1,4 +1,5 @@
-// Size fitting: every promise of media/fit.h, for all sizes from 1 to the largest int.
+// Size fitting: every promise of media/fit.h, for all sizes from 1 to the largest int, and of the bytes that
+// a small depth map becomes.
 
 #include "media/fit.h"
 
@@ -78,6 +79,29 @@ void checkCrop(Size image, Size wanted) {
              "a part has the wanted aspect");
 }
 
+void checkBytes(FuzzedDataProvider& data) {
+    Image<float, 1> plane(data.ConsumeIntegralInRange(1, 40), data.ConsumeIntegralInRange(1, 40));
+    const bool whole = data.ConsumeBool();
+    for (float& level : plane.samples)
+        level = whole ? data.ConsumeIntegral<uint8_t>() : data.ConsumeFloatingPointInRange(0.0f, 255.0f);
+    const Size own = {plane.width, plane.height};
+    const Size size = data.ConsumeBool()
+                          ? own
+                          : Size{data.ConsumeIntegralInRange(1, 200), data.ConsumeIntegralInRange(1, 200)};
+    const GrayImage bytes = toBytes(plane, size);
+    promised(bytes.width == size.width && bytes.height == size.height, "a depth map scales to any size");
+    const auto [low, high] = std::minmax_element(plane.samples.begin(), plane.samples.end());
+    // Scaling may leave a whole level a little off, but never by what would change it.
+    const float lowest = std::floor(*low), highest = std::ceil(*high);
+    for (const uint8_t byte : bytes.samples)
+        promised(byte >= lowest && byte <= highest, "levels stay within those of the plane");
+    if (size != own) return;
+    for (size_t i = 0; i < bytes.samples.size(); ++i) {
+        const float away = std::abs(bytes.samples[i] - plane.samples[i]);
+        promised(whole ? away == 0.0f : away < 1.0f, "at its own size a plane keeps its levels");
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
@@ -87,5 +111,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
     checkFit(photo, other, largest);
     checkPicture(photo, largest);
     checkCrop(photo, other);
+    checkBytes(data);
     return 0;
 }

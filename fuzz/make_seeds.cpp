@@ -10,9 +10,15 @@
 #include <vips/vips8>
 
 #include "media/error.h"
+#include "media/photo_file.h"
 #include "media/picture_file.h"
 #include "media/sample_scene.h"
 #include "media/vips.h"
+#include "support/photo_writers/apple_heic.h"
+#include "support/photo_writers/apple_jpeg.h"
+#include "support/photo_writers/pictures.h"
+#include "support/photo_writers/trailers.h"
+#include "support/photo_writers/xmp_depth.h"
 
 namespace {
 
@@ -74,7 +80,97 @@ VImage asDeep(const VImage& picture) {
             "interpretation", picture.bands() == 1 ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_RGB16));
 }
 
+/// Files with a depth inside, of every container, some of them broken.
+void writeContainers(const std::string& root) {
+    using namespace quorvane::test;
+    const RgbImage photo = somePhoto(32, 24);
+    const GrayImage plane = somePlane(16, 12);
+    const std::string jpeg = jpegFile(photo), png = pngFile(plane);
+
+    GDepthOptions inline_data, with_original, linear;
+    inline_data.extended = false;
+    inline_data.manner.elements = true;
+    with_original.original = with_original.confidence = jpeg;
+    with_original.piece = 300;
+    with_original.orientation = 6;
+    linear.terms.format = "RangeLinear";
+    linear.manner.prefix_suffix = "x";
+    writeTexts(root + "/gdepth", {gdepthFile(photo, plane), gdepthFile(photo, plane, inline_data),
+                                  gdepthFile(photo, plane, with_original), gdepthFile(photo, plane, linear)});
+
+    XdmOptions appended, elements;
+    appended.appended = true;
+    appended.original = jpeg;
+    elements.manner.elements = true;
+    elements.google_directory = elements.appended = true;
+    writeTexts(root + "/xdm",
+               {xdmFile(photo, plane), xdmFile(photo, plane, appended), xdmFile(photo, plane, elements)});
+
+    AppendedOptions all, broken;
+    all.original = all.gain_map = all.confidence = jpeg;
+    all.matte = png;
+    all.video = std::string(
+                    "\0\0\0\x18"
+                    "ftypmp42",
+                    12) +
+                std::string(12, '\0');
+    all.padding = 7;
+    all.orientation = 8;
+    broken.gap = "gap";
+    broken.behind = "behind";
+    broken.depth_length = "99999999999";
+    broken.manner.elements = true;
+    writeTexts(root + "/dynamicdepth", {dynamicDepthFile(photo, plane), dynamicDepthFile(photo, plane, all),
+                                        dynamicDepthFile(photo, plane, broken)});
+    writeTexts(root + "/gcontainer",
+               {gcontainerFile(photo, plane), gcontainerFile(photo, plane, all),
+                gcontainerFile(photo, plane, broken), twoDirectoriesFile(photo, plane, all, broken)});
+
+    AppleJpegOptions metres, others;
+    metres.native_format = "hdep";
+    metres.attributes = true;
+    others.matte_first = others.gain_map_first = true;
+    others.big_endian = false;
+    others.offset_error = 3;
+    writeTexts(root + "/applejpeg", {appleJpegFile(photo, plane), appleJpegFile(photo, plane, metres),
+                                     appleJpegFile(photo, plane, others)});
+
+    const RgbImage large_photo = somePhoto(128, 128);
+    const GrayImage large_plane = somePlane(128, 128);
+    AppleHeicOptions turned, avif;
+    turned.photo_turns = turned.depth_turns = 1;
+    turned.matte = turned.gain_map = true;
+    turned.range = AppleHeicOptions::Range{1, 0.5, 2.5, {}, {}};
+    avif.avif = true;
+    writeTexts(root + "/appleheic",
+               {appleHeicFile(large_photo, large_plane), appleHeicFile(large_photo, large_plane, turned),
+                appleHeicFile(large_photo, large_plane, avif)});
+
+    for (const int version : {1, 3, 4, 5, 6}) {
+        SamsungOptions options;
+        options.version = version;
+        if (version % 2 == 1) options.unblurred = jpeg;
+        options.reversed = version == 3;
+        std::filesystem::create_directories(root + "/samsungtrailer");
+        std::ofstream(root + "/samsungtrailer/" + std::to_string(version), std::ios::binary)
+            << samsungFile(jpeg, plane, options);
+    }
+
+    HuaweiOptions huawei_turned;
+    huawei_turned.orientation = 0x13;
+    huawei_turned.unblurred = jpeg;
+    writeTexts(root + "/huaweitrailer", {huaweiFile(jpeg, plane), huaweiFile(jpeg, plane, huawei_turned)});
+
+    // The last byte chooses the half.
+    const GrayImage beside = somePlane(32, 24);
+    writeTexts(root + "/sidebyside", {sideBySideFile(photo, beside, DepthHalf::kRight) + '\0',
+                                      sideBySideFile(photo, beside, DepthHalf::kLeft, 1) + '\1',
+                                      sideBySideFile(photo, beside, DepthHalf::kBelow, 1) + '\2',
+                                      sideBySideFile(photo, beside, DepthHalf::kAbove) + '\3'});
+}
+
 void makeSeeds(const std::string& root) {
+    writeContainers(root);
     writeTexts(root + "/properties",
                {"# tuned\nquorvane.para1=40\n\nquorvane.para12 = 0.81\r\n", "key=a=b\nnonsense\n=none\nlast",
                 "long=" + std::string(92, 'x') + "\n"});

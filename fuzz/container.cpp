@@ -1,0 +1,51 @@
+// A container of depth, CONTAINER by name: whatever the bytes, what is found decodes to levels from 0 to 255,
+// or there is one line.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "media/embedded/container.h"
+#include "media/error.h"
+#include "media/photo_file.h"
+#include "promise.h"
+
+using namespace quorvane;
+using fuzz::promised;
+
+namespace {
+
+// Larger pictures only cost time.
+constexpr long long kMostFuzzedPixels = 1'000'000;
+
+bool isOneLine(const std::string& text) { return !text.empty() && text.find('\n') == std::string::npos; }
+
+void checkDepth(const media::EmbeddedDepth& depth) {
+    promised(depth.orientation >= 1 && depth.orientation <= 8, "a depth has one of Exif's orientations");
+    try {
+        const media::DepthMap map = media::decodeDepth(depth, "photo", kMostFuzzedPixels);
+        promised(map.plane.width >= 1 && map.plane.height >= 1, "a depth map has pixels");
+        for (const float level : map.plane.samples)
+            promised(level >= 0.0f && level <= 255.0f, "levels from 0 to 255");
+    } catch (const media::Error& error) {
+        promised(isOneLine(error.what()), "a refusal is one line");
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string bytes(reinterpret_cast<const char*>(data), size);
+    media::Contents contents;
+    const media::PhotoFile file = media::openPhoto(bytes, &contents.remarks);
+    media::CONTAINER(file, &contents);
+    size_t held = 0;
+    for (const media::InnerImage& image : contents.images)
+        promised(!image.where.empty(), "an image is somewhere");
+    for (const std::string& remark : contents.remarks) promised(isOneLine(remark), "a remark is one line");
+    if (contents.original) held += contents.original->bytes.size();
+    if (contents.depth) held += contents.depth->bytes.size();
+    promised(held <= 3 * bytes.size(), "at most three times the file is kept");
+    if (contents.depth) checkDepth(*contents.depth);
+    return 0;
+}
