@@ -302,7 +302,10 @@ inline void finish(i32* sums, int rounding, uint8_t* out, uint8_t* out_below) {
         constexpr int kOutputs = kStrip<kRatio>;
         const u8 both = bytes(0);
         store<kOutputs>(out, both);
-        store<kOutputs>(out_below, kOutputs < kBytes ? slide<kOutputs>(both, both) : bytes(4));
+        if constexpr (kOutputs < kBytes)
+            store<kOutputs>(out_below, slide<kOutputs>(both, both));
+        else
+            store(out_below, bytes(4));
     }
 }
 
@@ -343,10 +346,9 @@ inline void fetch(const uint8_t* p) {
     for (int i = 0; i < kCount; i += 64) prefetch(p + i);
 }
 
-/// The strip of rows j and j + 1, of ratio 1 across of row j, whose samples start at column x.
+/// The strip of rows j and j + 1 whose samples start at column x.
 template <int kRatio, bool kRgb, typename Columns>
 void reduceStrip(const Reduction& r, const Columns& columns, int x, int rounding, int j, uint8_t* out) {
-    if constexpr (kRatio == 1) return reduceStrip1(r, columns, rounding, j, out);
     const Kernels down = kernelsFor(r.down);
     const int top = j * r.down - down.margin;
     const int rows = down.taps + r.down;
@@ -398,11 +400,16 @@ void reduce(const Reduction& r) {
             const int first = inside(i, r.out_width - kStrip<kRatio>);
             const int x = first * kRatio - kRatio / 2;
             uint8_t* out = r.out + static_cast<ptrdiff_t>(j) * r.out_width + first;
+            const auto reduce_strip = [&](const auto& columns) {
+                if constexpr (kRatio == 1)
+                    reduceStrip1(r, columns, rounding, j, out);
+                else
+                    reduceStrip<kRatio, kRgb>(r, columns, x, rounding, j, out);
+            };
             if (x >= kSlack<kRgb> && x + kSamples<kRatio> * kBytes <= limit - kSlack<kRgb>)
-                reduceStrip<kRatio, kRgb>(r, InnerColumns<kRgb>(x), x, rounding, j, out);
+                reduce_strip(InnerColumns<kRgb>(x));
             else
-                reduceStrip<kRatio, kRgb>(r, BorderColumns<kRgb, kSamples<kRatio> >(x, limit), x, rounding, j,
-                                          out);
+                reduce_strip(BorderColumns<kRgb, kSamples<kRatio> >(x, limit));
         }
     }
 }
