@@ -315,8 +315,8 @@ void Report::judge() {
 
     cost_outcomes.clear();
     for (const PixelCost& cost : costs) {
-        // What the C library rounds up to is not the renderer's, and the kernel counts pages in batches: 32 for
-        // each processor and kind of page.
+        // What the C library rounds up to is not the renderer's, and the kernel counts pages in batches: 32
+        // for each processor and kind of page.
         constexpr double kPages = 512 << 10;
         const double growth = std::max(0.0, cost.peak_bytes - kPages);
         cost_outcomes.push_back(atMost("growth <= 1 times the block", 1, growth / cost.block_bytes));

@@ -1,0 +1,20 @@
+package quorvane.sample;
+
+import android.app.Activity;
+import android.os.Bundle;
+import android.widget.Toast;
+import quorvane.parallax.ParallaxPhotoView;
+
+/** One screen: a photo that moves as the phone is tilted. */
+public final class MainActivity extends Activity {
+    @Override
+    protected void onCreate(Bundle savedInstanceState) {
+        super.onCreate(savedInstanceState);
+        ParallaxPhotoView view = new ParallaxPhotoView(this);
+        view.setContentDescription("a lake at dawn");
+        view.setOnErrorListener(
+                sentence -> Toast.makeText(this, sentence, Toast.LENGTH_LONG).show());
+        view.setAssets("photo.jpg", "depth.png");
+        setContentView(view);
+    }
+}

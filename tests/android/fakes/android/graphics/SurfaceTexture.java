@@ -1,0 +1,9 @@
+package android.graphics;
+
+public class SurfaceTexture {
+    public volatile boolean released;
+
+    public void release() {
+        released = true;
+    }
+}

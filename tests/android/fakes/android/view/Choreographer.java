@@ -1,0 +1,43 @@
+package android.view;
+
+import android.os.Handler;
+import android.os.Looper;
+import java.util.concurrent.RejectedExecutionException;
+import java.util.concurrent.TimeUnit;
+
+/** A frame every 2 ms. */
+public final class Choreographer {
+    private static final ThreadLocal<Choreographer> OWN =
+            ThreadLocal.withInitial(Choreographer::new);
+
+    private final Looper looper = Handler.current();
+    private FrameCallback pending;
+
+    public static Choreographer getInstance() {
+        return OWN.get();
+    }
+
+    public void postFrameCallback(FrameCallback callback) {
+        pending = callback;
+        try {
+            looper.queue.schedule(() -> frame(callback), 2, TimeUnit.MILLISECONDS);
+        } catch (RejectedExecutionException e) {
+            // The thread is ending.
+        }
+    }
+
+    public void removeFrameCallback(FrameCallback callback) {
+        pending = null;
+    }
+
+    private void frame(FrameCallback callback) {
+        if (pending == callback) {
+            pending = null;
+            callback.doFrame(System.nanoTime());
+        }
+    }
+
+    public interface FrameCallback {
+        void doFrame(long frameTimeNanos);
+    }
+}

@@ -1,0 +1,9 @@
+package android.view;
+
+public final class Display {
+    public static final int DEFAULT_DISPLAY = 0;
+
+    public int getRotation() {
+        return 1;
+    }
+}

@@ -1,0 +1,34 @@
+package android.view;
+
+import android.content.Context;
+import android.graphics.SurfaceTexture;
+import android.util.AttributeSet;
+
+/** Tells its listener nothing by itself: a test does. */
+public class TextureView extends View {
+    public TextureView(Context context, AttributeSet attributes) {
+        super(context, attributes);
+    }
+
+    public void setOpaque(boolean opaque) {}
+
+    public void setSurfaceTextureListener(SurfaceTextureListener listener) {}
+
+    public boolean isAvailable() {
+        return false;
+    }
+
+    public SurfaceTexture getSurfaceTexture() {
+        return null;
+    }
+
+    public interface SurfaceTextureListener {
+        void onSurfaceTextureAvailable(SurfaceTexture surface, int width, int height);
+
+        void onSurfaceTextureSizeChanged(SurfaceTexture surface, int width, int height);
+
+        boolean onSurfaceTextureDestroyed(SurfaceTexture surface);
+
+        void onSurfaceTextureUpdated(SurfaceTexture surface);
+    }
+}

@@ -1,0 +1,40 @@
+package android.graphics;
+
+import java.nio.Buffer;
+
+public final class Bitmap {
+    public static Bitmap createBitmap(Bitmap source, int x, int y, int width, int height) {
+        throw new UnsupportedOperationException();
+    }
+
+    public static Bitmap createBitmap(Bitmap source, int x, int y, int width, int height,
+            Matrix matrix, boolean filter) {
+        throw new UnsupportedOperationException();
+    }
+
+    public static Bitmap createScaledBitmap(Bitmap source, int width, int height, boolean filter) {
+        throw new UnsupportedOperationException();
+    }
+
+    public Bitmap copy(Config config, boolean isMutable) {
+        throw new UnsupportedOperationException();
+    }
+
+    public void copyPixelsToBuffer(Buffer target) {}
+
+    public Config getConfig() {
+        throw new UnsupportedOperationException();
+    }
+
+    public int getWidth() {
+        throw new UnsupportedOperationException();
+    }
+
+    public int getHeight() {
+        throw new UnsupportedOperationException();
+    }
+
+    public void recycle() {}
+
+    public enum Config { ALPHA_8, RGB_565, ARGB_4444, ARGB_8888, RGBA_F16, HARDWARE }
+}

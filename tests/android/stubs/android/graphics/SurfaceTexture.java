@@ -1,0 +1,5 @@
+package android.graphics;
+
+public class SurfaceTexture {
+    public void release() {}
+}

@@ -1,0 +1,3 @@
+package android.opengl;
+
+public class EGLSurface {}

@@ -1,0 +1,45 @@
+package android.view;
+
+import android.content.Context;
+import android.graphics.Rect;
+import android.util.AttributeSet;
+
+public class View {
+    public View(Context context, AttributeSet attributes) {}
+
+    public final Context getContext() {
+        throw new UnsupportedOperationException();
+    }
+
+    public Display getDisplay() {
+        throw new UnsupportedOperationException();
+    }
+
+    public final int getWidth() {
+        throw new UnsupportedOperationException();
+    }
+
+    public final int getHeight() {
+        throw new UnsupportedOperationException();
+    }
+
+    public final boolean getGlobalVisibleRect(Rect rect) {
+        throw new UnsupportedOperationException();
+    }
+
+    public ViewTreeObserver getViewTreeObserver() {
+        throw new UnsupportedOperationException();
+    }
+
+    public void setContentDescription(CharSequence description) {}
+
+    public boolean onTouchEvent(MotionEvent event) {
+        throw new UnsupportedOperationException();
+    }
+
+    public void onVisibilityAggregated(boolean isVisible) {}
+
+    protected void onAttachedToWindow() {}
+
+    protected void onDetachedFromWindow() {}
+}
