@@ -53,7 +53,7 @@ constexpr Kernels kernelsFor(int ratio) {
         case 4: return {filter_4_H, filter_4_V, 2, 8};
         case 2: return {filter_2_H, filter_2_V, 1, 4};
         case 1: return {filter_1_H, filter_1_V, 0, 1};
-        default: return {nullptr, nullptr, 0, 0};
+        default: return {filter_1_H, filter_1_V, 0, 0};
     }
 }
 
