@@ -10,15 +10,21 @@
 
 #include "copy_picture.h"
 #include "current_context.h"
+#include "java.h"
+#ifdef QUORVANE_PORTRAIT_PHOTO
+    #include "portrait_photo.h"
+#endif
 
 namespace {
 
 using quorvane::copyPicture;
 using quorvane::CurrentContext;
 using quorvane::Geometry;
+using quorvane::nativeMethod;
 using quorvane::OffscreenContext;
 using quorvane::ParallaxView;
 using quorvane::ParameterInfo;
+using quorvane::report;
 using quorvane::Status;
 
 /// What a Java object's handle points to.
@@ -45,14 +51,6 @@ class OpenView {
     const CurrentContext m_before;
     Renderer* const m_renderer;
 };
-
-/// Throws unless `status` is a success. After a failure Java may not be called again before the return.
-void report(JNIEnv* env, const Status& status) {
-    if (status) return;
-    const jclass type = env->FindClass("quorvane/parallax/ParallaxException");
-    // Where there is no such class, FindClass has thrown.
-    if (type != nullptr) env->ThrowNew(type, status.message().c_str());
-}
 
 /// A Java string as UTF-8 in the way of the Java machine, which is how report() gives it back.
 class Text {
@@ -272,12 +270,6 @@ jobject geometry(JNIEnv* env, jclass, jlong handle) {
                           static_cast<double>(geometry.still_depth));
 }
 
-template <typename Function>
-JNINativeMethod method(const char* name, const char* signature, Function* function) {
-    // Older headers take both texts as char*; they are only read.
-    return {const_cast<char*>(name), const_cast<char*>(signature), reinterpret_cast<void*>(function)};
-}
-
 }  // namespace
 
 // Registered rather than found by name: a method that does not fit the Java half shows when the library
@@ -289,26 +281,30 @@ extern "C" JNIEXPORT jint JNI_OnLoad(JavaVM* machine, void*) {
     const jclass type = env->FindClass("quorvane/parallax/ParallaxRenderer");
     if (type == nullptr) return JNI_ERR;
     const JNINativeMethod methods[] = {
-        method("nativeCreate", "(IIIZ)J", create),
-        method("nativeSetPhoto", "(JIILjava/nio/ByteBuffer;III)V", setPhoto),
-        method("nativeSetDepth", "(JIILjava/nio/ByteBuffer;II)V", setDepth),
-        method("nativeParameters", "()[Lquorvane/parallax/ParallaxParameter;", parameters),
-        method("nativeSetParameter", "(JLjava/lang/String;D)V", setParameter),
-        method("nativeParameter", "(JLjava/lang/String;)D", parameter),
-        method("nativeApplyProperties", "(JI)V", applyProperties),
-        method("nativeResize", "(JII)V", resize),
-        method("nativeLookAt", "(JFF)V", lookAt),
-        method("nativeSetAccelerometerData", "(JFFF)V", setAccelerometerData),
-        method("nativeSetRotation", "(JFFF)V", setRotation),
-        method("nativeSetTranslation", "(JFFF)V", setTranslation),
-        method("nativeRender", "(J)I", render),
-        method("nativeRenderInto", "(JI)V", renderInto),
-        method("nativeReadPixels", "(JLjava/nio/ByteBuffer;II)V", readPixels),
-        method("nativeWidth", "(J)I", width),
-        method("nativeHeight", "(J)I", height),
-        method("nativeGeometry", "(J)Lquorvane/parallax/ParallaxGeometry;", geometry),
-        method("nativeClose", "(J)V", close),
+        nativeMethod("nativeCreate", "(IIIZ)J", create),
+        nativeMethod("nativeSetPhoto", "(JIILjava/nio/ByteBuffer;III)V", setPhoto),
+        nativeMethod("nativeSetDepth", "(JIILjava/nio/ByteBuffer;II)V", setDepth),
+        nativeMethod("nativeParameters", "()[Lquorvane/parallax/ParallaxParameter;", parameters),
+        nativeMethod("nativeSetParameter", "(JLjava/lang/String;D)V", setParameter),
+        nativeMethod("nativeParameter", "(JLjava/lang/String;)D", parameter),
+        nativeMethod("nativeApplyProperties", "(JI)V", applyProperties),
+        nativeMethod("nativeResize", "(JII)V", resize),
+        nativeMethod("nativeLookAt", "(JFF)V", lookAt),
+        nativeMethod("nativeSetAccelerometerData", "(JFFF)V", setAccelerometerData),
+        nativeMethod("nativeSetRotation", "(JFFF)V", setRotation),
+        nativeMethod("nativeSetTranslation", "(JFFF)V", setTranslation),
+        nativeMethod("nativeRender", "(J)I", render),
+        nativeMethod("nativeRenderInto", "(JI)V", renderInto),
+        nativeMethod("nativeReadPixels", "(JLjava/nio/ByteBuffer;II)V", readPixels),
+        nativeMethod("nativeWidth", "(J)I", width),
+        nativeMethod("nativeHeight", "(J)I", height),
+        nativeMethod("nativeGeometry", "(J)Lquorvane/parallax/ParallaxGeometry;", geometry),
+        nativeMethod("nativeClose", "(J)V", close),
     };
     const jint count = sizeof methods / sizeof methods[0];
-    return env->RegisterNatives(type, methods, count) == JNI_OK ? JNI_VERSION_1_6 : JNI_ERR;
+    if (env->RegisterNatives(type, methods, count) != JNI_OK) return JNI_ERR;
+#ifdef QUORVANE_PORTRAIT_PHOTO
+    if (!quorvane::registerPortraitPhoto(env)) return JNI_ERR;
+#endif
+    return JNI_VERSION_1_6;
 }

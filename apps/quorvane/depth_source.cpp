@@ -64,8 +64,11 @@ std::string noDepthAnywhere(const media::Contents& contents, const std::string& 
 Input readInput(const InputOptions& options, const DepthSource& source) {
     const std::string& name = options.photo;
     Input input;
-    if (source.origin == DepthOrigin::kNone)
+    if (source.origin == DepthOrigin::kNone) {
+        // A damaged photo is told as such first.
+        decoding([&] { media::decodePhoto(source.file, source.contents, name); });
         throw media::Error(name + ": " + noDepthAnywhere(source.contents, name));
+    }
     decoding([&] {
         if (source.origin == DepthOrigin::kSideBySide) {
             media::SplitPicture split = media::decodeSideBySide(source.file, *options.depth_half, name);

@@ -15,7 +15,9 @@ constexpr Container kContainers[] = {
     {"GContainer", readGContainer},
     {"GDepth", readGDepth},
     {"XDM 1.0", readXdm},
+#ifdef QUORVANE_EMBEDDED_HEIF
     {"Apple HEIC", readAppleHeic},
+#endif
     {"Apple JPEG", readAppleJpeg},
     {"Samsung SEF trailer", readSamsungTrailer},
     {"Huawei edof trailer", readHuaweiTrailer},
@@ -49,6 +51,9 @@ Contents lookInside(std::string_view bytes) {
     photo.mime = mime;
     photo.bytes = file.jpeg ? file.jpeg->end : bytes.size();
     if (!contents.file_kind.empty()) contents.images.push_back(photo);
+#ifndef QUORVANE_EMBEDDED_HEIF
+    if (contents.file_kind == "HEIC") contents.remarks.emplace_back("HEIC: not looked into; JPEG is");
+#endif
 
     std::map<std::string, size_t> places;
     for (const Container& container : kContainers) {

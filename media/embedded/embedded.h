@@ -92,7 +92,8 @@ struct Contents {
 /// times its size and 50 MB are taken, and what is kept of it at most three times.
 Contents lookInside(std::string_view file);
 
-/// The names of the containers that are looked for, in the order of preference.
+/// The names of the containers that are looked for, in the order of preference; Apple's HEIC only where
+/// libheif was there when this was built.
 std::vector<std::string> knownContainers();
 
 }  // namespace quorvane::media
