@@ -12,7 +12,7 @@
 #include "current_context.h"
 #include "java.h"
 #ifdef QUORVANE_PORTRAIT_PHOTO
-    #include "portrait_photo.h"
+#include "portrait_photo.h"
 #endif
 
 namespace {

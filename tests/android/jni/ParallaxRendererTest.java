@@ -700,7 +700,7 @@ final class ParallaxRendererTest {
         return buffer;
     }
 
-    private static ByteBuffer file(String name) {
+    static ByteBuffer file(String name) {
         try {
             final byte[] bytes = Files.readAllBytes(Paths.get(folder, name));
             final ByteBuffer buffer = direct(bytes.length);
@@ -712,7 +712,7 @@ final class ParallaxRendererTest {
         }
     }
 
-    private static byte[] bytes(ByteBuffer buffer) {
+    static byte[] bytes(ByteBuffer buffer) {
         final byte[] bytes = new byte[buffer.remaining()];
         buffer.get(bytes);
         return bytes;
@@ -750,7 +750,7 @@ final class ParallaxRendererTest {
         }
     }
 
-    private static void samePicture(String name, ParallaxRenderer renderer) {
+    static void samePicture(String name, ParallaxRenderer renderer) {
         final ByteBuffer picture = marked(renderer.width() * renderer.height() * 4);
         renderer.readPixels(picture);
         same(file(name), picture, name);
@@ -760,7 +760,7 @@ final class ParallaxRendererTest {
         same(expected, ByteBuffer.wrap(actual), what);
     }
 
-    private static void same(ByteBuffer expected, ByteBuffer actual, String what) {
+    static void same(ByteBuffer expected, ByteBuffer actual, String what) {
         same(expected.remaining(), actual.remaining(), "bytes of " + what);
         for (int i = 0; i < expected.remaining(); ++i) {
             if (expected.get(i) != actual.get(i)) {
@@ -769,7 +769,7 @@ final class ParallaxRendererTest {
         }
     }
 
-    private static void same(Object expected, Object actual, String what) {
+    static void same(Object expected, Object actual, String what) {
         check(expected.equals(actual), what + ": " + actual + " instead of " + expected);
     }
 
@@ -779,7 +779,7 @@ final class ParallaxRendererTest {
                 what + ": " + actual + " instead of " + expected);
     }
 
-    private static void refused(String sentence, Runnable call) {
+    static void refused(String sentence, Runnable call) {
         refused(sentence, false, call);
     }
 
@@ -800,7 +800,7 @@ final class ParallaxRendererTest {
         throw new AssertionError("not refused: " + sentence);
     }
 
-    private static void check(boolean holds, String otherwise) {
+    static void check(boolean holds, String otherwise) {
         if (!holds) {
             throw new AssertionError(otherwise);
         }
