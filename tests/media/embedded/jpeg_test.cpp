@@ -46,7 +46,8 @@ TEST(Jpeg, ThumbnailsInSegmentsDoNotEndIt) {
     const std::string thumbnail = jpegFile(somePhoto(16, 12));
     const std::string file =
         withSegments(jpegFile(somePhoto(40, 30)), {segment(0xe1, "Exif\0\0"s + thumbnail)});
-    const auto jpeg = walkJpeg(file + "behind");
+    const std::string longer = file + "behind";
+    const auto jpeg = walkJpeg(longer);
     ASSERT_TRUE(jpeg);
     EXPECT_EQ(jpeg->end, file.size());
     EXPECT_EQ(jpegSize(*jpeg).width, 40);
@@ -54,7 +55,8 @@ TEST(Jpeg, ThumbnailsInSegmentsDoNotEndIt) {
 
 TEST(Jpeg, CodedBytesAndRestartsDoNotEndIt) {
     const std::string file = kStart + kScan + "\1\xff\0\xd9\2\xff\xd0\3\xff\xd7\4\xff\xff\xff\0\5"s + kEnd;
-    const auto jpeg = walkJpeg(file + "\xff\xd9");
+    const std::string longer = file + "\xff\xd9";
+    const auto jpeg = walkJpeg(longer);
     ASSERT_TRUE(jpeg);
     EXPECT_TRUE(jpeg->complete);
     EXPECT_EQ(jpeg->end, file.size());
@@ -63,7 +65,8 @@ TEST(Jpeg, CodedBytesAndRestartsDoNotEndIt) {
 TEST(Jpeg, ScansFollowEachOtherInProgressiveOnes) {
     const std::string file =
         kStart + kScan + "\1\2\3" + segment(0xc4, "table \xff\xd9") + kScan + "\4\5" + kEnd;
-    const auto jpeg = walkJpeg(file + "behind");
+    const std::string longer = file + "behind";
+    const auto jpeg = walkJpeg(longer);
     ASSERT_TRUE(jpeg);
     EXPECT_EQ(jpeg->end, file.size());
     ASSERT_EQ(jpeg->segments.size(), 1u) << "those before the first scan, and its header";
