@@ -29,12 +29,7 @@ double confidenceOf(double evidence) { return 1.0 / (1.0 + std::exp(-evidence));
 
 /// 16-bit samples are spread over the range they use, and unknown ones do not use it.
 void spreadAgain(DepthMap* depth) {
-    if (depth->bits != 16) return;
-    const auto [lowest, highest] =
-        std::minmax_element(depth->plane.samples.begin(), depth->plane.samples.end());
-    const float floor = *lowest, range = *highest - floor;
-    if (!(range > 0.0f)) return;
-    for (float& level : depth->plane.samples) level = std::min(255.0f, (level - floor) * 255.0f / range);
+    if (depth->bits == 16) spread(&depth->plane);
 }
 
 void examineUnknown(DepthMap* depth, std::vector<Finding>* findings) {

@@ -42,12 +42,11 @@ vips::VImage resized(const vips::VImage& image, Size size, VipsKernel kernel) {
 }
 
 template <typename Picture>
-Picture cropMiddle(const Picture& image, Size size) {
+Picture part(const Picture& image, int from_left, int from_top, Size size) {
     Picture out(size.width, size.height);
     const size_t channels =
         out.samples.size() / (static_cast<size_t>(size.width) * static_cast<size_t>(size.height));
-    const size_t left = static_cast<size_t>((image.width - size.width) / 2);
-    const size_t top = static_cast<size_t>((image.height - size.height) / 2);
+    const size_t left = static_cast<size_t>(from_left), top = static_cast<size_t>(from_top);
     for (size_t y = 0; y < static_cast<size_t>(size.height); ++y) {
         const auto row =
             image.samples.begin() +
@@ -57,6 +56,11 @@ Picture cropMiddle(const Picture& image, Size size) {
                         static_cast<std::ptrdiff_t>(y * static_cast<size_t>(size.width) * channels));
     }
     return out;
+}
+
+template <typename Picture>
+Picture cropMiddle(const Picture& image, Size size) {
+    return part(image, (image.width - size.width) / 2, (image.height - size.height) / 2, size);
 }
 
 // Bayer's 4 x 4 thresholds for ordered dithering: what is lost by taking bytes comes back in the mean of
@@ -123,6 +127,8 @@ Size croppedSize(Size image, Size wanted) {
     const int height = static_cast<int>(std::lround(std::min<double>(image.height, image.width / aspect)));
     return {std::max(1, width), std::max(1, height)};
 }
+
+RgbImage cut(const RgbImage& image, int left, int top, Size size) { return part(image, left, top, size); }
 
 RgbImage crop(const RgbImage& image, Size size) { return cropMiddle(image, size); }
 Image<float, 1> crop(const Image<float, 1>& image, Size size) { return cropMiddle(image, size); }

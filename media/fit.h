@@ -34,6 +34,9 @@ Size pictureSize(Size photo, int longest, bool even);
 /// The largest part of `image` that has the aspect of `wanted`, from its middle.
 Size croppedSize(Size image, Size wanted);
 
+/// Cuts `size` out of `image`, from the column `left` and the row `top` on.
+RgbImage cut(const RgbImage& image, int left, int top, Size size);
+
 /// Cuts the middle `size` out of `image`.
 RgbImage crop(const RgbImage& image, Size size);
 Image<float, 1> crop(const Image<float, 1>& image, Size size);

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "embedded/heif_plane.h"
-#include "file_cost.h"
+#include "fit.h"
 #include "turn.h"
 #include "vips.h"
 
@@ -18,30 +18,6 @@ using Plane = Image<float, 1>;
 
 void setRemark(std::string* remark, std::string text) {
     if (remark != nullptr) *remark = std::move(text);
-}
-
-/// Brings the lowest level to 0 and the highest to 255; a plane of one level keeps it.
-void spread(Plane* plane) {
-    const auto [lowest, highest] = std::minmax_element(plane->samples.begin(), plane->samples.end());
-    const float floor = *lowest, range = *highest - floor;
-    if (!(range > 0.0f)) return;
-    for (float& level : plane->samples) level = (level - floor) / range * 255.0f;
-}
-
-/// The lowest and the highest sample of a gray 16-bit picture, on the scale of 0 to 255. Only for files that
-/// decodeDepthMap has accepted: it keeps hostile ones out.
-std::pair<float, float> levelsUsed(const std::string& file, const std::string& name) {
-    try {
-        const std::string bytes = withoutPngTexts(file);
-        const VImage image = VImage::new_from_buffer(bytes.data(), bytes.size(), "");
-        const VImage stats = image.extract_band(0).stats();
-        const auto level = [&stats](int column) {
-            return static_cast<float>(stats.getpoint(column, 0)[0] * 255.0 / 65535.0);
-        };
-        return {level(0), level(1)};
-    } catch (const vips::VError&) {
-        throw Error(name + ": cannot be read as a picture (" + vipsReason() + ")");
-    }
 }
 
 /// Bare samples of 8 or 16 bit, the lower byte first, on the scale of 0 to 255.
@@ -69,15 +45,10 @@ DepthMap decodeSamples(const EmbeddedDepth& depth, const std::string& name, long
     DepthMap map;
     switch (depth.coding) {
         case DepthCoding::kPicture:
-            map = decodeDepthMap(depth.bytes, name, most_pixels, depth.orientation);
-            // Only a linear range needs the levels as they were before they were spread.
-            if (map.bits > 8 && depth.kind == DepthKind::kLinearRange) {
-                const auto [lowest, highest] = levelsUsed(depth.bytes, name);
-                if (highest > lowest)
-                    for (float& level : map.plane.samples)
-                        level = lowest + level * (highest - lowest) / 255.0f;
-            }
-            return map;
+            // A linear range needs the levels as they were before they are spread.
+            return depth.kind == DepthKind::kLinearRange
+                       ? decodeDepthLevels(depth.bytes, name, most_pixels, depth.orientation)
+                       : decodeDepthMap(depth.bytes, name, most_pixels, depth.orientation);
         case DepthCoding::kGray8:
         case DepthCoding::kGray16:
             map.bits = depth.coding == DepthCoding::kGray8 ? 8 : 16;
@@ -104,31 +75,6 @@ DepthMap decodeSamples(const EmbeddedDepth& depth, const std::string& name, long
 /// (1 / d - 1 / far) / (1 / near - 1 / far), brought to a form that no near or far takes out of range.
 double inverseRange(double t, double near, double far) {
     return near * (1.0 - t) / (near + t * (far - near));
-}
-
-RgbImage cut(const RgbImage& whole, int left, int top, int width, int height) {
-    RgbImage part(width, height);
-    const size_t row = static_cast<size_t>(width) * 3, whole_row = static_cast<size_t>(whole.width) * 3;
-    const uint8_t* from =
-        &whole.samples[static_cast<size_t>(top) * whole_row + static_cast<size_t>(left) * 3];
-    for (size_t y = 0; y < static_cast<size_t>(height); ++y)
-        std::copy_n(from + y * whole_row, row, &part.samples[y * row]);
-    return part;
-}
-
-/// The image as a file, for decodeDepthMap: what makes a picture a depth map is its to say. TIFF, since that
-/// is written as it is.
-std::string asFile(const RgbImage& image, const std::string& name) {
-    try {
-        VipsBlob* blob = toVips(image).tiffsave_buffer();
-        size_t size = 0;
-        const void* bytes = vips_blob_get(blob, &size);
-        std::string file(static_cast<const char*>(bytes), size);
-        vips_area_unref(VIPS_AREA(blob));
-        return file;
-    } catch (const vips::VError&) {
-        throw Error(name + ": its depth half cannot be read (" + vipsReason() + ")");
-    }
 }
 
 }  // namespace
@@ -180,11 +126,11 @@ SplitPicture decodeSideBySide(const std::string& file, DepthHalf half, const std
         throw Error(name + ": " + std::to_string(whole.width) + " x " + std::to_string(whole.height) +
                     " pixels cannot be parted into a photo and its depth map");
     const auto part = [&](bool second) {
-        return second ? cut(whole, whole.width - width, whole.height - height, width, height)
-                      : cut(whole, 0, 0, width, height);
+        return second ? cut(whole, whole.width - width, whole.height - height, {width, height})
+                      : cut(whole, 0, 0, {width, height});
     };
     const bool depth_first = half == DepthHalf::kLeft || half == DepthHalf::kAbove;
-    DepthMap depth = decodeDepthMap(asFile(part(!depth_first), name), name, most_pixels);
+    DepthMap depth = toDepthMap(part(!depth_first), name);
     return {part(depth_first), std::move(depth)};
 }
 

@@ -122,6 +122,39 @@ std::optional<DepthMap> readColourMapped(const VImage& rgb) {
     return depth;
 }
 
+/// A depth map from a picture; levels of 16 bit are spread where that is wanted.
+DepthMap depthMapOf(const VImage& image, const std::string& name, bool spread_levels) {
+    const VipsBandFormat format = image.format();
+    if (format != VIPS_FORMAT_UCHAR && format != VIPS_FORMAT_USHORT)
+        throw Error(name + ": a depth map has samples of 8 or 16 bit, this picture has others");
+    const bool deep = format == VIPS_FORMAT_USHORT;
+    const bool cmyk = image.interpretation() == VIPS_INTERPRETATION_CMYK;
+    const bool has_alpha = !cmyk && (image.bands() == 2 || image.bands() == 4);
+    const double full = deep ? 65535.0 : 255.0;
+
+    DepthMap depth;
+    if (has_alpha) depth.known = opaquePart(image.extract_band(image.bands() - 1), full);
+    VImage gray = image.extract_band(0);
+    if (image.bands() >= 3) {
+        const VImage rgb = image.extract_band(0, VImage::option()->set("n", 3));
+        if (cmyk || colourfulness(rgb) > kMostGrayColourfulness * full / 255.0) {
+            std::optional<DepthMap> read;
+            if (!cmyk) read = readColourMapped(deep ? (rgb / 257.0).rint() : rgb);
+            if (!read) throw Error(name + ": a colour picture; a depth map is gray");
+            addUnknown(depth.known, &read->known);
+            return *std::move(read);
+        }
+        // Luma weights undo what lossy coding did to the channels apart.
+        gray = rgb.recomb(VImage::new_matrixv(3, 1, 0.299, 0.587, 0.114));
+    }
+
+    depth.bits = deep ? 16 : 8;
+    depth.plane = fromVips<float, 1>(gray);
+    if (deep && !(spread_levels && spread(&depth.plane)))
+        for (float& sample : depth.plane.samples) sample = sample * 255.0f / 65535.0f;
+    return depth;
+}
+
 template <typename Picture>
 void writePicture(const Picture& image, const std::string& path) {
     PendingOutput output(path);
@@ -180,43 +213,28 @@ RgbImage decodePhoto(std::string bytes, const std::string& name, long long most_
 
 DepthMap decodeDepthMap(std::string bytes, const std::string& name, long long most_pixels, int orientation) {
     return reading(name, [&] {
-        const VImage image = decode(std::move(bytes), name, most_pixels, orientation);
-        const VipsBandFormat format = image.format();
-        if (format != VIPS_FORMAT_UCHAR && format != VIPS_FORMAT_USHORT)
-            throw Error(name + ": a depth map has samples of 8 or 16 bit, this picture has others");
-        const bool deep = format == VIPS_FORMAT_USHORT;
-        const bool cmyk = image.interpretation() == VIPS_INTERPRETATION_CMYK;
-        const bool has_alpha = !cmyk && (image.bands() == 2 || image.bands() == 4);
-        const double full = deep ? 65535.0 : 255.0;
-
-        DepthMap depth;
-        if (has_alpha) depth.known = opaquePart(image.extract_band(image.bands() - 1), full);
-        VImage gray = image.extract_band(0);
-        if (image.bands() >= 3) {
-            const VImage rgb = image.extract_band(0, VImage::option()->set("n", 3));
-            if (cmyk || colourfulness(rgb) > kMostGrayColourfulness * full / 255.0) {
-                std::optional<DepthMap> read;
-                if (!cmyk) read = readColourMapped(deep ? (rgb / 257.0).rint() : rgb);
-                if (!read) throw Error(name + ": a colour picture; a depth map is gray");
-                addUnknown(depth.known, &read->known);
-                return *std::move(read);
-            }
-            // Luma weights undo what lossy coding did to the channels apart.
-            gray = rgb.recomb(VImage::new_matrixv(3, 1, 0.299, 0.587, 0.114));
-        }
-
-        depth.bits = deep ? 16 : 8;
-        depth.plane = fromVips<float, 1>(gray);
-        if (deep) {
-            const auto [lowest, highest] =
-                std::minmax_element(depth.plane.samples.begin(), depth.plane.samples.end());
-            const float floor = *lowest;
-            const float range = *highest - floor;
-            for (float& sample : depth.plane.samples)
-                sample = range > 0.0f ? (sample - floor) * 255.0f / range : sample * 255.0f / 65535.0f;
-        }
-        return depth;
+        return depthMapOf(decode(std::move(bytes), name, most_pixels, orientation), name, true);
     });
+}
+
+DepthMap decodeDepthLevels(std::string bytes, const std::string& name, long long most_pixels,
+                           int orientation) {
+    return reading(name, [&] {
+        return depthMapOf(decode(std::move(bytes), name, most_pixels, orientation), name, false);
+    });
+}
+
+DepthMap toDepthMap(const RgbImage& picture, const std::string& name) {
+    return reading(name, [&] { return depthMapOf(toVips(picture), name, true); });
+}
+
+bool spread(Image<float, 1>* plane) {
+    const auto [lowest, highest] = std::minmax_element(plane->samples.begin(), plane->samples.end());
+    const float floor = *lowest, range = *highest - floor;
+    if (!(range > 0.0f)) return false;
+    // Rounding may pass the end by its last bit.
+    for (float& level : plane->samples) level = std::min(255.0f, (level - floor) * 255.0f / range);
+    return true;
 }
 
 RgbImage readPhoto(const std::string& path) { return decodePhoto(readPictureFile(path), path); }

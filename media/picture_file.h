@@ -47,6 +47,16 @@ RgbImage decodePhoto(std::string bytes, const std::string& name, long long most_
 DepthMap decodeDepthMap(std::string bytes, const std::string& name, long long most_pixels = kMostPixels,
                         int orientation = 1);
 
+/// Like decodeDepthMap, but samples of 16 bit are not spread: 0..255 stands for all that they can hold.
+DepthMap decodeDepthLevels(std::string bytes, const std::string& name, long long most_pixels = kMostPixels,
+                           int orientation = 1);
+
+/// A picture that is read already, as a depth map.
+DepthMap toDepthMap(const RgbImage& picture, const std::string& name);
+
+/// Brings the lowest level to 0 and the highest to 255. False, and nothing is done, where there is only one.
+bool spread(Image<float, 1>* plane);
+
 /// Writes a PNG file, whole or not at all. Throws Error.
 void writePng(const RgbImage& image, const std::string& path);
 void writePng(const RgbaImage& image, const std::string& path);

@@ -25,4 +25,12 @@ std::string vipsReason() {
     return text.empty() ? "unknown reason" : text;
 }
 
+std::string takeBytes(VipsBlob* blob) {
+    size_t size = 0;
+    const void* bytes = vips_blob_get(blob, &size);
+    std::string file(static_cast<const char*>(bytes), size);
+    vips_area_unref(VIPS_AREA(blob));
+    return file;
+}
+
 }  // namespace quorvane::media

@@ -15,6 +15,9 @@ void startVips();
 /// libvips' last error as one line, and clears it.
 std::string vipsReason();
 
+/// The bytes of a file that libvips has made in memory, which is freed.
+std::string takeBytes(VipsBlob* blob);
+
 template <typename Sample>
 constexpr VipsBandFormat vipsFormat();
 template <>

@@ -29,12 +29,7 @@ std::string pngOf(const media::Image<float, 1>& plane, bool deep) {
                 .cast(deep ? VIPS_FORMAT_USHORT : VIPS_FORMAT_UCHAR)
                 .copy(VImage::option()->set("interpretation",
                                             deep ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_B_W));
-        VipsBlob* blob = samples.pngsave_buffer(VImage::option()->set("strip", true));
-        size_t size = 0;
-        const void* bytes = vips_blob_get(blob, &size);
-        std::string file(static_cast<const char*>(bytes), size);
-        vips_area_unref(VIPS_AREA(blob));
-        return file;
+        return media::takeBytes(samples.pngsave_buffer(VImage::option()->set("strip", true)));
     } catch (const vips::VError&) {
         throw media::Error("the depth cannot be coded as PNG (" + media::vipsReason() + ")");
     }

@@ -10,20 +10,12 @@ namespace {
 
 using vips::VImage;
 
-std::string takeBlob(VipsBlob* blob) {
-    size_t size = 0;
-    const void* bytes = vips_blob_get(blob, &size);
-    std::string file(static_cast<const char*>(bytes), size);
-    vips_area_unref(VIPS_AREA(blob));
-    return file;
-}
-
 std::string jpegOf(const VImage& image) {
-    return takeBlob(image.jpegsave_buffer(VImage::option()->set("Q", 95)->set("strip", true)));
+    return media::takeBytes(image.jpegsave_buffer(VImage::option()->set("Q", 95)->set("strip", true)));
 }
 
 std::string pngOf(const VImage& image) {
-    return takeBlob(image.pngsave_buffer(VImage::option()->set("strip", true)));
+    return media::takeBytes(image.pngsave_buffer(VImage::option()->set("strip", true)));
 }
 
 }  // namespace
