@@ -4,15 +4,15 @@
 #include <memory>
 #include <utility>
 
-#include "image/denoise.h"
-#include "image/depth_table.h"
-#include "image/downsize.h"
-#include "image/guided_filter_kernel.h"
+#include "depth/depth_curve.h"
+#include "kernels/denoise.h"
+#include "kernels/downsize.h"
+#include "kernels/guided_filter.h"
+#include "kernels/vertex_grid.h"
 #include "machine_limits.h"
 #include "peers.h"
 #include "quorvane/esRenderer.h"
 #include "quorvane/guided_filter.h"
-#include "renderer/vertex_grid.h"
 
 namespace quorvane::bench {
 namespace {

@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "image/downsize.h"
-#include "image/guided_filter_kernel.h"
+#include "kernels/downsize.h"
+#include "kernels/guided_filter.h"
 #include "stage.h"
 
 namespace quorvane::bench {

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <utility>
 
-#include "image/paths.h"
+#include "kernels/paths.h"
 #include "peers.h"
 #include "table.h"
 

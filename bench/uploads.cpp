@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "allocations.h"
-#include "image/depth_table.h"
+#include "depth/depth_curve.h"
 #include "machine_limits.h"
 #include "peers.h"
 #include "quorvane/esRenderer.h"

@@ -7,10 +7,10 @@
 #include <new>
 
 #include "diagnostics/QRVNProf.h"
-#include "diagnostics/gl_check.h"
 #include "diagnostics/log.h"
 #include "diagnostics/ppm_dump.h"
 #include "diagnostics/truncated.h"
+#include "gl/error_check.h"
 #include "quorvane/esRenderer.h"
 
 namespace {

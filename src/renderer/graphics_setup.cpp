@@ -1,8 +1,8 @@
 #include "diagnostics/QRVNProf.h"
-#include "diagnostics/gl_check.h"
 #include "diagnostics/log.h"
+#include "gl/error_check.h"
+#include "gl/program.h"
 #include "quorvane/esRenderer.h"
-#include "renderer/shader_program.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "image/paths.h"
+#include "kernels/paths.h"
 
 // Stands in for the Android log.
 extern "C" int __android_log_print(int priority, const char* tag, const char* format, ...) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "image/paths.h"
+#include "kernels/paths.h"
 
 namespace quorvane::test {
 

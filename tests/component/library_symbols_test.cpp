@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "image/paths.h"
+#include "kernels/paths.h"
 
 namespace {
 

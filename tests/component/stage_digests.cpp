@@ -18,12 +18,12 @@
 #include <string>
 #include <vector>
 
+#include "depth/depth_curve.h"
 #include "each_path.h"
-#include "image/denoise.h"
-#include "image/depth_table.h"
-#include "image/downsize.h"
-#include "image/guided_filter_kernel.h"
-#include "renderer/vertex_grid.h"
+#include "kernels/denoise.h"
+#include "kernels/downsize.h"
+#include "kernels/guided_filter.h"
+#include "kernels/vertex_grid.h"
 #include "support/gl_recorder.h"
 #include "support/guarded_bytes.h"
 #include "support/timeline.h"

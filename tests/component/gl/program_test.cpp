@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "renderer/shader_program.h"
+#include "gl/program.h"
 #include "scene.h"
 
 namespace quorvane::test {

@@ -13,7 +13,7 @@
 #include <tuple>
 
 #include "../each_path.h"
-#include "image/guided_filter_kernel.h"
+#include "kernels/guided_filter.h"
 #include "support/guarded_bytes.h"
 #include "support/reference_models.h"
 

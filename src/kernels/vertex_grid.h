@@ -1,9 +1,9 @@
-#ifndef QUORVANE_RENDERER_VERTEX_GRID_H
-#define QUORVANE_RENDERER_VERTEX_GRID_H
+#ifndef QUORVANE_KERNELS_VERTEX_GRID_H
+#define QUORVANE_KERNELS_VERTEX_GRID_H
 
 #include <cstdint>
 
-#include "image/paths.h"
+#include "kernels/paths.h"
 
 namespace quorvane {
 

@@ -1,5 +1,5 @@
-#ifndef QUORVANE_IMAGE_DEPTH_TABLE_H
-#define QUORVANE_IMAGE_DEPTH_TABLE_H
+#ifndef QUORVANE_DEPTH_DEPTH_CURVE_H
+#define QUORVANE_DEPTH_DEPTH_CURVE_H
 
 /// The contrast curve of depth: monotone and concave, slope about 2 at 0 and flat near 255, so that far
 /// layers part from each other and near ones do not bulge.

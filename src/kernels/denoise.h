@@ -1,9 +1,9 @@
-#ifndef QUORVANE_IMAGE_DENOISE_H
-#define QUORVANE_IMAGE_DENOISE_H
+#ifndef QUORVANE_KERNELS_DENOISE_H
+#define QUORVANE_KERNELS_DENOISE_H
 
 #include <cstdint>
 
-#include "image/paths.h"
+#include "kernels/paths.h"
 
 namespace quorvane {
 

@@ -6,7 +6,7 @@
 #include <ostream>
 
 #include "../each_path.h"
-#include "renderer/vertex_grid.h"
+#include "kernels/vertex_grid.h"
 #include "support/guarded_bytes.h"
 
 namespace quorvane::test {

@@ -8,7 +8,7 @@
 #include <ostream>
 
 #include "../each_path.h"
-#include "image/downsize.h"
+#include "kernels/downsize.h"
 #include "support/guarded_bytes.h"
 #include "support/reference_models.h"
 

@@ -4,7 +4,7 @@
 #include "diagnostics/QRVNProf.h"
 #include "diagnostics/log.h"
 #include "diagnostics/ppm_dump.h"
-#include "image/plane_texture.h"
+#include "gl/textures.h"
 #include "quorvane/esRenderer.h"
 
 void ESRenderer::setTexture(int texWidth, int texHeight, unsigned char* imageData) {

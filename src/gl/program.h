@@ -1,5 +1,5 @@
-#ifndef QUORVANE_RENDERER_SHADER_PROGRAM_H
-#define QUORVANE_RENDERER_SHADER_PROGRAM_H
+#ifndef QUORVANE_GL_PROGRAM_H
+#define QUORVANE_GL_PROGRAM_H
 
 /// The program's sources, GLSL ES 1.00: 19 and 8 lines, each padded with blanks to 83 characters.
 extern const char gVertexShader[1597];

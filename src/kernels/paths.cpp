@@ -1,4 +1,4 @@
-#include "image/paths.h"
+#include "kernels/paths.h"
 
 #include <cstdlib>
 #include <cstring>

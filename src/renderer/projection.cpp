@@ -1,7 +1,7 @@
 #include <cmath>
 
-#include "diagnostics/gl_check.h"
 #include "diagnostics/log.h"
+#include "gl/error_check.h"
 #include "quorvane/esRenderer.h"
 #include "view/angle.h"
 

@@ -1,5 +1,5 @@
-#ifndef QUORVANE_IMAGE_LANES_H
-#define QUORVANE_IMAGE_LANES_H
+#ifndef QUORVANE_KERNELS_LANES_H
+#define QUORVANE_KERNELS_LANES_H
 
 // Vectors for the image kernels: the one place that knows instruction sets.
 //

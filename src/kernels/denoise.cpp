@@ -4,10 +4,10 @@
 // 32-bit product with 13108, which exceeds a fifth of 2 to the 16 by 0.8: too little to reach the next whole
 // number.
 
-#include "image/denoise.h"
+#include "kernels/denoise.h"
 
 #ifdef QUORVANE_PATH
-#include "image/lanes.h"
+#include "kernels/lanes.h"
 #endif
 
 namespace quorvane {

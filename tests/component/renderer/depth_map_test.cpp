@@ -2,7 +2,7 @@
 #include <cmath>
 #include <limits>
 
-#include "image/depth_table.h"
+#include "depth/depth_curve.h"
 #include "support/clock.h"
 #include "support/component_test.h"
 #include "support/dump_directory.h"

@@ -1,4 +1,4 @@
-#include "image/paths.h"
+#include "kernels/paths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "../each_path.h"
-#include "image/guided_filter_kernel.h"
+#include "kernels/guided_filter.h"
 #include "quorvane/guided_filter.h"
 #include "support/guarded_bytes.h"
 

@@ -1,9 +1,9 @@
-#ifndef QUORVANE_IMAGE_GUIDED_FILTER_KERNEL_H
-#define QUORVANE_IMAGE_GUIDED_FILTER_KERNEL_H
+#ifndef QUORVANE_KERNELS_GUIDED_FILTER_H
+#define QUORVANE_KERNELS_GUIDED_FILTER_H
 
 #include <cstdint>
 
-#include "image/paths.h"
+#include "kernels/paths.h"
 
 namespace quorvane {
 

@@ -2,14 +2,14 @@
 #include <cstdio>
 #include <cstring>
 
+#include "depth/depth_curve.h"
 #include "diagnostics/QRVNProf.h"
-#include "diagnostics/gl_check.h"
 #include "diagnostics/log.h"
 #include "diagnostics/ppm_dump.h"
 #include "diagnostics/truncated.h"
-#include "image/denoise.h"
-#include "image/depth_table.h"
-#include "image/plane_texture.h"
+#include "gl/error_check.h"
+#include "gl/textures.h"
+#include "kernels/denoise.h"
 #include "quorvane/esRenderer.h"
 
 namespace {

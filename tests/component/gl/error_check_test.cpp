@@ -1,4 +1,4 @@
-#include "diagnostics/gl_check.h"
+#include "gl/error_check.h"
 
 #include "support/component_test.h"
 

@@ -1,9 +1,9 @@
-#include "renderer/shader_program.h"
+#include "gl/program.h"
 
 #include <cstdlib>
 
-#include "diagnostics/gl_check.h"
 #include "diagnostics/log.h"
+#include "gl/error_check.h"
 #include "quorvane/esRenderer.h"
 
 // clang-format off

@@ -9,12 +9,12 @@
 // 64-bit, and exact as doubles. In a window of one intensity all means are exact too, and so a flat guide has
 // a variance of exactly 0, and with it a = 0.
 
-#include "image/guided_filter_kernel.h"
+#include "kernels/guided_filter.h"
 
 #ifdef QUORVANE_PATH
 #include <cmath>
 
-#include "image/lanes.h"
+#include "kernels/lanes.h"
 #else
 #include <algorithm>
 #include <cassert>

@@ -1,9 +1,9 @@
-#ifndef QUORVANE_IMAGE_DOWNSIZE_H
-#define QUORVANE_IMAGE_DOWNSIZE_H
+#ifndef QUORVANE_KERNELS_DOWNSIZE_H
+#define QUORVANE_KERNELS_DOWNSIZE_H
 
 #include <cstdint>
 
-#include "image/paths.h"
+#include "kernels/paths.h"
 
 namespace quorvane {
 

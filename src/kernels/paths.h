@@ -1,5 +1,5 @@
-#ifndef QUORVANE_IMAGE_PATHS_H
-#define QUORVANE_IMAGE_PATHS_H
+#ifndef QUORVANE_KERNELS_PATHS_H
+#define QUORVANE_KERNELS_PATHS_H
 
 #include <cstddef>
 

@@ -4,10 +4,10 @@
 // and shares no vertex with its neighbours. Coordinates are running sums of float steps, so the last column
 // reaches the mesh's edge only up to rounding.
 
-#include "renderer/vertex_grid.h"
+#include "kernels/vertex_grid.h"
 
 #ifdef QUORVANE_PATH
-#include "image/lanes.h"
+#include "kernels/lanes.h"
 #else
 #include "diagnostics/log.h"
 #include "quorvane/esRenderer.h"

@@ -4,10 +4,10 @@
 // around it. The weights are the outer product of a horizontal and a vertical kernel that sum to at most 256
 // each, so a window of 255s sums to at most 255 * 65536 and, with the rounding term, stays below 2 to the 24.
 
-#include "image/downsize.h"
+#include "kernels/downsize.h"
 
 #ifdef QUORVANE_PATH
-#include "image/lanes.h"
+#include "kernels/lanes.h"
 #else
 #include "diagnostics/log.h"
 #include "quorvane/esRenderer.h"

@@ -1,4 +1,4 @@
-#include "image/denoise.h"
+#include "kernels/denoise.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "renderer/shader_program.h"
+#include "gl/program.h"
 
 #include <cstring>
 
