@@ -5,10 +5,10 @@
 #include <cstdint>
 #include <string>
 
+#include "media/depth/photo_file.h"
 #include "media/embedded/container.h"
-#include "media/error.h"
-#include "media/photo_file.h"
 #include "promise.h"
+#include "system/error.h"
 
 using namespace quorvane;
 using fuzz::promised;
@@ -27,7 +27,7 @@ void checkDepth(const media::EmbeddedDepth& depth) {
         promised(map.plane.width >= 1 && map.plane.height >= 1, "a depth map has pixels");
         for (const float level : map.plane.samples)
             promised(level >= 0.0f && level <= 255.0f, "levels from 0 to 255");
-    } catch (const media::Error& error) {
+    } catch (const Error& error) {
         promised(isOneLine(error.what()), "a refusal is one line");
     }
 }

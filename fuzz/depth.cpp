@@ -5,11 +5,11 @@
 #include <cstdint>
 #include <string>
 
-#include "media/depth_doctor.h"
-#include "media/error.h"
-#include "media/fit.h"
-#include "media/picture_file.h"
+#include "media/depth/depth_doctor.h"
+#include "media/picture/picture_file.h"
+#include "media/picture/resample.h"
 #include "promise.h"
+#include "system/error.h"
 
 using namespace quorvane;
 using fuzz::promised;
@@ -19,8 +19,8 @@ namespace {
 // Larger pictures only cost time.
 constexpr long long kMostFuzzedPixels = 4'000'000;
 
-void checkScaling(const media::DepthMap& depth, media::Size photo) {
-    const media::Fit fit = media::fitSizes(photo, {depth.plane.width, depth.plane.height}, 2048);
+void checkScaling(const media::DepthMap& depth, Size photo) {
+    const Fit fit = fitSizes(photo, {depth.plane.width, depth.plane.height}, 2048);
     const media::GrayImage scaled = media::toBytes(depth.plane, fit.depth);
     promised(scaled.width == fit.depth.width && scaled.height == fit.depth.height,
              "a depth map scales to any size");
@@ -56,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                      "a finding is one line");
         checkLevels(depth);
         promised(depth.known.samples.empty(), "all is known after the doctor");
-    } catch (const media::Error& error) {
+    } catch (const Error& error) {
         promised(std::string(error.what()).find('\n') == std::string::npos, "a refusal is one line");
     }
     return 0;

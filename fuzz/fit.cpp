@@ -1,7 +1,7 @@
-// Size fitting: every promise of media/fit.h, for all sizes from 1 to the largest int, and of the bytes that
-// a small depth map becomes.
+// Size fitting: every promise of sizes/sizes.h, for all sizes from 1 to the largest int, and of the bytes
+// that a small depth map becomes.
 
-#include "media/fit.h"
+#include "media/picture/resample.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

@@ -9,16 +9,16 @@
 #include <string>
 #include <vips/vips8>
 
-#include "media/error.h"
-#include "media/photo_file.h"
-#include "media/picture_file.h"
-#include "media/sample_scene.h"
-#include "media/vips.h"
+#include "media/depth/photo_file.h"
+#include "media/picture/picture_file.h"
+#include "media/picture/vips.h"
+#include "media/scene/sample_scene.h"
 #include "support/photo_writers/apple_heic.h"
 #include "support/photo_writers/apple_jpeg.h"
 #include "support/photo_writers/pictures.h"
 #include "support/photo_writers/trailers.h"
 #include "support/photo_writers/xmp_depth.h"
+#include "system/error.h"
 
 namespace {
 

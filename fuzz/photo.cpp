@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string>
 
-#include "media/error.h"
-#include "media/picture_file.h"
+#include "media/picture/picture_file.h"
 #include "promise.h"
+#include "system/error.h"
 
 using namespace quorvane;
 using fuzz::promised;
@@ -26,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         promised(
             photo.samples.size() == static_cast<size_t>(photo.width) * static_cast<size_t>(photo.height) * 3,
             "a photo has three bytes a pixel");
-    } catch (const media::Error& error) {
+    } catch (const Error& error) {
         promised(std::string(error.what()).find('\n') == std::string::npos, "a refusal is one line");
     }
     return 0;

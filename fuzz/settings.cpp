@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
-#include "arguments.h"
-#include "commands.h"
+#include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/terminal/arguments.h"
 #include "promise.h"
 #include "quorvane/host/ParallaxView.h"
 
@@ -16,7 +16,7 @@ using fuzz::promised;
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
     try {
-        const media::Size picture = app::parseSize(text);
+        const Size picture = app::parseSize(text);
         promised(picture.width >= 1 && picture.width <= 16384, "a width from 1 to 16384");
         promised(picture.height >= 1 && picture.height <= 16384, "a height from 1 to 16384");
         promised(

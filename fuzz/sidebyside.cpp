@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string>
 
-#include "media/error.h"
-#include "media/photo_file.h"
+#include "media/depth/photo_file.h"
 #include "promise.h"
+#include "system/error.h"
 
 using namespace quorvane;
 using fuzz::promised;
@@ -23,7 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         promised(split.photo.width >= 1 && split.photo.height >= 1, "a half has pixels");
         for (const float level : split.depth.plane.samples)
             promised(level >= 0.0f && level <= 255.0f, "levels from 0 to 255");
-    } catch (const media::Error& error) {
+    } catch (const Error& error) {
         promised(std::string(error.what()).find('\n') == std::string::npos, "a refusal is one line");
     }
     return 0;

@@ -3,14 +3,14 @@
 #include <map>
 #include <new>
 
-#include "arguments.h"
-#include "commands.h"
-#include "input_options.h"
-#include "media/cancel.h"
-#include "media/error.h"
+#include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/commands/input_options.h"
+#include "apps/quorvane/terminal/arguments.h"
+#include "apps/quorvane/terminal/text.h"
 #include "quorvane/host/ParallaxView.h"
-#include "standard_streams.h"
-#include "text.h"
+#include "system/cancel.h"
+#include "system/error.h"
+#include "system/standard_streams.h"
 
 namespace {
 
@@ -176,7 +176,7 @@ int run(int argc, char** argv) {
         info();
         return 0;
     }
-    quorvane::media::catchSignals();
+    quorvane::catchSignals();
     if (render_command->parsed()) render(render_options);
     if (stages_command->parsed()) stages(stages_options, sheet);
     if (inspect_command->parsed()) inspect(inspect_options);
@@ -192,10 +192,10 @@ void complain(const std::string& message) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    fillStandardStreams();
+    quorvane::fillStandardStreams();
     try {
         const int code = run(argc, argv);
-        requireStandardOutput();
+        quorvane::requireStandardOutput();
         return code;
     } catch (const UsageError& error) {
         complain(std::string(error.what()) + " (quorvane --help shows examples)");

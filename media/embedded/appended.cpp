@@ -1,8 +1,8 @@
-#include "appended.h"
+#include "media/embedded/appended.h"
 
 #include <algorithm>
 
-#include "bytes.h"
+#include "media/embedded/bytes.h"
 
 namespace quorvane::media {
 namespace {

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "container.h"
-#include "depth_terms.h"
+#include "media/embedded/container.h"
+#include "media/embedded/depth_terms.h"
 
 namespace quorvane::media {
 

@@ -4,11 +4,11 @@
 #include <stdexcept>
 #include <type_traits>
 
-#include "apple_pixels.h"
-#include "bytes.h"
-#include "container.h"
-#include "heif_boxes.h"
-#include "heif_file.h"
+#include "media/embedded/apple_pixels.h"
+#include "media/embedded/bytes.h"
+#include "media/embedded/container.h"
+#include "media/embedded/heif_boxes.h"
+#include "media/embedded/heif_file.h"
 
 namespace quorvane::media {
 namespace {

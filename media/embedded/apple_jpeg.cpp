@@ -1,10 +1,10 @@
 #include <algorithm>
 
-#include "apple_pixels.h"
-#include "bytes.h"
-#include "container.h"
-#include "mpf.h"
-#include "tiff.h"
+#include "media/embedded/apple_pixels.h"
+#include "media/embedded/bytes.h"
+#include "media/embedded/container.h"
+#include "media/embedded/mpf.h"
+#include "media/embedded/tiff.h"
 
 namespace quorvane::media {
 namespace {

@@ -1,6 +1,6 @@
-#include "apple_pixels.h"
+#include "media/embedded/apple_pixels.h"
 
-#include "bytes.h"
+#include "media/embedded/bytes.h"
 
 namespace quorvane::media {
 namespace {

@@ -1,8 +1,8 @@
 #ifndef QUORVANE_MEDIA_EMBEDDED_APPLE_PIXELS_H
 #define QUORVANE_MEDIA_EMBEDDED_APPLE_PIXELS_H
 
-#include "embedded.h"
-#include "xmp.h"
+#include "media/embedded/embedded.h"
+#include "media/embedded/xmp.h"
 
 namespace quorvane::media {
 

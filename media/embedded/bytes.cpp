@@ -1,4 +1,4 @@
-#include "bytes.h"
+#include "media/embedded/bytes.h"
 
 #include <cmath>
 #include <locale>

@@ -4,9 +4,9 @@
 #include <optional>
 #include <string_view>
 
-#include "embedded.h"
-#include "jpeg.h"
-#include "xmp.h"
+#include "media/embedded/embedded.h"
+#include "media/embedded/jpeg.h"
+#include "media/embedded/xmp.h"
 
 namespace quorvane::media {
 

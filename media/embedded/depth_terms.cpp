@@ -1,6 +1,6 @@
-#include "depth_terms.h"
+#include "media/embedded/depth_terms.h"
 
-#include "bytes.h"
+#include "media/embedded/bytes.h"
 
 namespace quorvane::media {
 namespace {

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "embedded.h"
-#include "xmp.h"
+#include "media/embedded/embedded.h"
+#include "media/embedded/xmp.h"
 
 namespace quorvane::media {
 

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "appended.h"
+#include "media/embedded/appended.h"
 
 namespace quorvane::media {
 namespace {

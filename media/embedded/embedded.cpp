@@ -1,10 +1,10 @@
-#include "embedded.h"
+#include "media/embedded/embedded.h"
 
 #include <map>
 #include <utility>
 
-#include "bytes.h"
-#include "container.h"
+#include "media/embedded/bytes.h"
+#include "media/embedded/container.h"
 
 namespace quorvane::media {
 namespace {

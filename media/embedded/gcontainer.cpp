@@ -1,4 +1,4 @@
-#include "appended.h"
+#include "media/embedded/appended.h"
 
 namespace quorvane::media {
 namespace {

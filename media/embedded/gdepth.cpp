@@ -1,6 +1,6 @@
-#include "bytes.h"
-#include "container.h"
-#include "depth_terms.h"
+#include "media/embedded/bytes.h"
+#include "media/embedded/container.h"
+#include "media/embedded/depth_terms.h"
 
 namespace quorvane::media {
 namespace {

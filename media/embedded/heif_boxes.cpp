@@ -1,9 +1,9 @@
-#include "heif_boxes.h"
+#include "media/embedded/heif_boxes.h"
 
 #include <optional>
 #include <vector>
 
-#include "bytes.h"
+#include "media/embedded/bytes.h"
 
 // The boxes of ISO/IEC 14496-12 and, for the properties, ISO/IEC 23008-12.
 

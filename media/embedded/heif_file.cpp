@@ -1,4 +1,4 @@
-#include "heif_file.h"
+#include "media/embedded/heif_file.h"
 
 #include <algorithm>
 #include <new>

@@ -1,11 +1,11 @@
-#include "heif_plane.h"
+#include "media/embedded/heif_plane.h"
 
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
 #include <string>
 
-#include "heif_file.h"
+#include "media/embedded/heif_file.h"
 
 namespace quorvane::media {
 namespace {

@@ -2,8 +2,8 @@
 // "DepthEn\0". The depth begins with a header of 64 bytes: at 3 its orientation, at 12 and 14 its width and
 // height of 16 bit. All numbers have the lower byte first.
 
-#include "bytes.h"
-#include "container.h"
+#include "media/embedded/bytes.h"
+#include "media/embedded/container.h"
 
 namespace quorvane::media {
 namespace {

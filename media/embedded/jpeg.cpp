@@ -1,8 +1,8 @@
-#include "jpeg.h"
+#include "media/embedded/jpeg.h"
 
 #include <cstring>
 
-#include "bytes.h"
+#include "media/embedded/bytes.h"
 
 namespace quorvane::media {
 namespace {

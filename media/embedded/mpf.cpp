@@ -1,7 +1,7 @@
-#include "mpf.h"
+#include "media/embedded/mpf.h"
 
-#include "bytes.h"
-#include "tiff.h"
+#include "media/embedded/bytes.h"
+#include "media/embedded/tiff.h"
 
 namespace quorvane::media {
 

@@ -8,8 +8,8 @@
 #include <limits>
 #include <utility>
 
-#include "bytes.h"
-#include "container.h"
+#include "media/embedded/bytes.h"
+#include "media/embedded/container.h"
 
 namespace quorvane::media {
 namespace {

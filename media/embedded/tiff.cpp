@@ -1,4 +1,4 @@
-#include "tiff.h"
+#include "media/embedded/tiff.h"
 
 namespace quorvane::media {
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-#include "bytes.h"
+#include "media/embedded/bytes.h"
 
 namespace quorvane::media {
 

@@ -1,5 +1,5 @@
-#include "appended.h"
-#include "bytes.h"
+#include "media/embedded/appended.h"
+#include "media/embedded/bytes.h"
 
 namespace quorvane::media {
 namespace {

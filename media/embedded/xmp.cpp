@@ -1,4 +1,4 @@
-#include "xmp.h"
+#include "media/embedded/xmp.h"
 
 #include <expat.h>
 
@@ -9,7 +9,7 @@
 #include <memory>
 #include <new>
 
-#include "bytes.h"
+#include "media/embedded/bytes.h"
 
 namespace quorvane::media {
 namespace {

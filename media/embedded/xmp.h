@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "jpeg.h"
+#include "media/embedded/jpeg.h"
 
 namespace quorvane::media {
 

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "media/picture_file.h"
+#include "media/picture/picture_file.h"
 
 namespace quorvane::test {
 namespace {

@@ -7,7 +7,7 @@
 #include "media/embedded/bytes.h"
 #include "media/embedded/embedded.h"
 #include "media/embedded/heif_plane.h"
-#include "media/picture_file.h"
+#include "media/picture/picture_file.h"
 #include "support/photo_writers/apple_heic.h"
 #include "support/photo_writers/apple_jpeg.h"
 #include "support/photo_writers/pictures.h"

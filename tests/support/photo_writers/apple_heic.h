@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "media/image.h"
+#include "media/picture/image.h"
 
 namespace quorvane::test {
 

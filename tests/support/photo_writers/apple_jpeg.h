@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "media/image.h"
+#include "media/picture/image.h"
 
 namespace quorvane::test {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vips/vips8>
 
-#include "media/vips.h"
+#include "media/picture/vips.h"
 
 namespace quorvane::test {
 namespace {

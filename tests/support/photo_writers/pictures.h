@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "media/image.h"
+#include "media/picture/image.h"
 
 namespace quorvane::test {
 

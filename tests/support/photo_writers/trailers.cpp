@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "media/vips.h"
+#include "media/picture/vips.h"
 #include "pictures.h"
 
 namespace quorvane::test {

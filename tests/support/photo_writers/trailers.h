@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "media/image.h"
-#include "media/photo_file.h"
+#include "media/depth/photo_file.h"
+#include "media/picture/image.h"
 
 namespace quorvane::test {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "media/image.h"
+#include "media/picture/image.h"
 
 namespace quorvane::test {
 

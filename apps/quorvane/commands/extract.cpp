@@ -1,0 +1,108 @@
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <optional>
+#include <utility>
+#include <vips/vips8>
+
+#include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/input/depth_source.h"
+#include "apps/quorvane/input/input_guard.h"
+#include "apps/quorvane/terminal/arguments.h"
+#include "apps/quorvane/terminal/decoding.h"
+#include "media/picture/vips.h"
+#include "system/cancel.h"
+#include "system/error.h"
+#include "system/pending_output.h"
+
+namespace quorvane::app {
+namespace {
+
+using vips::VImage;
+
+/// The plane in a PNG file, its scale 0..255 spread over 16 bits where `deep`.
+std::string pngOf(const media::Image<float, 1>& plane, bool deep) {
+    try {
+        const VImage scaled = media::toVips(plane) * (deep ? 257.0 : 1.0);
+        const VImage samples =
+            scaled.rint()
+                .cast(deep ? VIPS_FORMAT_USHORT : VIPS_FORMAT_UCHAR)
+                .copy(VImage::option()->set("interpretation",
+                                            deep ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_B_W));
+        return media::takeBytes(samples.pngsave_buffer(VImage::option()->set("strip", true)));
+    } catch (const vips::VError&) {
+        throw Error("the depth cannot be coded as PNG (" + media::vipsReason() + ")");
+    }
+}
+
+void fill(const PendingOutput& output, const std::string& path, const std::string& bytes) {
+    std::ofstream file(output.temporary(), std::ios::binary);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (!file) throw Error(path + ": cannot be written");
+}
+
+/// The plane's bytes as the file holds them; says what they are where they do not say it themselves.
+const std::string& rawBytes(const media::EmbeddedDepth& depth, const std::string& name) {
+    if (depth.coding == media::DepthCoding::kHeifItem)
+        throw Error(name +
+                    ": its depth is no file of its own but a part of the HEIC file; without "
+                    "--raw it is written as PNG");
+    if (depth.coding != media::DepthCoding::kPicture)
+        std::fprintf(stderr, "raw depth: %d x %d samples of %s, rows from the top\n", depth.width,
+                     depth.height,
+                     depth.coding == media::DepthCoding::kGray8 ? "8 bit" : "16 bit, lower byte first");
+    return depth.bytes;
+}
+
+/// The unblurred photo's file, or the part of `file` that viewers show.
+std::string photoBytes(const std::string& file, const media::Contents& contents) {
+    if (contents.original) return contents.original->bytes;
+    for (const media::InnerImage& image : contents.images)
+        if (image.role == media::ImageRole::kPhoto) return file.substr(0, image.bytes);
+    return file;
+}
+
+}  // namespace
+
+void extract(const ExtractOptions& options) {
+    if (!options.raw && parseOutput(options.depth) != media::OutputKind::kStill)
+        throw UsageError("-o " + options.depth + ": the depth is written as .png (or as it is, with --raw)");
+    if (!options.photo.empty()) refuseSameOutput(options.depth, options.photo);
+    refuseInputAsOutput({options.file}, {options.depth, options.photo});
+    // Asked before any work is done.
+    for (const std::string& path : {options.depth, options.photo})
+        if (!path.empty()) const PendingOutput place(path);
+
+    std::string file;
+    media::Contents contents;
+    decoding([&] {
+        file = media::readPictureFile(options.file);
+        contents = media::lookInside(file);
+    });
+    if (!contents.depth) throw Error(options.file + ": " + noDepthInside(contents));
+    const media::EmbeddedDepth& depth = *contents.depth;
+    std::string bytes;
+    if (options.raw) {
+        bytes = rawBytes(depth, options.file);
+    } else {
+        const media::DepthMap map = decoding([&] { return media::decodeDepth(depth, options.file); });
+        // A distance of 8 bit becomes more steps of 1 / distance than 8 bit hold.
+        const bool deep = map.bits > 8 || depth.kind == media::DepthKind::kLinearRange;
+        bytes = pngOf(map.plane, deep);
+    }
+
+    // Both are filled before either is moved to its place.
+    PendingOutput depth_file(options.depth);
+    fill(depth_file, options.depth, bytes);
+    std::optional<PendingOutput> photo_file;
+    if (!options.photo.empty()) {
+        photo_file.emplace(options.photo);
+        fill(*photo_file, options.photo, photoBytes(file, contents));
+    }
+    throwIfCancelled();
+    depth_file.commit();
+    if (photo_file) photo_file->commit();
+}
+
+}  // namespace quorvane::app

@@ -1,0 +1,165 @@
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <thread>
+#include <utility>
+
+#include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/drawing/frame_queue.h"
+#include "apps/quorvane/drawing/frame_reader.h"
+#include "apps/quorvane/drawing/stage_times.h"
+#include "apps/quorvane/drawing/view.h"
+#include "apps/quorvane/input/depth_source.h"
+#include "apps/quorvane/input/input_guard.h"
+#include "apps/quorvane/terminal/arguments.h"
+#include "apps/quorvane/terminal/progress.h"
+#include "media/clip/clip_writer.h"
+#include "system/cancel.h"
+#include "system/standard_streams.h"
+
+namespace quorvane::app {
+namespace {
+
+using media::OutputKind;
+
+constexpr int kLongestSide = 1920;
+constexpr int kNoLimit = 1 << 30;
+constexpr int64_t kMostHeldBytes = int64_t{512} << 20;
+
+Size chooseSize(const RenderOptions& options, Size photo, bool even) {
+    if (options.size.empty()) return pictureSize(photo, kLongestSide, even);
+    if (options.size == "photo") return pictureSize(photo, kNoLimit, even);
+    const Size size = parseSize(options.size);
+    const Size fits = pictureSize(size, kNoLimit, even);
+    if (fits != size)
+        throw UsageError("--size " + options.size + ": an .mp4 has even sides, such as " +
+                         std::to_string(fits.width) + "x" + std::to_string(fits.height));
+    return size;
+}
+
+/// Averages the n x n samples that were drawn for each pixel.
+void average(const media::RgbaImage& drawn, Size size, media::RgbaImage* out) {
+    if (out->samples.empty()) *out = media::RgbaImage(size.width, size.height);
+    const int n = drawn.width / size.width;
+    const size_t stride = static_cast<size_t>(drawn.width) * 4;
+    uint8_t* next = out->samples.data();
+    for (int y = 0; y < size.height; ++y)
+        for (int x = 0; x < size.width; ++x)
+            for (size_t c = 0; c < 4; ++c) {
+                const uint8_t* block =
+                    &drawn.samples[static_cast<size_t>(y * n) * stride + static_cast<size_t>(x * n) * 4 + c];
+                int sum = 0;
+                for (size_t j = 0; j < static_cast<size_t>(n); ++j)
+                    for (size_t i = 0; i < static_cast<size_t>(n); ++i) sum += block[j * stride + i * 4];
+                *next++ = static_cast<uint8_t>((sum + n * n / 2) / (n * n));
+            }
+}
+
+/// Who writes the frames.
+struct Crew {
+    int writers;  ///< threads
+    int frames;   ///< held for them
+};
+
+Crew crewFor(const media::ClipWriter& writer, int frames, Size size, int supersample) {
+    // Compressing a picture keeps one core busy for longer than drawing it keeps all.
+    const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+    const int writers = writer.takesAnyOrder() ? std::min(cores, frames) : 1;
+    // One more waits when a writer is done with its last, and one is filled meanwhile.
+    const int64_t bytes = int64_t{4} * size.width * size.height * (supersample * supersample + 1);
+    const int held = static_cast<int>(std::clamp<int64_t>(kMostHeldBytes / bytes, 1, writers + 2));
+    return {std::min(writers, held), held};
+}
+
+}  // namespace
+
+void render(const RenderOptions& options) {
+    // Everything that can be refused at once is refused before the images are read.
+    const OutputKind kind = parseOutput(options.out);
+    const bool even = kind == OutputKind::kMp4;
+    const Position centre = options.at.empty() ? Position{} : parsePosition(options.at);
+    if (!options.size.empty() && options.size != "photo") chooseSize(options, {}, even);
+    const auto keep = [&](const std::vector<std::string>& inputs) {
+        refuseInputAsOutput(inputs, {options.out, options.view.timings});
+        if (kind == OutputKind::kFolder) refuseInputAsFrame(inputs, options.out);
+    };
+    const InputOptions& asked = options.view.input;
+    keep({asked.photo, asked.depth});
+
+    StageTimes times;
+    DepthSource source = times.measure(Stage::kDecode, [&] { return findDepth(asked); });
+    keep({source.depth});
+    StandardOutputTo timings(options.view.timings);
+    Input input = times.measure(Stage::kDecode, [&] { return readInput(options.view, source); });
+    source = {};
+    throwIfCancelled();
+    const Size size = chooseSize(options, {input.photo.width, input.photo.height}, even);
+    media::ClipFormat format;
+    format.size = size;
+    format.fps = options.fps;
+    format.force = options.force;
+    const std::unique_ptr<media::ClipWriter> writer =
+        times.measure(Stage::kSetUp, [&] { return media::openClip(options.out, kind, format); });
+    const bool still = kind == OutputKind::kStill;
+    const int frames = still ? 1 : options.frames;
+    const Crew crew = crewFor(*writer, frames, size, options.supersample);
+    // Where memory is for one frame it is not for a second texture either.
+    const bool beside = frames > 1 && crew.frames > 1;
+    View view = times.measure(Stage::kSetUp,
+                              [&] { return View(options.view, size, options.supersample, beside ? 2 : 1); });
+    {
+        const FittedInput fitted = times.measure(Stage::kFit, [&] { return view.fit(std::move(input)); });
+        times.measure(Stage::kUpload, [&] { view.upload(fitted); });
+    }
+
+    FrameQueue queue(crew.writers, crew.frames, [&](Frame& frame) {
+        const media::RgbaImage* picture = &frame.drawn;
+        if (options.supersample > 1) {
+            times.measure(Stage::kAverage, [&] { average(frame.drawn, size, &frame.averaged); });
+            picture = &frame.averaged;
+        }
+        times.measure(Stage::kEncode, [&] { writer->add(frame.number, *picture); });
+    });
+    const auto deliver = [&](int number, const FrameReader::Copy& copy) {
+        Frame frame = queue.take();
+        frame.number = number;
+        times.measure(Stage::kReadBack, [&] { copy(&frame.drawn); });
+        queue.push(std::move(frame));
+        if (number == 0) times.noteFirstFrame();
+    };
+    std::unique_ptr<FrameReader> reader;
+    if (beside)
+        reader = times.measure(Stage::kSetUp, [&] {
+            return std::make_unique<FrameReader>(view.context(), view.drawnSize(), deliver);
+        });
+    if (reader != nullptr && !reader->fault().empty()) {
+        if (options.view.verbosity > 0)
+            std::fprintf(stderr, "reading  between the frames: %s\n", reader->fault().c_str());
+        reader.reset();
+    }
+    {
+        Progress progress(frames, options.view.quiet);
+        for (int number = 0; number < frames; ++number) {
+            throwIfCancelled();
+            Position position = centre;
+            if (!still) {
+                const Position swing = motionAt(options.motion, number, frames);
+                position = {centre.x + options.amount * swing.x, centre.y + options.amount * swing.y};
+            }
+            times.measure(Stage::kDraw, [&] { view.draw(position); });
+            if (reader != nullptr)
+                reader->read(number, view.texture());
+            else
+                deliver(number, [&view](media::RgbaImage* drawn) { view.readBack(drawn); });
+            progress.step(number + 1);
+        }
+        if (reader != nullptr) reader->finish();
+        queue.finish();
+        timings.require();
+        times.measure(Stage::kEncode, [&] { writer->finish(); });
+    }
+    if (options.stats) std::fputs(times.table(frames, crew.writers, reader != nullptr).c_str(), stderr);
+}
+
+}  // namespace quorvane::app

@@ -1,0 +1,245 @@
+#include "apps/quorvane/commands/report.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+#include "apps/quorvane/terminal/text.h"
+
+namespace quorvane::app {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+const char* wordFor(DepthOrigin origin) {
+    switch (origin) {
+        case DepthOrigin::kInside: return "inside";
+        case DepthOrigin::kGiven: return "given";
+        case DepthOrigin::kNeighbour: return "neighbour";
+        case DepthOrigin::kCommand: return "command";
+        case DepthOrigin::kSideBySide: return "side by side";
+        case DepthOrigin::kNone: break;
+    }
+    return "none";
+}
+
+const char* wordFor(media::ImageRole role) {
+    switch (role) {
+        case media::ImageRole::kPhoto: return "photo";
+        case media::ImageRole::kOriginal: return "original";
+        case media::ImageRole::kDepth: return "depth";
+        case media::ImageRole::kConfidence: return "confidence";
+        case media::ImageRole::kGainMap: return "gain map";
+        case media::ImageRole::kMatte: return "matte";
+        case media::ImageRole::kThumbnail: return "thumbnail";
+        case media::ImageRole::kVideo: return "video";
+        case media::ImageRole::kOther: break;
+    }
+    return "other";
+}
+
+const char* wordFor(media::DepthKind kind) {
+    switch (kind) {
+        case media::DepthKind::kDisparity: return "disparity";
+        case media::DepthKind::kInverseRange: return "inverse range";
+        case media::DepthKind::kLinearRange: return "linear range";
+        case media::DepthKind::kUnknown: break;
+    }
+    return "unknown";
+}
+
+const char* wordFor(media::DepthCoding coding) {
+    switch (coding) {
+        case media::DepthCoding::kPicture: return "picture";
+        case media::DepthCoding::kGray8: return "8-bit samples";
+        case media::DepthCoding::kGray16: return "16-bit samples";
+        case media::DepthCoding::kHeifItem: break;
+    }
+    return "HEIF item";
+}
+
+const char* wordFor(media::Ailment ailment) {
+    switch (ailment) {
+        case media::Ailment::kTurned: return "turned";
+        case media::Ailment::kOtherAspect: return "other aspect";
+        case media::Ailment::kPolarity: return "polarity";
+        case media::Ailment::kColourMapped: return "colour-mapped";
+        case media::Ailment::kAlpha: return "alpha";
+        case media::Ailment::kHoles: return "holes";
+        case media::Ailment::kLittleRange: break;
+    }
+    return "little range";
+}
+
+/// What brings a picture with one of Exif's codes upright.
+const char* turnFor(int orientation) {
+    constexpr const char* kTurns[] = {"as it is",
+                                      "mirrored",
+                                      "turned by 180 degrees",
+                                      "flipped top to bottom",
+                                      "transposed",
+                                      "turned clockwise by 90 degrees",
+                                      "transposed across the other diagonal",
+                                      "turned clockwise by 270 degrees"};
+    return orientation >= 1 && orientation <= 8 ? kTurns[orientation - 1] : kTurns[0];
+}
+
+/// Lines in the manner of printf, made printable.
+class Lines {
+  public:
+    __attribute__((format(printf, 2, 3))) void add(const char* format, ...) {
+        va_list values;
+        va_start(values, format);
+        va_list again;
+        va_copy(again, values);
+        std::string line(static_cast<size_t>(std::vsnprintf(nullptr, 0, format, values)), '\0');
+        std::vsnprintf(line.data(), line.size() + 1, format, again);
+        va_end(again);
+        va_end(values);
+        m_text += printable(line) + '\n';
+    }
+    const std::string& text() const { return m_text; }
+
+  private:
+    std::string m_text;
+};
+
+std::string number(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.6g", value);
+    return text;
+}
+
+void addDepth(const Report& report, Lines* lines) {
+    const DepthReport& depth = *report.depth;
+    if (report.origin == DepthOrigin::kInside) {
+        const media::EmbeddedDepth& inside = *report.contents.depth;
+        lines->add("depth    %s, %s: %d x %d, %d bit", inside.container.c_str(), inside.where.c_str(),
+                   depth.size.width, depth.size.height, depth.bits);
+        std::string kind = wordFor(inside.kind);
+        if (inside.near) kind += ", near " + number(*inside.near);
+        if (inside.far) kind += ", far " + number(*inside.far);
+        if (inside.near || inside.far)
+            kind += inside.units.empty() ? ", unit unknown" : " (" + inside.units + ")";
+        lines->add("         kind %s", kind.c_str());
+        lines->add("         stored with larger = %s: %s", inside.larger_is_nearer ? "nearer" : "farther",
+                   inside.polarity_reason.c_str());
+        if (inside.orientation != 1)
+            lines->add("         stored in orientation %d, shown %s", inside.orientation,
+                       turnFor(inside.orientation));
+    } else {
+        lines->add("depth    %s%s%s: %d x %d, %d bit", wordFor(report.origin),
+                   report.depth_file.empty() ? "" : ", ", report.depth_file.c_str(), depth.size.width,
+                   depth.size.height, depth.bits);
+    }
+    for (const media::Finding& finding : depth.findings)
+        lines->add("doctor   %s%s (confidence %.2f)",
+                   finding.corrected ? "" : "doubtful: ", finding.text.c_str(), finding.confidence);
+    const Fit& fit = depth.plan.fit;
+    lines->add("fitted   photo %d x %d -> %d x %d%s", depth.plan.photo.width, depth.plan.photo.height,
+               fit.photo.width, fit.photo.height, fit.photo == depth.plan.photo ? "" : ", resampled");
+    lines->add("         depth %d x %d -> %d x %d%s", depth.plan.depth.width, depth.plan.depth.height,
+               fit.depth.width, fit.depth.height, fit.depth == depth.plan.depth ? "" : ", scaled");
+    lines->add(
+        "grid     %d x %d cells, %d photo pixels a cell, %.1f MB of working memory (for textures of "
+        "up to %d)",
+        fit.grid.width, fit.grid.height, fit.ratio, depth.block_bytes / 1e6, kReportedTexture);
+}
+
+Json sides(Size size) { return {{"width", size.width}, {"height", size.height}}; }
+
+Json orNull(const std::optional<double>& value) { return value ? Json(*value) : Json(nullptr); }
+
+Json depthJson(const Report& report) {
+    const DepthReport& depth = *report.depth;
+    Json json = {{"source", wordFor(report.origin)}};
+    if (!report.depth_file.empty()) json["file"] = report.depth_file;
+    if (report.origin == DepthOrigin::kInside) {
+        const media::EmbeddedDepth& inside = *report.contents.depth;
+        json["container"] = inside.container;
+        json["where"] = inside.where;
+        json["coding"] = wordFor(inside.coding);
+        json["kind"] = wordFor(inside.kind);
+        json["near"] = orNull(inside.near);
+        json["far"] = orNull(inside.far);
+        json["units"] = inside.units;
+        json["larger_is_nearer"] = inside.larger_is_nearer;
+        json["polarity_reason"] = inside.polarity_reason;
+        json["orientation"] = inside.orientation;
+    }
+    json["width"] = depth.size.width;
+    json["height"] = depth.size.height;
+    json["bits"] = depth.bits;
+    json["findings"] = Json::array();
+    for (const media::Finding& finding : depth.findings)
+        json["findings"].push_back({{"ailment", wordFor(finding.ailment)},
+                                    {"confidence", finding.confidence},
+                                    {"corrected", finding.corrected},
+                                    {"text", finding.text}});
+    return json;
+}
+
+Json planJson(const DepthReport& depth) {
+    const Fit& fit = depth.plan.fit;
+    return {{"largest_texture", kReportedTexture},
+            {"grid", sides(fit.grid)},
+            {"photo_pixels_a_cell", fit.ratio},
+            {"working_memory_bytes", depth.block_bytes},
+            {"photo", {{"from", sides(depth.plan.photo)}, {"to", sides(fit.photo)}}},
+            {"depth", {{"from", sides(depth.plan.depth)}, {"to", sides(fit.depth)}}}};
+}
+
+}  // namespace
+
+std::string reportText(const Report& report) {
+    const media::Contents& contents = report.contents;
+    Lines lines;
+    lines.add("photo    %s: %s, %llu bytes, %d x %d", report.name.c_str(), contents.file_kind.c_str(),
+              static_cast<unsigned long long>(report.bytes), report.photo.width, report.photo.height);
+    if (contents.orientation != 1)
+        lines.add("         stored in orientation %d, shown %s", contents.orientation,
+                  turnFor(contents.orientation));
+    if (report.origin == DepthOrigin::kInside && contents.original)
+        lines.add("         the unblurred one, %s", contents.original->where.c_str());
+    for (const media::InnerImage& image : contents.images)
+        lines.add("inside   %-10s  %s, %s, %llu bytes", wordFor(image.role), image.where.c_str(),
+                  image.mime.empty() ? "bare samples" : image.mime.c_str(),
+                  static_cast<unsigned long long>(image.bytes));
+    for (const std::string& remark : contents.remarks) lines.add("damaged  %s", remark.c_str());
+    if (report.depth)
+        addDepth(report, &lines);
+    else
+        lines.add("depth    none: %s", report.no_depth.c_str());
+    return lines.text();
+}
+
+std::string reportJson(const Report& report) {
+    const media::Contents& contents = report.contents;
+    const bool unblurred = report.origin == DepthOrigin::kInside && contents.original;
+    Json json = {
+        {"file", report.name},
+        {"kind", contents.file_kind},
+        {"bytes", report.bytes},
+        {"orientation", contents.orientation},
+        {"photo", sides(report.photo)},
+        {"unblurred_photo", unblurred ? Json(contents.original->where) : Json(nullptr)},
+        {"images", Json::array()},
+        {"remarks", contents.remarks},
+        {"depth", nullptr},
+    };
+    for (const media::InnerImage& image : contents.images)
+        json["images"].push_back({{"role", wordFor(image.role)},
+                                  {"where", image.where},
+                                  {"mime", image.mime},
+                                  {"bytes", image.bytes}});
+    if (report.depth) {
+        json["depth"] = depthJson(report);
+        json["plan"] = planJson(*report.depth);
+    } else {
+        json["no_depth"] = report.no_depth;
+    }
+    // Names and a file's own words need not be UTF-8, which JSON is.
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+}  // namespace quorvane::app

@@ -1,0 +1,42 @@
+#ifndef QUORVANE_APPS_COMMANDS_REPORT_H
+#define QUORVANE_APPS_COMMANDS_REPORT_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/quorvane/drawing/view.h"
+#include "apps/quorvane/input/depth_source.h"
+
+namespace quorvane::app {
+
+/// The depth map of a report.
+struct DepthReport {
+    Size size;     ///< upright
+    int bits = 8;  ///< of a sample as it is stored
+    std::vector<media::Finding> findings;
+    FitPlan plan;
+    int block_bytes = 0;  ///< working memory
+};
+
+/// What a photo's file holds, and what would be made of it.
+struct Report {
+    std::string name;
+    uint64_t bytes = 0;
+    media::Contents contents;
+    Size photo;  ///< upright, as it would be shown
+    DepthOrigin origin = DepthOrigin::kNone;
+    std::string depth_file;  ///< of kGiven and kNeighbour
+    std::optional<DepthReport> depth;
+    std::string no_depth;  ///< why there is none, one line
+};
+
+/// Drivers differ in the largest texture that they take; the plan of a report is one for this.
+constexpr int kReportedTexture = 16384;
+
+std::string reportText(const Report& report);
+std::string reportJson(const Report& report);
+
+}  // namespace quorvane::app
+
+#endif

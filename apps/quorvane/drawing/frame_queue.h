@@ -1,0 +1,63 @@
+#ifndef QUORVANE_APPS_DRAWING_FRAME_QUEUE_H
+#define QUORVANE_APPS_DRAWING_FRAME_QUEUE_H
+
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "media/picture/image.h"
+
+namespace quorvane::app {
+
+struct Frame {
+    int number = 0;  ///< from 0
+    media::RgbaImage drawn;
+    media::RgbaImage averaged;  ///< of `drawn`, where supersampled
+};
+
+/// Takes frames to threads that write them, so that the next one is drawn meanwhile. It lends out a fixed
+/// number of frames over and over, so its memory stays what the first few took. Calls come from one
+/// thread at a time.
+class FrameQueue {
+  public:
+    /// Calls `write` for every frame on one of up to `threads` threads; with one, in the order of `push`.
+    /// `frames` is how many there are, those being drawn and written included. Throws Error when no
+    /// thread can be started.
+    FrameQueue(int threads, int frames, std::function<void(Frame&)> write);
+
+    /// Drops what waits, and waits for what is being written.
+    ~FrameQueue();
+
+    FrameQueue(const FrameQueue&) = delete;
+    FrameQueue& operator=(const FrameQueue&) = delete;
+
+    /// A frame to fill, which holds what it last held. Waits until there is one. Throws what `write` threw.
+    Frame take();
+
+    /// Gives a taken frame to be written.
+    void push(Frame frame);
+
+    /// Waits until all frames are written. Throws what `write` threw. No frame comes after.
+    void finish();
+
+  private:
+    void work();
+    void end();
+
+    const std::function<void(Frame&)> m_write;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;  ///< any of the following
+    std::vector<Frame> m_free;
+    std::deque<Frame> m_waiting;
+    bool m_ending = false;
+    std::exception_ptr m_failure;  ///< the first one; nothing is written after it
+    std::vector<std::thread> m_threads;
+};
+
+}  // namespace quorvane::app
+
+#endif

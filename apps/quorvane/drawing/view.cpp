@@ -1,0 +1,94 @@
+#include "apps/quorvane/drawing/view.h"
+
+#include <GLES2/gl2.h>
+#include <android/log.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+#include "system/error.h"
+
+namespace quorvane::app {
+namespace {
+
+void require(const Status& status) {
+    if (!status) throw Error(status.message());
+}
+
+media::GrayImage plane(const void* bytes, int width, int height) {
+    media::GrayImage image(width, height);
+    const uint8_t* samples = static_cast<const uint8_t*>(bytes);
+    std::copy_n(samples, image.samples.size(), image.samples.begin());
+    return image;
+}
+
+}  // namespace
+
+View::View(const ViewOptions& options, Size picture, int supersample, int outputs)
+    : m_picture(picture), m_orientation(options.orientation), m_talks(options.verbosity > 0) {
+    if (options.verbosity > 1) __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
+    require(OffscreenContext::create(&m_context));
+    const Status made = ParallaxView::create(picture.width * supersample, picture.height * supersample,
+                                             options.orientation, &m_view, outputs);
+    if (!made && supersample > 1)
+        throw Error(made.message() + " (--supersample " + std::to_string(supersample) + " multiplies them)");
+    require(made);
+    for (const auto& [field, value] : options.settings) require(m_view->setParameter(field, value));
+}
+
+template <typename... Values>
+void View::say(const char* format, Values... values) const {
+    if (m_talks) std::fprintf(stderr, format, values...);
+}
+
+FittedInput View::fit(Input input) const {
+    GLint largest_texture = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest_texture);
+    const FitPlan plan =
+        planFit({input.photo.width, input.photo.height}, {input.depth.plane.width, input.depth.plane.height},
+                m_picture, largest_texture);
+    if (plan.cut) {
+        input.photo = media::crop(input.photo, plan.photo);
+        input.depth.plane = media::crop(input.depth.plane, plan.depth);
+        say("cut      the middle %d x %d of the photo, for the picture's aspect\n", plan.photo.width,
+            plan.photo.height);
+    }
+    const Fit& fit = plan.fit;
+    say("fitted   photo %d x %d%s, depth %d x %d%s, %d photo pixels a cell\n", fit.photo.width,
+        fit.photo.height, fit.photo == plan.photo ? "" : " (resampled)", fit.depth.width, fit.depth.height,
+        fit.depth == plan.depth ? "" : " (scaled)", fit.ratio);
+    return {media::resample(std::move(input.photo), fit.photo), media::toBytes(input.depth.plane, fit.depth)};
+}
+
+void View::upload(const FittedInput& input) {
+    require(m_view->setPhoto(input.photo.width, input.photo.height, input.photo.samples.data()));
+    require(m_view->setDepth(input.depth.width, input.depth.height, input.depth.samples.data()));
+    const Geometry geometry = m_view->geometry();
+    say("grid     %d x %d cells, %.1f MB of working memory\n", geometry.grid_width, geometry.grid_height,
+        geometry.block_bytes / 1e6);
+    say("view     %d x %d, orientation %u, shaped depth %.0f of 255 stands still\n", m_picture.width,
+        m_picture.height, m_orientation, static_cast<double>(geometry.still_depth));
+}
+
+void View::draw(Position position) {
+    require(m_view->lookAt(static_cast<float>(position.x), static_cast<float>(position.y)));
+    require(m_view->render());
+}
+
+void View::readBack(media::RgbaImage* drawn) const {
+    if (drawn->samples.empty()) *drawn = media::RgbaImage(m_view->width(), m_view->height());
+    require(m_view->readPixels(drawn->samples.data(), drawn->samples.size()));
+}
+
+media::GrayImage View::guide() const {
+    const ESRenderer& renderer = m_view->renderer();
+    return plane(renderer.m_pSmallTextureData, renderer.m_vtxW, renderer.m_vtxH);
+}
+
+media::GrayImage View::shapedDepth() const {
+    const ESRenderer& renderer = m_view->renderer();
+    return plane(renderer.m_pDepthData, renderer.m_vtxW, renderer.m_vtxH);
+}
+
+}  // namespace quorvane::app

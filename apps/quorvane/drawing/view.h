@@ -1,0 +1,61 @@
+#ifndef QUORVANE_APPS_DRAWING_VIEW_H
+#define QUORVANE_APPS_DRAWING_VIEW_H
+
+#include <memory>
+
+#include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/drawing/motion.h"
+#include "apps/quorvane/input/depth_source.h"
+#include "media/picture/image.h"
+#include "media/picture/resample.h"
+#include "quorvane/host/OffscreenContext.h"
+#include "quorvane/host/ParallaxView.h"
+
+namespace quorvane::app {
+
+/// Both images as the renderer takes them together.
+struct FittedInput {
+    media::RgbImage photo;
+    media::GrayImage depth;
+};
+
+/// A view of a photo and its depth map, in an offscreen context of its own. Used in the order of its
+/// functions, all of which throw Error.
+class View {
+  public:
+    /// Pictures are drawn `supersample` times as large on either axis, for the caller to average, into
+    /// `outputs` textures by turns.
+    View(const ViewOptions& options, Size picture, int supersample, int outputs = 1);
+
+    /// Cuts the images to the picture's aspect and fits their sizes to each other.
+    FittedInput fit(Input input) const;
+
+    void upload(const FittedInput& input);
+
+    /// Draws the picture and waits until it is finished.
+    void draw(Position position);
+
+    /// Copies what was drawn last.
+    void readBack(media::RgbaImage* drawn) const;
+
+    GLuint texture() const { return m_view->texture(); }  ///< that holds what was drawn last
+    Size drawnSize() const { return {m_view->width(), m_view->height()}; }
+    const OffscreenContext& context() const { return *m_context; }
+
+    media::GrayImage guide() const;        ///< at grid size
+    media::GrayImage shapedDepth() const;  ///< at grid size
+
+  private:
+    template <typename... Values>
+    void say(const char* format, Values... values) const;
+
+    std::unique_ptr<OffscreenContext> m_context;
+    std::unique_ptr<ParallaxView> m_view;
+    Size m_picture;
+    unsigned m_orientation;
+    bool m_talks;
+};
+
+}  // namespace quorvane::app
+
+#endif

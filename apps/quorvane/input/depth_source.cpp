@@ -1,0 +1,141 @@
+#include "apps/quorvane/input/depth_source.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+#include "apps/quorvane/input/depth_command.h"
+#include "apps/quorvane/input/neighbour.h"
+#include "apps/quorvane/terminal/decoding.h"
+#include "apps/quorvane/terminal/text.h"
+#include "system/error.h"
+
+namespace quorvane::app {
+namespace {
+
+/// The first remarks, shortened: what a file says of itself may be long.
+std::string inShort(const std::vector<std::string>& remarks) {
+    constexpr size_t kMost = 3;
+    constexpr size_t kLongest = 160;
+    std::string text;
+    for (size_t i = 0; i < std::min(kMost, remarks.size()); ++i)
+        text += "; " + (remarks[i].size() > kLongest ? remarks[i].substr(0, kLongest) + "..." : remarks[i]);
+    if (remarks.size() > kMost) text += "; and " + std::to_string(remarks.size() - kMost) + " more faults";
+    return text;
+}
+
+}  // namespace
+
+DepthSource findDepth(const InputOptions& options) {
+    DepthSource source;
+    decoding([&] {
+        source.file = media::readPictureFile(options.photo);
+        source.contents = media::lookInside(source.file);
+    });
+    if (!options.depth.empty()) {
+        source.origin = DepthOrigin::kGiven;
+        source.depth = options.depth;
+    } else if (!options.depth_command.empty()) {
+        source.origin = DepthOrigin::kCommand;
+    } else if (options.depth_half) {
+        source.origin = DepthOrigin::kSideBySide;
+    } else if (source.contents.depth) {
+        source.origin = DepthOrigin::kInside;
+    } else {
+        source.depth = findNeighbour(options.photo);
+        if (!source.depth.empty()) source.origin = DepthOrigin::kNeighbour;
+    }
+    return source;
+}
+
+std::string noDepthInside(const media::Contents& contents) {
+    std::string containers;
+    for (const std::string& name : media::knownContainers())
+        containers += (containers.empty() ? "" : ", ") + name;
+    return "no depth found inside (looked for " + containers + inShort(contents.remarks) +
+           "); messengers and editors strip it from photos";
+}
+
+std::string noDepthAnywhere(const media::Contents& contents, const std::string& photo) {
+    return noDepthInside(contents) + "; nor beside it (" + neighbourNames(photo) +
+           "); give a depth map as DEPTH, or an estimator with --depth-cmd";
+}
+
+Input readInput(const InputOptions& options, const DepthSource& source) {
+    const std::string& name = options.photo;
+    Input input;
+    if (source.origin == DepthOrigin::kNone) {
+        // A damaged photo is told as such first.
+        decoding([&] { media::decodePhoto(source.file, source.contents, name); });
+        throw Error(name + ": " + noDepthAnywhere(source.contents, name));
+    }
+    decoding([&] {
+        if (source.origin == DepthOrigin::kSideBySide) {
+            media::SplitPicture split = media::decodeSideBySide(source.file, *options.depth_half, name);
+            input.photo = std::move(split.photo);
+            input.depth = std::move(split.depth);
+        } else if (source.origin == DepthOrigin::kInside) {
+            std::string photo_remark, depth_remark;
+            input.photo =
+                media::decodePhoto(source.file, source.contents, name, media::kMostPixels, &photo_remark);
+            input.depth = media::decodeDepth(*source.contents.depth, name, media::kMostPixels, &depth_remark);
+            for (const std::string& remark : {photo_remark, depth_remark})
+                if (!remark.empty()) input.remarks.push_back(remark);
+        } else {
+            input.photo = media::decodePhoto(source.file, name);
+            if (!source.depth.empty()) input.depth = media::readDepthMap(source.depth);
+        }
+    });
+    if (source.origin == DepthOrigin::kCommand)
+        input.depth = estimateDepth(options.depth_command, input.photo);
+    decoding([&] {
+        if (options.depth_turn) {
+            input.depth.plane = media::turned(input.depth.plane, *options.depth_turn);
+            input.depth.known = media::turned(input.depth.known, *options.depth_turn);
+        }
+        if (options.invert_depth)
+            for (float& sample : input.depth.plane.samples) sample = 255.0f - sample;
+        if (!options.doctor) return;
+        const bool inside = source.origin == DepthOrigin::kInside;
+        media::DepthKnowledge known;
+        // Halves of one picture lie as they are.
+        known.orientation = (inside && source.contents.depth->orientation_known) ||
+                            source.origin == DepthOrigin::kSideBySide || options.depth_turn;
+        known.polarity = inside || options.invert_depth;
+        input.findings = media::examine(input.photo, known, &input.depth);
+    });
+    return input;
+}
+
+Input readInput(const ViewOptions& options, const DepthSource& source) {
+    const InputOptions& asked = options.input;
+    if (source.origin == DepthOrigin::kNeighbour && !options.quiet)
+        std::fprintf(stderr, "depth: %s, found beside the photo\n", printable(source.depth).c_str());
+    Input input = readInput(asked, source);
+    if (!options.quiet) {
+        for (const std::string& remark : input.remarks)
+            std::fprintf(stderr, "inside: %s\n", printable(remark).c_str());
+        for (const media::Finding& finding : input.findings)
+            std::fprintf(stderr, "depth: %s\n", printable(finding.text).c_str());
+    }
+    if (options.verbosity == 0) return input;
+
+    const bool inside = source.origin == DepthOrigin::kInside;
+    const media::Contents& contents = source.contents;
+    std::string from = source.depth;
+    if (inside) from = contents.depth->where + " (" + contents.depth->container + ")";
+    if (source.origin == DepthOrigin::kCommand) from = asked.depth_command[0];
+    if (source.origin == DepthOrigin::kSideBySide) from = "a half of the photo";
+    std::fprintf(stderr, "photo    %s%s: %d x %d\n", printable(asked.photo).c_str(),
+                 inside && contents.original
+                     ? printable(", the unblurred one, " + contents.original->where).c_str()
+                     : "",
+                 input.photo.width, input.photo.height);
+    std::fprintf(stderr, "depth    %s: %d x %d, %d bit%s%s\n", printable(from).c_str(),
+                 input.depth.plane.width, input.depth.plane.height, input.depth.bits,
+                 input.depth.bits > 8 ? " spread over its used range" : "",
+                 asked.invert_depth ? ", inverted" : "");
+    return input;
+}
+
+}  // namespace quorvane::app

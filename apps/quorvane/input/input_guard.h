@@ -1,0 +1,22 @@
+#ifndef QUORVANE_APPS_INPUT_INPUT_GUARD_H
+#define QUORVANE_APPS_INPUT_INPUT_GUARD_H
+
+#include <string>
+#include <vector>
+
+namespace quorvane::app {
+
+// No output replaces an input, whatever links lead there. Empty paths name nothing.
+
+/// Throws Error where one of `outputs` is one of `inputs`.
+void refuseInputAsOutput(const std::vector<std::string>& inputs, const std::vector<std::string>& outputs);
+
+/// Throws Error where an input lies in `folder` under a frame's name, which would be replaced.
+void refuseInputAsFrame(const std::vector<std::string>& inputs, const std::string& folder);
+
+/// Throws UsageError where two outputs are one file, there or not.
+void refuseSameOutput(const std::string& one, const std::string& other);
+
+}  // namespace quorvane::app
+
+#endif

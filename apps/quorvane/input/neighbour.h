@@ -1,0 +1,19 @@
+#ifndef QUORVANE_APPS_INPUT_NEIGHBOUR_H
+#define QUORVANE_APPS_INPUT_NEIGHBOUR_H
+
+#include <string>
+
+namespace quorvane::app {
+
+/// A depth map that lies near the photo NAME.* and is called after it: NAME_depth.* or NAME-depth.* beside
+/// it, or depth/NAME.* below its folder. The first place in this order that has one; there the first of
+/// .png, .tif, .tiff, .webp, .heic, .avif, .jpg and .jpeg in whatever case, lossless ones first, and then by
+/// name. Never the photo itself. Empty: none.
+std::string findNeighbour(const std::string& photo);
+
+/// Where findNeighbour looks, for a message: "NAME_depth.*, NAME-depth.*, depth/NAME.*".
+std::string neighbourNames(const std::string& photo);
+
+}  // namespace quorvane::app
+
+#endif

@@ -1,0 +1,137 @@
+#include "media/depth/photo_file.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+#include <utility>
+
+#include "media/embedded/heif_plane.h"
+#include "media/picture/resample.h"
+#include "media/picture/turn.h"
+#include "media/picture/vips.h"
+
+namespace quorvane::media {
+namespace {
+
+using vips::VImage;
+using Plane = Image<float, 1>;
+
+void setRemark(std::string* remark, std::string text) {
+    if (remark != nullptr) *remark = std::move(text);
+}
+
+/// Bare samples of 8 or 16 bit, the lower byte first, on the scale of 0 to 255.
+Plane bareSamples(const EmbeddedDepth& depth, const std::string& name, long long most_pixels) {
+    const size_t sample_size = depth.coding == DepthCoding::kGray16 ? 2 : 1;
+    const long long pixels = static_cast<long long>(depth.width) * depth.height;
+    if (depth.width < 1 || depth.height < 1 || static_cast<size_t>(pixels) > depth.bytes.size() / sample_size)
+        throw Error(name + ": a depth plane of " + std::to_string(depth.bytes.size()) +
+                    " bytes, too few for " + std::to_string(depth.width) + " x " +
+                    std::to_string(depth.height) + " samples");
+    if (pixels > most_pixels)
+        throw Error(name + ": " + std::to_string(depth.width) + " x " + std::to_string(depth.height) +
+                    " pixels; at most " + std::to_string(most_pixels / 1000000) + " million are read");
+    Plane plane(depth.width, depth.height);
+    const auto byte = [&depth](size_t i) { return static_cast<uint8_t>(depth.bytes[i]); };
+    for (size_t i = 0; i < plane.samples.size(); ++i)
+        plane.samples[i] = sample_size == 1
+                               ? static_cast<float>(byte(i))
+                               : static_cast<float>(byte(2 * i) + 256 * byte(2 * i + 1)) * 255.0f / 65535.0f;
+    return plane;
+}
+
+/// A plane's samples, upright, on the scale of 0 to 255, which stands for all that its bits can hold.
+DepthMap decodeSamples(const EmbeddedDepth& depth, const std::string& name, long long most_pixels) {
+    DepthMap map;
+    switch (depth.coding) {
+        case DepthCoding::kPicture:
+            // A linear range needs the levels as they were before they are spread.
+            return depth.kind == DepthKind::kLinearRange
+                       ? decodeDepthLevels(depth.bytes, name, most_pixels, depth.orientation)
+                       : decodeDepthMap(depth.bytes, name, most_pixels, depth.orientation);
+        case DepthCoding::kGray8:
+        case DepthCoding::kGray16:
+            map.bits = depth.coding == DepthCoding::kGray8 ? 8 : 16;
+            map.plane = turned(bareSamples(depth, name, most_pixels), turnOfExif(depth.orientation));
+            return map;
+        case DepthCoding::kHeifItem: break;
+    }
+    HeifPlane item;
+    try {
+        item = decodeHeifItem(depth.bytes, depth.heif_item, most_pixels);
+    } catch (const std::runtime_error& error) {
+        throw Error(name + ": " + error.what());
+    }
+    map.bits = item.bits;
+    Plane plane(item.width, item.height);
+    const float full = static_cast<float>((1 << item.bits) - 1);
+    std::transform(item.samples.begin(), item.samples.end(), plane.samples.begin(),
+                   [full](uint16_t sample) { return static_cast<float>(sample) * 255.0f / full; });
+    map.plane = turned(plane, turnOfExif(depth.orientation));
+    return map;
+}
+
+/// With the share t of the way from near to far, d = near + t (far - near), this is
+/// (1 / d - 1 / far) / (1 / near - 1 / far), brought to a form that no near or far takes out of range.
+double inverseRange(double t, double near, double far) {
+    return near * (1.0 - t) / (near + t * (far - near));
+}
+
+}  // namespace
+
+RgbImage decodePhoto(const std::string& file, const Contents& contents, const std::string& name,
+                     long long most_pixels, std::string* remark) {
+    if (contents.original) {
+        const EmbeddedPhoto& original = *contents.original;
+        try {
+            return decodePhoto(original.bytes, original.where, most_pixels,
+                               std::max(1, original.orientation));
+        } catch (const Error& error) {
+            setRemark(remark, "the unblurred photo is left out: " + std::string(error.what()));
+        }
+    }
+    return decodePhoto(file, name, most_pixels);
+}
+
+DepthMap decodeDepth(const EmbeddedDepth& depth, const std::string& name, long long most_pixels,
+                     std::string* remark) {
+    DepthMap map = decodeSamples(depth, name, most_pixels);
+    if (depth.kind == DepthKind::kLinearRange) {
+        const double near = depth.near.value_or(0.0), far = depth.far.value_or(0.0);
+        if (near > 0.0 && far > near && std::isfinite(far)) {
+            for (float& level : map.plane.samples) {
+                const double share = level / 255.0;
+                const double to_far = depth.larger_is_nearer ? 1.0 - share : share;
+                level = static_cast<float>(255.0 * inverseRange(to_far, near, far));
+            }
+            spread(&map.plane);
+            return map;
+        }
+        setRemark(remark,
+                  "the depth is linear in distance, but gives no usable near and far; taken as it is");
+    }
+    if (!depth.larger_is_nearer)
+        for (float& level : map.plane.samples) level = 255.0f - level;
+    if (map.bits > 8) spread(&map.plane);
+    return map;
+}
+
+SplitPicture decodeSideBySide(const std::string& file, DepthHalf half, const std::string& name,
+                              long long most_pixels) {
+    const RgbImage whole = decodePhoto(file, name, most_pixels);
+    const bool across = half == DepthHalf::kRight || half == DepthHalf::kLeft;
+    const int width = across ? whole.width / 2 : whole.width;
+    const int height = across ? whole.height : whole.height / 2;
+    if (width < 1 || height < 1)
+        throw Error(name + ": " + std::to_string(whole.width) + " x " + std::to_string(whole.height) +
+                    " pixels cannot be parted into a photo and its depth map");
+    const auto part = [&](bool second) {
+        return second ? cut(whole, whole.width - width, whole.height - height, {width, height})
+                      : cut(whole, 0, 0, {width, height});
+    };
+    const bool depth_first = half == DepthHalf::kLeft || half == DepthHalf::kAbove;
+    DepthMap depth = toDepthMap(part(!depth_first), name);
+    return {part(depth_first), std::move(depth)};
+}
+
+}  // namespace quorvane::media

@@ -1,0 +1,20 @@
+#ifndef QUORVANE_MEDIA_PICTURE_FILE_COST_H
+#define QUORVANE_MEDIA_PICTURE_FILE_COST_H
+
+#include <string>
+
+namespace quorvane::media {
+
+// What a picture file can cost its reader beyond its pixels: small parts that unpack to a lot of work. Any
+// bytes will do; those of another format cost nothing here.
+
+/// How many scans a JPEG file makes over its picture. A progressive one has about ten; each takes as long as
+/// the whole picture, however short it is in the file.
+int jpegScans(const std::string& bytes);
+
+/// A PNG file without its compressed texts, which we do not read and libvips would unpack.
+std::string withoutPngTexts(std::string bytes);
+
+}  // namespace quorvane::media
+
+#endif

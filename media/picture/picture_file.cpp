@@ -1,0 +1,247 @@
+#include "media/picture/picture_file.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "media/picture/colour_map.h"
+#include "media/picture/file_cost.h"
+#include "media/picture/vips.h"
+#include "system/cancel.h"
+#include "system/pending_output.h"
+
+namespace quorvane::media {
+namespace {
+
+using vips::VImage;
+
+// libvips reads far more than pictures (PDF, SVG, whole program dumps); strangers' files get these readers
+// only.
+bool isPictureLoader(const char* loader) {
+    for (const char* known : {"Jpeg", "Png", "Webp", "Heif", "Tiff", "Ppm"})
+        if (std::strncmp(loader, (std::string("VipsForeignLoad") + known).c_str(), 15 + std::strlen(known)) ==
+            0)
+            return true;
+    return false;
+}
+
+/// Throws Error unless `bytes` start as a picture does.
+void requirePicture(const std::string& bytes, const std::string& name) {
+    startVips();
+    const char* loader = vips_foreign_find_load_buffer(bytes.data(), bytes.size());
+    vips_error_clear();
+    if (loader == nullptr || !isPictureLoader(loader))
+        throw Error(name + ": not a JPEG, PNG, WebP, HEIC, AVIF or TIFF picture");
+}
+
+// Several times what any encoder makes of a progressive JPEG.
+constexpr int kMostScans = 100;
+
+/// The picture in `file`, upright; turned by `orientation` where it has none of its own.
+VImage decode(std::string file, const std::string& name, long long most_pixels, int orientation) {
+    requirePicture(file, name);
+    const std::string bytes = withoutPngTexts(std::move(file));
+    const VImage image = VImage::new_from_buffer(
+        bytes.data(), bytes.size(), "",
+        VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_TRUNCATED));
+    const long long pixels = static_cast<long long>(image.width()) * image.height();
+    if (pixels > most_pixels)
+        throw Error(name + ": " + std::to_string(image.width()) + " x " + std::to_string(image.height()) +
+                    " pixels; at most " + std::to_string(most_pixels / 1000000) + " million are read");
+    if (static_cast<long long>(VIPS_IMAGE_SIZEOF_IMAGE(image.get_image())) > kMostBytes)
+        throw Error(name + ": its pixels take more than " + std::to_string(kMostBytes / 1000000) + " MB");
+    if (jpegScans(bytes) > kMostScans)
+        throw Error(name + ": a JPEG of more than " + std::to_string(kMostScans) + " scans");
+    VImage pixels_read = image.copy_memory();
+    if (pixels_read.get_typeof(VIPS_META_ORIENTATION) == 0)
+        pixels_read.set(VIPS_META_ORIENTATION, orientation);
+    return pixels_read.autorot();
+}
+
+/// Runs `read`, turning libvips' errors into one line about the file.
+template <typename Read>
+auto reading(const std::string& path, Read read) {
+    try {
+        return read();
+    } catch (const vips::VError&) {
+        throw Error(path + ": cannot be read as a picture (" + vipsReason() + ")");
+    }
+}
+
+VImage toSrgb(const VImage& image) {
+    if (image.get_typeof("icc-profile-data") != 0) {
+        try {
+            const VImage converted = image.icc_transform("srgb", VImage::option()->set("embedded", true));
+            return converted.copy_memory();
+        } catch (const vips::VError&) {
+            // A profile that is broken or for another kind of picture says nothing: treat it as missing.
+            vips_error_clear();
+        }
+    }
+    return image.colourspace(VIPS_INTERPRETATION_sRGB);
+}
+
+/// The mean of |R - G| and |G - B| over the picture, in steps of its own depth.
+double colourfulness(const VImage& rgb) {
+    const VImage red = rgb.extract_band(0), green = rgb.extract_band(1), blue = rgb.extract_band(2);
+    return ((red - green).abs().avg() + (green - blue).abs().avg()) / 2.0;
+}
+
+// Lossy coding leaves gray pictures off by a step or two; a photo or a colour-mapped depth is off by dozens.
+constexpr double kMostGrayColourfulness = 4.0;
+
+/// 255 where `alpha` is at least half opaque, 0 elsewhere; empty where that is nowhere.
+GrayImage opaquePart(const VImage& alpha, double full) {
+    const VImage opaque = alpha >= full / 2.0;
+    return opaque.min() > 0.0 ? GrayImage() : fromVips<uint8_t, 1>(opaque);
+}
+
+/// Both in one.
+void addUnknown(const GrayImage& known, GrayImage* to) {
+    if (to->samples.empty()) *to = known;
+    for (size_t i = 0; i < known.samples.size(); ++i) to->samples[i] &= known.samples[i];
+}
+
+/// The levels of a colour-mapped depth map, or nothing where `rgb` is another colour picture.
+std::optional<DepthMap> readColourMapped(const VImage& rgb) {
+    const RgbImage picture = fromVips<uint8_t, 3>(rgb);
+    const std::vector<ColourMap> maps = colour_map::known();
+    const ColourMap* map = recogniseColourMap(picture, maps);
+    if (map == nullptr) return std::nullopt;
+    DepthMap depth;
+    depth.colour_map = map->name;
+    depth.plane = positionsOnColourMap(picture, *map, &depth.known);
+    return depth;
+}
+
+/// A depth map from a picture; levels of 16 bit are spread where that is wanted.
+DepthMap depthMapOf(const VImage& image, const std::string& name, bool spread_levels) {
+    const VipsBandFormat format = image.format();
+    if (format != VIPS_FORMAT_UCHAR && format != VIPS_FORMAT_USHORT)
+        throw Error(name + ": a depth map has samples of 8 or 16 bit, this picture has others");
+    const bool deep = format == VIPS_FORMAT_USHORT;
+    const bool cmyk = image.interpretation() == VIPS_INTERPRETATION_CMYK;
+    const bool has_alpha = !cmyk && (image.bands() == 2 || image.bands() == 4);
+    const double full = deep ? 65535.0 : 255.0;
+
+    DepthMap depth;
+    if (has_alpha) depth.known = opaquePart(image.extract_band(image.bands() - 1), full);
+    VImage gray = image.extract_band(0);
+    if (image.bands() >= 3) {
+        const VImage rgb = image.extract_band(0, VImage::option()->set("n", 3));
+        if (cmyk || colourfulness(rgb) > kMostGrayColourfulness * full / 255.0) {
+            std::optional<DepthMap> read;
+            if (!cmyk) read = readColourMapped(deep ? (rgb / 257.0).rint() : rgb);
+            if (!read) throw Error(name + ": a colour picture; a depth map is gray");
+            addUnknown(depth.known, &read->known);
+            return *std::move(read);
+        }
+        // Luma weights undo what lossy coding did to the channels apart.
+        gray = rgb.recomb(VImage::new_matrixv(3, 1, 0.299, 0.587, 0.114));
+    }
+
+    depth.bits = deep ? 16 : 8;
+    depth.plane = fromVips<float, 1>(gray);
+    if (deep && !(spread_levels && spread(&depth.plane)))
+        for (float& sample : depth.plane.samples) sample = sample * 255.0f / 65535.0f;
+    return depth;
+}
+
+template <typename Picture>
+void writePicture(const Picture& image, const std::string& path) {
+    PendingOutput output(path);
+    try {
+        // Fast rather than small: a clip's frames are many, and their noise does not compress.
+        toVips(image).pngsave(output.temporary().c_str(),
+                              VImage::option()->set("compression", 3)->set("strip", true));
+    } catch (const vips::VError&) {
+        throw Error(path + ": cannot be written (" + vipsReason() + ")");
+    }
+    output.commit();
+}
+
+}  // namespace
+
+std::string readPictureFile(const std::string& path) {
+    const auto fail = [&path] {
+        // A signal ends a wait for a pipe's other end.
+        throwIfCancelled();
+        throw Error(path + ": " + std::strerror(errno));
+    };
+    const auto too_large = [&path] {
+        return Error(path + ": the file is too large; at most " + std::to_string(kMostBytes / 1000000) +
+                     " MB are read");
+    };
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (file == nullptr) fail();
+    struct stat about = {};
+    if (fstat(fileno(file.get()), &about) == 0 && about.st_size > kMostBytes) throw too_large();
+    std::string bytes;
+    if (S_ISREG(about.st_mode)) bytes.reserve(static_cast<size_t>(about.st_size));
+    char chunk[1 << 16];
+    while (const size_t got = std::fread(chunk, 1, sizeof chunk, file.get())) {
+        throwIfCancelled();
+        bytes.append(chunk, got);
+        // Other files may be endless.
+        if (bytes.size() == got) requirePicture(bytes, path);
+        if (static_cast<long long>(bytes.size()) > kMostBytes) throw too_large();
+    }
+    if (std::ferror(file.get())) fail();
+    if (bytes.empty()) throw Error(path + ": the file is empty");
+    return bytes;
+}
+
+RgbImage decodePhoto(std::string bytes, const std::string& name, long long most_pixels, int orientation) {
+    return reading(name, [&] {
+        VImage image = toSrgb(decode(std::move(bytes), name, most_pixels, orientation));
+        if (image.has_alpha()) image = image.flatten(VImage::option()->set("background", 255.0));
+        if (image.bands() < 3) {
+            const VImage gray = image.extract_band(0);
+            image = gray.bandjoin(gray).bandjoin(gray);
+        }
+        return fromVips<uint8_t, 3>(image.extract_band(0, VImage::option()->set("n", 3)));
+    });
+}
+
+DepthMap decodeDepthMap(std::string bytes, const std::string& name, long long most_pixels, int orientation) {
+    return reading(name, [&] {
+        return depthMapOf(decode(std::move(bytes), name, most_pixels, orientation), name, true);
+    });
+}
+
+DepthMap decodeDepthLevels(std::string bytes, const std::string& name, long long most_pixels,
+                           int orientation) {
+    return reading(name, [&] {
+        return depthMapOf(decode(std::move(bytes), name, most_pixels, orientation), name, false);
+    });
+}
+
+DepthMap toDepthMap(const RgbImage& picture, const std::string& name) {
+    return reading(name, [&] { return depthMapOf(toVips(picture), name, true); });
+}
+
+bool spread(Image<float, 1>* plane) {
+    const auto [lowest, highest] = std::minmax_element(plane->samples.begin(), plane->samples.end());
+    const float floor = *lowest, range = *highest - floor;
+    if (!(range > 0.0f)) return false;
+    // Rounding may pass the end by its last bit.
+    for (float& level : plane->samples) level = std::min(255.0f, (level - floor) * 255.0f / range);
+    return true;
+}
+
+RgbImage readPhoto(const std::string& path) { return decodePhoto(readPictureFile(path), path); }
+DepthMap readDepthMap(const std::string& path) { return decodeDepthMap(readPictureFile(path), path); }
+
+void writePng(const RgbImage& image, const std::string& path) { writePicture(image, path); }
+void writePng(const RgbaImage& image, const std::string& path) { writePicture(image, path); }
+void writePng(const GrayImage& image, const std::string& path) { writePicture(image, path); }
+
+}  // namespace quorvane::media

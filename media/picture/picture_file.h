@@ -1,0 +1,67 @@
+#ifndef QUORVANE_MEDIA_PICTURE_PICTURE_FILE_H
+#define QUORVANE_MEDIA_PICTURE_PICTURE_FILE_H
+
+#include <string>
+
+#include "media/picture/image.h"
+
+namespace quorvane::media {
+
+/// Pictures with more pixels are refused before their pixels are allocated.
+constexpr long long kMostPixels = 16384LL * 16384LL;
+
+/// Larger files are refused, and pictures whose pixels take more: four samples of 16 bit for each of the most
+/// pixels.
+constexpr long long kMostBytes = kMostPixels * 8;
+
+/// A depth map on the scale 0..255, larger = nearer, unrounded so that scaling loses nothing of 16-bit input.
+struct DepthMap {
+    int bits = 8;  ///< of the file: 8 or 16
+    Image<float, 1> plane;
+    /// 255 where there is a depth, 0 where an alpha channel, or a colour that its colour map lacks, says that
+    /// there is none; of the plane's size, or empty where there is a depth everywhere.
+    GrayImage known;
+    /// The colour map that the levels were read back through, such as "turbo"; empty for gray pictures.
+    std::string colour_map;
+};
+
+/// Reads a photo: JPEG, PNG, WebP, HEIC, AVIF or TIFF, of 8 or 16 bit, gray, RGB or CMYK. The Exif
+/// orientation is applied, colours are converted to sRGB and transparency is laid over white. Throws Error,
+/// also for a picture that ends early, and "interrupted" after a signal.
+RgbImage readPhoto(const std::string& path);
+
+/// Reads a depth map of 8 or 16 bit, larger = nearer, from a gray picture (RGB will do where all channels
+/// agree) or from one in a known colour map: jet, turbo, viridis, plasma, inferno, magma or hot. 16-bit gray
+/// samples are spread over the range they use. What is less than half opaque is not `known`. Throws Error
+/// like readPhoto.
+DepthMap readDepthMap(const std::string& path);
+
+/// The bytes of a picture's file. Throws Error, also for what is no picture.
+std::string readPictureFile(const std::string& path);
+
+// The same from a file's bytes; messages call them `name`. Pictures that say nothing of their orientation are
+// turned by `orientation`, one of Exif's codes.
+
+RgbImage decodePhoto(std::string bytes, const std::string& name, long long most_pixels = kMostPixels,
+                     int orientation = 1);
+DepthMap decodeDepthMap(std::string bytes, const std::string& name, long long most_pixels = kMostPixels,
+                        int orientation = 1);
+
+/// Like decodeDepthMap, but samples of 16 bit are not spread: 0..255 stands for all that they can hold.
+DepthMap decodeDepthLevels(std::string bytes, const std::string& name, long long most_pixels = kMostPixels,
+                           int orientation = 1);
+
+/// A picture that is read already, as a depth map.
+DepthMap toDepthMap(const RgbImage& picture, const std::string& name);
+
+/// Brings the lowest level to 0 and the highest to 255. False, and nothing is done, where there is only one.
+bool spread(Image<float, 1>* plane);
+
+/// Writes a PNG file, whole or not at all. Throws Error.
+void writePng(const RgbImage& image, const std::string& path);
+void writePng(const RgbaImage& image, const std::string& path);
+void writePng(const GrayImage& image, const std::string& path);
+
+}  // namespace quorvane::media
+
+#endif

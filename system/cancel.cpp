@@ -1,0 +1,63 @@
+#include "system/cancel.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstring>
+
+#include "system/error.h"
+
+namespace quorvane {
+namespace {
+
+// A signal may come to any thread.
+std::atomic<bool> g_cancelled{false};
+std::atomic<bool> g_at_once{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler cannot wait");
+int g_descriptor = -1;
+const char* g_last_words = "";
+
+void onSignal(int) {
+    g_cancelled = true;
+    if (!g_at_once) return;
+    [[maybe_unused]] const ssize_t written = write(g_descriptor, g_last_words, std::strlen(g_last_words));
+    _exit(1);
+}
+
+}  // namespace
+
+void catchSignals() {
+    struct sigaction action = {};
+    action.sa_handler = onSignal;
+    sigemptyset(&action.sa_mask);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before = {};
+        sigaction(signal, nullptr, &before);
+        // Ignored by who started us: nohup, or a shell that put us into the background.
+        if (before.sa_handler == SIG_IGN) continue;
+        // Without SA_RESTART: a write that waits for ffmpeg must return.
+        sigaction(signal, &action, nullptr);
+    }
+    for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
+}
+
+bool cancelled() { return g_cancelled; }
+
+void throwIfCancelled() {
+    if (cancelled()) throw Error("interrupted");
+}
+
+EndingAtOnce::EndingAtOnce(int descriptor, const char* last_words) {
+    g_descriptor = descriptor;
+    g_last_words = last_words;
+    g_at_once = true;
+    // From here on the handler ends the process; a signal that came before is for us to answer.
+    if (!cancelled()) return;
+    g_at_once = false;
+    throwIfCancelled();
+}
+
+EndingAtOnce::~EndingAtOnce() { g_at_once = false; }
+
+}  // namespace quorvane

@@ -1,0 +1,71 @@
+#include "system/standard_streams.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "system/error.h"
+
+namespace quorvane {
+namespace {
+
+void requireArrived(const std::string& name) {
+    errno = 0;
+    const bool lost = std::fflush(stdout) != 0 || std::ferror(stdout) != 0;
+    std::clearerr(stdout);
+    if (lost) throw Error(name + ": cannot be written (" + std::strerror(errno != 0 ? errno : EIO) + ")");
+}
+
+/// Puts `file` in the place of a standard stream and returns where that stream is now.
+int divert(int stream, int file) {
+    const int saved = fcntl(stream, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    dup2(file, stream);
+    close(file);
+    return saved;
+}
+
+void restore(int stream, int saved) {
+    if (saved < 0) return;
+    dup2(saved, stream);
+    close(saved);
+}
+
+}  // namespace
+
+void fillStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) >= 0) continue;
+        // The lowest free place is this one.
+        open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+}
+
+void requireStandardOutput() { requireArrived("standard output"); }
+
+StandardOutputTo::StandardOutputTo(const std::string& path)
+    : m_path(path.empty() ? "/dev/null" : path), m_saved(-1) {
+    const int file = open(m_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (file < 0) throw Error(m_path + ": cannot be written (" + std::strerror(errno) + ")");
+    std::fflush(stdout);
+    m_saved = divert(STDOUT_FILENO, file);
+}
+
+StandardOutputTo::~StandardOutputTo() {
+    std::fflush(stdout);
+    std::clearerr(stdout);
+    restore(STDOUT_FILENO, m_saved);
+}
+
+void StandardOutputTo::require() { requireArrived(m_path); }
+
+StandardErrorNowhere::StandardErrorNowhere() : m_saved(-1) {
+    const int file = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (file >= 0) m_saved = divert(STDERR_FILENO, file);
+}
+
+StandardErrorNowhere::~StandardErrorNowhere() { restore(STDERR_FILENO, m_saved); }
+
+}  // namespace quorvane

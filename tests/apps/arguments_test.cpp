@@ -1,0 +1,77 @@
+#include "apps/quorvane/terminal/arguments.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "apps/quorvane/commands/commands.h"
+
+namespace quorvane::app {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(ParseSize, TakesWidthAndHeight) { EXPECT_EQ(parseSize("1280x720"), (Size{1280, 720})); }
+
+TEST(ParseSize, RefusesEverythingElse) {
+    for (const char* text :
+         {"", "x", "10", "10x", "x10", "0x10", "-3x5", "10x16385", "1.5x2", "10x10x10", "ten x 10", "10 x 10",
+          "0x10x10", "1e9x1", "nanx1", "999999999999999999999x1", "10X10"})
+        EXPECT_THROW(parseSize(text), UsageError) << text;
+}
+
+TEST(ParsePosition, TakesTwoNumbers) {
+    EXPECT_EQ(parsePosition("-1,0.25").x, -1.0);
+    EXPECT_EQ(parsePosition("-1,0.25").y, 0.25);
+}
+
+TEST(ParsePosition, RefusesEverythingElse) {
+    for (const char* text :
+         {"", ",", "1", "1,", ",1", "1.01,0", "0,-2", "nan,0", "inf,0", "0;0", "0,0,0", "a,b"})
+        EXPECT_THROW(parsePosition(text), UsageError) << text;
+}
+
+TEST(ParseSetting, TakesEveryParameter) {
+    for (const char* field :
+         {"rotate_z_trans", "rotate_x_boundary", "rotate_y_boundary", "trans_to_rotate_scale",
+          "far_offset_ext", "z_post_offset", "guided_filter_rx", "guided_filter_ry", "guided_filter_eps",
+          "depth_contrast", "border_deadzone", "fov_scale", "offset_gain", "offset_len"}) {
+        // A value that every parameter's range holds but for border_deadzone's and the two fractions'.
+        const std::string name(field);
+        const std::string value = name == "border_deadzone"                            ? "20"
+                                  : name == "guided_filter_eps" || name == "fov_scale" ? "0.5"
+                                                                                       : "1";
+        EXPECT_EQ(parseSetting(name + "=" + value).first, name);
+    }
+    EXPECT_EQ(parseSetting("fov_scale=0.75").second, 0.75);
+    EXPECT_EQ(parseSetting("guided_filter_eps=1e-6").second, 1e-6);
+}
+
+std::string refusal(const std::string& text) {
+    try {
+        parseSetting(text);
+    } catch (const UsageError& error) {
+        return error.what();
+    }
+    return "not refused";
+}
+
+TEST(ParseSetting, ListsTheNamesForAnUnknownOne) {
+    EXPECT_THAT(refusal("fov=1"), testing::AllOf(HasSubstr("unknown parameter 'fov'"),
+                                                 HasSubstr("rotate_z_trans, "), HasSubstr(", offset_len")));
+}
+
+TEST(ParseSetting, SaysTheRange) {
+    EXPECT_EQ(refusal("fov_scale=2"), "--set fov_scale=2: fov_scale: 2 is not a number from 0.05 to 1");
+    EXPECT_EQ(refusal("guided_filter_rx=1.5"),
+              "--set guided_filter_rx=1.5: guided_filter_rx: 1.5 is not a whole number from 0 to 1024");
+    EXPECT_THAT(refusal("border_deadzone=0"), HasSubstr("whole number from 3"));
+}
+
+TEST(ParseSetting, RefusesWhatIsNoNumber) {
+    for (const char* value : {"", "abc", "nan", "inf", "1,5", "0x10", " 1", "1 ", "1e999"})
+        EXPECT_THAT(refusal(std::string("fov_scale=") + value), HasSubstr("is not a number")) << value;
+    EXPECT_THAT(refusal("fov_scale"), HasSubstr("FIELD=VALUE is wanted"));
+}
+
+}  // namespace
+}  // namespace quorvane::app

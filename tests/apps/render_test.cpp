@@ -1,0 +1,541 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <numeric>
+#include <sstream>
+#include <thread>
+
+#include "media/picture/picture_file.h"
+#include "process.h"
+#include "support/temporary_folder.h"
+
+namespace quorvane::test {
+namespace {
+
+using media::GrayImage;
+using media::RgbImage;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+RgbImage painted(int width, int height, const std::function<std::array<int, 3>(int x, int y)>& colour) {
+    RgbImage image(width, height);
+    size_t i = 0;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (const int sample : colour(x, y)) image.samples[i++] = static_cast<uint8_t>(sample);
+    return image;
+}
+
+GrayImage shaded(int width, int height, const std::function<int(int x, int y)>& level) {
+    GrayImage image(width, height);
+    size_t i = 0;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) image.samples[i++] = static_cast<uint8_t>(level(x, y));
+    return image;
+}
+
+/// The sample at (x, y) in pixels, bilinear, pixel centres at .5.
+double sampleAt(const RgbImage& image, double x, double y, size_t channel) {
+    const double fx = x - 0.5, fy = y - 0.5;
+    const auto at = [&](double column, double row) {
+        const auto clamped = [](double v, int n) {
+            return static_cast<size_t>(std::min(std::max(v, 0.0), n - 1.0));
+        };
+        return static_cast<double>(
+            image.samples[3 * (clamped(row, image.height) * static_cast<size_t>(image.width) +
+                               clamped(column, image.width)) +
+                          channel]);
+    };
+    const double left = std::floor(fx), top = std::floor(fy);
+    const double h = fx - left, v = fy - top;
+    return (at(left, top) * (1 - h) + at(left + 1, top) * h) * (1 - v) +
+           (at(left, top + 1) * (1 - h) + at(left + 1, top + 1) * h) * v;
+}
+
+class Render : public testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        s_scene = new TemporaryFolder;
+        ASSERT_EQ(quorvane({"sample", scene("photo.png"), scene("depth.png"), "--size", "240x180"}).code, 0);
+    }
+    static void TearDownTestSuite() {
+        delete s_scene;
+        s_scene = nullptr;
+    }
+    static std::string scene(const std::string& name) { return *s_scene / name; }
+
+    /// Renders the sample scene and expects success without a word.
+    void render(const std::string& out, std::vector<std::string> options = {}) {
+        std::vector<std::string> arguments = {"render", scene("photo.png"), scene("depth.png"), "-o",
+                                              folder / out};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const Outcome outcome = quorvane(arguments);
+        ASSERT_EQ(outcome.code, 0) << outcome.err;
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.err, "") << "in a pipe nothing is said";
+    }
+
+    /// The still of a photo and depth map from one position.
+    RgbImage still(const RgbImage& photo, const GrayImage& depth, const std::string& at,
+                   std::vector<std::string> options = {}) {
+        writePng(photo, folder / "p.png");
+        writePng(depth, folder / "d.png");
+        std::vector<std::string> arguments = {"render", folder / "p.png",     folder / "d.png",
+                                              "-o",     folder / "still.png", "--at=" + at};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const Outcome outcome = quorvane(arguments);
+        EXPECT_EQ(outcome.code, 0) << outcome.err;
+        return media::readPhoto(folder / "still.png");
+    }
+
+    TemporaryFolder folder;
+
+  private:
+    static TemporaryFolder* s_scene;
+};
+
+TemporaryFolder* Render::s_scene = nullptr;
+
+// At rest every depth is seen along its own line of sight: the picture is the photo's middle, fov_scale of
+// it.
+TEST_F(Render, RestShowsTheMiddleOfThePhoto) {
+    const RgbImage photo = media::readPhoto(scene("photo.png"));
+    for (const int level : {0, 100, 255}) {
+        const RgbImage seen = still(photo, shaded(240, 180, [=](int, int) { return level; }), "0,0");
+        ASSERT_EQ(seen.width, 240);
+        ASSERT_EQ(seen.height, 180);
+        double worst = 0;
+        double sum = 0;
+        for (int y = 0; y < 180; ++y)
+            for (int x = 0; x < 240; ++x)
+                for (size_t c = 0; c < 3; ++c) {
+                    const double wanted =
+                        sampleAt(photo, 120 + (x + 0.5 - 120) * 0.81, 90 + (y + 0.5 - 90) * 0.81, c);
+                    const double error =
+                        std::abs(wanted - seen.samples[3 * static_cast<size_t>(y * 240 + x) + c]);
+                    worst = std::max(worst, error);
+                    sum += error;
+                }
+        // Texture units weigh neighbours in steps of 1/256, and the grid's running sums put a coordinate off
+        // by at most a thousandth of a pixel: 255/256 a step and rounding, twice.
+        EXPECT_LE(worst, 4) << "depth " << level;
+        EXPECT_LE(sum / (240 * 180 * 3), 0.6) << "depth " << level;
+    }
+}
+
+// A white bar on a near block and one on the far ground: their middles in the picture.
+std::pair<double, double> barPositions(const RgbImage& seen) {
+    const auto middle = [&seen](int first, int last) {
+        double sum = 0, weight = 0;
+        for (int y = first; y < last; ++y)
+            for (int x = 0; x < seen.width; ++x) {
+                const double light = seen.samples[3 * static_cast<size_t>(y * seen.width + x)];
+                sum += light * x;
+                weight += light;
+            }
+        return sum / weight;
+    };
+    return {middle(40, 80), middle(120, 160)};
+}
+
+TEST_F(Render, NearThingsMoveAgainstFarOnes) {
+    const RgbImage photo = painted(200, 200, [](int x, int) {
+        return x >= 95 && x < 105 ? std::array{255, 255, 255} : std::array{0, 0, 0};
+    });
+    const GrayImage depth = shaded(200, 200, [](int, int y) { return y < 100 ? 230 : 10; });
+    const auto [near_left, far_left] = barPositions(still(photo, depth, "-1,0"));
+    const auto [near_rest, far_rest] = barPositions(still(photo, depth, "0,0"));
+    const auto [near_right, far_right] = barPositions(still(photo, depth, "1,0"));
+    // Seen from the right, near things stand further left.
+    EXPECT_LT(near_right, near_rest - 2);
+    EXPECT_GT(near_left, near_rest + 2);
+    EXPECT_GT(far_right, far_rest + 2);
+    EXPECT_LT(far_left, far_rest - 2);
+}
+
+TEST_F(Render, SeenFromAboveNearThingsStandLower) {
+    const RgbImage photo = painted(200, 200, [](int, int y) {
+        return y >= 95 && y < 105 ? std::array{255, 255, 255} : std::array{0, 0, 0};
+    });
+    const auto bar = [&](const std::string& at) {
+        const RgbImage seen = still(photo, shaded(200, 200, [](int, int) { return 230; }), at);
+        double sum = 0, weight = 0;
+        for (int y = 0; y < 200; ++y) {
+            const double light = seen.samples[3 * static_cast<size_t>(y * 200 + 100)];
+            sum += light * y;
+            weight += light;
+        }
+        return sum / weight;
+    };
+    EXPECT_GT(bar("0,1"), bar("0,0") + 2);
+    EXPECT_LT(bar("0,-1"), bar("0,0") - 2);
+}
+
+TEST_F(Render, ShowsNoBlackBorderAtFullSwing) {
+    const auto white = [](int, int) { return std::array{255, 255, 255}; };
+    const auto rough = [](int x, int y) { return (x / 9 * 83 + y / 7 * 131) % 256; };
+    for (const auto& [width, height] : {std::pair{160, 120}, {120, 160}, {90, 200}})
+        for (const char* at : {"-1,0", "1,0", "0,-1", "0,1", "1,1", "-1,-1"}) {
+            const RgbImage seen = still(painted(width, height, white), shaded(width, height, rough), at);
+            EXPECT_EQ(*std::min_element(seen.samples.begin(), seen.samples.end()), 255)
+                << width << " x " << height << " from " << at;
+        }
+}
+
+TEST_F(Render, NearThingsHideFarOnes) {
+    // A red near square in front of green, seen from the side: no green shows through where the near surface
+    // is.
+    const auto inside = [](int x, int y) { return x > 60 && x < 140 && y > 60 && y < 140; };
+    const RgbImage photo = painted(200, 200, [&](int x, int y) {
+        return inside(x, y) ? std::array{255, 0, 0} : std::array{0, 255, 0};
+    });
+    const RgbImage seen =
+        still(photo, shaded(200, 200, [&](int x, int y) { return inside(x, y) ? 250 : 0; }), "1,1");
+    const uint8_t* middle = &seen.samples[3 * (100 * 200 + 85)];
+    EXPECT_GT(middle[0], 200);
+    EXPECT_LT(middle[1], 50);
+}
+
+TEST_F(Render, InvertedDepthIsTheInvertedPicture) {
+    const RgbImage photo = media::readPhoto(scene("photo.png"));
+    const auto ramp = [](int x, int y) { return (x + y) * 255 / 418; };
+    const RgbImage a = still(photo, shaded(240, 180, ramp), "1,0", {"--invert-depth"});
+    const RgbImage b = still(photo, shaded(240, 180, [&](int x, int y) { return 255 - ramp(x, y); }), "1,0");
+    EXPECT_EQ(a.samples, b.samples);
+}
+
+TEST_F(Render, TwoRunsGiveTheSameBytes) {
+    render("a/", {"--frames", "3", "--motion", "eight"});
+    render("b/", {"--frames", "3", "--motion", "eight"});
+    for (const char* name : {"00001.png", "00002.png", "00003.png"})
+        EXPECT_EQ(bytesOf(folder / "a/" + std::string(name)), bytesOf(folder / "b/" + std::string(name)));
+}
+
+TEST_F(Render, FirstFrameOfASwayIsTheViewAtRest) {
+    render("frames", {"--frames", "4"});
+    render("rest.png");
+    EXPECT_EQ(bytesOf(folder / "frames/00001.png"), bytesOf(folder / "rest.png"));
+    EXPECT_EQ(TemporaryFolder::names(folder / "frames").size(), 4u);
+}
+
+TEST_F(Render, SecondFrameOfFourIsTheExtreme) {
+    render("frames", {"--frames", "4"});
+    render("right.png", {"--at", "1,0"});
+    EXPECT_EQ(bytesOf(folder / "frames/00002.png"), bytesOf(folder / "right.png"));
+}
+
+/// Where frame `number` of `frames` of a sway stands, as --at takes it.
+std::string swayAt(int number, int frames) {
+    std::array<char, 40> at;
+    std::snprintf(at.data(), at.size(), "%.17g,0", std::sin(2.0 * M_PI * number / frames));
+    return at.data();
+}
+
+TEST_F(Render, EveryFrameOfAFolderIsTheStillFromItsPlace) {
+    constexpr int kFrames = 23;
+    render("frames", {"--frames", std::to_string(kFrames)});
+    const std::vector<std::string> names = TemporaryFolder::names(folder / "frames");
+    ASSERT_EQ(names.size(), static_cast<size_t>(kFrames));
+    for (int number = 0; number < kFrames; ++number) {
+        render("still.png", {"--at=" + swayAt(number, kFrames)});
+        EXPECT_EQ(bytesOf(folder / "frames/" + names[static_cast<size_t>(number)]),
+                  bytesOf(folder / "still.png"))
+            << "frame " << number;
+    }
+}
+
+TEST_F(Render, SupersampledFramesAreTheSupersampledStills) {
+    constexpr int kFrames = 9;
+    render("frames", {"--frames", std::to_string(kFrames), "--supersample", "2", "--size", "96x72"});
+    const std::vector<std::string> names = TemporaryFolder::names(folder / "frames");
+    ASSERT_EQ(names.size(), static_cast<size_t>(kFrames));
+    for (int number = 0; number < kFrames; ++number) {
+        const std::string at = swayAt(number, kFrames);
+        render("still.png", {"--at=" + at, "--supersample", "2", "--size", "96x72"});
+        EXPECT_EQ(bytesOf(folder / "frames/" + names[static_cast<size_t>(number)]),
+                  bytesOf(folder / "still.png"))
+            << "frame " << number;
+    }
+}
+
+// Lossy, so each of its frames is compared with all of the folder's.
+TEST_F(Render, ClipHoldsItsFramesInOrder) {
+    constexpr int kFrames = 24;
+    const std::string count = std::to_string(kFrames);
+    render("frames", {"--frames", count, "--motion", "circle"});
+    render("a.mp4", {"--frames", count, "--motion", "circle"});
+    std::filesystem::create_directory(folder / "decoded");
+    ASSERT_EQ(std::system(
+                  ("ffmpeg -v error -i " + (folder / "a.mp4") + " " + (folder / "decoded/%05d.png")).c_str()),
+              0);
+    const std::vector<std::string> names = TemporaryFolder::names(folder / "frames");
+    ASSERT_EQ(TemporaryFolder::names(folder / "decoded"), names);
+    std::vector<RgbImage> frames;
+    for (const std::string& name : names) frames.push_back(media::readPhoto(folder / "frames/" + name));
+    for (size_t number = 0; number < names.size(); ++number) {
+        const RgbImage decoded = media::readPhoto(folder / "decoded/" + names[number]);
+        std::vector<long> differences;
+        for (const RgbImage& frame : frames)
+            differences.push_back(std::inner_product(
+                frame.samples.begin(), frame.samples.end(), decoded.samples.begin(), 0L, std::plus<>(),
+                [](int a, int b) { return static_cast<long>(std::abs(a - b)); }));
+        EXPECT_EQ(std::min_element(differences.begin(), differences.end()) - differences.begin(),
+                  static_cast<std::ptrdiff_t>(number));
+    }
+}
+
+TEST_F(Render, ContextsThatCannotShareGiveTheSameFrames) {
+    const auto lines = [this](const std::string& out, const std::map<std::string, std::string>& environment) {
+        const Outcome outcome = quorvane({"render", scene("photo.png"), scene("depth.png"), "-o",
+                                          folder / out, "--frames", "6", "--stats", "-v"},
+                                         environment);
+        EXPECT_EQ(outcome.code, 0) << outcome.err;
+        return outcome.err;
+    };
+    EXPECT_THAT(lines("beside/", {}), HasSubstr("  beside the drawing\n"));
+    // The address sanitizer would come first.
+    const std::string said =
+        lines("between/", {{"LD_PRELOAD", NO_SHARING}, {"ASAN_OPTIONS", "verify_asan_link_order=0"}});
+    EXPECT_THAT(said, HasSubstr("reading  between the frames: no OpenGL ES 2 context that shares objects"));
+    EXPECT_THAT(said, testing::Not(HasSubstr("beside the drawing")));
+    for (int number = 1; number <= 6; ++number) {
+        const std::string name = "/0000" + std::to_string(number) + ".png";
+        EXPECT_EQ(bytesOf(folder / ("beside" + name)), bytesOf(folder / ("between" + name))) << name;
+    }
+}
+
+TEST_F(Render, StillIsReadWhereItIsDrawn) {
+    const Outcome outcome =
+        quorvane({"render", scene("photo.png"), scene("depth.png"), "-o", folder / "a.png", "--stats"});
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_THAT(outcome.err, testing::Not(HasSubstr("beside the drawing")));
+}
+
+TEST_F(Render, LongClipKeepsItsMemory) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "A SANITIZED PROGRAM KEEPS WHAT IS FREED, MEMORY WAS NOT MEASURED";
+#endif
+    constexpr size_t kFrames = 1200;
+    Process process({"render", scene("photo.png"), scene("depth.png"), "-o", folder / "frames", "--frames",
+                     std::to_string(kFrames), "--size", "160x120"});
+    // The frames stand in a hidden folder until the clip is whole.
+    const auto written = [this] {
+        const std::vector<std::string> names = folder.names();
+        return names.empty() ? 0 : TemporaryFolder::names(folder / names.front()).size();
+    };
+    const auto resident_after = [&](size_t frames) {
+        while (written() < frames) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        return process.residentMb();
+    };
+    const double early = resident_after(kFrames / 6);
+    const double late = resident_after(kFrames - kFrames / 6);
+    ASSERT_EQ(process.wait().code, 0);
+    ASSERT_GT(early, 0.0);
+    ASSERT_GT(late, 0.0);
+    // A picture is 0.07 MB: forgetting one frame in ten would show.
+    EXPECT_LT(late, early + 5.0);
+}
+
+TEST_F(Render, StatsNameEveryStageAndCountTheFrames) {
+    const auto stats = [&](const std::string& out, const std::vector<std::string>& more) {
+        std::vector<std::string> arguments = {"render", scene("photo.png"), scene("depth.png"),
+                                              "-o",     folder / out,       "--stats"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const auto start = std::chrono::steady_clock::now();
+        const Outcome outcome = quorvane(arguments);
+        const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
+        EXPECT_EQ(outcome.code, 0) << outcome.err;
+        EXPECT_EQ(outcome.out, "");
+        std::map<std::string, std::pair<double, double>> rows;
+        std::istringstream lines(outcome.err);
+        std::string line;
+        std::getline(lines, line);
+        EXPECT_EQ(line, "stage              ms   ms/frame");
+        while (std::getline(lines, line) && line.find(" in ") == std::string::npos) {
+            std::istringstream numbers(line.substr(10));
+            auto& [total, each] = rows[line.substr(0, line.find("  "))];
+            numbers >> total >> each;
+        }
+        int frames = 0;
+        double seconds = 0, rate = 0, first = 0;
+        EXPECT_EQ(std::sscanf(line.c_str(), "%d frame%*[s] in %lf s: %lf a second, the first after %lf s",
+                              &frames, &seconds, &rate, &first),
+                  4)
+            << line;
+        EXPECT_GT(first, 0.0);
+        EXPECT_LE(first, seconds);
+        EXPECT_LE(seconds, wall.count());
+        EXPECT_NEAR(rate, frames / seconds, 0.06 * rate);
+        EXPECT_FALSE(std::getline(lines, line)) << line;
+        return std::pair{rows, frames};
+    };
+    const auto names = [](const std::map<std::string, std::pair<double, double>>& rows) {
+        std::vector<std::string> list;
+        for (const auto& [name, times] : rows) list.push_back(name);
+        return list;
+    };
+    const auto [plain, frames] = stats("a.mp4", {"--frames", "8"});
+    EXPECT_EQ(frames, 8);
+    EXPECT_THAT(names(plain), testing::UnorderedElementsAre("decode", "set up", "fit", "upload", "draw",
+                                                            "read back", "encode"));
+    for (const char* name : {"draw", "read back", "encode"})
+        EXPECT_NEAR(plain.at(name).second, plain.at(name).first / 8, 0.02) << name;
+    for (const char* name : {"decode", "draw", "encode"}) EXPECT_GT(plain.at(name).first, 0.0) << name;
+
+    const auto [averaged, more_frames] = stats("frames", {"--frames", "12", "--supersample", "2"});
+    EXPECT_EQ(more_frames, 12);
+    EXPECT_GT(averaged.at("average").first, 0.0);
+}
+
+TEST_F(Render, AmountScalesTheSwing) {
+    render("frames", {"--frames", "4", "--amount", "0.5"});
+    render("half.png", {"--at", "0.5,0"});
+    EXPECT_EQ(bytesOf(folder / "frames/00002.png"), bytesOf(folder / "half.png"));
+}
+
+TEST_F(Render, WritesEveryKindOfClip) {
+    for (const char* name : {"a.mp4", "a.webp", "a.gif"}) {
+        render(name, {"--frames", "3", "--size", "64x48"});
+        EXPECT_GT(std::filesystem::file_size(folder / name), 200u) << name;
+    }
+    EXPECT_THAT(folder.names(), ElementsAre("a.gif", "a.mp4", "a.webp"));
+}
+
+TEST_F(Render, SizeIsTheOneAskedFor) {
+    render("a.png", {"--size", "121x95"});
+    EXPECT_EQ(media::readPhoto(folder / "a.png").width, 121);
+    EXPECT_EQ(media::readPhoto(folder / "a.png").height, 95);
+    render("b.png", {"--size", "photo"});
+    EXPECT_EQ(media::readPhoto(folder / "b.png").width, 240);
+}
+
+// A square picture of a wide photo shows its middle, undistorted.
+TEST_F(Render, AnotherAspectCutsThePhoto) {
+    const RgbImage photo = painted(300, 100, [](int x, int y) {
+        const bool disc = std::hypot(x + 0.5 - 150, y + 0.5 - 50) < 20;
+        return disc ? std::array{255, 255, 255} : std::array{0, 0, 0};
+    });
+    const RgbImage seen =
+        still(photo, shaded(300, 100, [](int, int) { return 128; }), "0,0", {"--size", "100x100"});
+    int across = 0, down = 0;
+    for (int i = 0; i < 100; ++i) {
+        across += seen.samples[3 * static_cast<size_t>(50 * 100 + i)] > 127;
+        down += seen.samples[3 * static_cast<size_t>(i * 100 + 50)] > 127;
+    }
+    EXPECT_NEAR(across, 40 / 0.81, 2);
+    EXPECT_NEAR(down, 40 / 0.81, 2);
+}
+
+TEST_F(Render, SupersamplingSmoothsAndKeepsThePicture) {
+    render("a.png", {"--size", "120x90"});
+    render("b.png", {"--size", "120x90", "--supersample", "3"});
+    const RgbImage a = media::readPhoto(folder / "a.png");
+    const RgbImage b = media::readPhoto(folder / "b.png");
+    ASSERT_EQ(a.samples.size(), b.samples.size());
+    const auto roughness = [](const RgbImage& image) {
+        double sum = 0;
+        for (size_t i = 3; i < image.samples.size(); ++i)
+            sum += std::abs(image.samples[i] - image.samples[i - 3]);
+        return sum;
+    };
+    EXPECT_LT(roughness(b), roughness(a));
+    double difference = 0;
+    for (size_t i = 0; i < a.samples.size(); ++i) difference += std::abs(a.samples[i] - b.samples[i]);
+    EXPECT_LT(difference / static_cast<double>(a.samples.size()), 20);
+}
+
+TEST_F(Render, SetChangesThePicture) {
+    render("a.png");
+    render("b.png", {"--set", "fov_scale=1", "--set", "depth_contrast=10"});
+    EXPECT_NE(bytesOf(folder / "a.png"), bytesOf(folder / "b.png"));
+}
+
+TEST_F(Render, OrientationChoosesTheTunedSet) {
+    render("a.png", {"--at", "1,0"});
+    render("four.png", {"--at", "1,0", "--orientation", "4"});
+    render("seven.png", {"--at", "1,0", "--orientation", "7"});
+    render("zero.png", {"--at", "1,0", "--orientation", "0"});
+    EXPECT_EQ(bytesOf(folder / "a.png"), bytesOf(folder / "four.png"));
+    EXPECT_EQ(bytesOf(folder / "a.png"), bytesOf(folder / "seven.png"));
+    EXPECT_NE(bytesOf(folder / "a.png"), bytesOf(folder / "zero.png"));
+}
+
+TEST_F(Render, PropertyFileTunesLikeSet) {
+    writeBytes(folder / "tune.prop", "# narrower\nquorvane.para12 = 0.7\n");
+    ASSERT_EQ(quorvane({"render", scene("photo.png"), scene("depth.png"), "-o", folder / "a.png"},
+                       {{"QUORVANE_PROPERTIES", folder / "tune.prop"}})
+                  .code,
+              0);
+    render("b.png", {"--set", "fov_scale=0.7"});
+    EXPECT_EQ(bytesOf(folder / "a.png"), bytesOf(folder / "b.png"));
+}
+
+TEST_F(Render, TimingsGoToTheirFileOnly) {
+    render("a.png", {"--timings", folder / "times.txt"});
+    const std::string lines = bytesOf(folder / "times.txt");
+    EXPECT_THAT(lines, HasSubstr("    downsize input image   : "));
+    EXPECT_THAT(lines, HasSubstr("draw time                  : "));
+}
+
+TEST_F(Render, VerboseSaysWhatWasChosen) {
+    const Outcome outcome =
+        quorvane({"render", scene("photo.png"), scene("depth.png"), "-o", folder / "a.png", "--verbose"});
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(outcome.err, HasSubstr("240 x 180"));
+    EXPECT_THAT(outcome.err, HasSubstr("grid     60 x 45 cells"));
+}
+
+TEST_F(Render, TerminalShowsProgressUnlessQuiet) {
+    if (!hasTerminals()) GTEST_SKIP() << "NO PSEUDO-TERMINALS HERE, THE PROGRESS BAR WAS NOT TESTED";
+    const std::vector<std::string> arguments = {
+        "render", scene("photo.png"), scene("depth.png"), "-o", folder / "frames/", "--frames", "4"};
+    const Outcome shown = Process(arguments, {}, true).wait();
+    EXPECT_EQ(shown.code, 0);
+    EXPECT_EQ(shown.out, "");
+    EXPECT_THAT(shown.err, HasSubstr("4/4"));
+    EXPECT_THAT(shown.err, HasSubstr("left"));
+    std::vector<std::string> quiet = arguments;
+    quiet.insert(quiet.end(), {"--quiet", "--force"});
+    EXPECT_EQ(Process(quiet, {}, true).wait().err, "");
+}
+
+TEST_F(Render, StagesAreOneLabelledSheet) {
+    const Outcome outcome =
+        quorvane({"stages", scene("photo.png"), scene("depth.png"), "-o", folder / "sheet.png"});
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, "");
+    const RgbImage sheet = media::readPhoto(folder / "sheet.png");
+    // Four panels of 480 and five margins of 16 across.
+    EXPECT_EQ(sheet.width, 4 * 480 + 5 * 16);
+}
+
+TEST(Info, NamesTheDriverAndItsLimits) {
+    const Outcome outcome = quorvane({"info"});
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_THAT(outcome.out, testing::StartsWith("quorvane "));
+    EXPECT_THAT(outcome.out, HasSubstr("renderer "));
+    EXPECT_THAT(outcome.out, HasSubstr("largest texture "));
+}
+
+TEST(Sample, WritesAPairOfTheSizeAskedFor) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(quorvane({"sample", folder / "p.png", folder / "d.png", "--size", "90x70"}).code, 0);
+    EXPECT_EQ(media::readPhoto(folder / "p.png").width, 90);
+    EXPECT_EQ(media::readDepthMap(folder / "d.png").plane.height, 70);
+}
+
+TEST(Help, OpensWithExamples) {
+    const Outcome outcome = quorvane({"--help"});
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_THAT(outcome.out, HasSubstr("quorvane render photo.jpg depth.png -o sway.mp4"));
+}
+
+}  // namespace
+}  // namespace quorvane::test

@@ -1,0 +1,274 @@
+#include "media/clip/clip_writer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <array>
+#include <cstdio>
+#include <thread>
+#include <vector>
+
+#include "media/picture/picture_file.h"
+#include "support/processes.h"
+#include "support/temporary_folder.h"
+#include "system/error.h"
+
+namespace quorvane::media {
+namespace {
+
+using test::bytesOf;
+using test::TemporaryFolder;
+using test::writeBytes;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+RgbaImage frame(int width, int height, uint8_t level) {
+    RgbaImage image(width, height);
+    for (size_t i = 0; i < image.samples.size(); ++i) image.samples[i] = i % 4 == 3 ? 255 : level;
+    return image;
+}
+
+/// What a program prints, without its last line end.
+std::string outputOf(const std::string& command) {
+    std::string text;
+    FILE* pipe = popen((command + " 2>/dev/null").c_str(), "r");
+    std::array<char, 256> chunk;
+    while (std::fgets(chunk.data(), chunk.size(), pipe) != nullptr) text += chunk.data();
+    pclose(pipe);
+    while (!text.empty() && text.back() == '\n') text.pop_back();
+    return text;
+}
+
+ClipFormat format(int width, int height, bool force = false) {
+    ClipFormat format;
+    format.size = {width, height};
+    format.fps = 10;
+    format.force = force;
+    return format;
+}
+
+void writeClip(const std::string& path, OutputKind kind, int frames) {
+    const auto writer = openClip(path, kind, format(32, 24));
+    for (int i = 0; i < frames; ++i) writer->add(i, frame(32, 24, static_cast<uint8_t>(40 * i)));
+    writer->finish();
+}
+
+std::string refusal(const std::string& path, OutputKind kind, bool force = false) {
+    try {
+        openClip(path, kind, format(32, 24, force));
+    } catch (const Error& error) {
+        return error.what();
+    }
+    return "not refused";
+}
+
+TEST(OutputKind, FollowsTheExtension) {
+    EXPECT_EQ(outputKind("a.mp4"), OutputKind::kMp4);
+    EXPECT_EQ(outputKind("a.WEBP"), OutputKind::kWebp);
+    EXPECT_EQ(outputKind("b/a.gif"), OutputKind::kGif);
+    EXPECT_EQ(outputKind("a.png"), OutputKind::kStill);
+}
+
+TEST(OutputKind, IsAFolderForASlashNoExtensionOrAFolderThatIsThere) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "frames.png");
+    EXPECT_EQ(outputKind("frames.mp4/"), OutputKind::kFolder);
+    EXPECT_EQ(outputKind("frames"), OutputKind::kFolder);
+    EXPECT_EQ(outputKind(folder / "frames.png"), OutputKind::kFolder);
+}
+
+TEST(OutputKind, RefusesAnotherExtensionWithWhatWouldDo) {
+    try {
+        outputKind("a.avi");
+        FAIL() << "not refused";
+    } catch (const Error& error) {
+        EXPECT_STREQ(error.what(), "a.avi: write .mp4, .webp or .gif (clips), .png (a still) or a folder");
+    }
+}
+
+TEST(ClipWriter, Mp4HoldsEveryFrameForEveryPlayer) {
+    const TemporaryFolder folder;
+    writeClip(folder / "a.mp4", OutputKind::kMp4, 7);
+    EXPECT_EQ(outputOf("ffprobe -v error -count_frames -show_entries "
+                       "stream=codec_name,width,height,pix_fmt,nb_read_frames -of csv=p=0 " +
+                       (folder / "a.mp4")),
+              "h264,32,24,yuv420p,7");
+    EXPECT_THAT(folder.names(), ElementsAre("a.mp4"));
+}
+
+TEST(ClipWriter, Mp4KeepsTheColours) {
+    const TemporaryFolder folder;
+    {
+        const auto writer = openClip(folder / "a.mp4", OutputKind::kMp4, format(32, 32));
+        RgbaImage orange(32, 32);
+        for (size_t i = 0; i < orange.samples.size(); i += 4) {
+            orange.samples[i] = 230;
+            orange.samples[i + 1] = 120;
+            orange.samples[i + 2] = 30;
+            orange.samples[i + 3] = 255;
+        }
+        for (int i = 0; i < 3; ++i) writer->add(i, orange);
+        writer->finish();
+    }
+    ASSERT_EQ(outputOf("ffmpeg -v error -i " + (folder / "a.mp4") + " -frames:v 1 " + (folder / "f.png") +
+                       " && echo ok"),
+              "ok");
+    const RgbImage seen = readPhoto(folder / "f.png");
+    EXPECT_NEAR(seen.samples[0], 230, 4);
+    EXPECT_NEAR(seen.samples[1], 120, 4);
+    EXPECT_NEAR(seen.samples[2], 30, 4);
+}
+
+TEST(ClipWriter, GifLoopsForever) {
+    const TemporaryFolder folder;
+    writeClip(folder / "a.gif", OutputKind::kGif, 4);
+    EXPECT_EQ(outputOf("ffprobe -v error -count_frames -show_entries stream=nb_read_frames -of csv=p=0 " +
+                       (folder / "a.gif")),
+              "4");
+    // The looping extension with the count 0, which means forever.
+    EXPECT_THAT(bytesOf(folder / "a.gif"), HasSubstr(std::string("NETSCAPE2.0\x03\x01\0\0\0", 16)));
+}
+
+TEST(ClipWriter, WebpIsAnimatedAndLoopsForever) {
+    const TemporaryFolder folder;
+    writeClip(folder / "a.webp", OutputKind::kWebp, 4);
+    const std::string info = outputOf("webpinfo " + (folder / "a.webp"));
+    EXPECT_THAT(info, HasSubstr("Loop count      : 0"));
+    EXPECT_THAT(outputOf("webpinfo " + (folder / "a.webp") + " | grep -c 'Chunk ANMF'"), "4");
+}
+
+TEST(ClipWriter, StillIsTheFrame) {
+    const TemporaryFolder folder;
+    writeClip(folder / "a.png", OutputKind::kStill, 1);
+    EXPECT_EQ(readPhoto(folder / "a.png").samples, std::vector<uint8_t>(32 * 24 * 3, 0));
+}
+
+TEST(ClipWriter, FolderHoldsNumberedFrames) {
+    const TemporaryFolder folder;
+    writeClip(folder / "frames", OutputKind::kFolder, 3);
+    EXPECT_THAT(folder.names(), ElementsAre("frames"));
+    EXPECT_THAT(TemporaryFolder::names(folder / "frames"),
+                ElementsAre("00001.png", "00002.png", "00003.png"));
+    EXPECT_EQ(readPhoto(folder / "frames/00002.png").samples[0], 40);
+}
+
+TEST(ClipWriter, FolderTakesFramesInAnyOrderFromSeveralThreads) {
+    const TemporaryFolder folder;
+    const auto writer = openClip(folder / "frames", OutputKind::kFolder, format(32, 24));
+    ASSERT_TRUE(writer->takesAnyOrder());
+    std::vector<std::thread> threads;
+    for (int first = 3; first >= 0; --first)
+        threads.emplace_back([&writer, first] {
+            for (int number = first + 20; number >= 0; number -= 4)
+                writer->add(number, frame(32, 24, static_cast<uint8_t>(10 * number)));
+        });
+    for (std::thread& thread : threads) thread.join();
+    writer->finish();
+    ASSERT_EQ(TemporaryFolder::names(folder / "frames").size(), 24u);
+    for (int number = 0; number < 24; ++number) {
+        std::array<char, 24> name;
+        std::snprintf(name.data(), name.size(), "frames/%05d.png", number + 1);
+        EXPECT_EQ(readPhoto(folder / name.data()).samples[0], 10 * number) << name.data();
+    }
+}
+
+TEST(ClipWriter, ClipsWantTheirFramesInOrder) {
+    const TemporaryFolder folder;
+    for (const auto& [name, kind] :
+         {std::pair{"a.mp4", OutputKind::kMp4}, {"a.webp", OutputKind::kWebp}, {"a.gif", OutputKind::kGif}})
+        EXPECT_FALSE(openClip(folder / name, kind, format(32, 24))->takesAnyOrder()) << name;
+}
+
+TEST(ClipWriter, EmptyFolderIsFilled) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "frames");
+    writeClip(folder / "frames/", OutputKind::kFolder, 1);
+    EXPECT_THAT(TemporaryFolder::names(folder / "frames"), ElementsAre("00001.png"));
+}
+
+TEST(ClipWriter, FolderWithFilesIsRefusedWithoutForce) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "frames");
+    writeBytes(folder / "frames/mine.txt", "mine");
+    EXPECT_THAT(refusal(folder / "frames", OutputKind::kFolder), HasSubstr("not empty; --force"));
+    EXPECT_THAT(folder.names(), ElementsAre("frames"));
+}
+
+TEST(ClipWriter, ForceReplacesTheFramesAndNothingElse) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "frames");
+    for (const char* name : {"00001.png", "00009.png", "mine.txt", "cover.png"})
+        writeBytes(folder / "frames/" + std::string(name), "old");
+    const auto writer = openClip(folder / "frames", OutputKind::kFolder, format(32, 24, true));
+    writer->add(0, frame(32, 24, 9));
+    writer->finish();
+    EXPECT_THAT(TemporaryFolder::names(folder / "frames"), ElementsAre("00001.png", "cover.png", "mine.txt"));
+    EXPECT_EQ(readPhoto(folder / "frames/00001.png").samples[0], 9);
+    EXPECT_EQ(bytesOf(folder / "frames/cover.png"), "old");
+}
+
+TEST(ClipWriter, AbandonedWriterLeavesNothing) {
+    const TemporaryFolder folder;
+    for (const auto& [name, kind] : {std::pair{"a.mp4", OutputKind::kMp4},
+                                     {"a.webp", OutputKind::kWebp},
+                                     {"a.gif", OutputKind::kGif},
+                                     {"a.png", OutputKind::kStill},
+                                     {"a", OutputKind::kFolder}}) {
+        SCOPED_TRACE(name);
+        {
+            const auto writer = openClip(folder / name, kind, format(32, 24));
+            writer->add(0, frame(32, 24, 1));
+        }
+        EXPECT_THAT(folder.names(), IsEmpty());
+        EXPECT_EQ(test::processesNaming(folder.path()), 0) << "ffmpeg still runs";
+    }
+}
+
+TEST(ClipWriter, ExistingClipStaysUntilTheNewOneIsWhole) {
+    const TemporaryFolder folder;
+    writeBytes(folder / "a.mp4", "old");
+    {
+        const auto writer = openClip(folder / "a.mp4", OutputKind::kMp4, format(32, 24));
+        writer->add(0, frame(32, 24, 1));
+    }
+    EXPECT_EQ(bytesOf(folder / "a.mp4"), "old");
+    writeClip(folder / "a.mp4", OutputKind::kMp4, 2);
+    EXPECT_NE(bytesOf(folder / "a.mp4"), "old");
+}
+
+TEST(ClipWriter, MissingFolderIsNamed) {
+    const TemporaryFolder folder;
+    EXPECT_THAT(refusal(folder / "none/a.mp4", OutputKind::kMp4), HasSubstr("there is no folder"));
+    EXPECT_THAT(refusal(folder / "none/frames/", OutputKind::kFolder), HasSubstr("there is no folder"));
+}
+
+TEST(ClipWriter, MissingFfmpegIsNamed) {
+    const TemporaryFolder folder;
+    const std::string path = getenv("PATH");
+    setenv("PATH", folder.path().c_str(), 1);
+    const std::string said = refusal(folder / "a.mp4", OutputKind::kMp4);
+    setenv("PATH", path.c_str(), 1);
+    EXPECT_THAT(said, HasSubstr("ffmpeg is not installed"));
+    EXPECT_THAT(folder.names(), IsEmpty());
+}
+
+TEST(ClipWriter, FfmpegsFailureIsOneLine) {
+    const TemporaryFolder folder;
+    // The temporary file's place is taken away after the start, so that ffmpeg cannot write.
+    std::filesystem::create_directory(folder / "gone");
+    try {
+        const auto writer = openClip(folder / "gone/a.mp4", OutputKind::kMp4, format(32, 24));
+        std::filesystem::remove_all(folder / "gone");
+        for (int i = 0; i < 200; ++i) writer->add(i, frame(32, 24, 1));
+        writer->finish();
+        FAIL() << "not refused";
+    } catch (const Error& error) {
+        EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos);
+        EXPECT_THAT(error.what(), testing::StartsWith(folder / "gone/a.mp4"));
+    }
+}
+
+}  // namespace
+}  // namespace quorvane::media

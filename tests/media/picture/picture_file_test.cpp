@@ -1,0 +1,492 @@
+#include "media/picture/picture_file.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <vips/vips8>
+
+#include "media/picture/vips.h"
+#include "media/scene/sample_scene.h"
+#include "support/temporary_folder.h"
+#include "system/error.h"
+
+namespace quorvane::media {
+namespace {
+
+using test::bytesOf;
+using test::TemporaryFolder;
+using test::writeBytes;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+using vips::VImage;
+
+/// What the reader says of a file it refuses.
+template <typename Read>
+std::string refusal(Read read) {
+    try {
+        read();
+    } catch (const Error& error) {
+        EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos) << "more than one line";
+        return error.what();
+    }
+    return "not refused";
+}
+
+template <typename Sample>
+VImage image(int width, int height, int bands, const std::vector<Sample>& samples, VipsBandFormat format,
+             VipsInterpretation interpretation) {
+    startVips();
+    const VImage copied(vips_image_new_from_memory_copy(samples.data(), samples.size() * sizeof(Sample),
+                                                        width, height, bands, format));
+    return copied.copy(VImage::option()->set("interpretation", interpretation));
+}
+
+/// Two rows of three pixels, all different.
+VImage sixPixels() {
+    return image<uint8_t>(3, 2, 3, {255, 0, 0, 0, 255, 0, 0, 0, 255, 10, 20, 30, 40, 50, 60, 70, 80, 90},
+                          VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+}
+
+class PictureFile : public testing::Test {
+  protected:
+    std::string saved(const VImage& picture, const std::string& name) {
+        const std::string path = folder / name;
+        picture.write_to_file(path.c_str());
+        return path;
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(PictureFile, PhotoKeepsItsBytes) {
+    const RgbImage photo = readPhoto(saved(sixPixels(), "a.png"));
+    EXPECT_EQ(photo.width, 3);
+    EXPECT_EQ(photo.height, 2);
+    EXPECT_THAT(photo.samples,
+                ElementsAre(255, 0, 0, 0, 255, 0, 0, 0, 255, 10, 20, 30, 40, 50, 60, 70, 80, 90));
+}
+
+TEST_F(PictureFile, PhotoComesInEveryFormat) {
+    const VImage flat = sixPixels().resize(40, VImage::option()->set("kernel", VIPS_KERNEL_NEAREST));
+    for (const char* name : {"a.png", "a.jpg", "a.webp", "a.tif", "a.avif", "a.heic"}) {
+        SCOPED_TRACE(name);
+        std::string path;
+        try {
+            path = saved(flat, name);
+        } catch (const vips::VError&) {
+            vips_error_clear();
+            std::printf("%s cannot be written here and is not tried\n", name);
+            continue;
+        }
+        const RgbImage photo = readPhoto(path);
+        ASSERT_EQ(photo.width, 120);
+        ASSERT_EQ(photo.height, 80);
+        // The middle of the red block, whatever the coding did to its edges.
+        const size_t middle = 3 * (20 * 120 + 20);
+        EXPECT_NEAR(photo.samples[middle], 255, 12);
+        EXPECT_NEAR(photo.samples[middle + 1], 0, 12);
+        EXPECT_NEAR(photo.samples[middle + 2], 0, 12);
+    }
+}
+
+TEST_F(PictureFile, PhotoIsTurnedUprightForEveryExifOrientation) {
+    // The file holds the picture as the sensor saw it; orientation N says how to show it. Each line is what
+    // the viewer must see of the six gray pixels 0 50 100 / 150 200 250.
+    const std::vector<std::vector<uint8_t>> upright = {
+        {0, 50, 100, 150, 200, 250}, {100, 50, 0, 250, 200, 150}, {250, 200, 150, 100, 50, 0},
+        {150, 200, 250, 0, 50, 100}, {0, 150, 50, 200, 100, 250}, {150, 0, 200, 50, 250, 100},
+        {250, 100, 200, 50, 150, 0}, {100, 250, 50, 200, 0, 150}};
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        SCOPED_TRACE(orientation);
+        VImage gray =
+            image<uint8_t>(3, 2, 1, {0, 50, 100, 150, 200, 250}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W);
+        gray.set("orientation", orientation);
+        const RgbImage photo = readPhoto(saved(gray, "turned.tif"));
+        EXPECT_EQ(photo.width, orientation >= 5 ? 2 : 3);
+        std::vector<uint8_t> seen;
+        for (size_t i = 0; i < photo.samples.size(); i += 3) seen.push_back(photo.samples[i]);
+        EXPECT_EQ(seen, upright[static_cast<size_t>(orientation - 1)]);
+    }
+}
+
+TEST_F(PictureFile, GrayPhotoHasThreeEqualChannels) {
+    const auto gray = image<uint8_t>(2, 1, 1, {5, 250}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W);
+    EXPECT_THAT(readPhoto(saved(gray, "g.png")).samples, ElementsAre(5, 5, 5, 250, 250, 250));
+}
+
+TEST_F(PictureFile, TransparentPhotoLiesOverWhite) {
+    const auto rgba =
+        image<uint8_t>(2, 1, 4, {200, 0, 0, 255, 200, 0, 0, 0}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+    EXPECT_THAT(readPhoto(saved(rgba, "t.png")).samples, ElementsAre(200, 0, 0, 255, 255, 255));
+}
+
+TEST_F(PictureFile, SixteenBitPhotoKeepsItsUpperByte) {
+    const auto deep = image<uint16_t>(2, 1, 3, {0, 257 * 100, 65535, 257 * 7, 257 * 8, 257 * 9},
+                                      VIPS_FORMAT_USHORT, VIPS_INTERPRETATION_RGB16);
+    EXPECT_THAT(readPhoto(saved(deep, "d.png")).samples, ElementsAre(0, 100, 255, 7, 8, 9));
+}
+
+TEST_F(PictureFile, CmykPhotoBecomesRgb) {
+    // Full cyan and no ink.
+    const auto cmyk =
+        image<uint8_t>(2, 1, 4, {255, 0, 0, 0, 0, 0, 0, 0}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_CMYK);
+    const RgbImage photo = readPhoto(saved(cmyk, "c.tif"));
+    ASSERT_EQ(photo.samples.size(), 6u);
+    EXPECT_LT(photo.samples[0] + 60, photo.samples[2]) << "cyan has little red";
+    EXPECT_GT(photo.samples[3], 245);
+    EXPECT_GT(photo.samples[5], 245);
+}
+
+TEST_F(PictureFile, NameWithBracketsIsOnlyAName) {
+    const std::string plain = saved(sixPixels(), "a.png");
+    std::filesystem::copy_file(plain, folder / "a[1].png");
+    std::filesystem::copy_file(plain, folder / "b.png[x]");
+    EXPECT_EQ(readPhoto(folder / "a[1].png").width, 3);
+    EXPECT_EQ(readPhoto(folder / "b.png[x]").width, 3);
+}
+
+TEST_F(PictureFile, MissingPhotoIsNamed) {
+    EXPECT_EQ(refusal([&] { readPhoto(folder / "none.jpg"); }),
+              (folder / "none.jpg") + ": No such file or directory");
+}
+
+TEST_F(PictureFile, FolderIsNoPhoto) {
+    EXPECT_THAT(refusal([&] { readPhoto(folder.path()); }), StartsWith(folder.path() + ": "));
+}
+
+TEST_F(PictureFile, EmptyFileIsNamed) {
+    writeBytes(folder / "e.jpg", "");
+    EXPECT_EQ(refusal([&] { readPhoto(folder / "e.jpg"); }), (folder / "e.jpg") + ": the file is empty");
+}
+
+TEST_F(PictureFile, OtherFilesAreRefusedWithWhatWouldDo) {
+    writeBytes(folder / "t.jpg", "not a picture at all");
+    writeBytes(folder / "s.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>");
+    for (const char* name : {"t.jpg", "s.svg"})
+        EXPECT_EQ(refusal([&] { readPhoto(folder / name); }),
+                  (folder / name) + ": not a JPEG, PNG, WebP, HEIC, AVIF or TIFF picture");
+}
+
+TEST_F(PictureFile, PictureThatEndsEarlyIsRefused) {
+    const VImage noise = VImage::gaussnoise(200, 200).cast(VIPS_FORMAT_UCHAR);
+    for (const char* name : {"n.png", "n.jpg", "n.webp"}) {
+        SCOPED_TRACE(name);
+        const std::string path = saved(noise, name);
+        const std::string whole = bytesOf(path);
+        writeBytes(path, whole.substr(0, whole.size() / 2));
+        EXPECT_THAT(refusal([&] { readPhoto(path); }), StartsWith(path + ": cannot be read as a picture ("));
+        EXPECT_THAT(refusal([&] { readDepthMap(path); }),
+                    StartsWith(path + ": cannot be read as a picture ("));
+    }
+}
+
+TEST_F(PictureFile, HugePictureIsRefusedByItsHeader) {
+    // A PNG header that promises 60000 x 60000 pixels, with a valid checksum and no pixels.
+    std::string png("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\xea\x60\0\0\xea\x60\x08\x02\0\0\0", 29);
+    uint32_t crc = 0xffffffffu;
+    for (size_t i = 12; i < 29; ++i) {
+        crc ^= static_cast<uint8_t>(png[i]);
+        for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ (0xedb88320u & (0u - (crc & 1u)));
+    }
+    crc = ~crc;
+    for (int shift = 24; shift >= 0; shift -= 8) png.push_back(static_cast<char>(crc >> shift & 0xff));
+    png.append("\0\0\0\0IDAT\x35\xaf\x06\x1e", 12);
+    writeBytes(folder / "huge.png", png);
+    EXPECT_THAT(refusal([&] { readPhoto(folder / "huge.png"); }),
+                AllOf(HasSubstr("60000 x 60000 pixels"), HasSubstr("at most 268 million")));
+}
+
+/// Peak memory of this process so far, in MB.
+long peakMegabytes() {
+    rusage usage = {};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss / 1024;
+}
+
+/// `value` as big-endian bytes.
+std::string bigEndian(uint32_t value, int bytes) {
+    std::string text;
+    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8)
+        text.push_back(static_cast<char>(value >> shift & 0xff));
+    return text;
+}
+
+/// Writes other sides into a picture file, after what stands before them there.
+void replaceSides(const std::string& path, const std::string& before, int bytes, uint32_t first,
+                  uint32_t second) {
+    std::string file = bytesOf(path);
+    const size_t at = file.find(before);
+    ASSERT_NE(at, std::string::npos);
+    const std::string sides = bigEndian(first, bytes) + bigEndian(second, bytes);
+    writeBytes(path, file.replace(at + before.size(), sides.size(), sides));
+}
+
+TEST_F(PictureFile, HugePictureOfEveryFormatIsRefusedWithoutItsPixels) {
+    const VImage small = VImage::black(64, 64);
+    // The frame header, the image's properties, the still's canvas.
+    replaceSides(saved(small, "a.jpg"), std::string("\xff\xc0\0\x0b\x08", 5), 2, 65500, 65500);
+    for (const char* name : {"a.heic", "a.avif"}) {
+        try {
+            replaceSides(saved(small, name), std::string("ispe\0\0\0\0", 8), 4, 60000, 60000);
+        } catch (const vips::VError&) {
+            vips_error_clear();
+            std::printf("%s cannot be written here and is not tried\n", name);
+        }
+    }
+    std::string tiff = bytesOf(saved(small, "a.tif"));
+    for (const char tag : {'\x00', '\x01'}) {
+        // Width and height: a tag, a type, one value, little-endian.
+        const size_t at = tiff.find(std::string({tag, '\x01', '\x03', '\0', '\x01', '\0', '\0', '\0'}));
+        ASSERT_NE(at, std::string::npos);
+        tiff.replace(at + 8, 2, "\x60\xea");
+    }
+    writeBytes(folder / "a.tif", tiff);
+
+    readPhoto(saved(small, "warm.png"));
+    const long before = peakMegabytes();
+    for (const std::string& name : folder.names()) {
+        if (name == "warm.png") continue;
+        SCOPED_TRACE(name);
+        EXPECT_THAT(refusal([&] { readPhoto(folder / name); }), StartsWith((folder / name) + ": "));
+        EXPECT_THAT(refusal([&] { readDepthMap(folder / name); }), StartsWith((folder / name) + ": "));
+    }
+    EXPECT_LT(peakMegabytes() - before, 100);
+}
+
+TEST_F(PictureFile, LimitHoldsForBytesToo) {
+    const std::string bytes = bytesOf(saved(sixPixels(), "a.png"));
+    EXPECT_EQ(decodePhoto(bytes, "it", 6).width, 3);
+    EXPECT_THAT(refusal([&] { decodePhoto(bytes, "it", 5); }), StartsWith("it: 3 x 2 pixels; at most "));
+    EXPECT_THAT(refusal([&] { decodeDepthMap(bytes, "it", 5); }), StartsWith("it: 3 x 2 pixels; at most "));
+}
+
+TEST_F(PictureFile, OnlyTheFirstOfManyPagesIsRead) {
+    const VImage page = VImage::black(40, 30).linear(1.0, 90.0).cast(VIPS_FORMAT_UCHAR);
+    VImage pages = page.replicate(1, 1000).copy();
+    pages.set("page-height", 30);
+    const long before = peakMegabytes();
+    for (const char* name : {"pages.tif", "animated.webp"}) {
+        SCOPED_TRACE(name);
+        const RgbImage photo = readPhoto(saved(pages, name));
+        EXPECT_EQ(photo.width, 40);
+        EXPECT_EQ(photo.height, 30);
+        EXPECT_NEAR(photo.samples[0], 90, 3);
+    }
+    EXPECT_LT(peakMegabytes() - before, 200);
+}
+
+TEST_F(PictureFile, StripThatLiesAboutItsLengthIsRefused) {
+    // One packed strip, of 4 GB in a file of a few hundred bytes.
+    const std::string path = folder / "a.tif";
+    VImage::black(64, 64).tiffsave(
+        path.c_str(), VImage::option()->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_DEFLATE));
+    std::string tiff = bytesOf(path);
+    const std::string count("\x17\x01\x04\0\x01\0\0\0", 8);
+    const size_t at = tiff.find(count);
+    ASSERT_NE(at, std::string::npos);
+    writeBytes(path, tiff.replace(at + count.size(), 4, "\xf0\xff\xff\xff"));
+    const long before = peakMegabytes();
+    EXPECT_THAT(refusal([&] { readPhoto(path); }), StartsWith(path + ": "));
+    EXPECT_LT(peakMegabytes() - before, 100);
+}
+
+TEST_F(PictureFile, ProfileThatUnpacksToFarMoreIsHarmless) {
+    VImage picture = VImage::black(8, 8)
+                         .bandjoin({0.0, 0.0})
+                         .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+    std::vector<uint8_t> zeros(200 << 20);
+    vips_image_set_blob_copy(picture.get_image(), VIPS_META_ICC_NAME, zeros.data(), zeros.size());
+    const std::string path = saved(picture, "profile.png");
+    ASSERT_LT(bytesOf(path).size(), 1u << 20);
+    EXPECT_EQ(readPhoto(path).width, 8);
+}
+
+TEST_F(PictureFile, JpegOfCountlessScansIsRefused) {
+    const std::string path = saved(VImage::black(64, 64), "scans.jpg");
+    std::string jpeg = bytesOf(path);
+    const size_t scan = jpeg.find("\xff\xda"), end = jpeg.rfind("\xff\xd9");
+    const std::string again = jpeg.substr(scan, end - scan);
+    for (int i = 0; i < 100; ++i) jpeg.insert(end, again);
+    writeBytes(path, jpeg);
+    EXPECT_EQ(refusal([&] { readPhoto(path); }), path + ": a JPEG of more than 100 scans");
+}
+
+TEST_F(PictureFile, EndlessFileIsRefusedByItsStart) {
+    const long before = peakMegabytes();
+    EXPECT_EQ(refusal([&] { readPhoto("/dev/zero"); }),
+              "/dev/zero: not a JPEG, PNG, WebP, HEIC, AVIF or TIFF picture");
+    EXPECT_LT(peakMegabytes() - before, 100);
+}
+
+TEST_F(PictureFile, HugeFileIsRefusedUnread) {
+    writeBytes(folder / "huge.tif", "II*");
+    std::filesystem::resize_file(folder / "huge.tif", 3u << 30);
+    const long before = peakMegabytes();
+    EXPECT_EQ(refusal([&] { readPhoto(folder / "huge.tif"); }),
+              (folder / "huge.tif") + ": the file is too large; at most 2147 MB are read");
+    EXPECT_LT(peakMegabytes() - before, 100);
+}
+
+TEST_F(PictureFile, EightBitDepthIsTakenAsItIs) {
+    const auto gray = image<uint8_t>(3, 1, 1, {10, 100, 200}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W);
+    const DepthMap depth = readDepthMap(saved(gray, "d.png"));
+    EXPECT_EQ(depth.bits, 8);
+    EXPECT_THAT(depth.plane.samples, ElementsAre(10.0f, 100.0f, 200.0f));
+}
+
+TEST_F(PictureFile, SixteenBitDepthIsSpreadOverItsRange) {
+    const auto deep =
+        image<uint16_t>(3, 1, 1, {1000, 2000, 3000}, VIPS_FORMAT_USHORT, VIPS_INTERPRETATION_GREY16);
+    const DepthMap depth = readDepthMap(saved(deep, "d.png"));
+    EXPECT_EQ(depth.bits, 16);
+    EXPECT_THAT(depth.plane.samples, ElementsAre(0.0f, 127.5f, 255.0f));
+}
+
+TEST_F(PictureFile, FlatSixteenBitDepthKeepsItsLevel) {
+    const auto deep =
+        image<uint16_t>(2, 1, 1, {257 * 51, 257 * 51}, VIPS_FORMAT_USHORT, VIPS_INTERPRETATION_GREY16);
+    EXPECT_THAT(readDepthMap(saved(deep, "d.png")).plane.samples, ElementsAre(51.0f, 51.0f));
+}
+
+TEST_F(PictureFile, DepthStoredAsRgbIsGray) {
+    const auto rgb =
+        image<uint8_t>(2, 1, 3, {80, 80, 80, 9, 9, 9}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+    const DepthMap depth = readDepthMap(saved(rgb, "d.png"));
+    EXPECT_NEAR(depth.plane.samples[0], 80, 0.01);
+    EXPECT_NEAR(depth.plane.samples[1], 9, 0.01);
+}
+
+TEST_F(PictureFile, DepthsAlphaSaysWhatIsKnown) {
+    const auto la = image<uint8_t>(4, 1, 2, {80, 255, 120, 0, 90, 127, 7, 128}, VIPS_FORMAT_UCHAR,
+                                   VIPS_INTERPRETATION_B_W);
+    const DepthMap gray = readDepthMap(saved(la, "la.png"));
+    EXPECT_THAT(gray.plane.samples, ElementsAre(80.0f, 120.0f, 90.0f, 7.0f));
+    EXPECT_THAT(gray.known.samples, ElementsAre(255, 0, 0, 255));
+    const auto rgba = image<uint8_t>(2, 1, 4, {60, 60, 60, 0, 61, 61, 61, 255}, VIPS_FORMAT_UCHAR,
+                                     VIPS_INTERPRETATION_sRGB);
+    const DepthMap colour = readDepthMap(saved(rgba, "rgba.png"));
+    EXPECT_NEAR(colour.plane.samples[0], 60, 0.01);
+    EXPECT_THAT(colour.known.samples, ElementsAre(0, 255));
+    const auto deep =
+        image<uint16_t>(2, 1, 2, {1000, 65535, 2000, 32000}, VIPS_FORMAT_USHORT, VIPS_INTERPRETATION_GREY16);
+    EXPECT_THAT(readDepthMap(saved(deep, "deep.png")).known.samples, ElementsAre(255, 0));
+}
+
+TEST_F(PictureFile, OpaqueDepthIsKnownEverywhere) {
+    const auto la = image<uint8_t>(2, 1, 2, {80, 255, 120, 255}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W);
+    EXPECT_THAT(readDepthMap(saved(la, "la.png")).known.samples, testing::IsEmpty());
+    const auto gray = image<uint8_t>(2, 1, 1, {0, 255}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W);
+    EXPECT_THAT(readDepthMap(saved(gray, "g.png")).known.samples, testing::IsEmpty());
+}
+
+/// Values that colour maps give to 0, 64, 128, 192 and 255, from the tables that their makers publish.
+struct PublishedColours {
+    const char* name;
+    std::vector<uint8_t> rgb;
+    double tolerance;  ///< in levels; programs place hot's colours differently
+};
+const std::vector<PublishedColours>& publishedColours() {
+    static const std::vector<PublishedColours> all = {
+        {"jet", {0, 0, 128, 0, 128, 255, 130, 255, 126, 255, 124, 0, 128, 0, 0}, 1},
+        {"turbo", {48, 18, 59, 40, 188, 235, 164, 252, 60, 251, 126, 33, 122, 4, 3}, 2},
+        {"viridis", {68, 1, 84, 59, 82, 139, 33, 145, 140, 94, 201, 98, 253, 231, 37}, 3},
+        {"plasma", {13, 8, 135, 126, 3, 168, 204, 71, 120, 248, 149, 64, 240, 249, 33}, 3},
+        {"inferno", {0, 0, 4, 87, 16, 110, 188, 55, 84, 249, 142, 9, 252, 255, 164}, 4},
+        {"magma", {0, 0, 4, 81, 18, 124, 183, 55, 121, 252, 137, 97, 252, 253, 191}, 4},
+        {"hot", {0, 0, 0, 160, 0, 0, 255, 65, 0, 255, 225, 0, 255, 255, 255}, 14},
+    };
+    return all;
+}
+
+TEST_F(PictureFile, DepthInAKnownColourMapIsReadBack) {
+    for (const auto& [name, rgb, tolerance] : publishedColours()) {
+        SCOPED_TRACE(name);
+        const auto colours = image<uint8_t>(5, 1, 3, rgb, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+        const std::string path = saved(colours, "c.png");
+        const DepthMap depth = readDepthMap(path);
+        EXPECT_EQ(depth.colour_map, name);
+        ASSERT_EQ(depth.plane.samples.size(), 5u);
+        for (size_t i = 0; i < 5; ++i)
+            EXPECT_NEAR(depth.plane.samples[i], std::min(64.0 * static_cast<double>(i), 255.0), tolerance);
+        EXPECT_THAT(depth.known.samples, testing::IsEmpty());
+        // Lossily coded too, in blocks that keep their colours.
+        const VImage blocks = colours.resize(64, VImage::option()->set("kernel", VIPS_KERNEL_NEAREST));
+        const DepthMap lossy = readDepthMap(saved(blocks, "c.jpg"));
+        EXPECT_EQ(lossy.colour_map, name);
+        for (size_t i = 0; i < 5; ++i)
+            EXPECT_NEAR(lossy.plane.samples[i * 64 + 32], std::min(64.0 * static_cast<double>(i), 255.0),
+                        tolerance + 3);
+    }
+}
+
+TEST_F(PictureFile, ColoursOffTheColourMapAreNotKnown) {
+    // Black where there is no depth, as jet has no black; and what is transparent.
+    std::vector<uint8_t> rgba;
+    const std::vector<uint8_t>& jet = publishedColours()[0].rgb;
+    for (size_t i = 0; i < 5; ++i)
+        rgba.insert(rgba.end(), {jet[3 * i], jet[3 * i + 1], jet[3 * i + 2], uint8_t(i == 3 ? 0 : 255)});
+    rgba.insert(rgba.end(), {0, 0, 0, 255});
+    const DepthMap depth = readDepthMap(
+        saved(image<uint8_t>(6, 1, 4, rgba, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB), "c.png"));
+    EXPECT_EQ(depth.colour_map, "jet");
+    EXPECT_THAT(depth.known.samples, ElementsAre(255, 255, 255, 0, 255, 0));
+}
+
+TEST_F(PictureFile, GrayDepthHasNoColourMap) {
+    const auto rgb =
+        image<uint8_t>(2, 1, 3, {80, 80, 80, 9, 9, 9}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+    EXPECT_EQ(readDepthMap(saved(rgb, "d.png")).colour_map, "");
+}
+
+TEST_F(PictureFile, ColourPictureIsNoDepthMap) {
+    const std::string path = saved(sixPixels(), "photo.png");
+    EXPECT_EQ(refusal([&] { readDepthMap(path); }), path + ": a colour picture; a depth map is gray");
+    writePng(makeSampleScene(320, 240).photo, folder / "lake.png");
+    EXPECT_THAT(refusal([&] { readDepthMap(folder / "lake.png"); }), HasSubstr("a colour picture"));
+    // One colour of a map is no map.
+    const auto flat =
+        image<uint8_t>(2, 1, 3, {33, 145, 140, 34, 146, 140}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+    EXPECT_THAT(refusal([&] { readDepthMap(saved(flat, "flat.png")); }), HasSubstr("a colour picture"));
+}
+
+TEST_F(PictureFile, FloatSamplesAreNoDepthMap) {
+    const auto floats = image<float>(2, 1, 1, {0.5f, 7.0f}, VIPS_FORMAT_FLOAT, VIPS_INTERPRETATION_B_W);
+    EXPECT_THAT(refusal([&] { readDepthMap(saved(floats, "f.tif")); }), HasSubstr("8 or 16 bit"));
+}
+
+TEST_F(PictureFile, DepthIsTurnedUprightLikeThePhoto) {
+    VImage gray = image<uint8_t>(2, 1, 1, {10, 200}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W);
+    gray.set("orientation", 3);
+    EXPECT_THAT(readDepthMap(saved(gray, "turned.tif")).plane.samples, ElementsAre(200.0f, 10.0f));
+}
+
+TEST_F(PictureFile, WrittenPngReadsBackTheSame) {
+    RgbImage rgb(2, 2);
+    rgb.samples = {1, 2, 3, 4, 5, 6, 7, 8, 9, 250, 251, 252};
+    writePng(rgb, folder / "rgb.png");
+    EXPECT_EQ(readPhoto(folder / "rgb.png").samples, rgb.samples);
+    GrayImage gray(2, 1);
+    gray.samples = {3, 254};
+    writePng(gray, folder / "gray.png");
+    EXPECT_THAT(readDepthMap(folder / "gray.png").plane.samples, ElementsAre(3.0f, 254.0f));
+}
+
+TEST_F(PictureFile, SamePictureGivesTheSameFile) {
+    RgbaImage rgba(9, 9);
+    for (size_t i = 0; i < rgba.samples.size(); ++i) rgba.samples[i] = static_cast<uint8_t>(i * 7);
+    writePng(rgba, folder / "a.png");
+    writePng(rgba, folder / "b.png");
+    EXPECT_EQ(bytesOf(folder / "a.png"), bytesOf(folder / "b.png"));
+}
+
+TEST_F(PictureFile, WritingIntoNoFolderLeavesNothing) {
+    RgbImage rgb(1, 1);
+    EXPECT_THAT(refusal([&] { writePng(rgb, folder / "none/a.png"); }), HasSubstr("there is no folder"));
+    EXPECT_THAT(folder.names(), testing::IsEmpty());
+}
+
+}  // namespace
+}  // namespace quorvane::media
