@@ -5,10 +5,7 @@
 #include <utility>
 
 #include "depth/depth_curve.h"
-#include "kernels/denoise.h"
-#include "kernels/downsize.h"
-#include "kernels/guided_filter.h"
-#include "kernels/vertex_grid.h"
+#include "kernels/paths.h"
 #include "machine_limits.h"
 #include "peers.h"
 #include "quorvane/esRenderer.h"
@@ -33,17 +30,17 @@ template <typename Run, typename Compare>
 void addPaths(Stage* stage, size_t bytes, const Run& run, const Compare& compare) {
     const auto out = shared(Bytes(bytes));
     Bytes wanted(bytes);
-    run(0, wanted.data());
-    size_t count = 0;
-    const Path* path = paths(&count);
-    for (size_t i = 0; i < count; ++i) {
-        if (!path[i].runsHere()) continue;
-        const std::string name = i == 0 ? "scalar" : path[i].name;
+    const PathList all = paths();
+    run(all[0], wanted.data());
+    for (size_t i = 0; i < all.size(); ++i) {
+        const Path& path = all[i];
+        if (!path.runsHere()) continue;
+        const std::string name = i == 0 ? "scalar" : path.name;
         out->assign(bytes, 0xa5);
-        run(i, out->data());
+        run(path, out->data());
         const std::string wrong = compare(wanted, i, *out);
         if (!wrong.empty()) stage->wrong += (stage->wrong.empty() ? "" : "; ") + name + ": " + wrong;
-        stage->contenders.push_back(here(name, Kind::path, [=] { run(i, out->data()); }));
+        stage->contenders.push_back(here(name, Kind::path, [run, out, &path] { run(path, out->data()); }));
     }
 }
 
@@ -87,10 +84,10 @@ Stage reduction(std::string name, int width, int height, int ratio, bool rgb, st
     stage.units = static_cast<double>(area(width, height));
     stage.unit = "source pixel";
     stage.goals = std::move(goals);
-    addPaths(&stage, area(r.out_width, r.out_height), [r](size_t path, uint8_t* out) {
+    addPaths(&stage, area(r.out_width, r.out_height), [r](const Path& path, uint8_t* out) {
         Reduction to = r;
         to.out = out;
-        downsizePaths[path](to);
+        path.downsize(to);
     });
     addRead(&stage, source, bytes);
     addReductionPeers(r, &stage.contenders);
@@ -123,8 +120,8 @@ Stage gridStage(std::string name, std::vector<Goal> goals) {
 Stage crossDenoiseStage() {
     Stage stage = gridStage("cross denoise", {timesScalar(18), timesAsFastAs(1, name(Kind::same))});
     const auto plane = shared(noise(area(kGridWidth, kGridHeight), 2));
-    addPaths(&stage, plane->size(), [=](size_t path, uint8_t* out) {
-        crossDenoisePaths[path](plane->data(), out, kGridWidth, kGridHeight);
+    addPaths(&stage, plane->size(), [=](const Path& path, uint8_t* out) {
+        path.crossDenoise(plane->data(), out, kGridWidth, kGridHeight);
     });
     addCopy(&stage, plane);
     addCrossDenoisePeers(*plane, kGridWidth, kGridHeight, &stage.contenders);
@@ -134,9 +131,9 @@ Stage crossDenoiseStage() {
 Stage denoiseAndContrast() {
     Stage stage = gridStage("denoise and contrast", {timesScalar(6), timesAsFastAs(1, name(Kind::same))});
     const auto plane = shared(noise(area(kGridWidth, kGridHeight), 2));
-    addPaths(&stage, plane->size(), [=](size_t path, uint8_t* out) {
-        crossDenoisePaths[path](plane->data(), out, kGridWidth, kGridHeight);
-        lookUpPaths[path](out, plane->size(), u_depth_table);
+    addPaths(&stage, plane->size(), [=](const Path& path, uint8_t* out) {
+        path.crossDenoise(plane->data(), out, kGridWidth, kGridHeight);
+        path.lookUp(out, plane->size(), u_depth_table);
     });
     addCopy(&stage, plane);
     addDenoiseAndContrastPeers(*plane, kGridWidth, kGridHeight, u_depth_table, &stage.contenders);
@@ -163,10 +160,10 @@ Stage guidedFilterStage(int radius, double times_scalar, double times_opencv) {
     Bytes first;
     addPaths(
         &stage, planes->input.size(),
-        [f, planes](size_t path, uint8_t* out) {
+        [f, planes](const Path& path, uint8_t* out) {
             GuidedFiltering to = f;
             to.output = out;
-            guidedFilterPaths[path](to);
+            path.guidedFilter(to);
         },
         [&first](const Bytes& wanted, size_t path, const Bytes& got) {
             if (path == 1) first = got;
@@ -181,8 +178,8 @@ Stage guidedFilterStage(int radius, double times_scalar, double times_opencv) {
 Stage vertices() {
     Stage stage = gridStage("vertex grid", {{"avx2", Goal::kTimesTheTimeOf, 2, "memset"}});
     const size_t bytes = 2 * area(kGridWidth + 1, kGridHeight) * sizeof(VTX_FMT);
-    addPaths(&stage, bytes, [](size_t path, uint8_t* out) {
-        createVerticesPaths[path]({kGridWidth, kGridHeight, 24.6f, 18.5f}, reinterpret_cast<float*>(out));
+    addPaths(&stage, bytes, [](const Path& path, uint8_t* out) {
+        path.createVertices({kGridWidth, kGridHeight, 24.6f, 18.5f}, reinterpret_cast<float*>(out));
     });
     addFill(&stage, bytes);
     return stage;
@@ -191,8 +188,8 @@ Stage vertices() {
 Stage indices() {
     Stage stage = gridStage("indices", {{"avx2", Goal::kTimesTheTimeOf, 1.4, "memset"}});
     const size_t bytes = 6 * area(kGridWidth, kGridHeight) * sizeof(uint32_t);
-    addPaths(&stage, bytes, [](size_t path, uint8_t* out) {
-        createIndicesPaths[path](kGridWidth, kGridHeight, reinterpret_cast<uint32_t*>(out));
+    addPaths(&stage, bytes, [](const Path& path, uint8_t* out) {
+        path.createIndices(kGridWidth, kGridHeight, reinterpret_cast<uint32_t*>(out));
     });
     addFill(&stage, bytes);
     return stage;

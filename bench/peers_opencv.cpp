@@ -36,7 +36,7 @@ std::vector<float> kernelOf(int ratio) {
     std::vector<float> kernel;
     for (int x = 0; x < taps; ++x) {
         for (size_t i = 0; i < plane.size(); ++i) plane[i] = static_cast<int>(i) % taps == x ? 255 : 0;
-        downsizePaths[0]({taps, taps, plane.data(), 4, 4, out, ratio, ratio, false});
+        reference::downsize({taps, taps, plane.data(), 4, 4, out, ratio, ratio, false});
         if (out[5] != 0) kernel.push_back(static_cast<float>(out[5]) / 256.0f);
     }
     return kernel;

@@ -7,8 +7,8 @@
 #include <fstream>
 #include <utility>
 
-#include "kernels/paths.h"
 #include "peers.h"
+#include "renderer/chosen_path.h"
 #include "table.h"
 
 namespace quorvane::bench {
@@ -57,10 +57,9 @@ void printMachine(const Machine& machine) {
 }
 
 void printStages(const Report& report) {
-    size_t count = 0;
-    const Path* path = paths(&count);
+    const PathList path = paths();
     std::vector<std::string> heads = {"stage", "size", "scalar, ms"};
-    for (size_t i = 1; i < count; ++i) heads.emplace_back(path[i].name);
+    for (size_t i = 1; i < path.size(); ++i) heads.emplace_back(path[i].name);
     for (const char* head : {"limit", "peer", "box", "output", "goal"}) heads.emplace_back(head);
 
     std::puts("How many times as fast as scalar code, which is given in milliseconds:\n");
@@ -68,7 +67,7 @@ void printStages(const Report& report) {
     for (const Result& result : report.stages) {
         const Stage& stage = result.stage;
         std::vector<std::string> cells = {stage.name, stage.size, milliseconds(result.figures[0].seconds)};
-        for (size_t i = 1; i < count; ++i) {
+        for (size_t i = 1; i < path.size(); ++i) {
             cells.emplace_back();
             for (size_t k = 0; k < stage.contenders.size(); ++k)
                 if (stage.contenders[k].name == path[i].name) cells.back() = decimal(result.speedup(k), 1);
@@ -294,14 +293,12 @@ void writeStage(Json* json, const Result& result) {
 }  // namespace
 
 Machine thisMachine() {
-    size_t count = 0;
-    const Path* path = paths(&count);
     char date[32];
     const std::time_t now = std::time(nullptr);
     std::tm local{};
     std::strftime(date, sizeof date, "%Y-%m-%d", localtime_r(&now, &local));
-    return {processor(), QUORVANE_BENCH_COMPILER ", kernels " QUORVANE_BENCH_KERNEL_FLAGS,
-            path[chosenPath()].name, installedPeers(), date};
+    return {processor(), QUORVANE_BENCH_COMPILER ", kernels " QUORVANE_BENCH_KERNEL_FLAGS, chosenPath().name,
+            installedPeers(), date};
 }
 
 void Report::judge() {
@@ -359,10 +356,9 @@ void print(const Report& report) {
 void print(const Machine& machine, const std::vector<InstructionCount>& counts) {
     printMachine(machine);
     std::puts("Instructions, and how many times as many scalar code needs:\n");
-    size_t count = 0;
-    const Path* path = paths(&count);
+    const PathList path = paths();
     std::vector<std::string> heads = {"stage", "size", "for each", "scalar"};
-    for (size_t i = 1; i < count; ++i) heads.insert(heads.end(), {path[i].name, ""});
+    for (size_t i = 1; i < path.size(); ++i) heads.insert(heads.end(), {path[i].name, ""});
     Table table(heads);
     for (size_t k = 0; k < counts.size();) {
         const InstructionCount& first = counts[k];

@@ -14,6 +14,7 @@
 
 #include "allocations.h"
 #include "depth/depth_curve.h"
+#include "kernels/paths.h"
 #include "machine_limits.h"
 #include "peers.h"
 #include "quorvane/esRenderer.h"
@@ -126,9 +127,8 @@ Stage photoAndDepth() {
     const size_t grid = kLarge.gridBytes();
     const SharedBytes out(2 * grid);
     Bytes wanted_guide, wanted_depth, first_depth;
-    size_t count = 0;
-    const Path* path = paths(&count);
-    for (size_t i = 0; i < count; ++i) {
+    const PathList path = paths();
+    for (size_t i = 0; i < path.size(); ++i) {
         if (!path[i].runsHere()) continue;
         const std::string name = i == 0 ? "scalar" : path[i].name;
         const auto prepare = [&]() -> Work {

@@ -10,6 +10,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#ifndef QUORVANE_PATH
+#error "kernels/lanes.h is for files that are compiled with QUORVANE_PATH set to the namespace of a path"
+#endif
+
 #if defined(QUORVANE_PLAIN_LANES)
 #define QUORVANE_LANES_PLAIN 1
 #elif defined(__AVX2__)
@@ -42,6 +46,8 @@ constexpr int kBytes = 32;
 #else
 constexpr int kBytes = 16;
 #endif
+// loadBytes gathers a quarter of a vector in 64 bits, and weighRgb's slack and widths are for these two.
+static_assert(kBytes <= 32);
 
 using u8 [[gnu::vector_size(kBytes)]] = uint8_t;
 using u16 [[gnu::vector_size(kBytes)]] = uint16_t;

@@ -1,50 +1,46 @@
 #include "kernels/paths.h"
 
-#include <cstdlib>
-#include <cstring>
-
-#include "diagnostics/log.h"
+#if defined(__x86_64__)
+#define QUORVANE_ON_X86_64(...) __VA_ARGS__
+#else
+#define QUORVANE_ON_X86_64(...)
+#endif
+#if defined(__aarch64__)
+#define QUORVANE_ON_ARM64(...) __VA_ARGS__
+#else
+#define QUORVANE_ON_ARM64(...)
+#endif
+#define QUORVANE_ON_ANY(...) __VA_ARGS__
 
 namespace quorvane {
+
+// Every path's kernels have the types of the reference's.
+#define QUORVANE_KERNEL_PATH(space, name, processor, condition, options) \
+    QUORVANE_ON_##processor(namespace space {                            \
+        decltype(reference::downsize) downsize;                          \
+        decltype(reference::crossDenoise) crossDenoise;                  \
+        decltype(reference::lookUp) lookUp;                              \
+        decltype(reference::guidedFilter) guidedFilter;                  \
+        decltype(reference::createVertices) createVertices;              \
+        decltype(reference::createIndices) createIndices;                \
+    })
+#include "kernels/paths.inc"
+#undef QUORVANE_KERNEL_PATH
+
 namespace {
 
-bool anywhere() { return true; }
-#if defined(__x86_64__)
-bool hasSse41() { return __builtin_cpu_supports("sse4.1") != 0; }
-bool hasAvx2() { return __builtin_cpu_supports("avx2") != 0; }
-#endif
-
-constexpr Path kPaths[] = {
-    {"reference", anywhere}, {"plain", anywhere},
-#if defined(__x86_64__)
-    {"sse2", anywhere},      {"sse4.1", hasSse41}, {"avx2", hasAvx2},
-#elif defined(__aarch64__)
-    {"neon", anywhere},
-#endif
+#define QUORVANE_PATH_ENTRY(space, name, condition)                     \
+    {name,          [] { return condition; }, space::downsize,       space::crossDenoise, \
+     space::lookUp, space::guidedFilter,      space::createVertices, space::createIndices},
+#define QUORVANE_KERNEL_PATH(space, name, processor, condition, options) \
+    QUORVANE_ON_##processor(QUORVANE_PATH_ENTRY(space, name, condition))
+constexpr Path kPaths[] = {QUORVANE_PATH_ENTRY(reference, "reference", true)
+#include "kernels/paths.inc"
 };
-constexpr size_t kCount = sizeof kPaths / sizeof *kPaths;
-
-size_t choosePath() {
-    size_t best = kCount - 1;
-    while (!kPaths[best].runsHere()) --best;
-    const char* wanted = std::getenv("QUORVANE_LANES");
-    if (wanted == nullptr || *wanted == '\0') return best;
-    for (size_t i = 0; i < kCount; ++i)
-        if (std::strcmp(wanted, kPaths[i].name) == 0 && kPaths[i].runsHere()) return i;
-    LOGE("QUORVANE_LANES=%s: no path of this build that runs here, using %s\n", wanted, kPaths[best].name);
-    return best;
-}
+#undef QUORVANE_KERNEL_PATH
 
 }  // namespace
 
-const Path* paths(size_t* count) {
-    *count = kCount;
-    return kPaths;
-}
-
-size_t chosenPath() {
-    static const size_t chosen = choosePath();
-    return chosen;
-}
+PathList paths() noexcept { return {kPaths, sizeof kPaths / sizeof *kPaths}; }
 
 }  // namespace quorvane

@@ -3,54 +3,45 @@
 
 #include <cstddef>
 
-// The image kernels are compiled several times: as the reference, in scalar code, which defines every result,
-// and once a path, as vector code for one instruction set. All paths give the same bytes.
-//
-// A kernel's file is compiled with QUORVANE_PATH set to the name of the path, and with that path's compiler
-// options; without QUORVANE_PATH it is the reference, the choice and the class's members.
+#include "kernels/denoise.h"
+#include "kernels/downsize.h"
+#include "kernels/guided_filter.h"
+#include "kernels/look_up.h"
+#include "kernels/vertex_grid.h"
 
-#define QUORVANE_IN_PATH(path, ...) \
-    namespace path {                \
-    __VA_ARGS__                     \
-    }
-
-// What the processor adds to the reference and to plain lanes.
-#if defined(__x86_64__)
-#define QUORVANE_PROCESSOR_PATHS(member) , sse2::member, sse41::member, avx2::member
-#define QUORVANE_IN_PROCESSOR_PATHS(...) \
-    QUORVANE_IN_PATH(sse2, __VA_ARGS__)  \
-    QUORVANE_IN_PATH(sse41, __VA_ARGS__) \
-    QUORVANE_IN_PATH(avx2, __VA_ARGS__)
-#elif defined(__aarch64__)
-#define QUORVANE_PROCESSOR_PATHS(member) , neon::member
-#define QUORVANE_IN_PROCESSOR_PATHS(...) QUORVANE_IN_PATH(neon, __VA_ARGS__)
-#else
-#define QUORVANE_PROCESSOR_PATHS(member)
-#define QUORVANE_IN_PROCESSOR_PATHS(...)
-#endif
-
-#define QUORVANE_EVERY_PATH(member) \
-    { reference::member, plain::member QUORVANE_PROCESSOR_PATHS(member) }
-#define QUORVANE_IN_EVERY_PATH(...)          \
-    QUORVANE_IN_PATH(reference, __VA_ARGS__) \
-    QUORVANE_IN_PATH(plain, __VA_ARGS__)     \
-    QUORVANE_IN_PROCESSOR_PATHS(__VA_ARGS__)
-
+// The kernels exist several times: as the reference (NAME_reference.cpp), scalar code that defines every
+// result, and once a path as vector code for one instruction set (NAME_lanes.cpp, compiled with QUORVANE_PATH
+// set to the path's namespace). All of them give the same bytes, but for what reference::guidedFilter says.
 namespace quorvane {
 
-/// A path of the kernels, in the order of QUORVANE_EVERY_PATH.
+/// One path: the kernels for one instruction set. What each does stands where the reference's is declared.
 struct Path {
     const char* name;    ///< "reference", "plain", "sse2", "sse4.1", "avx2" or "neon"
     bool (*runsHere)();  ///< whether this processor has the instructions
+    decltype(&reference::downsize) downsize;
+    decltype(&reference::crossDenoise) crossDenoise;
+    decltype(&reference::lookUp) lookUp;
+    decltype(&reference::guidedFilter) guidedFilter;
+    decltype(&reference::createVertices) createVertices;
+    decltype(&reference::createIndices) createIndices;
 };
 
-/// All paths of this build, the reference first and the fastest last; `count` of them.
-const Path* paths(size_t* count);
+/// Paths one after another in memory.
+class PathList {
+  public:
+    constexpr PathList(const Path* first, size_t count) noexcept : m_first(first), m_count(count) {}
+    const Path* begin() const noexcept { return m_first; }
+    const Path* end() const noexcept { return m_first + m_count; }
+    size_t size() const noexcept { return m_count; }
+    const Path& operator[](size_t i) const noexcept { return m_first[i]; }
 
-/// The path that the renderer uses, as an index into paths(): the one that the environment variable
-/// QUORVANE_LANES names, else the last that runs here. Chosen at the first call, once for the process. A name
-/// that is no path, or one that does not run here, is told in one line of the log and changes nothing.
-size_t chosenPath();
+  private:
+    const Path* m_first;
+    size_t m_count;
+};
+
+/// All paths of this build, the reference first and the fastest last. They last as long as the process.
+PathList paths() noexcept;
 
 }  // namespace quorvane
 

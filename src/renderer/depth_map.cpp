@@ -9,8 +9,8 @@
 #include "diagnostics/truncated.h"
 #include "gl/error_check.h"
 #include "gl/textures.h"
-#include "kernels/denoise.h"
 #include "quorvane/esRenderer.h"
+#include "renderer/chosen_path.h"
 
 namespace {
 
@@ -46,8 +46,8 @@ void ESRenderer::setDepth(int depthWidth, int depthHeight, unsigned char* imageD
     downsize(depthWidth, depthHeight, imageData, m_vtxW, m_vtxH, depth, false);
     time_step("    downsize depth image   ");
 
-    const size_t path = quorvane::chosenPath();
-    quorvane::crossDenoisePaths[path](guide, m_pDenoisedTextureBuf, m_vtxW, m_vtxH);
+    const quorvane::Path& path = quorvane::chosenPath();
+    path.crossDenoise(guide, m_pDenoisedTextureBuf, m_vtxW, m_vtxH);
     time_step("    denoise depth image    ");
 
     mGF.assignBuffer(m_vtxW, m_vtxH, reinterpret_cast<unsigned char*>(m_pGFBuf));
@@ -60,10 +60,10 @@ void ESRenderer::setDepth(int depthWidth, int depthHeight, unsigned char* imageD
     time_step("    border process         ");
 
     std::memcpy(m_pDenoisedTextureBuf, depth, plane_size);
-    quorvane::crossDenoisePaths[path](m_pDenoisedTextureBuf, depth, m_vtxW, m_vtxH);
+    path.crossDenoise(m_pDenoisedTextureBuf, depth, m_vtxW, m_vtxH);
     uint8_t shaped[256];
     contrastTable(params.depth_contrast, shaped);
-    quorvane::lookUpPaths[path](depth, plane_size, shaped);
+    path.lookUp(depth, plane_size, shaped);
     time_step("    denoise and contrast   ");
 
     replaceTexture(&m_depthName);

@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "kernels/paths.h"
+#include "renderer/chosen_path.h"
 
 // Stands in for the Android log.
 extern "C" int __android_log_print(int priority, const char* tag, const char* format, ...) {
@@ -23,17 +23,15 @@ extern "C" int __android_log_print(int priority, const char* tag, const char* fo
 
 int main(int argc, char** argv) {
     const std::string question = argc > 1 ? argv[1] : "";
-    size_t count = 0;
-    const quorvane::Path* paths = quorvane::paths(&count);
     if (question == "all") {
-        for (size_t i = 0; i < count; ++i)
-            if (paths[i].runsHere()) std::printf("%s\n", paths[i].name);
+        for (const quorvane::Path& path : quorvane::paths())
+            if (path.runsHere()) std::printf("%s\n", path.name);
         return 0;
     }
-    std::printf("%s\n", paths[quorvane::chosenPath()].name);
+    std::printf("%s\n", quorvane::chosenPath().name);
     if (question == "twice" && argc > 2) {
         setenv("QUORVANE_LANES", argv[2], 1);
-        std::printf("%s\n", paths[quorvane::chosenPath()].name);
+        std::printf("%s\n", quorvane::chosenPath().name);
     }
     return 0;
 }

@@ -11,25 +11,21 @@
 
 namespace quorvane::test {
 
-struct RunningPath {
-    size_t index;
-    const char* name;
-};
+/// The path that defines every result.
+inline const Path& referencePath() { return paths()[0]; }
 
-/// The paths that this processor runs, without the reference, which is at index 0.
-inline std::vector<RunningPath> vectorPaths() {
-    size_t count = 0;
-    const Path* all = paths(&count);
-    std::vector<RunningPath> running;
-    for (size_t i = 1; i < count; ++i)
-        if (all[i].runsHere()) running.push_back({i, all[i].name});
+/// The reference and the paths that this processor runs.
+inline std::vector<Path> everyPath() {
+    std::vector<Path> running;
+    for (const Path& path : paths())
+        if (path.runsHere()) running.push_back(path);
     return running;
 }
 
-/// The reference and all of those.
-inline std::vector<RunningPath> everyPath() {
-    std::vector<RunningPath> running = vectorPaths();
-    running.insert(running.begin(), {0, "reference"});
+/// All of those but the reference.
+inline std::vector<Path> vectorPaths() {
+    std::vector<Path> running = everyPath();
+    running.erase(running.begin());
     return running;
 }
 

@@ -93,9 +93,8 @@ bool liesIn(const std::string& path, const std::string& mangled) {
 // have too, every processor could be given that path's instructions.
 TEST(Library, ObjectsOfAPathOfferNothingOutsideTheirNamespace) {
     const auto objects = offeredByEachObject();
-    size_t count = 0;
-    const quorvane::Path* paths = quorvane::paths(&count);
-    for (size_t i = 1; i < count; ++i) {
+    const quorvane::PathList paths = quorvane::paths();
+    for (size_t i = 1; i < paths.size(); ++i) {
         std::string path = paths[i].name;
         path.erase(std::remove(path.begin(), path.end(), '.'), path.end());
         int found = 0;

@@ -20,10 +20,6 @@
 
 #include "depth/depth_curve.h"
 #include "each_path.h"
-#include "kernels/denoise.h"
-#include "kernels/downsize.h"
-#include "kernels/guided_filter.h"
-#include "kernels/vertex_grid.h"
 #include "support/gl_recorder.h"
 #include "support/guarded_bytes.h"
 #include "support/timeline.h"
@@ -55,19 +51,19 @@ void print(const std::string& stage, const Bytes& reference, const Bytes& vector
                 digestOf(vectors), stage.c_str());
 }
 
-/// A stage that has paths: `results(index)` are the bytes of that path.
+/// A stage that has paths: `results(path)` are the bytes of that path.
 template <typename Results>
 void printPaths(const std::string& stage, Results results) {
-    const std::vector<RunningPath> vectors = vectorPaths();
-    const Bytes first = results(vectors.front().index);
-    for (const RunningPath& path : vectors) {
-        const std::string differs = difference(results(path.index).data(), first);
+    const std::vector<Path> vectors = vectorPaths();
+    const Bytes first = results(vectors.front());
+    for (const Path& path : vectors) {
+        const std::string differs = difference(results(path).data(), first);
         if (differs.empty()) continue;
         std::fprintf(stderr, "%s on %s: %s, as on %s\n", stage.c_str(), path.name, differs.c_str(),
                      vectors.front().name);
         s_paths_agree = false;
     }
-    print(stage, results(0), first);
+    print(stage, results(referencePath()), first);
 }
 
 /// Slopes, an edge and some noise, as a photo has them.
@@ -87,15 +83,14 @@ void printReductions() {
         for (const int across : kRatios)
             printPaths(
                 (rgb ? "photo to luma, columns / " : "depth reduced, columns / ") + std::to_string(across),
-                [&](size_t path) {
+                [&](const Path& path) {
                     Bytes all;
                     for (const int down : kRatios) {
                         const int w = kWidth * across, h = kHeight * down;
                         // The luma reduction reads a little past the photo.
                         const Bytes source = plane(rgb ? 3 * w : w, h + 1, 7);
                         Bytes out(kWidth * kHeight);
-                        downsizePaths[path](
-                            {w, h, source.data(), kWidth, kHeight, out.data(), across, down, rgb});
+                        path.downsize({w, h, source.data(), kWidth, kHeight, out.data(), across, down, rgb});
                         append(&all, out.data(), out.size());
                     }
                     return all;
@@ -104,14 +99,14 @@ void printReductions() {
 
 void printDenoising() {
     constexpr int kWidth = 301, kHeight = 77;
-    printPaths("denoising", [](size_t path) {
+    printPaths("denoising", [](const Path& path) {
         Bytes out(kWidth * kHeight);
-        crossDenoisePaths[path](plane(kWidth, kHeight, 8).data(), out.data(), kWidth, kHeight);
+        path.crossDenoise(plane(kWidth, kHeight, 8).data(), out.data(), kWidth, kHeight);
         return out;
     });
-    printPaths("contrast curve", [](size_t path) {
+    printPaths("contrast curve", [](const Path& path) {
         Bytes samples = plane(kWidth, kHeight, 9);
-        lookUpPaths[path](samples.data(), samples.size(), u_depth_table);
+        path.lookUp(samples.data(), samples.size(), u_depth_table);
         return samples;
     });
 }
@@ -121,13 +116,12 @@ void printGuidedFilter() {
     const Bytes guide = plane(kWidth, kHeight, 10), input = plane(kWidth, kHeight, 11);
     Bytes buffer(20 * kWidth * kHeight + 8 * (kWidth + 1) * (kHeight + 1));
     for (const int radius : {0, 1, 2, 5, 16, 64, 1024})
-        printPaths("guided filter, radius " + std::to_string(radius), [&](size_t path) {
+        printPaths("guided filter, radius " + std::to_string(radius), [&](const Path& path) {
             Bytes all;
             for (const float eps : {0.0f, 1e-6f, 1e-3f, 1.0f}) {
                 Bytes out(input.size());
-                guidedFilterPaths[path]({guide.data(), input.data(), out.data(), kWidth, kHeight,
-                                         std::min(radius, kWidth), std::min(radius, kHeight), eps,
-                                         buffer.data()});
+                path.guidedFilter({guide.data(), input.data(), out.data(), kWidth, kHeight,
+                                   std::min(radius, kWidth), std::min(radius, kHeight), eps, buffer.data()});
                 append(&all, out.data(), out.size());
             }
             return all;
@@ -137,20 +131,20 @@ void printGuidedFilter() {
 void printMesh() {
     constexpr VertexGrid kGrids[] = {
         {1, 1, 18.0f, 32.0f}, {3, 2, 0.1f, 0.7f}, {70, 5, 34.052525f, 19.154545f}, {240, 160, 28.7f, 19.15f}};
-    printPaths("vertices", [&](size_t path) {
+    printPaths("vertices", [&](const Path& path) {
         Bytes all;
         for (const VertexGrid& grid : kGrids) {
             std::vector<float> out(static_cast<size_t>(10 * (grid.width + 1) * grid.height));
-            createVerticesPaths[path](grid, out.data());
+            path.createVertices(grid, out.data());
             append(&all, out.data(), out.size());
         }
         return all;
     });
-    printPaths("indices", [&](size_t path) {
+    printPaths("indices", [&](const Path& path) {
         Bytes all;
         for (const VertexGrid& grid : kGrids) {
             std::vector<uint32_t> out(static_cast<size_t>(6 * grid.width * grid.height));
-            createIndicesPaths[path](grid.width, grid.height, out.data());
+            path.createIndices(grid.width, grid.height, out.data());
             append(&all, out.data(), out.size());
         }
         return all;

@@ -1,9 +1,6 @@
-#include "kernels/denoise.h"
-
 #include <gtest/gtest.h>
 
-#include <array>
-#include <numeric>
+#include <algorithm>
 
 #include "../each_path.h"
 #include "support/guarded_bytes.h"
@@ -19,9 +16,9 @@ void expectAverages(const Bytes& plane, int w, int h) {
     const Bytes wanted = crossAverage(plane, w, h);
     for (const auto against : kBothEnds) {
         const GuardedBytes source(plane, against);
-        for (const RunningPath& path : everyPath()) {
+        for (const Path& path : everyPath()) {
             GuardedBytes averages(plane.size(), against);
-            crossDenoisePaths[path.index](source.data(), averages.data(), w, h);
+            path.crossDenoise(source.data(), averages.data(), w, h);
             ASSERT_EQ(difference(averages.data(), wanted), "") << path.name << ", " << w << " x " << h;
             ASSERT_TRUE(averages.surroundingsUntouched()) << path.name << ", " << w << " x " << h;
         }
@@ -66,58 +63,12 @@ TEST(CrossDenoise, EverySumIsTruncatedOnEveryPath) {
             rest -= plane[static_cast<size_t>(at)];
         }
     }
-    for (const RunningPath& path : everyPath()) {
+    for (const Path& path : everyPath()) {
         Bytes averages(plane.size());
-        crossDenoisePaths[path.index](plane.data(), averages.data(), w, 3);
+        path.crossDenoise(plane.data(), averages.data(), w, 3);
         for (int sum = 0; sum <= 1275; ++sum)
             ASSERT_EQ(averages[static_cast<size_t>(w + 3 * sum + 1)], sum / 5) << path.name;
     }
-}
-
-using TableBytes = std::array<uint8_t, 256>;
-
-void expectLookedUp(const Bytes& samples, const TableBytes& entries) {
-    Bytes wanted;
-    for (const uint8_t sample : samples) wanted.push_back(entries[sample]);
-    for (const auto against : kBothEnds) {
-        const GuardedBytes table(Bytes(entries.begin(), entries.end()), against);
-        for (const RunningPath& path : everyPath()) {
-            GuardedBytes replaced(samples, against);
-            lookUpPaths[path.index](replaced.data(), samples.size(), table.data());
-            ASSERT_EQ(difference(replaced.data(), wanted), "")
-                << path.name << ", " << samples.size() << " samples";
-            ASSERT_TRUE(replaced.surroundingsUntouched())
-                << path.name << ", " << samples.size() << " samples";
-        }
-    }
-}
-
-/// Tables that have nothing in common: in order, in reverse, all alike, one entry alone, noise.
-std::vector<TableBytes> tables() {
-    TableBytes rising, falling, full, single = {}, random;
-    std::iota(rising.begin(), rising.end(), uint8_t{0});
-    std::copy(rising.begin(), rising.end(), falling.rbegin());
-    full.fill(255);
-    single[131] = 77;
-    const Bytes bytes = noise(256, kSeed);
-    std::copy(bytes.begin(), bytes.end(), random.begin());
-    return {rising, falling, full, single, random, kContrastCurve};
-}
-
-TEST(LookUp, ReplacesAnyCountOnEveryPath) {
-    for (const TableBytes& table : tables())
-        for (size_t count = 0; count <= 200; ++count)
-            ASSERT_NO_FATAL_FAILURE(expectLookedUp(noise(count, kSeed + 1), table));
-}
-
-TEST(LookUp, ReplacesEveryValueInEveryPlaceOnEveryPath) {
-    for (const TableBytes& table : tables())
-        for (int shift = 0; shift < 64; ++shift) {
-            Bytes samples(256 + 64);
-            for (size_t i = 0; i < samples.size(); ++i)
-                samples[i] = static_cast<uint8_t>(static_cast<int>(i) + shift);
-            ASSERT_NO_FATAL_FAILURE(expectLookedUp(samples, table));
-        }
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include <ostream>
 
 #include "../each_path.h"
-#include "kernels/downsize.h"
 #include "support/guarded_bytes.h"
 #include "support/reference_models.h"
 
@@ -64,9 +63,9 @@ class DownsizePaths : public testing::Test {
         ASSERT_EQ(source.size(), shape.sourceBytes());
         for (Room& room : m_rooms) {
             room.source.hold(source);
-            for (const RunningPath& path : m_paths) {
+            for (const Path& path : m_paths) {
                 room.out.hold(wanted.size());
-                reduce(path.index, shape, room.source.data(), room.out.data());
+                reduce(path, shape, room.source.data(), room.out.data());
                 ASSERT_EQ(difference(room.out.data(), wanted), "") << path.name << ", " << shape;
                 ASSERT_TRUE(room.out.surroundingsUntouched()) << path.name << ", " << shape;
             }
@@ -75,7 +74,7 @@ class DownsizePaths : public testing::Test {
 
     void expectTheReferencesBytes(const Shape& shape, const Bytes& source) {
         Bytes wanted(static_cast<size_t>(shape.out_width) * static_cast<size_t>(shape.out_height));
-        reduce(0, shape, source.data(), wanted.data());
+        reduce(referencePath(), shape, source.data(), wanted.data());
         expectOnEveryPath(shape, source, wanted);
     }
 
@@ -87,8 +86,8 @@ class DownsizePaths : public testing::Test {
     }
 
   private:
-    static void reduce(size_t path, const Shape& s, const uint8_t* source, uint8_t* out) {
-        downsizePaths[path](
+    static void reduce(const Path& path, const Shape& s, const uint8_t* source, uint8_t* out) {
+        path.downsize(
             {s.width(), s.height(), source, s.out_width, s.out_height, out, s.across, s.down, s.rgb});
     }
 
@@ -98,7 +97,7 @@ class DownsizePaths : public testing::Test {
         GuardedBytes source, out;
     };
     Room m_rooms[2] = {Room(GuardedBytes::Against::end), Room(GuardedBytes::Against::start)};
-    const std::vector<RunningPath> m_paths = vectorPaths();
+    const std::vector<Path> m_paths = vectorPaths();
     const Bytes m_noise = noise(2 * kRoom, 60221);
     size_t m_noise_start = 0;
 };

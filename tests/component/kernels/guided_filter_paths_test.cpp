@@ -13,7 +13,6 @@
 #include <tuple>
 
 #include "../each_path.h"
-#include "kernels/guided_filter.h"
 #include "support/guarded_bytes.h"
 #include "support/reference_models.h"
 
@@ -44,11 +43,11 @@ std::ostream& operator<<(std::ostream& out, const Filtering& f) {
     return out << f.width << " x " << f.height << ", radii " << f.rx << ", " << f.ry << ", eps " << f.eps;
 }
 
-void run(size_t path, const Filtering& f, const uint8_t* guide, const uint8_t* input, uint8_t* output,
+void run(const Path& path, const Filtering& f, const uint8_t* guide, const uint8_t* input, uint8_t* output,
          unsigned char* buffer) {
     // Radii arrive clipped to the image.
-    guidedFilterPaths[path]({guide, input, output, f.width, f.height, std::min(f.rx, f.width),
-                             std::min(f.ry, f.height), f.eps, buffer});
+    path.guidedFilter({guide, input, output, f.width, f.height, std::min(f.rx, f.width),
+                       std::min(f.ry, f.height), f.eps, buffer});
 }
 
 /// The picture that `value(x, y)` gives.
@@ -127,7 +126,7 @@ std::vector<Pair> pairs(int w, int h) {
 class GuidedFilterPaths : public testing::Test {
   protected:
     /// What a path makes of it; `working_fill` is what the buffer holds before.
-    Bytes filtered(size_t path, const Filtering& f, const Bytes& guide, const Bytes& input,
+    Bytes filtered(const Path& path, const Filtering& f, const Bytes& guide, const Bytes& input,
                    Against against = Against::end, uint8_t working_fill = 0xcd) {
         Room& room = m_rooms[against == Against::end ? 0 : 1];
         room.working.hold(f.bufferBytes(), working_fill);
@@ -145,8 +144,8 @@ class GuidedFilterPaths : public testing::Test {
     /// The vector paths agree; this is what all of them give.
     Bytes agreed(const Filtering& f, const Bytes& guide, const Bytes& input, Against against = Against::end) {
         Bytes first;
-        for (const RunningPath& path : m_paths) {
-            const Bytes output = filtered(path.index, f, guide, input, against);
+        for (const Path& path : m_paths) {
+            const Bytes output = filtered(path, f, guide, input, against);
             if (first.empty()) first = output;
             EXPECT_EQ(difference(output.data(), first), "") << path.name << ", " << f;
         }
@@ -158,7 +157,7 @@ class GuidedFilterPaths : public testing::Test {
     void expectRounded(const Filtering& f, const Bytes& guide, const Bytes& input,
                        Against against = Against::end) {
         const Bytes output = agreed(f, guide, input, against),
-                    reference = filtered(0, f, guide, input, against);
+                    reference = filtered(referencePath(), f, guide, input, against);
         const auto exact = guidedFilterBySums(guide, input, f.width, f.height, f.rx, f.ry, double{f.eps});
         for (size_t i = 0; i < output.size(); ++i) {
             const double distance = std::abs(reference[i] - exact[i]);
@@ -181,7 +180,7 @@ class GuidedFilterPaths : public testing::Test {
         GuardedBytes guide, input, output, working;
     };
     Room m_rooms[2] = {Room(Against::end), Room(Against::start)};
-    const std::vector<RunningPath> m_paths = vectorPaths();
+    const std::vector<Path> m_paths = vectorPaths();
 };
 
 TEST_F(GuidedFilterPaths, AgreeAndDifferFromTheReferenceInOneByteOf10000AtMost) {
@@ -307,7 +306,10 @@ TEST_F(GuidedFilterPaths, AreTheReferenceForAnEpsilonBelow0OrNone) {
         for (const auto& [rx, ry] : {std::pair{0, 0}, {1, 1}, {2, 2}, {3, 3}, {20, 3}, {99, 99}})
             for (const Bytes& guide : {specks, hills(w, h, kSeed)}) {
                 const Filtering f = {w, h, rx, ry, eps};
-                EXPECT_EQ(difference(agreed(f, guide, input).data(), filtered(0, f, guide, input)), "") << f;
+                EXPECT_EQ(
+                    difference(agreed(f, guide, input).data(), filtered(referencePath(), f, guide, input)),
+                    "")
+                    << f;
             }
 }
 
@@ -317,14 +319,14 @@ TEST_F(GuidedFilterPaths, OutputMayBeTheInputOrTheGuide) {
             for (const float eps : {kDefaultEps, 1e-2f}) {
                 const Filtering f = {w, h, rx, ry, eps};
                 const Bytes guide = noise(f.pixels(), kSeed), input = noise(f.pixels(), kSeed + 1);
-                for (const RunningPath& path : everyPath()) {
-                    const Bytes wanted = filtered(path.index, f, guide, input);
+                for (const Path& path : everyPath()) {
+                    const Bytes wanted = filtered(path, f, guide, input);
                     Bytes I = guide, p = input, working(f.bufferBytes());
-                    run(path.index, f, I.data(), p.data(), p.data(), working.data());
+                    run(path, f, I.data(), p.data(), p.data(), working.data());
                     EXPECT_EQ(difference(p.data(), wanted), "") << path.name << ", over the input, " << f;
                     EXPECT_EQ(I, guide) << path.name;
                     p = input;
-                    run(path.index, f, I.data(), p.data(), I.data(), working.data());
+                    run(path, f, I.data(), p.data(), I.data(), working.data());
                     EXPECT_EQ(difference(I.data(), wanted), "") << path.name << ", over the guide, " << f;
                     EXPECT_EQ(p, input) << path.name;
                 }
@@ -336,11 +338,10 @@ TEST_F(GuidedFilterPaths, BufferMayHoldAnythingBefore) {
         for (const auto against : {Against::end, Against::start}) {
             const Filtering f = {w, h, rx, ry};
             const Bytes guide = noise(f.pixels(), kSeed), input = noise(f.pixels(), kSeed + 1);
-            for (const RunningPath& path : everyPath()) {
-                const Bytes wanted = filtered(path.index, f, guide, input, against, 0);
+            for (const Path& path : everyPath()) {
+                const Bytes wanted = filtered(path, f, guide, input, against, 0);
                 for (const uint8_t fill : {uint8_t{0x01}, uint8_t{0x7f}, uint8_t{0xff}})
-                    EXPECT_EQ(difference(filtered(path.index, f, guide, input, against, fill).data(), wanted),
-                              "")
+                    EXPECT_EQ(difference(filtered(path, f, guide, input, against, fill).data(), wanted), "")
                         << path.name << ", " << f;
             }
         }
@@ -350,13 +351,13 @@ TEST_F(GuidedFilterPaths, BufferNeedsNoAlignment) {
     for (const auto& [w, h, rx, ry] : {std::tuple{23, 11, 2, 3}, {40, 9, 3, 2}, {45, 45, 12, 12}}) {
         const Filtering f = {w, h, rx, ry};
         const Bytes guide = noise(f.pixels(), kSeed), input = noise(f.pixels(), kSeed + 1);
-        for (const RunningPath& path : everyPath()) {
-            const Bytes wanted = filtered(path.index, f, guide, input);
+        for (const Path& path : everyPath()) {
+            const Bytes wanted = filtered(path, f, guide, input);
             for (size_t shift = 0; shift < 64; ++shift) {
                 // Starts `shift` bytes behind the start of a page, which is aligned for everything.
                 GuardedBytes working(f.bufferBytes() + shift, Against::start, 0xff);
                 Bytes output(f.pixels());
-                run(path.index, f, guide.data(), input.data(), output.data(), working.data() + shift);
+                run(path, f, guide.data(), input.data(), output.data(), working.data() + shift);
                 EXPECT_EQ(difference(output.data(), wanted), "") << path.name << ", " << shift;
                 EXPECT_TRUE(working.surroundingsUntouched()) << path.name << ", " << shift;
                 EXPECT_TRUE(std::all_of(working.data(), working.data() + shift,

@@ -1,4 +1,4 @@
-#include "kernels/paths.h"
+#include "renderer/chosen_path.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "../each_path.h"
-#include "kernels/guided_filter.h"
+#include "kernels/paths.h"
 #include "quorvane/guided_filter.h"
 #include "support/guarded_bytes.h"
 
@@ -48,10 +48,8 @@ Lines told(const char* lanes, const std::string& question = "") {
 std::string fastest() { return vectorPaths().back().name; }
 
 TEST(Paths, StandInTheOrderOfTheirSpeed) {
-    size_t count = 0;
-    const Path* all = paths(&count);
     Lines names;
-    for (size_t i = 0; i < count; ++i) names.push_back(all[i].name);
+    for (const Path& path : paths()) names.push_back(path.name);
 #if defined(__x86_64__)
     EXPECT_THAT(names, ElementsAre("reference", "plain", "sse2", "sse4.1", "avx2"));
 #elif defined(__aarch64__)
@@ -61,23 +59,22 @@ TEST(Paths, StandInTheOrderOfTheirSpeed) {
 #endif
 }
 
-TEST(Paths, EachHasAKernelOfItsOwn) {
-    size_t count = 0;
-    paths(&count);
-    ASSERT_EQ(std::size(guidedFilterPaths), count);
-    EXPECT_THAT(std::set<void*>(reinterpret_cast<void* const*>(std::begin(guidedFilterPaths)),
-                                reinterpret_cast<void* const*>(std::end(guidedFilterPaths))),
-                SizeIs(count));
+TEST(Paths, EachHasKernelsOfItsOwn) {
+    std::set<void*> kernels;
+    for (const Path& path : paths())
+        kernels.insert({reinterpret_cast<void*>(path.downsize), reinterpret_cast<void*>(path.crossDenoise),
+                        reinterpret_cast<void*>(path.lookUp), reinterpret_cast<void*>(path.guidedFilter),
+                        reinterpret_cast<void*>(path.createVertices),
+                        reinterpret_cast<void*>(path.createIndices)});
+    EXPECT_THAT(kernels, SizeIs(6 * paths().size()));
 }
 
 TEST(Paths, AllRunOnThisProcessor) {
-    size_t count = 0;
-    const Path* all = paths(&count);
-    EXPECT_TRUE(all[0].runsHere());
-    EXPECT_TRUE(all[1].runsHere());
+    EXPECT_TRUE(paths()[0].runsHere());
+    EXPECT_TRUE(paths()[1].runsHere());
     std::string missing;
-    for (size_t i = 0; i < count; ++i)
-        if (!all[i].runsHere()) missing += std::string(" ") + all[i].name;
+    for (const Path& path : paths())
+        if (!path.runsHere()) missing += std::string(" ") + path.name;
     if (!missing.empty()) GTEST_SKIP() << "not tested, for this processor lacks the instructions:" << missing;
 }
 
@@ -87,7 +84,7 @@ TEST(ChosenPath, IsTheFastestWhereNoneIsNamed) {
 }
 
 TEST(ChosenPath, IsTheOneThatIsNamed) {
-    for (const RunningPath& path : everyPath()) EXPECT_THAT(told(path.name), ElementsAre(path.name));
+    for (const Path& path : everyPath()) EXPECT_THAT(told(path.name), ElementsAre(path.name));
 }
 
 TEST(ChosenPath, NameOfNoPathIsOneErrorLineAndTheFastest) {
@@ -102,14 +99,12 @@ TEST(ChosenPath, NameOfNoPathIsOneErrorLineAndTheFastest) {
 }
 
 TEST(ChosenPath, OneThatDoesNotRunHereIsOneErrorLineAndTheFastest) {
-    size_t count = 0;
-    const Path* all = paths(&count);
     // On a processor of today all do; the emulated older ones lack some.
-    for (size_t i = 0; i < count; ++i) {
-        if (all[i].runsHere()) continue;
-        const Lines lines = told(all[i].name);
-        ASSERT_THAT(lines, SizeIs(2)) << all[i].name;
-        EXPECT_THAT(lines[0], StartsWith("6 AppQRVN QUORVANE_LANES=" + std::string(all[i].name) + ":"));
+    for (const Path& path : paths()) {
+        if (path.runsHere()) continue;
+        const Lines lines = told(path.name);
+        ASSERT_THAT(lines, SizeIs(2)) << path.name;
+        EXPECT_THAT(lines[0], StartsWith("6 AppQRVN QUORVANE_LANES=" + std::string(path.name) + ":"));
         EXPECT_EQ(lines[1], fastest());
     }
 }
@@ -123,8 +118,7 @@ TEST(ChosenPath, StaysForTheWholeProcess) {
 // The test programs run once a path; this is how such a run knows that its path is in use.
 TEST(ChosenPath, OfThisProcessIsTheOneInItsEnvironment) {
     const char* lanes = std::getenv("QUORVANE_LANES");
-    size_t count = 0;
-    const std::string chosen = paths(&count)[chosenPath()].name;
+    const std::string chosen = chosenPath().name;
     EXPECT_EQ(chosen, lanes != nullptr && *lanes != '\0' ? lanes : fastest());
 }
 
@@ -135,8 +129,7 @@ TEST(ChosenPath, IsTheOneThatTheRendererUses) {
     std::vector<uint8_t> guide = noise(w * h, 1), input = noise(w * h, 2);
     for (uint8_t& level : guide) level = static_cast<uint8_t>(127 + level % 3);
     std::vector<uint8_t> working(20 * w * h + 8 * (w + 1) * (h + 1)), wanted(w * h), actual(w * h);
-    guidedFilterPaths[chosenPath()](
-        {guide.data(), input.data(), wanted.data(), w, h, 3, 2, 0.0f, working.data()});
+    chosenPath().guidedFilter({guide.data(), input.data(), wanted.data(), w, h, 3, 2, 0.0f, working.data()});
     guided_filter_qrv filter;
     filter.assignBuffer(w, h, working.data());
     filter(guide.data(), input.data(), actual.data(), w, h, 3, 2, 0.0f);

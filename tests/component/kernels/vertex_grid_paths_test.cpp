@@ -6,7 +6,6 @@
 #include <ostream>
 
 #include "../each_path.h"
-#include "kernels/vertex_grid.h"
 #include "support/guarded_bytes.h"
 
 namespace quorvane::test {
@@ -14,31 +13,30 @@ namespace {
 
 constexpr GuardedBytes::Against kBothEnds[] = {GuardedBytes::Against::end, GuardedBytes::Against::start};
 
-std::vector<uint8_t> vertices(size_t path, const VertexGrid& grid, GuardedBytes::Against against) {
+std::vector<uint8_t> vertices(const Path& path, const VertexGrid& grid, GuardedBytes::Against against) {
     const int count = grid.height < 1 ? 2 : 2 * (grid.width + 1) * grid.height;
     GuardedBytes out(static_cast<size_t>(count) * 5 * sizeof(float), against);
-    createVerticesPaths[path](grid, reinterpret_cast<float*>(out.data()));
+    path.createVertices(grid, reinterpret_cast<float*>(out.data()));
     EXPECT_TRUE(out.surroundingsUntouched());
     return out.bytes();
 }
 
-std::vector<uint8_t> indices(size_t path, int width, int height, GuardedBytes::Against against) {
+std::vector<uint8_t> indices(const Path& path, int width, int height, GuardedBytes::Against against) {
     GuardedBytes out(static_cast<size_t>(width * height) * 6 * sizeof(uint32_t), against);
-    createIndicesPaths[path](width, height, reinterpret_cast<uint32_t*>(out.data()));
+    path.createIndices(width, height, reinterpret_cast<uint32_t*>(out.data()));
     EXPECT_TRUE(out.surroundingsUntouched());
     return out.bytes();
 }
 
 void expectTheReferencesMesh(const VertexGrid& grid) {
-    const auto wanted_vertices = vertices(0, grid, GuardedBytes::Against::end);
-    const auto wanted_indices = indices(0, grid.width, grid.height, GuardedBytes::Against::end);
+    const auto wanted_vertices = vertices(referencePath(), grid, GuardedBytes::Against::end);
+    const auto wanted_indices = indices(referencePath(), grid.width, grid.height, GuardedBytes::Against::end);
     for (const auto against : kBothEnds)
-        for (const RunningPath& path : vectorPaths()) {
+        for (const Path& path : vectorPaths()) {
             SCOPED_TRACE(testing::Message() << path.name << ", " << grid.width << " x " << grid.height
                                             << " cells, " << grid.x << ", " << grid.y);
-            ASSERT_EQ(difference(vertices(path.index, grid, against).data(), wanted_vertices), "");
-            ASSERT_EQ(
-                difference(indices(path.index, grid.width, grid.height, against).data(), wanted_indices), "");
+            ASSERT_EQ(difference(vertices(path, grid, against).data(), wanted_vertices), "");
+            ASSERT_EQ(difference(indices(path, grid.width, grid.height, against).data(), wanted_indices), "");
         }
 }
 

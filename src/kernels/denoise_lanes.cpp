@@ -1,44 +1,13 @@
-// Five-point averages and the look-up of their results.
+// Five-point averages.
 //
 // A sum of five bytes is at most 1275. Up to 16,383, a fifth of it, truncated, is the upper half of the
 // 32-bit product with 13108, which exceeds a fifth of 2 to the 16 by 0.8: too little to reach the next whole
 // number.
 
 #include "kernels/denoise.h"
-
-#ifdef QUORVANE_PATH
 #include "kernels/lanes.h"
-#endif
 
-namespace quorvane {
-
-#ifndef QUORVANE_PATH
-
-namespace reference {
-
-void crossDenoise(const uint8_t* src, uint8_t* dst, int width, int height) {
-    const ptrdiff_t stride = width;
-    for (int y = 0; y < height; ++y) {
-        const uint8_t* row = src + y * stride;
-        const uint8_t* above = y > 0 ? row - stride : row;
-        const uint8_t* below = y < height - 1 ? row + stride : row;
-        for (int x = 0; x < width; ++x) {
-            const int left = row[x > 0 ? x - 1 : 0];
-            const int right = row[x < width - 1 ? x + 1 : x];
-            *dst++ = static_cast<uint8_t>((row[x] + left + right + above[x] + below[x]) / 5);
-        }
-    }
-}
-
-void lookUp(uint8_t* samples, size_t count, const uint8_t* table) {
-    for (size_t i = 0; i < count; ++i) samples[i] = table[samples[i]];
-}
-
-}  // namespace reference
-
-#else
-
-namespace QUORVANE_PATH {
+namespace quorvane::QUORVANE_PATH {
 
 void crossDenoise(const uint8_t* src, uint8_t* dst, int width, int height) {
     if (width < kBytes) return reference::crossDenoise(src, dst, width, height);
@@ -62,19 +31,4 @@ void crossDenoise(const uint8_t* src, uint8_t* dst, int width, int height) {
     }
 }
 
-void lookUp(uint8_t* samples, size_t count, const uint8_t* bytes) {
-    const Table table(bytes);
-    size_t i = 0;
-    for (; i + 2 * kBytes <= count; i += 2 * kBytes) {
-        const u8 first = load(samples + i), second = load(samples + i + kBytes);
-        store(samples + i, table[first]);
-        store(samples + i + kBytes, table[second]);
-    }
-    for (; i < count; ++i) samples[i] = bytes[samples[i]];
-}
-
-}  // namespace QUORVANE_PATH
-
-#endif
-
-}  // namespace quorvane
+}  // namespace quorvane::QUORVANE_PATH
