@@ -141,8 +141,8 @@ class ESRenderer {
     ///             values reach the last output rows' right border.
     ///   dstData   dstWidth * dstHeight bytes; must not overlap srcData
     ///
-    /// Both are bytes whatever their signedness, which is why they are untyped here. A size below 1 or
-    /// another ratio writes nothing and logs one line.
+    /// Both are bytes whatever their signedness, which is why they are untyped here. A target side below 1
+    /// writes nothing; another ratio writes nothing and logs one line.
     void downsize(int srcWidth, int srcHeight, const void* srcData, int dstWidth, int dstHeight,
                   void* dstData, bool isRGB) const;
 

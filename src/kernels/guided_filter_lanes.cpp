@@ -39,7 +39,6 @@ class Areas {
         m_next += 4 * numbers;
         return area;
     }
-    const unsigned char* end() const { return m_next; }
 
   private:
     unsigned char* m_next;
@@ -59,11 +58,17 @@ class Windows {
     Windows(Areas* areas, ptrdiff_t padded, int radius)
         : m_padded(padded),
           m_radius(radius),
-          m_columns(areas->take(padded + 2 * kRadius)),
-          m_prefix(areas->take(kRadius > 0 ? 0 : padded + 2 * radius + 1 + kLanes)) {}
+          m_columns(areas->take(columnCount(padded))),
+          m_prefix(areas->take(prefixCount(padded, radius, kLanes))) {}
+
+    /// Numbers that the columns take, and the prefix sums on vectors of `lanes`.
+    static constexpr ptrdiff_t columnCount(ptrdiff_t padded) { return padded + 2 * kRadius; }
+    static constexpr ptrdiff_t prefixCount(ptrdiff_t padded, ptrdiff_t radius, ptrdiff_t lanes) {
+        return kRadius > 0 ? 0 : padded + 2 * radius + 1 + lanes;
+    }
 
     void clear() {
-        fill(m_columns, m_padded + 2 * kRadius, 0);
+        fill(m_columns, columnCount(m_padded), 0);
         if (kRadius == 0) fill(m_prefix, m_radius + 1, 0);
     }
 
@@ -132,10 +137,25 @@ inline int windowSize(int centre, int radius, int size) {
     return last - first + 1;
 }
 
-/// False, with nothing written to the output, where that is the reference's to do.
+/// `width` made up to whole vectors.
+constexpr ptrdiff_t paddedTo(ptrdiff_t lanes, ptrdiff_t width) { return (width + lanes - 1) / lanes * lanes; }
+
+/// Whether the buffer is large enough for the areas of the widest path. Narrower ones need less, but all
+/// paths have to decide alike: single and double precision may round to different bytes.
+template <int kRadius>
+bool fitsBuffer(const GuidedFiltering& f) {
+    constexpr ptrdiff_t lanes = kWidestBytes / 4;
+    const ptrdiff_t padded = paddedTo(lanes, f.width);
+    const ptrdiff_t windows =
+        Windows<kRadius>::columnCount(padded) + Windows<kRadius>::prefixCount(padded, f.rx, lanes);
+    return 4 * ((4 + 2 * f.height) * padded + 4 * windows) <= guidedFilterBufferSize(f.width, f.height);
+}
+
+/// Returns false, the output untouched, where the reference has to do it.
 template <bool kLarge, int kRadius>
 bool filter(const GuidedFiltering& f, double largest_window) {
-    const ptrdiff_t width = f.width, padded = (width + kLanes - 1) / kLanes * kLanes;
+    if (!fitsBuffer<kRadius>(f)) return false;
+    const ptrdiff_t width = f.width, padded = paddedTo(kLanes, width);
 
     Areas areas(f.buffer);
     unsigned char* nothing = areas.take(padded);
@@ -146,7 +166,6 @@ bool filter(const GuidedFiltering& f, double largest_window) {
     unsigned char* b_plane = areas.take(padded * f.height);
     Windows<kRadius> guide(&areas, padded, f.rx), input(&areas, padded, f.rx);
     Windows<kRadius> product(&areas, padded, f.rx), square(&areas, padded, f.rx);
-    if (areas.end() > f.buffer + 20 * width * f.height + 8 * (width + 1) * (f.height + 1)) return false;
 
     fill(nothing, padded, 0);
     for (int x = 0; x < padded; ++x) {
@@ -266,8 +285,8 @@ void guidedFilter(const GuidedFiltering& f) {
     const auto kernel = n > kSmallWindow         ? filter<true, 0>
                         : f.rx == kDefaultRadius ? filter<false, kDefaultRadius>
                                                  : filter<false, 0>;
-    const bool ours = n <= kLargestWindow && f.eps >= 0.0f;
-    if (!ours || !kernel(f, n)) reference::guidedFilter(f);
+    const bool exact_sums = n <= kLargestWindow && f.eps >= 0.0f;
+    if (!exact_sums || !kernel(f, n)) reference::guidedFilter(f);
 }
 
 }  // namespace quorvane::QUORVANE_PATH

@@ -6,8 +6,8 @@
 // reads both images and leaves a and b; only the second writes the output, so it may be the input.
 //
 // Number ranges. A column sum of I * I is at most 65025 a row: 32 bits hold 66051 rows. Window sums are
-// 64-bit, and exact as doubles. In a window of one intensity all means are exact too, and so a flat guide has
-// a variance of exactly 0, and with it a = 0.
+// 64-bit, and exact as doubles. In a window of one intensity the means of I and I * I are exact too, and so a
+// flat guide has a variance of exactly 0. Its covariance is 0 by definition, and with it a.
 
 #include <algorithm>
 #include <cstddef>
@@ -105,8 +105,10 @@ void reference::guidedFilter(const GuidedFiltering& f) {
 
             const double n = static_cast<double>(rows) * windowAt(x, rx, width).size();
             const double mean_I = static_cast<double>(sum_I) / n, mean_p = static_cast<double>(sum_p) / n;
-            const double covariance = static_cast<double>(sum_Ip) / n - mean_I * mean_p;
             const double variance = static_cast<double>(sum_II) / n - mean_I * mean_I;
+            // mean_p is not exact: an eps small enough would make a slope of its rounding.
+            const double covariance =
+                variance > 0.0 ? static_cast<double>(sum_Ip) / n - mean_I * mean_p : 0.0;
             // eps acts on intensities 0..1.
             const double denominator = variance + static_cast<double>(f.eps) * 65025.0;
             const double a = denominator > 0.0 ? covariance / denominator : 0.0;

@@ -46,8 +46,10 @@ constexpr int kBytes = 32;
 #else
 constexpr int kBytes = 16;
 #endif
-// loadBytes gathers a quarter of a vector in 64 bits, and weighRgb's slack and widths are for these two.
-static_assert(kBytes <= 32);
+/// Of the widest path. loadBytes gathers a quarter of a vector in 64 bits, and weighRgb's slack is for 16
+/// or 32.
+constexpr int kWidestBytes = 32;
+static_assert(kBytes <= kWidestBytes);
 
 using u8 [[gnu::vector_size(kBytes)]] = uint8_t;
 using u16 [[gnu::vector_size(kBytes)]] = uint16_t;

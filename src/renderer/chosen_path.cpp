@@ -16,7 +16,7 @@ const Path& choosePath() {
     if (wanted == nullptr || *wanted == '\0') return *fastest;
     for (const Path& path : all)
         if (std::strcmp(wanted, path.name) == 0 && path.runsHere()) return path;
-    LOGE("QUORVANE_LANES=%s: no path of this build that runs here, using %s\n", wanted, fastest->name);
+    LOGD("QUORVANE_LANES=%s: no path of this build that runs here, using %s\n", wanted, fastest->name);
     return *fastest;
 }
 

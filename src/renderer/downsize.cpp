@@ -12,6 +12,7 @@ uint32_t ESRenderer::simple_log2(uint32_t value) const {
 
 void ESRenderer::downsize(int srcWidth, int srcHeight, const void* srcData, int dstWidth, int dstHeight,
                           void* dstData, bool isRGB) const {
+    if (dstWidth < 1 || dstHeight < 1) return;
     if (!quorvane::downsize(quorvane::chosenPath(), srcWidth, srcHeight, static_cast<const uint8_t*>(srcData),
                             dstWidth, dstHeight, static_cast<uint8_t*>(dstData), isRGB))
         LOGD("downsize: cannot reduce %d x %d to %d x %d\n", srcWidth, srcHeight, dstWidth, dstHeight);

@@ -223,6 +223,35 @@ TEST_F(GuidedFilterPaths, RoundTheExactResultAtEverySmallSize) {
             }
 }
 
+// There the buffer is smaller than what a path keeps, and more so the wider its vectors are.
+TEST_F(GuidedFilterPaths, AgreeInTheSmallestImages) {
+    for (int w = 1; w <= 40; ++w)
+        for (int h = 1; h <= 4; ++h)
+            for (const auto& [rx, ry] : {std::pair{1, 1}, {2, 2}, {3, 3}, {8, 1}, {40, 40}})
+                for (uint32_t seed = kSeed; seed < kSeed + 60; seed += 2) {
+                    const Filtering f = {w, h, rx, ry};
+                    agreed(f, noise(f.pixels(), seed), noise(f.pixels(), seed + 1));
+                    ASSERT_FALSE(HasFailure()) << "seed " << seed;
+                }
+}
+
+TEST_F(GuidedFilterPaths, HaveNoSlopeUnderAFlatGuideHoweverSmallEpsilonIs) {
+    const int w = 41, h = 23;
+    const Bytes input = noise(w * h, kSeed);
+    for (const int level : {1, 90, 127, 255}) {
+        const Bytes guide(input.size(), static_cast<uint8_t>(level));
+        for (const auto& [rx, ry] : {std::pair{1, 1}, {2, 2}, {3, 5}, {12, 12}})
+            for (const Path& path : everyPath()) {
+                const Bytes wanted = filtered(path, {w, h, rx, ry, 1.0f}, guide, input);
+                for (const float eps : {1e-20f, 1e-30f, 1e-38f})
+                    EXPECT_EQ(difference(filtered(path, {w, h, rx, ry, eps}, guide, input).data(), wanted),
+                              "")
+                        << path.name << ", level " << level << ", radii " << rx << ", " << ry << ", eps "
+                        << eps;
+            }
+    }
+}
+
 // Where the buffer is too small for all that a path keeps, it does not matter.
 TEST_F(GuidedFilterPaths, RoundTheExactResultInImagesOfFewRows) {
     for (const int w : {64, 100, 333, 1000})
