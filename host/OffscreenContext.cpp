@@ -89,29 +89,22 @@ std::vector<Candidate> candidates() {
 
 }  // namespace
 
-Status OffscreenContext::create(std::unique_ptr<OffscreenContext>* context, const OffscreenContext* share) {
-    const bool replaced = share != nullptr && share == context->get();
+Status OffscreenContext::create(std::unique_ptr<OffscreenContext>* context) {
     context->reset();
-    if (replaced) return Status::failure("a context cannot share objects with the one that it replaces");
-    const EGLContext shared = share != nullptr ? share->m_context : EGL_NO_CONTEXT;
-    const std::vector<Candidate> displays =
-        share != nullptr ? std::vector<Candidate>{{share->m_display, share->m_platform}} : candidates();
     std::string tried;
-    for (const Candidate& candidate : displays) {
+    for (const Candidate& candidate : candidates()) {
         std::unique_ptr<OffscreenContext> attempt(new OffscreenContext);
-        const Status opened = attempt->open(candidate.display, candidate.platform, shared);
+        const Status opened = attempt->open(candidate.display, candidate.platform);
         if (opened) {
             *context = std::move(attempt);
             return Status::success();
         }
         tried += (tried.empty() ? "" : "; ") + candidate.platform + ": " + opened.message();
     }
-    return Status::failure(std::string("no OpenGL ES 2 context ") +
-                           (share != nullptr ? "that shares objects " : "") + "could be made; tried " +
-                           tried);
+    return Status::failure("no OpenGL ES 2 context could be made; tried " + tried);
 }
 
-Status OffscreenContext::open(EGLDisplay display, std::string platform, EGLContext share) {
+Status OffscreenContext::open(EGLDisplay display, std::string platform) {
     if (display == EGL_NO_DISPLAY) return Status::failure("no display");
     if (!displayUsers().enter(display)) return Status::failure(eglFailure("eglInitialize"));
     m_display = display;
@@ -129,7 +122,7 @@ Status OffscreenContext::open(EGLDisplay display, std::string platform, EGLConte
     if (configs == 0) return Status::failure("no OpenGL ES 2 configuration");
 
     const EGLint version_2[] = {EGL_CONTEXT_CLIENT_VERSION, 2, EGL_NONE};
-    m_context = eglCreateContext(m_display, config, share, version_2);
+    m_context = eglCreateContext(m_display, config, EGL_NO_CONTEXT, version_2);
     if (m_context == EGL_NO_CONTEXT) return Status::failure(eglFailure("eglCreateContext"));
     if (!surfaceless) {
         const EGLint one_pixel[] = {EGL_WIDTH, 1, EGL_HEIGHT, 1, EGL_NONE};

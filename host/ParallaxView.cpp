@@ -82,19 +82,16 @@ void ParallaxView::FreeBlock::operator()(unsigned char* block) const {
     ::operator delete(block, m_alignment);
 }
 
-ParallaxView::ParallaxView(int outputs)
-    : m_thread(std::this_thread::get_id()), m_context(eglGetCurrentContext()), m_outputs(outputs) {}
+ParallaxView::ParallaxView() : m_thread(std::this_thread::get_id()), m_context(eglGetCurrentContext()) {}
 
 ParallaxView::~ParallaxView() { deleteOutput(&m_output); }
 
-Status ParallaxView::create(int width, int height, uint32_t orientation, std::unique_ptr<ParallaxView>* view,
-                            int outputs) {
+Status ParallaxView::create(int width, int height, uint32_t orientation,
+                            std::unique_ptr<ParallaxView>* view) {
     view->reset();
-    if (outputs < 1 || outputs > kMostOutputs)
-        return Status::failure(text("%d outputs; there can be 1 to %d", outputs, kMostOutputs));
     if (eglGetCurrentContext() == EGL_NO_CONTEXT)
         return Status::failure("no OpenGL ES context is current on this thread");
-    std::unique_ptr<ParallaxView> made(new ParallaxView(outputs));
+    std::unique_ptr<ParallaxView> made(new ParallaxView);
     Status status = made->open(width, height, orientation);
     if (status) *view = std::move(made);
     return status;
@@ -133,21 +130,17 @@ Status ParallaxView::checkSides(const char* what, int width, int height, int sma
 
 Status ParallaxView::createOutput(int width, int height, Output* output) const {
     forgetGlErrors();
-    output->textures.resize(static_cast<size_t>(m_outputs));
-    glGenTextures(m_outputs, output->textures.data());
+    glGenTextures(1, &output->texture);
     glGenRenderbuffers(1, &output->depth_buffer);
-    // In the order of their generation: without the last there is one missing.
-    if (output->textures.back() == 0 || output->depth_buffer == 0)
+    if (output->texture == 0 || output->depth_buffer == 0)
         return Status::failure("output: the graphics driver made no texture or depth buffer");
     glActiveTexture(GL_TEXTURE0);
-    for (const GLuint texture : output->textures) {
-        glBindTexture(GL_TEXTURE_2D, texture);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-        glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
-    }
+    glBindTexture(GL_TEXTURE_2D, output->texture);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
     glBindRenderbuffer(GL_RENDERBUFFER, output->depth_buffer);
     glRenderbufferStorage(GL_RENDERBUFFER,
                           hasGlExtension("GL_OES_depth24") ? kDepthComponent24 : GL_DEPTH_COMPONENT16, width,
@@ -156,19 +149,15 @@ Status ParallaxView::createOutput(int width, int height, Output* output) const {
 }
 
 void ParallaxView::deleteOutput(Output* output) {
-    glDeleteTextures(static_cast<GLsizei>(output->textures.size()), output->textures.data());
+    glDeleteTextures(1, &output->texture);
     glDeleteRenderbuffers(1, &output->depth_buffer);
     *output = Output();
 }
 
-// Tries all textures; the one whose turn it is stays.
-bool ParallaxView::attach(const Output& output, size_t turn) {
+bool ParallaxView::attach(const Output& output) {
     glBindFramebuffer(GL_FRAMEBUFFER, m_renderer.m_fbo);
     glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, output.depth_buffer);
-    const size_t count = output.textures.size();
-    for (size_t i = 1; i <= count; ++i)
-        if (!m_renderer.setOutTexture(output.textures[(turn + i) % count])) return false;
-    return true;
+    return m_renderer.setOutTexture(output.texture);
 }
 
 Status ParallaxView::resize(int width, int height) {
@@ -181,20 +170,19 @@ Status ParallaxView::resize(int width, int height) {
     status = createOutput(width, height, &output);
     if (status && !m_renderer.setupGraphics(width, height))
         status = Status::failure("the graphics driver could not build the shader program; the log says why");
-    else if (status && !attach(output, 0))
+    else if (status && !attach(output))
         status = Status::failure(
             text("output: the graphics driver cannot draw into a %d x %d texture", width, height));
     if (!status) {
         deleteOutput(&output);
-        if (!m_output.textures.empty()) {
+        if (m_output.texture != 0) {
             m_renderer.setupGraphics(m_width, m_height);
-            attach(m_output, m_turn);
+            attach(m_output);
         }
         return status;
     }
     deleteOutput(&m_output);
-    m_output = std::move(output);
-    m_turn = 0;
+    m_output = output;
     m_width = width;
     m_height = height;
     m_has_picture = false;
@@ -365,14 +353,6 @@ Status ParallaxView::render() {
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
     glDepthRangef(0.0f, 1.0f);
     forgetGlErrors();
-    // A picture that failed is drawn over.
-    if (m_has_picture && m_outputs > 1) {
-        m_has_picture = false;
-        m_turn = (m_turn + 1) % m_output.textures.size();
-        glActiveTexture(GL_TEXTURE0);
-        if (!m_renderer.setOutTexture(texture()))
-            return Status::failure("drawing: the graphics driver cannot draw into the next output");
-    }
     // The renderer clears what is bound on entry.
     glBindFramebuffer(GL_FRAMEBUFFER, m_renderer.m_fbo);
     m_renderer.renderFrame();

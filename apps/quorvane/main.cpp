@@ -116,8 +116,8 @@ int run(int argc, char** argv) {
                              "replace the numbered frames in a folder that is not empty");
     render_command->add_flag(
         "--stats", render_options.stats,
-        "say at the end what each stage took; with several frames reading back and "
-        "encoding run beside the others, and for a clip encoding is the wait for ffmpeg");
+        "say at the end what each stage took; encoding runs beside the others, and for a clip it is the "
+        "wait for ffmpeg");
 
     ViewOptions stages_options;
     std::string sheet;

@@ -290,33 +290,6 @@ TEST_F(Render, ClipHoldsItsFramesInOrder) {
     }
 }
 
-TEST_F(Render, ContextsThatCannotShareGiveTheSameFrames) {
-    const auto lines = [this](const std::string& out, const std::map<std::string, std::string>& environment) {
-        const Outcome outcome = quorvane({"render", scene("photo.png"), scene("depth.png"), "-o",
-                                          folder / out, "--frames", "6", "--stats", "-v"},
-                                         environment);
-        EXPECT_EQ(outcome.code, 0) << outcome.err;
-        return outcome.err;
-    };
-    EXPECT_THAT(lines("beside/", {}), HasSubstr("  beside the drawing\n"));
-    // The address sanitizer would come first.
-    const std::string said =
-        lines("between/", {{"LD_PRELOAD", NO_SHARING}, {"ASAN_OPTIONS", "verify_asan_link_order=0"}});
-    EXPECT_THAT(said, HasSubstr("reading  between the frames: no OpenGL ES 2 context that shares objects"));
-    EXPECT_THAT(said, testing::Not(HasSubstr("beside the drawing")));
-    for (int number = 1; number <= 6; ++number) {
-        const std::string name = "/0000" + std::to_string(number) + ".png";
-        EXPECT_EQ(bytesOf(folder / ("beside" + name)), bytesOf(folder / ("between" + name))) << name;
-    }
-}
-
-TEST_F(Render, StillIsReadWhereItIsDrawn) {
-    const Outcome outcome =
-        quorvane({"render", scene("photo.png"), scene("depth.png"), "-o", folder / "a.png", "--stats"});
-    EXPECT_EQ(outcome.code, 0) << outcome.err;
-    EXPECT_THAT(outcome.err, testing::Not(HasSubstr("beside the drawing")));
-}
-
 TEST_F(Render, LongClipKeepsItsMemory) {
 #if defined(__SANITIZE_ADDRESS__)
     GTEST_SKIP() << "A SANITIZED PROGRAM KEEPS WHAT IS FREED, MEMORY WAS NOT MEASURED";

@@ -113,7 +113,6 @@ EGLContext eglCreateContext(EGLDisplay display, EGLConfig config, EGLContext sha
     if (auto* real = DRIVER(eglCreateContext)) return real(display, config, share, attributes);
     if (!succeeds("eglCreateContext")) return EGL_NO_CONTEXT;
     egl().context_wanted = list(attributes);
-    egl().shared = share;
     return *egl().contexts.insert(EglDouble::handle(egl().next_context)).first;
 }
 

@@ -38,7 +38,6 @@ struct EglDouble {
     std::set<EGLContext> contexts;
     std::set<EGLSurface> surfaces;
     std::vector<EGLint> config_wanted, context_wanted, surface_wanted;
-    EGLContext shared = EGL_NO_CONTEXT;  ///< with the context made last
     EGLSurface current_surface = EGL_NO_SURFACE;
     EGLContext current_context = EGL_NO_CONTEXT;
     EGLenum api = EGL_OPENGL_API;

@@ -173,51 +173,6 @@ TEST_F(OffscreenContextFault, LastUserOfADisplayTerminatesIt) {
     expectNothingLeft();
 }
 
-TEST_F(OffscreenContextFault, SharesOnTheDisplayOfTheOther) {
-    egl.broken_displays = {egl.handle(EglDouble::kSurfaceless), egl.handle(EglDouble::kDevice0)};
-    ASSERT_EQ(create(), "succeeded");
-    EXPECT_EQ(egl.shared, EGL_NO_CONTEXT);
-    egl.broken_displays.clear();
-    egl.next_context = 0xc2;
-    std::unique_ptr<OffscreenContext> other;
-    ASSERT_EQ(sentence(OffscreenContext::create(&other, context.get())), "succeeded");
-    EXPECT_EQ(egl.shared, egl.handle(0xc1));
-    EXPECT_EQ(other->platform(), "EGL device 1");
-    EXPECT_EQ(egl.current_context, egl.handle(0xc2));
-    // The display stays for the one that shares.
-    context.reset();
-    EXPECT_THAT(egl.calls, Not(Contains("eglTerminate")));
-    other.reset();
-    expectNothingLeft();
-}
-
-TEST_F(OffscreenContextFault, FailureToShareIsNamedAndLeavesTheOtherContext) {
-    leaveOneDisplay();
-    egl.display_extensions = "";
-    ASSERT_EQ(create(), "succeeded");
-    gl.egl_error = EGL_BAD_MATCH;
-    egl.next_context = 0xc2;
-    for (const char* function : {"eglInitialize", "eglBindAPI", "eglChooseConfig", "eglCreateContext",
-                                 "eglCreatePbufferSurface", "eglMakeCurrent"}) {
-        egl.failing = {function};
-        std::unique_ptr<OffscreenContext> other;
-        EXPECT_EQ(sentence(OffscreenContext::create(&other, context.get())),
-                  "no OpenGL ES 2 context that shares objects could be made; tried default display: " +
-                      std::string(function) + " failed (EGL error 0x3009)");
-        EXPECT_EQ(other, nullptr);
-        EXPECT_THAT(egl.contexts, ElementsAre(egl.handle(0xc1)));
-        EXPECT_THAT(egl.calls, Not(Contains("eglTerminate")));
-    }
-}
-
-TEST_F(OffscreenContextFault, CannotShareWithTheOneItReplaces) {
-    ASSERT_EQ(create(), "succeeded");
-    EXPECT_EQ(sentence(OffscreenContext::create(&context, context.get())),
-              "a context cannot share objects with the one that it replaces");
-    EXPECT_EQ(context, nullptr);
-    expectNothingLeft();
-}
-
 TEST_F(OffscreenContextFault, EndReleasesTheThreadOnlyWhereItIsCurrent) {
     ASSERT_EQ(create(), "succeeded");
     context.reset();

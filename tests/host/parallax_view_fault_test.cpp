@@ -22,9 +22,9 @@ class ParallaxViewFault : public ComponentTest {
         gl.integers[GL_MAX_VERTEX_TEXTURE_IMAGE_UNITS] = 4;
     }
 
-    Status create(int outputs = 1) {
+    Status create() {
         const OutputToTimeline output;
-        return ParallaxView::create(64, 48, 4, &view, outputs);
+        return ParallaxView::create(64, 48, 4, &view);
     }
 
     template <typename Action>
@@ -42,8 +42,8 @@ class ParallaxViewFault : public ComponentTest {
         EXPECT_THAT(gl.live_programs, IsEmpty());
     }
 
-    void createWithImages(int outputs = 1) {
-        ASSERT_TRUE(create(outputs).ok());
+    void createWithImages() {
+        ASSERT_TRUE(create().ok());
         ASSERT_EQ(said([&] { return view->setPhoto(32, 32, photo.data()); }), "succeeded");
         ASSERT_EQ(said([&] { return view->setDepth(32, 32, depth.data()); }), "succeeded");
         forget();
@@ -166,62 +166,10 @@ TEST_F(ParallaxViewFault, PlanesBehindThePhotoAreClearedBeforeItsReduction) {
     EXPECT_EQ(guide(), first);
 }
 
-// Outputs by turns
-
-TEST_F(ParallaxViewFault, OneOutputIsAttachedOnce) {
+TEST_F(ParallaxViewFault, OutputIsAttachedOnce) {
     createWithImages();
     for (int i = 0; i < 2; ++i) ASSERT_EQ(said([&] { return view->render(); }), "succeeded");
     EXPECT_THAT(timeline.callsOf("glFramebufferTexture2D"), IsEmpty());
-}
-
-TEST_F(ParallaxViewFault, EveryOutputIsTriedAtOnce) {
-    ASSERT_TRUE(create(3).ok());
-    EXPECT_EQ(timeline.callsOf("glFramebufferTexture2D").size(), 3u);
-    EXPECT_THAT(timeline.callsOf("glFramebufferTexture2D").back(),
-                HasSubstr(", " + std::to_string(view->texture()) + ", "));
-    EXPECT_EQ(timeline.callsOf("glRenderbufferStorage").size(), 1u);
-}
-
-TEST_F(ParallaxViewFault, PictureThatFailedIsDrawnOver) {
-    createWithImages(2);
-    const GLuint first = view->texture();
-    ASSERT_EQ(said([&] { return view->render(); }), "succeeded");
-    EXPECT_EQ(view->texture(), first);
-    for (int i = 0; i < 2; ++i) {
-        gl.errorAfter("glDrawElements", GL_OUT_OF_MEMORY);
-        EXPECT_THAT(said([&] { return view->render(); }), HasSubstr("out of memory"));
-        EXPECT_NE(view->texture(), first) << "the last whole picture is drawn over";
-    }
-    gl.framebuffer_status = GL_FRAMEBUFFER_UNSUPPORTED;
-    ASSERT_EQ(said([&] { return view->render(); }), "succeeded");
-    EXPECT_EQ(said([&] { return view->render(); }),
-              "drawing: the graphics driver cannot draw into the next output");
-    Bytes pixels(64 * 48 * 4);
-    EXPECT_THAT(said([&] { return view->readPixels(pixels.data(), pixels.size()); }),
-                HasSubstr("no picture"));
-}
-
-TEST_F(ParallaxViewFault, FailedResizeKeepsEveryOutput) {
-    createWithImages(2);
-    for (int i = 0; i < 2; ++i) ASSERT_EQ(said([&] { return view->render(); }), "succeeded");
-    const GLuint texture = view->texture();
-    const std::set<GLuint> before = gl.live_textures;
-    forget();
-    gl.errorAfter("glRenderbufferStorage", GL_OUT_OF_MEMORY);
-    EXPECT_EQ(said([&] { return view->resize(100, 100); }), "output: the graphics driver is out of memory");
-    EXPECT_EQ(view->texture(), texture);
-    EXPECT_EQ(gl.live_textures, before);
-    EXPECT_THAT(timeline.callsOf("glFramebufferTexture2D").back(),
-                HasSubstr(", " + std::to_string(texture) + ", "));
-    Bytes pixels(64 * 48 * 4);
-    EXPECT_EQ(said([&] { return view->readPixels(pixels.data(), pixels.size()); }), "succeeded");
-    expectNothingLeft();
-}
-
-TEST_F(ParallaxViewFault, OutputsThatTheDriverLacksAreAFailure) {
-    gl.generating_nothing = {"glGenTextures"};
-    EXPECT_THAT(sentence(create(2)), HasSubstr("made no texture or depth buffer"));
-    expectNothingLeft();
 }
 
 // Creation

@@ -28,9 +28,9 @@ class ParallaxViewTest : public DriverTest {
         create(48, 32);
     }
 
-    void create(int width, int height, int outputs = 1) {
+    void create(int width, int height) {
         const OutputToTimeline output;
-        const Status made = ParallaxView::create(width, height, 4, &view, outputs);
+        const Status made = ParallaxView::create(width, height, 4, &view);
         ASSERT_TRUE(made.ok()) << made.message();
     }
 
@@ -219,76 +219,12 @@ TEST_F(ParallaxViewTest, TextureHoldsThePicture) {
     EXPECT_EQ(pixelsOf(view->texture(), 48, 32), wanted);
 }
 
-TEST_F(ParallaxViewTest, OneOutputIsDrawnIntoOverAndOver) {
+TEST_F(ParallaxViewTest, OutputIsDrawnIntoOverAndOver) {
     setImages();
     const GLuint texture = view->texture();
     picture();
     picture();
     EXPECT_EQ(view->texture(), texture);
-}
-
-TEST_F(ParallaxViewTest, OutputsByTurnsKeepTheirPictures) {
-    const std::vector<float> places = {-1.0f, 0.0f, 1.0f, 0.5f};
-    const auto pictureFrom = [this](float place) {
-        EXPECT_TRUE(view->lookAt(place, 0.0f).ok());
-        return picture();
-    };
-    std::vector<Bytes> wanted;
-    setImages();
-    for (const float place : places) wanted.push_back(pictureFrom(place));
-    ASSERT_NE(wanted[0], wanted[1]);
-
-    for (const int outputs : {2, 3}) {
-        SCOPED_TRACE(outputs);
-        create(48, 32, outputs);
-        setImages();
-        std::vector<GLuint> textures;
-        for (size_t i = 0; i < places.size(); ++i) {
-            SCOPED_TRACE(i);
-            glActiveTexture(GL_TEXTURE5);
-            EXPECT_EQ(pictureFrom(places[i]), wanted[i]);
-            glActiveTexture(GL_TEXTURE5);
-            GLint bound = -1;
-            glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
-            EXPECT_EQ(bound, 0) << "the app's unit was used";
-            textures.push_back(view->texture());
-            for (size_t old = i + 1 - std::min(i + 1, static_cast<size_t>(outputs)); old <= i; ++old)
-                EXPECT_EQ(pixelsOf(textures[old], 48, 32), wanted[old]) << old;
-        }
-        EXPECT_NE(textures[0], textures[1]);
-        EXPECT_EQ(textures[0], textures[static_cast<size_t>(outputs)]);
-    }
-}
-
-TEST_F(ParallaxViewTest, PictureIsReadOnAnotherThreadInAContextThatShares) {
-    create(48, 32, 2);
-    setImages();
-    const Bytes first = picture();
-    const GLuint texture = view->texture();
-    ASSERT_TRUE(view->lookAt(1.0f, 0.0f).ok());
-    ASSERT_NE(picture(), first);
-    Bytes read;
-    std::thread([&] {
-        std::unique_ptr<OffscreenContext> other;
-        ASSERT_EQ(sentence(OffscreenContext::create(&other, context.get())), "succeeded");
-        read = pixelsOf(texture, 48, 32);
-    }).join();
-    EXPECT_EQ(read, first);
-}
-
-TEST_F(ParallaxViewTest, ResizeMakesEveryOutputAnew) {
-    create(20, 44);
-    setImages();
-    const Bytes wanted = picture();
-    create(48, 32, 2);
-    setImages();
-    picture();
-    picture();
-    ASSERT_TRUE(quietly([&] { return view->resize(20, 44); }).ok());
-    for (int turn = 0; turn < 3; ++turn) {
-        EXPECT_EQ(picture(), wanted);
-        EXPECT_EQ(pixelsOf(view->texture(), 20, 44), wanted);
-    }
 }
 
 TEST_F(ParallaxViewTest, GeometrySaysWhichDepthStandsStill) {
@@ -316,20 +252,6 @@ TEST_F(ParallaxViewTest, NothingIsLeftAfterItsEnd) {
     EXPECT_THAT(gl.live_buffers, IsEmpty());
     EXPECT_THAT(gl.live_framebuffers, IsEmpty());
     EXPECT_THAT(gl.live_programs, IsEmpty());
-}
-
-TEST_F(ParallaxViewTest, NothingIsLeftOfSeveralOutputs) {
-    create(48, 32, 3);
-    setImages();
-    for (int turn = 0; turn < 4; ++turn) picture();
-    ASSERT_TRUE(quietly([&] { return view->resize(30, 30); }).ok());
-    picture();
-    EXPECT_EQ(gl.live_textures.size(), 5u) << "photo, depth and three pictures";
-    EXPECT_EQ(gl.live_renderbuffers.size(), 1u);
-    view.reset();
-    EXPECT_THAT(gl.live_textures, IsEmpty());
-    EXPECT_THAT(gl.live_renderbuffers, IsEmpty());
-    EXPECT_THAT(gl.live_framebuffers, IsEmpty());
 }
 
 TEST_F(ParallaxViewTest, PhotoOfAnotherSizeUnsetsTheDepth) {
@@ -434,15 +356,6 @@ TEST_F(ParallaxViewTest, RefusesOutputsTheDriverCannotMake) {
     std::unique_ptr<ParallaxView> none;
     EXPECT_THAT(sentence(ParallaxView::create(0, 0, 4, &none)), StartsWith("output: "));
     EXPECT_EQ(none, nullptr);
-}
-
-TEST_F(ParallaxViewTest, RefusesOutputsThatAreNoneOrTooMany) {
-    for (const int outputs : {0, -1, 9}) {
-        EXPECT_EQ(sentence(ParallaxView::create(8, 8, 4, &view, outputs)),
-                  std::to_string(outputs) + " outputs; there can be 1 to 8");
-        EXPECT_EQ(view, nullptr);
-    }
-    create(8, 8, ParallaxView::kMostOutputs);
 }
 
 TEST_F(ParallaxViewTest, RefusesReadingIntoTooSmallABuffer) {

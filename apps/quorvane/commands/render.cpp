@@ -7,7 +7,6 @@
 
 #include "apps/quorvane/commands/commands.h"
 #include "apps/quorvane/drawing/frame_queue.h"
-#include "apps/quorvane/drawing/frame_reader.h"
 #include "apps/quorvane/drawing/stage_times.h"
 #include "apps/quorvane/drawing/view.h"
 #include "apps/quorvane/input/depth_source.h"
@@ -104,10 +103,7 @@ void render(const RenderOptions& options) {
     const bool still = kind == OutputKind::kStill;
     const int frames = still ? 1 : options.frames;
     const Crew crew = crewFor(*writer, frames, size, options.supersample);
-    // Where memory is for one frame it is not for a second texture either.
-    const bool beside = frames > 1 && crew.frames > 1;
-    View view = times.measure(Stage::kSetUp,
-                              [&] { return View(options.view, size, options.supersample, beside ? 2 : 1); });
+    View view = times.measure(Stage::kSetUp, [&] { return View(options.view, size, options.supersample); });
     {
         const FittedInput fitted = times.measure(Stage::kFit, [&] { return view.fit(std::move(input)); });
         times.measure(Stage::kUpload, [&] { view.upload(fitted); });
@@ -121,23 +117,6 @@ void render(const RenderOptions& options) {
         }
         times.measure(Stage::kEncode, [&] { writer->add(frame.number, *picture); });
     });
-    const auto deliver = [&](int number, const FrameReader::Copy& copy) {
-        Frame frame = queue.take();
-        frame.number = number;
-        times.measure(Stage::kReadBack, [&] { copy(&frame.drawn); });
-        queue.push(std::move(frame));
-        if (number == 0) times.noteFirstFrame();
-    };
-    std::unique_ptr<FrameReader> reader;
-    if (beside)
-        reader = times.measure(Stage::kSetUp, [&] {
-            return std::make_unique<FrameReader>(view.context(), view.drawnSize(), deliver);
-        });
-    if (reader != nullptr && !reader->fault().empty()) {
-        if (options.view.verbosity > 0)
-            std::fprintf(stderr, "reading  between the frames: %s\n", reader->fault().c_str());
-        reader.reset();
-    }
     {
         Progress progress(frames, options.view.quiet);
         for (int number = 0; number < frames; ++number) {
@@ -148,18 +127,18 @@ void render(const RenderOptions& options) {
                 position = {centre.x + options.amount * swing.x, centre.y + options.amount * swing.y};
             }
             times.measure(Stage::kDraw, [&] { view.draw(position); });
-            if (reader != nullptr)
-                reader->read(number, view.texture());
-            else
-                deliver(number, [&view](media::RgbaImage* drawn) { view.readBack(drawn); });
+            Frame frame = queue.take();
+            frame.number = number;
+            times.measure(Stage::kReadBack, [&] { view.readBack(&frame.drawn); });
+            queue.push(std::move(frame));
+            if (number == 0) times.noteFirstFrame();
             progress.step(number + 1);
         }
-        if (reader != nullptr) reader->finish();
         queue.finish();
         timings.require();
         times.measure(Stage::kEncode, [&] { writer->finish(); });
     }
-    if (options.stats) std::fputs(times.table(frames, crew.writers, reader != nullptr).c_str(), stderr);
+    if (options.stats) std::fputs(times.table(frames, crew.writers).c_str(), stderr);
 }
 
 }  // namespace quorvane::app

@@ -11,7 +11,7 @@ constexpr const char* kNames[] = {"decode", "set up",    "fit",     "upload",
 
 }  // namespace
 
-std::string StageTimes::table(int frames, int writers, bool read_beside) const {
+std::string StageTimes::table(int frames, int writers) const {
     const double seconds = std::chrono::duration<double>(Clock::now() - m_start).count();
     char line[160];
     std::snprintf(line, sizeof line, "%-10s %10s %10s\n", "stage", "ms", "ms/frame");
@@ -25,7 +25,6 @@ std::string StageTimes::table(int frames, int writers, bool read_beside) const {
             std::snprintf(line, sizeof line, " %10.2f", ms / frames);
             text += line;
         }
-        if (stage == static_cast<size_t>(Stage::kReadBack) && read_beside) text += "  beside the drawing";
         if (stage == static_cast<size_t>(Stage::kEncode) && writers > 1)
             text += "  on " + std::to_string(writers) + " threads together";
         text += '\n';

@@ -9,8 +9,7 @@
 
 namespace quorvane::app {
 
-/// The stages of a render. Averaging and encoding run on threads beside the others, and so does reading back
-/// several frames.
+/// The stages of a render. Averaging and encoding run on threads of their own, beside the others.
 enum class Stage { kDecode, kSetUp, kFit, kUpload, kDraw, kReadBack, kAverage, kEncode };
 
 /// What every stage took, and the whole since this was made. Any thread may measure.
@@ -27,8 +26,8 @@ class StageTimes {
     void noteFirstFrame() { m_first_frame = Clock::now() - m_start; }
 
     /// The table for a clip of `frames` frames that `writers` threads have written and that is complete now.
-    /// `read_beside`: they were read back on a thread beside the drawing. Stages that never ran are left out.
-    std::string table(int frames, int writers, bool read_beside) const;
+    /// Stages that never ran are left out.
+    std::string table(int frames, int writers) const;
 
   private:
     using Clock = std::chrono::steady_clock;

@@ -25,12 +25,12 @@ media::GrayImage plane(const void* bytes, int width, int height) {
 
 }  // namespace
 
-View::View(const ViewOptions& options, Size picture, int supersample, int outputs)
+View::View(const ViewOptions& options, Size picture, int supersample)
     : m_picture(picture), m_orientation(options.orientation), m_talks(options.verbosity > 0) {
     if (options.verbosity > 1) __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
     require(OffscreenContext::create(&m_context));
     const Status made = ParallaxView::create(picture.width * supersample, picture.height * supersample,
-                                             options.orientation, &m_view, outputs);
+                                             options.orientation, &m_view);
     if (!made && supersample > 1)
         throw Error(made.message() + " (--supersample " + std::to_string(supersample) + " multiplies them)");
     require(made);

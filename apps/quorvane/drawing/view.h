@@ -23,9 +23,8 @@ struct FittedInput {
 /// functions, all of which throw Error.
 class View {
   public:
-    /// Pictures are drawn `supersample` times as large on either axis, for the caller to average, into
-    /// `outputs` textures by turns.
-    View(const ViewOptions& options, Size picture, int supersample, int outputs = 1);
+    /// Pictures are drawn `supersample` times as large on either axis, for the caller to average.
+    View(const ViewOptions& options, Size picture, int supersample);
 
     /// Cuts the images to the picture's aspect and fits their sizes to each other.
     FittedInput fit(Input input) const;
@@ -37,10 +36,6 @@ class View {
 
     /// Copies what was drawn last.
     void readBack(media::RgbaImage* drawn) const;
-
-    GLuint texture() const { return m_view->texture(); }  ///< that holds what was drawn last
-    Size drawnSize() const { return {m_view->width(), m_view->height()}; }
-    const OffscreenContext& context() const { return *m_context; }
 
     media::GrayImage guide() const;        ///< at grid size
     media::GrayImage shapedDepth() const;  ///< at grid size

@@ -18,14 +18,7 @@ class OffscreenContext {
   public:
     /// Creates a context and makes it current on the calling thread. On failure `*context` is null and the
     /// status names everything that was tried, and why it failed.
-    ///
-    /// `share`: a context, on whichever thread it is current, whose textures, buffers, renderbuffers, shaders
-    /// and programs the new one has too, and it those of the new one; framebuffers stay each context's own.
-    /// Tried on its display only. It is needed during this call alone: the objects live until they are
-    /// deleted or the last of the contexts is destroyed. What one context has done to an object another
-    /// one sees once that is finished (`glFinish`, a fence, or `ParallaxView::render`) and the object is
-    /// bound or attached there again.
-    static Status create(std::unique_ptr<OffscreenContext>* context, const OffscreenContext* share = nullptr);
+    static Status create(std::unique_ptr<OffscreenContext>* context);
 
     /// Destroys the context; on its own thread it is no longer current. Delete GL objects before.
     ~OffscreenContext();
@@ -46,7 +39,7 @@ class OffscreenContext {
 
   private:
     OffscreenContext() = default;
-    Status open(EGLDisplay display, std::string platform, EGLContext share);
+    Status open(EGLDisplay display, std::string platform);
 
     EGLDisplay m_display = EGL_NO_DISPLAY;
     EGLSurface m_surface = EGL_NO_SURFACE;

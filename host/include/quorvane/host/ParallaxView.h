@@ -44,7 +44,7 @@ struct Geometry {
     float still_depth;
 };
 
-/// A ready-made host: owns the renderer, its working memory, the output textures and a depth buffer, so that
+/// A ready-made host: owns the renderer, its working memory, the output texture and a depth buffer, so that
 /// near things hide far things, and checks everything that the renderer trusts.
 ///
 /// All calls come from the one thread that created the view, with the same OpenGL ES context current; a call
@@ -60,13 +60,7 @@ class ParallaxView {
   public:
     /// Makes a view whose pictures are width x height pixels. `orientation` chooses the tuned parameter set
     /// as in `ESRenderer::getProperties`: 4 and 7 the first, every other code the second.
-    ///
-    /// `outputs`, 1 to `kMostOutputs`: how many textures are drawn into by turns. With several of them a
-    /// picture outlasts as many calls of `render` less one, so that an app that shares objects between
-    /// contexts can use it on another thread while the next one is drawn.
-    static Status create(int width, int height, uint32_t orientation, std::unique_ptr<ParallaxView>* view,
-                         int outputs = 1);
-    static constexpr int kMostOutputs = 8;
+    static Status create(int width, int height, uint32_t orientation, std::unique_ptr<ParallaxView>* view);
 
     /// Needs the context current on the calling thread, or its GL objects stay until the context goes.
     ~ParallaxView();
@@ -112,8 +106,7 @@ class ParallaxView {
     /// Changes the pictures' size, 1 x 1 to the driver's limit. The images stay.
     Status resize(int width, int height);
 
-    /// Draws the picture, into the next output, and waits until it is finished. Needs a photo and a depth
-    /// map.
+    /// Draws the picture and waits until it is finished. Needs a photo and a depth map.
     Status render();
 
     /// Copies the last picture into `rgba`: width * height * 4 bytes, rows from the top.
@@ -121,7 +114,7 @@ class ParallaxView {
 
     /// The last picture's texture, RGBA, its first row the picture's top. Deleted by `resize` and the
     /// destructor.
-    GLuint texture() const { return m_output.textures[m_turn]; }
+    GLuint texture() const { return m_output.texture; }
 
     int width() const { return m_width; }
     int height() const { return m_height; }
@@ -134,8 +127,8 @@ class ParallaxView {
 
   private:
     struct Output {
-        std::vector<GLuint> textures;  ///< each for a whole picture
-        GLuint depth_buffer = 0;       ///< for all of them: none needs the depths of the last picture
+        GLuint texture = 0;
+        GLuint depth_buffer = 0;
     };
     class FreeBlock {
       public:
@@ -148,25 +141,23 @@ class ParallaxView {
     };
     using Block = std::unique_ptr<unsigned char, FreeBlock>;
 
-    explicit ParallaxView(int outputs);
+    ParallaxView();
     Status open(int width, int height, uint32_t orientation);
     Status checkCaller() const;
     Status checkSample(float x, float y, float z) const;
     Status checkSides(const char* what, int width, int height, int smallest, int largest) const;
     Status createOutput(int width, int height, Output* output) const;
     static void deleteOutput(Output* output);
-    bool attach(const Output& output, size_t turn);
+    bool attach(const Output& output);
     bool holdsPhoto(int width, int height) const;
     Status planBlock(int photo_width, int photo_height, int depth_width, int depth_height);
 
     const std::thread::id m_thread;
     const EGLContext m_context;
-    const int m_outputs;
     ESRenderer m_renderer;
     Block m_block;
     int m_block_bytes = 0;
     Output m_output;
-    size_t m_turn = 0;  ///< of the outputs, the one that is attached and has the last picture
     int m_width = 0;
     int m_height = 0;
     int m_largest_texture = 0;
