@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "media/depth/photo_file.h"
+#include "media/depth/photo_with_depth.h"
 #include "media/embedded/container.h"
 #include "promise.h"
 #include "system/error.h"

@@ -9,7 +9,7 @@
 #include <string>
 #include <vips/vips8>
 
-#include "media/depth/photo_file.h"
+#include "media/depth/photo_with_depth.h"
 #include "media/picture/picture_file.h"
 #include "media/picture/vips.h"
 #include "media/scene/sample_scene.h"

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "media/depth/photo_file.h"
+#include "media/depth/photo_with_depth.h"
 #include "promise.h"
 #include "system/error.h"
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "apps/quorvane/drawing/motion.h"
-#include "media/depth/photo_file.h"
+#include "media/depth/photo_with_depth.h"
 #include "media/picture/turn.h"
 
 namespace quorvane::app {

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "media/depth/photo_file.h"
+#include "media/depth/photo_with_depth.h"
 #include "media/picture/image.h"
 
 namespace quorvane::test {

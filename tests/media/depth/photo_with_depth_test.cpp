@@ -1,4 +1,4 @@
-#include "media/depth/photo_file.h"
+#include "media/depth/photo_with_depth.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
