@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
-#include "apps/quorvane/commands/commands.h"
 #include "apps/quorvane/terminal/arguments.h"
+#include "apps/quorvane/terminal/usage_error.h"
 #include "promise.h"
 #include "quorvane/host/ParallaxView.h"
 

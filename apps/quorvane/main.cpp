@@ -7,6 +7,7 @@
 #include "apps/quorvane/commands/input_options.h"
 #include "apps/quorvane/terminal/arguments.h"
 #include "apps/quorvane/terminal/text.h"
+#include "apps/quorvane/terminal/usage_error.h"
 #include "quorvane/host/ParallaxView.h"
 #include "system/cancel.h"
 #include "system/error.h"

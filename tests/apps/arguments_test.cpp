@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/terminal/usage_error.h"
 
 namespace quorvane::app {
 namespace {

@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <thread>
 
-#include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/terminal/usage_error.h"
 #include "process.h"
 #include "support/photo_writers/pictures.h"
 #include "support/processes.h"

@@ -2,7 +2,6 @@
 #define QUORVANE_APPS_COMMANDS_COMMANDS_H
 
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,12 +11,6 @@
 #include "media/picture/turn.h"
 
 namespace quorvane::app {
-
-/// The command line asks for something that cannot be meant; exit code 2.
-class UsageError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
 
 /// A photo and where its depth comes from: at most one of `depth`, `depth_command` and `depth_half`, else
 /// from inside the photo's file or from a neighbour.

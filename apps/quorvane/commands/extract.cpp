@@ -6,10 +6,11 @@
 #include <vips/vips8>
 
 #include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/commands/output_guard.h"
 #include "apps/quorvane/input/depth_source.h"
-#include "apps/quorvane/input/input_guard.h"
 #include "apps/quorvane/terminal/arguments.h"
-#include "apps/quorvane/terminal/decoding.h"
+#include "apps/quorvane/terminal/ended_by_signals.h"
+#include "apps/quorvane/terminal/usage_error.h"
 #include "media/picture/vips.h"
 #include "system/cancel.h"
 #include "system/error.h"
@@ -76,7 +77,7 @@ void extract(const ExtractOptions& options) {
 
     std::string file;
     media::Contents contents;
-    decoding([&] {
+    endedBySignals([&] {
         file = media::readPictureFile(options.file);
         contents = media::lookInside(file);
     });
@@ -86,7 +87,7 @@ void extract(const ExtractOptions& options) {
     if (options.raw) {
         bytes = rawBytes(depth, options.file);
     } else {
-        const media::DepthMap map = decoding([&] { return media::decodeDepth(depth, options.file); });
+        const media::DepthMap map = endedBySignals([&] { return media::decodeDepth(depth, options.file); });
         // A distance of 8 bit becomes more steps of 1 / distance than 8 bit hold.
         const bool deep = map.bits > 8 || depth.kind == media::DepthKind::kLinearRange;
         bytes = pngOf(map.plane, deep);

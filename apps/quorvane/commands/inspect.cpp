@@ -2,11 +2,12 @@
 #include <utility>
 
 #include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/commands/output_guard.h"
 #include "apps/quorvane/commands/report.h"
 #include "apps/quorvane/commands/stages.h"
-#include "apps/quorvane/input/input_guard.h"
 #include "apps/quorvane/terminal/arguments.h"
-#include "apps/quorvane/terminal/decoding.h"
+#include "apps/quorvane/terminal/ended_by_signals.h"
+#include "apps/quorvane/terminal/usage_error.h"
 #include "quorvane/esRenderer.h"
 #include "system/cancel.h"
 #include "system/error.h"
@@ -69,7 +70,8 @@ void inspect(const InspectOptions& options) {
             report.no_depth = error.what();
         }
     }
-    if (!report.depth) input.photo = decoding([&] { return media::decodePhoto(source.file, asked.photo); });
+    if (!report.depth)
+        input.photo = endedBySignals([&] { return media::decodePhoto(source.file, asked.photo); });
     report.photo = sizeOf(input.photo);
     report.contents = std::move(source.contents);
     for (const std::string& remark : input.remarks) report.contents.remarks.push_back(remark);

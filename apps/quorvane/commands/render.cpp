@@ -6,13 +6,14 @@
 #include <utility>
 
 #include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/commands/output_guard.h"
 #include "apps/quorvane/drawing/frame_queue.h"
 #include "apps/quorvane/drawing/stage_times.h"
 #include "apps/quorvane/drawing/view.h"
 #include "apps/quorvane/input/depth_source.h"
-#include "apps/quorvane/input/input_guard.h"
 #include "apps/quorvane/terminal/arguments.h"
 #include "apps/quorvane/terminal/progress.h"
+#include "apps/quorvane/terminal/usage_error.h"
 #include "media/clip/clip_writer.h"
 #include "system/cancel.h"
 #include "system/standard_streams.h"

@@ -1,8 +1,9 @@
 #include <unistd.h>
 
 #include "apps/quorvane/commands/commands.h"
-#include "apps/quorvane/input/input_guard.h"
+#include "apps/quorvane/commands/output_guard.h"
 #include "apps/quorvane/terminal/arguments.h"
+#include "apps/quorvane/terminal/usage_error.h"
 #include "media/picture/picture_file.h"
 #include "media/scene/sample_scene.h"
 #include "system/cancel.h"

@@ -1,9 +1,10 @@
 #include "apps/quorvane/commands/stages.h"
 
 #include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/commands/output_guard.h"
 #include "apps/quorvane/drawing/view.h"
-#include "apps/quorvane/input/input_guard.h"
 #include "apps/quorvane/terminal/arguments.h"
+#include "apps/quorvane/terminal/usage_error.h"
 #include "media/scene/sheet.h"
 #include "system/cancel.h"
 #include "system/pending_output.h"

@@ -15,8 +15,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "apps/quorvane/commands/commands.h"
-#include "apps/quorvane/terminal/decoding.h"
+#include "apps/quorvane/terminal/ended_by_signals.h"
+#include "apps/quorvane/terminal/usage_error.h"
 #include "system/cancel.h"
 #include "system/error.h"
 
@@ -185,7 +185,7 @@ media::DepthMap estimateDepth(const std::vector<std::string>& command, const med
             throw Error(name + ": " + replaced(error.what(), out, kOut));
         }
     }();
-    return decoding([&] { return media::decodeDepthMap(bytes, name + ": " + kOut); });
+    return endedBySignals([&] { return media::decodeDepthMap(bytes, name + ": " + kOut); });
 }
 
 }  // namespace quorvane::app

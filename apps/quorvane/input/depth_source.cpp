@@ -6,7 +6,7 @@
 
 #include "apps/quorvane/input/depth_command.h"
 #include "apps/quorvane/input/neighbour.h"
-#include "apps/quorvane/terminal/decoding.h"
+#include "apps/quorvane/terminal/ended_by_signals.h"
 #include "apps/quorvane/terminal/text.h"
 #include "system/error.h"
 
@@ -28,7 +28,7 @@ std::string inShort(const std::vector<std::string>& remarks) {
 
 DepthSource findDepth(const InputOptions& options) {
     DepthSource source;
-    decoding([&] {
+    endedBySignals([&] {
         source.file = media::readPictureFile(options.photo);
         source.contents = media::lookInside(source.file);
     });
@@ -66,10 +66,10 @@ Input readInput(const InputOptions& options, const DepthSource& source) {
     Input input;
     if (source.origin == DepthOrigin::kNone) {
         // A damaged photo is told as such first.
-        decoding([&] { media::decodePhoto(source.file, source.contents, name); });
+        endedBySignals([&] { media::decodePhoto(source.file, source.contents, name); });
         throw Error(name + ": " + noDepthAnywhere(source.contents, name));
     }
-    decoding([&] {
+    endedBySignals([&] {
         if (source.origin == DepthOrigin::kSideBySide) {
             media::SplitPicture split = media::decodeSideBySide(source.file, *options.depth_half, name);
             input.photo = std::move(split.photo);
@@ -88,7 +88,7 @@ Input readInput(const InputOptions& options, const DepthSource& source) {
     });
     if (source.origin == DepthOrigin::kCommand)
         input.depth = estimateDepth(options.depth_command, input.photo);
-    decoding([&] {
+    endedBySignals([&] {
         if (options.depth_turn) {
             input.depth.plane = media::turned(input.depth.plane, *options.depth_turn);
             input.depth.known = media::turned(input.depth.known, *options.depth_turn);

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/terminal/usage_error.h"
 #include "quorvane/host/ParallaxView.h"
 #include "system/error.h"
 

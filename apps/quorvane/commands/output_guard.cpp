@@ -1,9 +1,9 @@
-#include "apps/quorvane/input/input_guard.h"
+#include "apps/quorvane/commands/output_guard.h"
 
 #include <filesystem>
 #include <system_error>
 
-#include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/terminal/usage_error.h"
 #include "media/clip/clip_writer.h"
 #include "system/error.h"
 #include "system/pending_output.h"
