@@ -8,14 +8,10 @@ namespace quorvane {
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
-constexpr double kGridDistance = 32.0;
 constexpr double kNearDistance = 12.0;
 
 // What drivers round: texture lookups at the outline weigh two samples with steps of 1 / 256.
 constexpr double kRounding = 1.0 / 4096.0;
-
-/// How far a sample of the shaped depth, 0..255, puts the grid.
-double distanceOf(double depth) { return kGridDistance - 0.4 * (depth / 255.0 * 35.0 - 32.0); }
 
 struct Point {
     double x, y;  ///< 1 is the edge of the picture at a `fov_scale` of 1
@@ -26,13 +22,13 @@ struct Vertex {
     double x, y, distance;
 };
 
-double linear(const BentGrid& grid, double u, double v) {
-    const double x = u * grid.width - 0.5, y = v * grid.height - 0.5;
+double linear(const ShapedDepth& depth, double u, double v) {
+    const double x = u * depth.width - 0.5, y = v * depth.height - 0.5;
     const double left = std::floor(x), top = std::floor(y);
     const auto sample = [&](double column, double row) {
-        const auto i = static_cast<size_t>(std::clamp(column, 0.0, grid.width - 1.0));
-        const auto j = static_cast<size_t>(std::clamp(row, 0.0, grid.height - 1.0));
-        return static_cast<double>(grid.shaped_depth[j * static_cast<size_t>(grid.width) + i]);
+        const auto i = static_cast<size_t>(std::clamp(column, 0.0, depth.width - 1.0));
+        const auto j = static_cast<size_t>(std::clamp(row, 0.0, depth.height - 1.0));
+        return static_cast<double>(depth.samples[j * static_cast<size_t>(depth.width) + i]);
     };
     const double right_share = x - left, low_share = y - top;
     const auto row = [&](double at) {
@@ -43,19 +39,20 @@ double linear(const BentGrid& grid, double u, double v) {
 
 /// Once around, each corner once.
 std::vector<Vertex> outlineOf(const BentGrid& grid) {
+    const int width = grid.depth.width, height = grid.depth.height;
     std::vector<Vertex> outline;
-    outline.reserve(2 * static_cast<size_t>(grid.width + grid.height));
+    outline.reserve(2 * static_cast<size_t>(width + height));
     const auto add = [&](int column, int row) {
-        const double u = static_cast<double>(column) / grid.width;
-        const double v = static_cast<double>(row) / grid.height;
-        const double distance = distanceOf(linear(grid, u, v));
+        const double u = static_cast<double>(column) / width;
+        const double v = static_cast<double>(row) / height;
+        const double distance = distanceOf(linear(grid.depth, u, v));
         outline.push_back({(2.0 * u - 1.0) * grid.half_width * distance / kGridDistance,
                            (2.0 * v - 1.0) * grid.half_height * distance / kGridDistance, distance});
     };
-    for (int i = 0; i < grid.width; ++i) add(i, 0);
-    for (int j = 0; j < grid.height; ++j) add(grid.width, j);
-    for (int i = grid.width; i > 0; --i) add(i, grid.height);
-    for (int j = grid.height; j > 0; --j) add(0, j);
+    for (int i = 0; i < width; ++i) add(i, 0);
+    for (int j = 0; j < height; ++j) add(width, j);
+    for (int i = width; i > 0; --i) add(i, height);
+    for (int j = height; j > 0; --j) add(0, j);
     return outline;
 }
 

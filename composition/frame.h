@@ -1,34 +1,11 @@
 #ifndef QUORVANE_COMPOSITION_FRAME_H
 #define QUORVANE_COMPOSITION_FRAME_H
 
-#include <cstdint>
 #include <vector>
 
+#include "composition/geometry.h"
+
 namespace quorvane {
-
-/// Where the view stands: -1 from the left .. 1 from the right, and -1 .. 1 in the direction of the picture's
-/// rows, as `ESRenderer::m_transX` and `m_transY` hold it. (0, 0) is the rest position.
-struct ViewPosition {
-    double x = 0.0;
-    double y = 0.0;
-};
-
-/// What the renderer draws: a grid of cells that the shaped depth bends.
-struct BentGrid {
-    int width = 0;                          ///< cells, at least 1
-    int height = 0;                         ///< cells, at least 1
-    const uint8_t* shaped_depth = nullptr;  ///< width * height samples, the photo's first row first
-    double half_width = 0.0;                ///< of the flat grid, object units
-    double half_height = 0.0;
-};
-
-/// How the renderer looks at it.
-struct Camera {
-    double pivot_distance = 0.0;  ///< in front of the camera, object units
-    double x_turn_deg = 0.0;      ///< at position x = 1: `rotate_x_boundary` * `trans_to_rotate_scale`
-    double y_turn_deg = 0.0;      ///< at position y = 1
-    double far_distance = 164.0;  ///< of the far plane: 64 + `far_offset_ext`
-};
 
 /// The largest `fov_scale`, 0 to 1, with which the picture at `position` shows nothing but the photo; 0 where
 /// there is none. Computed from the outline of the bent grid in the picture's plane. The part of a picture

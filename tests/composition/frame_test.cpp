@@ -32,15 +32,15 @@ struct Scene {
     BentGrid grid;
 
     Scene(double aspect, const std::function<double(double u, double v)>& depth_at) {
-        grid.width = std::max(2, static_cast<int>(20 * std::min(1.0, aspect)));
-        grid.height = std::max(2, static_cast<int>(20 / std::max(1.0, aspect)));
+        grid.depth.width = std::max(2, static_cast<int>(20 * std::min(1.0, aspect)));
+        grid.depth.height = std::max(2, static_cast<int>(20 / std::max(1.0, aspect)));
         grid.half_height = 18.5;
         grid.half_width = 18.5 * aspect + 1.17;
-        for (int j = 0; j < grid.height; ++j)
-            for (int i = 0; i < grid.width; ++i)
-                depth.push_back(static_cast<uint8_t>(
-                    std::clamp(depth_at((i + 0.5) / grid.width, (j + 0.5) / grid.height), 0.0, 255.0)));
-        grid.shaped_depth = depth.data();
+        for (int j = 0; j < grid.depth.height; ++j)
+            for (int i = 0; i < grid.depth.width; ++i)
+                depth.push_back(static_cast<uint8_t>(std::clamp(
+                    depth_at((i + 0.5) / grid.depth.width, (j + 0.5) / grid.depth.height), 0.0, 255.0)));
+        grid.depth.samples = depth.data();
     }
     Scene(const Scene&) = delete;
     Scene& operator=(const Scene&) = delete;
@@ -52,8 +52,8 @@ int borderPixels(const Scene& scene, const Camera& camera, ViewPosition position
     test::ReferenceScene drawn;
     drawn.photo_width = drawn.photo_height = 2;
     drawn.photo.assign(12, 255);
-    drawn.grid_width = scene.grid.width;
-    drawn.grid_height = scene.grid.height;
+    drawn.grid_width = scene.grid.depth.width;
+    drawn.grid_height = scene.grid.depth.height;
     drawn.depth = scene.depth;
     const double aspect = scene.grid.half_width / scene.grid.half_height;
     // Even sides: no pixel's centre lies on the grid's middle line, where rounding could miss both triangles.
