@@ -9,6 +9,7 @@
 #include "apps/quorvane/terminal/text.h"
 #include "apps/quorvane/terminal/usage_error.h"
 #include "quorvane/host/ParallaxView.h"
+#include "quorvane/version.h"
 #include "system/cancel.h"
 #include "system/error.h"
 #include "system/standard_streams.h"

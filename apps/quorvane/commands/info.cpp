@@ -4,6 +4,7 @@
 
 #include "apps/quorvane/commands/commands.h"
 #include "quorvane/host/OffscreenContext.h"
+#include "quorvane/version.h"
 #include "system/error.h"
 
 namespace quorvane::app {
