@@ -77,20 +77,39 @@ double inverseRange(double t, double near, double far) {
     return near * (1.0 - t) / (near + t * (far - near));
 }
 
-}  // namespace
-
-RgbImage decodePhoto(const std::string& file, const Contents& contents, const std::string& name,
-                     long long most_pixels, std::string* remark) {
+/// decode(bytes, name, orientation) of the unblurred original; where that is missing or fails, of the file.
+template <typename Decode>
+auto originalOr(const std::string& file, const Contents& contents, const std::string& name,
+                std::string* remark, Decode decode) {
     if (contents.original) {
         const EmbeddedPhoto& original = *contents.original;
         try {
-            return decodePhoto(original.bytes, original.where, most_pixels,
-                               std::max(1, original.orientation));
+            return decode(original.bytes, original.where, std::max(1, original.orientation));
         } catch (const Error& error) {
             setRemark(remark, "the unblurred photo is left out: " + std::string(error.what()));
         }
     }
-    return decodePhoto(file, name, most_pixels);
+    return decode(file, name, 1);
+}
+
+}  // namespace
+
+RgbImage decodePhoto(const std::string& file, const Contents& contents, const std::string& name,
+                     long long most_pixels, std::string* remark) {
+    return originalOr(file, contents, name, remark,
+                      [&](const std::string& bytes, const std::string& where, int orientation) {
+                          return decodePhoto(bytes, where, most_pixels, orientation);
+                      });
+}
+
+PhotoPreview previewPhoto(const std::string& file, const Contents& contents, const std::string& name,
+                          int least_side, long long most_pixels, std::string* remark) {
+    return originalOr(
+        file, contents, name, remark,
+        [&](const std::string& bytes, const std::string& where, int orientation) -> PhotoPreview {
+            return {readPictureHeader(bytes, where, most_pixels, orientation),
+                    decodePhotoShrunk(bytes, where, least_side, most_pixels, orientation)};
+        });
 }
 
 DepthMap decodeDepth(const EmbeddedDepth& depth, const std::string& name, long long most_pixels,

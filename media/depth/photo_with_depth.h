@@ -17,6 +17,15 @@ namespace quorvane::media {
 RgbImage decodePhoto(const std::string& file, const Contents& contents, const std::string& name,
                      long long most_pixels = kMostPixels, std::string* remark = nullptr);
 
+/// What to know of that photo without its every pixel: its header, and the picture shrunk as
+/// decodePhotoShrunk() does.
+struct PhotoPreview {
+    PictureHeader header;
+    RgbImage shrunk;
+};
+PhotoPreview previewPhoto(const std::string& file, const Contents& contents, const std::string& name,
+                          int least_side, long long most_pixels = kMostPixels, std::string* remark = nullptr);
+
 /// An embedded plane on the scale of a depth map, larger = nearer, turned as the photo is turned and linear
 /// in 1 / distance wherever its kind is known: a linear range is converted, which takes its near and far.
 /// Planes of more than 8 bit and converted ones are spread over 0 to 255. DepthMap::bits are the plane's own.

@@ -1,7 +1,9 @@
 #ifndef QUORVANE_MEDIA_PICTURE_FILE_COST_H
 #define QUORVANE_MEDIA_PICTURE_FILE_COST_H
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace quorvane::media {
 
@@ -10,10 +12,11 @@ namespace quorvane::media {
 
 /// How many scans a JPEG file makes over its picture. A progressive one has about ten; each takes as long as
 /// the whole picture, however short it is in the file.
-int jpegScans(const std::string& bytes);
+int jpegScans(std::string_view bytes);
 
-/// A PNG file without its compressed texts, which we do not read and libvips would unpack.
-std::string withoutPngTexts(std::string bytes);
+/// A PNG file without its compressed texts, which nothing here reads and libvips would unpack. Nothing where
+/// `bytes` have none, so that a file without them need not be copied.
+std::optional<std::string> withoutPngTexts(std::string_view bytes);
 
 }  // namespace quorvane::media
 

@@ -26,45 +26,119 @@ using vips::VImage;
 // libvips reads far more than pictures (PDF, SVG, whole program dumps); strangers' files get these readers
 // only.
 bool isPictureLoader(const char* loader) {
-    for (const char* known : {"Jpeg", "Png", "Webp", "Heif", "Tiff", "Ppm"})
+    for (const char* known : {"Jpeg", "Png", "Webp", "Heif", "Tiff"})
         if (std::strncmp(loader, (std::string("VipsForeignLoad") + known).c_str(), 15 + std::strlen(known)) ==
             0)
             return true;
     return false;
 }
 
-/// Throws Error unless `bytes` start as a picture does.
-void requirePicture(const std::string& bytes, const std::string& name) {
+/// The name of libvips' reader for `bytes`. Throws Error unless they start as a picture does.
+std::string requirePicture(std::string_view bytes, const std::string& name) {
     startVips();
     const char* loader = vips_foreign_find_load_buffer(bytes.data(), bytes.size());
     vips_error_clear();
     if (loader == nullptr || !isPictureLoader(loader))
         throw Error(name + ": not a JPEG, PNG, WebP, HEIC, AVIF or TIFF picture");
+    return loader;
 }
 
 // Several times what any encoder makes of a progressive JPEG.
 constexpr int kMostScans = 100;
 
-/// The picture in `file`, upright; turned by `orientation` where it has none of its own.
-VImage decode(std::string file, const std::string& name, long long most_pixels, int orientation) {
-    requirePicture(file, name);
-    const std::string bytes = withoutPngTexts(std::move(file));
-    const VImage image = VImage::new_from_buffer(
-        bytes.data(), bytes.size(), "",
-        VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_TRUNCATED));
-    const long long pixels = static_cast<long long>(image.width()) * image.height();
-    if (pixels > most_pixels)
-        throw Error(name + ": " + std::to_string(image.width()) + " x " + std::to_string(image.height()) +
-                    " pixels; at most " + std::to_string(most_pixels / 1000000) + " million are read");
-    if (static_cast<long long>(VIPS_IMAGE_SIZEOF_IMAGE(image.get_image())) > kMostBytes)
-        throw Error(name + ": its pixels take more than " + std::to_string(kMostBytes / 1000000) + " MB");
-    if (jpegScans(bytes) > kMostScans)
-        throw Error(name + ": a JPEG of more than " + std::to_string(kMostScans) + " scans");
-    VImage pixels_read = image.copy_memory();
-    if (pixels_read.get_typeof(VIPS_META_ORIENTATION) == 0)
-        pixels_read.set(VIPS_META_ORIENTATION, orientation);
-    return pixels_read.autorot();
+/// Transparency laid over white.
+VImage overWhite(const VImage& image) {
+    const double white = image.format() == VIPS_FORMAT_USHORT ? 65535.0 : 255.0;
+    return image.has_alpha() ? image.flatten(VImage::option()->set("background", white)) : image;
 }
+
+/// A picture's file of which only the header has been read.
+class OpenPicture {
+  public:
+    /// `bytes` must outlive this. A picture that does not say how it lies is turned by `orientation`.
+    OpenPicture(std::string_view bytes, const std::string& name, long long most_pixels, int orientation)
+        : m_loader(requirePicture(bytes, name)),
+          m_without_texts(withoutPngTexts(bytes)),
+          m_bytes(m_without_texts ? *m_without_texts : bytes),
+          m_name(name),
+          m_image(fromBytes()) {
+        const long long pixels = static_cast<long long>(m_image.width()) * m_image.height();
+        if (pixels > most_pixels)
+            throw Error(name + ": " + std::to_string(m_image.width()) + " x " +
+                        std::to_string(m_image.height()) + " pixels; at most " +
+                        std::to_string(most_pixels / 1000000) + " million are read");
+        if (static_cast<long long>(VIPS_IMAGE_SIZEOF_IMAGE(m_image.get_image())) > kMostBytes)
+            throw Error(name + ": its pixels take more than " + std::to_string(kMostBytes / 1000000) + " MB");
+        m_orientation = m_image.get_typeof(VIPS_META_ORIENTATION) == 0
+                            ? orientation
+                            : m_image.get_int(VIPS_META_ORIENTATION);
+    }
+    OpenPicture(const OpenPicture&) = delete;
+    OpenPicture& operator=(const OpenPicture&) = delete;
+
+    PictureHeader header() const {
+        const bool transposed = m_orientation >= 5 && m_orientation <= 8;
+        PictureHeader header;
+        header.width = transposed ? m_image.height() : m_image.width();
+        header.height = transposed ? m_image.width() : m_image.height();
+        header.bands = m_image.bands();
+        header.bits = static_cast<int>(8 * VIPS_IMAGE_SIZEOF_ELEMENT(m_image.get_image()));
+        return header;
+    }
+
+    /// The pixels, upright.
+    VImage decode() const {
+        requireFewScans();
+        return upright(m_image);
+    }
+
+    /// The pixels, upright and opaque, shrunk by the largest whole factor that leaves both sides
+    /// `least_side`.
+    VImage decodeShrunk(int least_side) const {
+        requireFewScans();
+        const auto factorFor = [least_side](const VImage& image) {
+            return std::max(1, std::min(image.width(), image.height()) / std::max(1, least_side));
+        };
+        const int whole = factorFor(m_image);
+        VImage image = m_image;
+        // libjpeg can leave out what only finer pixels need, in powers of two.
+        if (isLoader("Jpeg") && whole >= 2)
+            image = fromBytes(VImage::option()->set("shrink", whole >= 8 ? 8 : whole >= 4 ? 4 : 2));
+        if (isLoader("Webp") && whole >= 2) image = fromBytes(VImage::option()->set("scale", 1.0 / whole));
+        image = overWhite(image);
+        const int rest = factorFor(image);
+        return upright(rest > 1 ? image.shrink(rest, rest) : image);
+    }
+
+  private:
+    bool isLoader(const char* format) const {
+        return m_loader.find(std::string("VipsForeignLoad") + format) == 0;
+    }
+
+    VImage fromBytes(vips::VOption* options = VImage::option()) const {
+        return VImage::new_from_buffer(
+            m_bytes.data(), m_bytes.size(), "",
+            options->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_TRUNCATED));
+    }
+
+    void requireFewScans() const {
+        if (jpegScans(m_bytes) > kMostScans)
+            throw Error(m_name + ": a JPEG of more than " + std::to_string(kMostScans) + " scans");
+    }
+
+    VImage upright(const VImage& image) const {
+        VImage pixels = image.copy_memory();
+        pixels.set(VIPS_META_ORIENTATION, m_orientation);
+        return pixels.autorot();
+    }
+
+    const std::string m_loader;
+    const std::optional<std::string> m_without_texts;
+    const std::string_view m_bytes;
+    const std::string m_name;
+    const VImage m_image;
+    int m_orientation = 1;
+};
 
 /// Runs `read`, turning libvips' errors into one line about the file.
 template <typename Read>
@@ -87,6 +161,16 @@ VImage toSrgb(const VImage& image) {
         }
     }
     return image.colourspace(VIPS_INTERPRETATION_sRGB);
+}
+
+/// An upright picture as a photo.
+RgbImage toPhoto(const VImage& picture) {
+    VImage image = overWhite(toSrgb(picture));
+    if (image.bands() < 3) {
+        const VImage gray = image.extract_band(0);
+        image = gray.bandjoin(gray).bandjoin(gray);
+    }
+    return fromVips<uint8_t, 3>(image.extract_band(0, VImage::option()->set("n", 3)));
 }
 
 /// The mean of |R - G| and |G - B| over the picture, in steps of its own depth.
@@ -199,28 +283,35 @@ std::string readPictureFile(const std::string& path) {
     return bytes;
 }
 
-RgbImage decodePhoto(std::string bytes, const std::string& name, long long most_pixels, int orientation) {
+PictureHeader readPictureHeader(std::string_view bytes, const std::string& name, long long most_pixels,
+                                int orientation) {
+    return reading(name, [&] { return OpenPicture(bytes, name, most_pixels, orientation).header(); });
+}
+
+RgbImage decodePhoto(std::string_view bytes, const std::string& name, long long most_pixels,
+                     int orientation) {
+    return reading(name,
+                   [&] { return toPhoto(OpenPicture(bytes, name, most_pixels, orientation).decode()); });
+}
+
+RgbImage decodePhotoShrunk(std::string_view bytes, const std::string& name, int least_side,
+                           long long most_pixels, int orientation) {
     return reading(name, [&] {
-        VImage image = toSrgb(decode(std::move(bytes), name, most_pixels, orientation));
-        if (image.has_alpha()) image = image.flatten(VImage::option()->set("background", 255.0));
-        if (image.bands() < 3) {
-            const VImage gray = image.extract_band(0);
-            image = gray.bandjoin(gray).bandjoin(gray);
-        }
-        return fromVips<uint8_t, 3>(image.extract_band(0, VImage::option()->set("n", 3)));
+        return toPhoto(OpenPicture(bytes, name, most_pixels, orientation).decodeShrunk(least_side));
     });
 }
 
-DepthMap decodeDepthMap(std::string bytes, const std::string& name, long long most_pixels, int orientation) {
+DepthMap decodeDepthMap(std::string_view bytes, const std::string& name, long long most_pixels,
+                        int orientation) {
     return reading(name, [&] {
-        return depthMapOf(decode(std::move(bytes), name, most_pixels, orientation), name, true);
+        return depthMapOf(OpenPicture(bytes, name, most_pixels, orientation).decode(), name, true);
     });
 }
 
-DepthMap decodeDepthLevels(std::string bytes, const std::string& name, long long most_pixels,
+DepthMap decodeDepthLevels(std::string_view bytes, const std::string& name, long long most_pixels,
                            int orientation) {
     return reading(name, [&] {
-        return depthMapOf(decode(std::move(bytes), name, most_pixels, orientation), name, false);
+        return depthMapOf(OpenPicture(bytes, name, most_pixels, orientation).decode(), name, false);
     });
 }
 

@@ -2,6 +2,7 @@
 #define QUORVANE_MEDIA_PICTURE_PICTURE_FILE_H
 
 #include <string>
+#include <string_view>
 
 #include "media/picture/image.h"
 
@@ -42,14 +43,30 @@ std::string readPictureFile(const std::string& path);
 // The same from a file's bytes; messages call them `name`. Pictures that say nothing of their orientation are
 // turned by `orientation`, one of Exif's codes.
 
-RgbImage decodePhoto(std::string bytes, const std::string& name, long long most_pixels = kMostPixels,
+RgbImage decodePhoto(std::string_view bytes, const std::string& name, long long most_pixels = kMostPixels,
                      int orientation = 1);
-DepthMap decodeDepthMap(std::string bytes, const std::string& name, long long most_pixels = kMostPixels,
+DepthMap decodeDepthMap(std::string_view bytes, const std::string& name, long long most_pixels = kMostPixels,
                         int orientation = 1);
 
 /// Like decodeDepthMap, but samples of 16 bit are not spread: 0..255 stands for all that they can hold.
-DepthMap decodeDepthLevels(std::string bytes, const std::string& name, long long most_pixels = kMostPixels,
-                           int orientation = 1);
+DepthMap decodeDepthLevels(std::string_view bytes, const std::string& name,
+                           long long most_pixels = kMostPixels, int orientation = 1);
+
+/// What a picture's header says. No pixel is decoded for it, so damage behind the header goes unnoticed.
+struct PictureHeader {
+    int width = 0;  ///< pixels, upright
+    int height = 0;
+    int bands = 0;  ///< samples a pixel, alpha included
+    int bits = 0;   ///< bits a sample: 8, 16 or 32
+};
+PictureHeader readPictureHeader(std::string_view bytes, const std::string& name,
+                                long long most_pixels = kMostPixels, int orientation = 1);
+
+/// Like decodePhoto, but shrunk by a whole factor: the shorter side keeps at least `least_side` pixels and
+/// fewer than twice as many. Smaller photos stay as they are. JPEG and WebP are shrunk while they are
+/// decoded, in a fraction of the time; of no format but HEIC and AVIF is the whole photo ever in memory.
+RgbImage decodePhotoShrunk(std::string_view bytes, const std::string& name, int least_side,
+                           long long most_pixels = kMostPixels, int orientation = 1);
 
 /// A picture that is read already, as a depth map.
 DepthMap toDepthMap(const RgbImage& picture, const std::string& name);

@@ -379,6 +379,25 @@ TEST(DecodePhotoFile, TurnsAnUnblurredPhotoThatDoesNotSayHowItLies) {
     EXPECT_EQ(decodePhoto(kBluePhoto, contents, "a.jpg").width, 40) << "its own orientation counts";
 }
 
+TEST(PreviewPhoto, IsThePhotoThatWouldBeDecoded) {
+    Contents contents;
+    const PhotoPreview blue = previewPhoto(kBluePhoto, contents, "a.jpg", 15);
+    EXPECT_FALSE(isReddish(blue.shrunk));
+    EXPECT_EQ(blue.header.width, 40);
+    EXPECT_EQ(blue.header.height, 30);
+    EXPECT_EQ(blue.shrunk.width, 20);
+    EXPECT_EQ(blue.shrunk.height, 15);
+    contents.original = EmbeddedPhoto{"there", kRedPhoto, 6};
+    const PhotoPreview red = previewPhoto(kBluePhoto, contents, "a.jpg", 15);
+    EXPECT_TRUE(isReddish(red.shrunk));
+    EXPECT_EQ(red.header.width, 30);
+    EXPECT_EQ(red.shrunk.width, 15);
+    contents.original->bytes.resize(kRedPhoto.size() / 2);
+    std::string remark;
+    EXPECT_FALSE(isReddish(previewPhoto(kBluePhoto, contents, "a.jpg", 15, kMostPixels, &remark).shrunk));
+    EXPECT_THAT(remark, StartsWith("the unblurred photo is left out: there: "));
+}
+
 TEST(SideBySide, PartsPhotoAndDepthWhereverTheDepthIs) {
     const RgbImage photo = somePhoto(21, 13);
     const GrayImage depth = somePlane(21, 13);

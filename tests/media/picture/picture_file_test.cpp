@@ -165,7 +165,10 @@ TEST_F(PictureFile, EmptyFileIsNamed) {
 TEST_F(PictureFile, OtherFilesAreRefusedWithWhatWouldDo) {
     writeBytes(folder / "t.jpg", "not a picture at all");
     writeBytes(folder / "s.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>");
-    for (const char* name : {"t.jpg", "s.svg"})
+    // libvips reads these too, and no phone or estimator writes them.
+    writeBytes(folder / "p.ppm", "P6 1 1 255\nabc");
+    writeBytes(folder / "g.pgm", "P5 1 1 255\na");
+    for (const char* name : {"t.jpg", "s.svg", "p.ppm", "g.pgm"})
         EXPECT_EQ(refusal([&] { readPhoto(folder / name); }),
                   (folder / name) + ": not a JPEG, PNG, WebP, HEIC, AVIF or TIFF picture");
 }
@@ -263,6 +266,129 @@ TEST_F(PictureFile, LimitHoldsForBytesToo) {
     EXPECT_THAT(refusal([&] { decodeDepthMap(bytes, "it", 5); }), StartsWith("it: 3 x 2 pixels; at most "));
 }
 
+TEST_F(PictureFile, HeaderSaysWhatThePhotoWillBe) {
+    for (int orientation = 1; orientation <= 8; ++orientation)
+        for (const char* name : {"a.jpg", "a.tif", "a.png", "a.webp"}) {
+            SCOPED_TRACE(testing::Message() << name << ", orientation " << orientation);
+            VImage picture = sixPixels().resize(8);
+            picture.set("orientation", orientation);
+            const std::string bytes = bytesOf(saved(picture, name));
+            const RgbImage photo = decodePhoto(bytes, "it");
+            const PictureHeader header = readPictureHeader(bytes, "it");
+            EXPECT_EQ(header.width, photo.width);
+            EXPECT_EQ(header.height, photo.height);
+            EXPECT_EQ(header.bands, 3);
+            EXPECT_EQ(header.bits, 8);
+        }
+    const auto deep =
+        image<uint16_t>(2, 1, 2, {1000, 65535, 2000, 32000}, VIPS_FORMAT_USHORT, VIPS_INTERPRETATION_GREY16);
+    const std::string bytes = bytesOf(saved(deep, "deep.png"));
+    EXPECT_EQ(readPictureHeader(bytes, "it").bands, 2);
+    EXPECT_EQ(readPictureHeader(bytes, "it").bits, 16);
+    EXPECT_EQ(readPictureHeader(bytes, "it", kMostPixels, 6).height, 2) << "it does not say how it lies";
+}
+
+TEST_F(PictureFile, HeaderTakesNoPixels) {
+    // 200 megapixels would take 600 MB and seconds.
+    const std::string path = folder / "large.jpg";
+    VImage::black(16000, 12500, VImage::option()->set("bands", 3)).jpegsave(path.c_str());
+    const std::string bytes = bytesOf(path);
+    const long before = peakMegabytes();
+    const PictureHeader header = readPictureHeader(bytes.substr(0, 2000), "it");
+    EXPECT_EQ(header.width, 16000);
+    EXPECT_EQ(header.height, 12500);
+    EXPECT_LT(peakMegabytes() - before, 20);
+}
+
+TEST_F(PictureFile, HeaderIsRefusedAsThePictureIs) {
+    EXPECT_EQ(refusal([&] { readPictureHeader("text", "it"); }),
+              "it: not a JPEG, PNG, WebP, HEIC, AVIF or TIFF picture");
+    const std::string bytes = bytesOf(saved(sixPixels(), "a.png"));
+    EXPECT_EQ(readPictureHeader(bytes, "it", 6).width, 3);
+    EXPECT_THAT(refusal([&] { readPictureHeader(bytes, "it", 5); }),
+                StartsWith("it: 3 x 2 pixels; at most "));
+    EXPECT_THAT(refusal([&] { readPictureHeader(bytes.substr(0, 20), "it"); }),
+                StartsWith("it: cannot be read as a picture ("));
+}
+
+/// 160 x 120 pixels, a quarter of them blue.
+RgbImage blueCorner() {
+    RgbImage photo(160, 120);
+    for (int y = 0; y < photo.height; ++y)
+        for (int x = 0; x < photo.width; ++x) {
+            uint8_t* pixel = &photo.samples[3 * static_cast<size_t>(y * photo.width + x)];
+            const bool blue = x < 80 && y < 60;
+            pixel[0] = blue ? 20 : 200;
+            pixel[1] = 100;
+            pixel[2] = blue ? 220 : 30;
+        }
+    return photo;
+}
+
+TEST_F(PictureFile, ShrunkPhotoIsTheWholePhotoSmaller) {
+    const RgbImage whole = blueCorner();
+    for (const char* name : {"a.png", "a.jpg", "a.webp", "a.tif", "a.avif"})
+        for (const int least_side : {120, 60, 40, 13, 7})
+            for (const int orientation : {1, 6}) {
+                SCOPED_TRACE(testing::Message() << name << ", sides of at least " << least_side
+                                                << ", orientation " << orientation);
+                VImage picture = toVips(whole).copy();
+                picture.set("orientation", orientation);
+                std::string bytes;
+                try {
+                    bytes = bytesOf(saved(picture, name));
+                } catch (const vips::VError&) {
+                    vips_error_clear();
+                    std::printf("%s cannot be written here and is not tried\n", name);
+                    continue;
+                }
+                const RgbImage photo = decodePhotoShrunk(bytes, "it", least_side);
+                const PictureHeader header = readPictureHeader(bytes, "it");
+                EXPECT_GE(std::min(photo.width, photo.height), least_side);
+                EXPECT_LT(std::min(photo.width, photo.height), 2 * least_side);
+                EXPECT_NEAR(1.0 * photo.width * header.height / header.width, photo.height, 1.0);
+                // The middles of the quarters, with room for what lossy coding and shrinking do to colours.
+                const bool turned = header.width < header.height;
+                for (const int right : {0, 1})
+                    for (const int below : {0, 1}) {
+                        const size_t x = static_cast<size_t>(photo.width * (1 + 2 * right) / 4);
+                        const size_t y = static_cast<size_t>(photo.height * (1 + 2 * below) / 4);
+                        const uint8_t* pixel = &photo.samples[3 * (y * static_cast<size_t>(photo.width) + x)];
+                        // A quarter turn to the right brings the left upper corner to the right.
+                        const bool blue = below == 0 && right == (turned ? 1 : 0);
+                        EXPECT_NEAR(pixel[0], blue ? 20 : 200, 12);
+                        EXPECT_NEAR(pixel[1], 100, 12);
+                        EXPECT_NEAR(pixel[2], blue ? 220 : 30, 12);
+                    }
+            }
+}
+
+TEST_F(PictureFile, SmallPhotoIsNotShrunk) {
+    const std::string bytes = bytesOf(saved(sixPixels(), "a.png"));
+    EXPECT_EQ(decodePhotoShrunk(bytes, "it", 2).samples, decodePhoto(bytes, "it").samples);
+    EXPECT_EQ(decodePhotoShrunk(bytes, "it", 2000).samples, decodePhoto(bytes, "it").samples);
+}
+
+TEST_F(PictureFile, ShrunkPhotoShowsNothingOfWhatIsTransparent) {
+    // Half red, half a green that nobody sees.
+    const auto rgba = image<uint8_t>(2, 2, 4, {200, 0, 0, 255, 200, 0, 0, 255, 0, 255, 0, 0, 0, 255, 0, 0},
+                                     VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+    const RgbImage photo = decodePhotoShrunk(bytesOf(saved(rgba, "t.png")), "it", 1);
+    ASSERT_EQ(photo.samples.size(), 3u);
+    EXPECT_NEAR(photo.samples[0], (200 + 255) / 2.0, 1);
+    EXPECT_NEAR(photo.samples[1], 255 / 2.0, 1);
+    EXPECT_NEAR(photo.samples[2], 255 / 2.0, 1);
+}
+
+TEST_F(PictureFile, ShrunkPhotoIsRefusedAsThePhotoIs) {
+    const std::string bytes = bytesOf(saved(VImage::gaussnoise(400, 400).cast(VIPS_FORMAT_UCHAR), "n.jpg"));
+    EXPECT_THAT(refusal([&] { decodePhotoShrunk(bytes.substr(0, bytes.size() / 2), "it", 50); }),
+                StartsWith("it: cannot be read as a picture ("));
+    EXPECT_THAT(refusal([&] { decodePhotoShrunk(bytes, "it", 50, 400 * 400 - 1); }),
+                StartsWith("it: 400 x 400 pixels; at most "));
+    EXPECT_EQ(decodePhotoShrunk(bytes, "it", 50, 400 * 400).width, 50);
+}
+
 TEST_F(PictureFile, OnlyTheFirstOfManyPagesIsRead) {
     const VImage page = VImage::black(40, 30).linear(1.0, 90.0).cast(VIPS_FORMAT_UCHAR);
     VImage pages = page.replicate(1, 1000).copy();
@@ -357,6 +483,18 @@ TEST_F(PictureFile, DepthStoredAsRgbIsGray) {
     const DepthMap depth = readDepthMap(saved(rgb, "d.png"));
     EXPECT_NEAR(depth.plane.samples[0], 80, 0.01);
     EXPECT_NEAR(depth.plane.samples[1], 9, 0.01);
+}
+
+TEST_F(PictureFile, DepthStoredAsRgbHasTheWeightsOfLuma) {
+    // 8 levels too many in one channel, as lossy coding may leave them: ITU-R BT.601 weighs them apart.
+    const auto rgb = image<uint8_t>(
+        6, 1, 3, {108, 100, 100, 100, 108, 100, 100, 100, 108, 100, 100, 100, 100, 100, 100, 100, 100, 100},
+        VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
+    const DepthMap depth = readDepthMap(saved(rgb, "d.png"));
+    EXPECT_NEAR(depth.plane.samples[0], 100 + 8 * 0.299, 0.001);
+    EXPECT_NEAR(depth.plane.samples[1], 100 + 8 * 0.587, 0.001);
+    EXPECT_NEAR(depth.plane.samples[2], 100 + 8 * 0.114, 0.001);
+    EXPECT_NEAR(depth.plane.samples[3], 100, 0.001);
 }
 
 TEST_F(PictureFile, DepthsAlphaSaysWhatIsKnown) {
