@@ -1,7 +1,9 @@
 #ifndef QUORVANE_DEPTH_DEPTH_CURVE_H
 #define QUORVANE_DEPTH_DEPTH_CURVE_H
 
-/// The contrast curve of depth: monotone and concave, slope about 2 at 0 and flat near 255, so that far
+#include <cstdint>
+
+/// The depth curve: monotone and concave, slope about 2 at 0 and flat near 255, so that far
 /// layers part from each other and near ones do not bulge.
 // clang-format off
 inline constexpr unsigned char u_depth_table[256] = {
@@ -23,5 +25,13 @@ inline constexpr unsigned char u_depth_table[256] = {
     254, 254, 254, 254, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255,
 };
 // clang-format on
+
+namespace quorvane {
+
+/// The curve for every value of depth scaled by contrast / 32. Only the low 8 bits of the scaled value count,
+/// so a contrast above 32 folds the brightest depths over.
+void scaleDepthCurve(float contrast, uint8_t (&curve)[256]) noexcept;
+
+}  // namespace quorvane
 
 #endif

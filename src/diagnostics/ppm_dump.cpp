@@ -1,18 +1,18 @@
 #include "diagnostics/ppm_dump.h"
 
+#include <cstddef>
 #include <cstdio>
+#include <memory>
 #include <new>
 
 #include "diagnostics/log.h"
-#include "quorvane/esRenderer.h"
 
-void ESRenderer::_dump_ppm(int width, int height, const char* filename, unsigned char* target_ptr,
-                           int format) {
+void quorvane::dumpPpm(int width, int height, const char* filename, const unsigned char* pixels, int format) {
     if (filename[0] == '\0') {
         LOGD("[ERROR] Invalid file name\n");
         return;
     }
-    if (target_ptr == nullptr || width == 0 || height == 0) {
+    if (pixels == nullptr || width == 0 || height == 0) {
         LOGD("[ERROR] Invalid image\n");
         return;
     }
@@ -34,14 +34,13 @@ void ESRenderer::_dump_ppm(int width, int height, const char* filename, unsigned
     std::fputs(colour ? "P6\n" : "P5\n", file);
     std::fprintf(file, "%d %d\n255 ", width, height);
 
-    unsigned char* row = new (std::nothrow) unsigned char[row_bytes];
-    const unsigned char* source = target_ptr;
+    const std::unique_ptr<unsigned char[]> row(new (std::nothrow) unsigned char[row_bytes]);
+    const unsigned char* source = pixels;
     for (int y = 0; row != nullptr && y < height; ++y) {
         for (size_t x = 0; x < pixels_per_row; ++x)
             for (size_t c = 0; c < channels; ++c) row[x * channels + c] = source[x * source_channels + c];
-        std::fwrite(row, 1, row_bytes, file);
+        std::fwrite(row.get(), 1, row_bytes, file);
         source += pixels_per_row * source_channels;
     }
     std::fclose(file);
-    delete[] row;
 }

@@ -5,6 +5,8 @@
 
 #include "diagnostics/log.h"
 
+namespace quorvane::gl {
+
 /// Logs and clears every pending GL error, one line each; `op` names the GL call just made.
 static inline void checkGlError(const char* op) {
     for (GLenum error = glGetError(); error != GL_NO_ERROR; error = glGetError())
@@ -16,5 +18,7 @@ static inline void printGLString(const char* name, GLenum s) {
     const GLubyte* text = glGetString(s);
     LOGD("GL %s = %s\n", name, text != nullptr ? reinterpret_cast<const char*>(text) : "(null)");
 }
+
+}  // namespace quorvane::gl
 
 #endif

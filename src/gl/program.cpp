@@ -4,7 +4,6 @@
 
 #include "diagnostics/log.h"
 #include "gl/error_check.h"
-#include "quorvane/esRenderer.h"
 
 // clang-format off
 // A vertex slides along its line of sight: x / z and y / z stay as they are. Depth 0 moves it 12.8 away from
@@ -41,11 +40,13 @@ const char gFragmentShader[] =
     "}                                                                                  \n";
 // clang-format on
 
-GLuint ESRenderer::loadShader(GLenum shaderType, const char* pSource) {
-    const GLuint shader = glCreateShader(shaderType);
+namespace quorvane::gl {
+
+GLuint loadShader(GLenum type, const char* source) {
+    const GLuint shader = glCreateShader(type);
     if (shader == 0) return 0;
 
-    glShaderSource(shader, 1, &pSource, nullptr);
+    glShaderSource(shader, 1, &source, nullptr);
     glCompileShader(shader);
     GLint compiled = 0;
     glGetShaderiv(shader, GL_COMPILE_STATUS, &compiled);
@@ -58,17 +59,17 @@ GLuint ESRenderer::loadShader(GLenum shaderType, const char* pSource) {
 
     if (char* log = static_cast<char*>(std::calloc(static_cast<size_t>(log_length), 1))) {
         glGetShaderInfoLog(shader, log_length, nullptr, log);
-        LOGE("Could not compile shader %d:\n%s\n", static_cast<int>(shaderType), log);
+        LOGE("Could not compile shader %d:\n%s\n", static_cast<int>(type), log);
         std::free(log);
     }
     glDeleteShader(shader);
     return 0;
 }
 
-GLuint ESRenderer::createProgram(const char* pVertexSource, const char* pFragmentSource) {
-    const GLuint vertex_shader = loadShader(GL_VERTEX_SHADER, pVertexSource);
+GLuint createProgram(const char* vertex_source, const char* fragment_source) {
+    const GLuint vertex_shader = loadShader(GL_VERTEX_SHADER, vertex_source);
     if (vertex_shader == 0) return 0;
-    const GLuint fragment_shader = loadShader(GL_FRAGMENT_SHADER, pFragmentSource);
+    const GLuint fragment_shader = loadShader(GL_FRAGMENT_SHADER, fragment_source);
     if (fragment_shader == 0) return 0;
     const GLuint program = glCreateProgram();
     if (program == 0) return 0;
@@ -94,3 +95,19 @@ GLuint ESRenderer::createProgram(const char* pVertexSource, const char* pFragmen
     glDeleteProgram(program);
     return 0;
 }
+
+GLuint attributeLocation(GLuint program, const char* name) {
+    const GLint location = glGetAttribLocation(program, name);
+    checkGlError("glGetAttribLocation");
+    LOGD("glGetAttribLocation(\"%s\") = %d\n", name, location);
+    return static_cast<GLuint>(location);
+}
+
+GLuint uniformLocation(GLuint program, const char* name) {
+    const GLint location = glGetUniformLocation(program, name);
+    checkGlError("glGetUniformLocation");
+    LOGD("glGetUniformLocation(\"%s\") = %d\n", name, location);
+    return static_cast<GLuint>(location);
+}
+
+}  // namespace quorvane::gl

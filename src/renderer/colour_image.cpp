@@ -16,19 +16,24 @@ void ESRenderer::setTexture(int texWidth, int texHeight, unsigned char* imageDat
                 static_cast<size_t>(texWidth) * (static_cast<size_t>(texHeight) * 3));
     time_step("    memcpy input image     ");
 
-    replaceTexture(&m_texName);
+    quorvane::gl::replaceTexture(&m_texName);
     LOGD("GL SetTexture(): texImage2D");
     time_step("    gen input texture      ");
 
-    // The unpack alignment in force is the host's business, unlike in the depth upload.
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, m_texWidth, m_texHeight, 0, GL_RGB, GL_UNSIGNED_BYTE,
-                 m_pTextureData);
-    glFlush();
+    quorvane::gl::uploadPhoto(m_texWidth, m_texHeight, m_pTextureData);
     if (m_debugEnable != 0) {
         LOGD("Dump input image\n");
-        char filename[kDumpNameSize];
-        std::snprintf(filename, sizeof filename, "%sinput.ppm", kDumpDirectory);
-        _dump_ppm(texWidth, texHeight, filename, reinterpret_cast<unsigned char*>(m_pTextureData), kDumpRgb);
+        char filename[quorvane::kDumpNameSize];
+        std::snprintf(filename, sizeof filename, "%sinput.ppm", quorvane::kDumpDirectory);
+        _dump_ppm(texWidth, texHeight, filename, reinterpret_cast<unsigned char*>(m_pTextureData),
+                  quorvane::kDumpRgb);
     }
     time_step("    glTexImage2D           ");
+}
+
+void ESRenderer::setTexture(int texWidth, int texHeight, GLuint textureID) {
+    m_texWidth = texWidth;
+    m_texHeight = texHeight;
+    m_texName = textureID;
+    quorvane::gl::flush();
 }

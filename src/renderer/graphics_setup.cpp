@@ -1,21 +1,27 @@
 #include "diagnostics/QRVNProf.h"
 #include "diagnostics/log.h"
 #include "gl/error_check.h"
+#include "gl/frame.h"
+#include "gl/mesh.h"
 #include "gl/program.h"
 #include "quorvane/esRenderer.h"
+#include "view/mesh_extents.h"
 
-namespace {
+namespace gl = quorvane::gl;
 
-// Close to 2 tan(30 degrees); the geometry of the mesh is defined with this value.
-constexpr double kTwiceTan30 = 1.1547005145615656;
+GLuint ESRenderer::loadShader(GLenum shaderType, const char* pSource) {
+    return gl::loadShader(shaderType, pSource);
+}
 
-}  // namespace
+GLuint ESRenderer::createProgram(const char* pVertexSource, const char* pFragmentSource) {
+    return gl::createProgram(pVertexSource, pFragmentSource);
+}
 
 bool ESRenderer::setupGraphics(int w, int h) {
-    printGLString("Version", GL_VERSION);
-    printGLString("Vendor", GL_VENDOR);
-    printGLString("Renderer", GL_RENDERER);
-    printGLString("Extensions", GL_EXTENSIONS);
+    gl::printGLString("Version", GL_VERSION);
+    gl::printGLString("Vendor", GL_VENDOR);
+    gl::printGLString("Renderer", GL_RENDERER);
+    gl::printGLString("Extensions", GL_EXTENSIONS);
     LOGD("setupGraphics(%d, %d)", w, h);
 
     time_start();
@@ -27,60 +33,36 @@ bool ESRenderer::setupGraphics(int w, int h) {
         }
         time_step("    create shader          ");
 
-        // A location of -1 is kept as it comes and is no error: the frame goes on without that input.
-        const auto attribute = [this](const char* name, const char* format) {
-            const GLint location = glGetAttribLocation(m_program, name);
-            checkGlError("glGetAttribLocation");
-            LOGD(format, location);
-            return static_cast<GLuint>(location);
-        };
-        const auto uniform = [this](const char* name, const char* format) {
-            const GLint location = glGetUniformLocation(m_program, name);
-            checkGlError("glGetUniformLocation");
-            LOGD(format, location);
-            return static_cast<GLuint>(location);
-        };
-        m_vPositionHandle = attribute("vPosition", "glGetAttribLocation(\"vPosition\") = %d\n");
-        m_texCoordHandle = attribute("a_texCoord", "glGetAttribLocation(\"a_texCoord\") = %d\n");
-        m_mvpLocHandle = uniform("mvp", "glGetUniformLocation(\"mvp\") = %d\n");
-        m_texLocHandle = uniform("s_texture", "glGetUniformLocation(\"s_texture\") = %d\n");
-        m_depthLocHandle = uniform("depthMap", "glGetUniformLocation(\"depthMap\") = %d\n");
+        m_vPositionHandle = gl::attributeLocation(m_program, "vPosition");
+        m_texCoordHandle = gl::attributeLocation(m_program, "a_texCoord");
+        m_mvpLocHandle = gl::uniformLocation(m_program, "mvp");
+        m_texLocHandle = gl::uniformLocation(m_program, "s_texture");
+        m_depthLocHandle = gl::uniformLocation(m_program, "depthMap");
         time_step("    get uniform            ");
 
-        if (m_fbo != 0) glDeleteFramebuffers(1, &m_fbo);
-        glGenFramebuffers(1, &m_fbo);
-        glBindFramebuffer(GL_FRAMEBUFFER, m_fbo);
+        gl::replaceFramebuffer(&m_fbo);
         time_step("    gen fbo                ");
     }
 
     m_width = static_cast<float>(w);
     m_height = static_cast<float>(h);
-    glViewport(0, 0, w, h);
-    checkGlError("glViewport");
+    gl::setViewport(w, h);
 
-    // Float and double, and every truncation, as the extents were tuned with: hosts compare them bit by bit.
-    const double baseline = m_baseline;
-    const int unit2pix = static_cast<int>(m_width / (static_cast<double>(m_width / m_height) * kTwiceTan30));
-    LOGD("unit2pix = %d\n", unit2pix);
-    const int dc = static_cast<int>(baseline * 0.03125 * unit2pix);
-    LOGD("dc = %d\n", dc);
-    const int dispz = static_cast<int>(dc - unit2pix * (baseline * 0.015625));
-    LOGD("dispz= %d\n", dispz);
-    const int cropping = dispz + static_cast<int>(0.5 + unit2pix * (baseline * 0.5) * 0.03125);
-    LOGD("CROPPING= %d\n", cropping);
-    m_L_startX = -cropping;
+    const quorvane::MeshExtents extents = quorvane::meshExtents(m_width, m_height, m_OBJ_CORD_Y, m_baseline);
+    LOGD("unit2pix = %d\n", extents.unit_pixels);
+    LOGD("dc = %d\n", extents.disparity);
+    LOGD("dispz= %d\n", extents.shift);
+    LOGD("CROPPING= %d\n", extents.cropping);
+    m_L_startX = -extents.cropping;
     m_L_startY = 0;
-
-    const double shift = 32.0 * static_cast<double>(static_cast<float>(dispz) / static_cast<float>(unit2pix));
-    const float base = m_OBJ_CORD_Y * m_width / m_height;
-    m_OBJ_CORD_X = static_cast<float>(static_cast<double>(base) + shift);
-    m_OBJ_CORD_X2 = static_cast<float>(static_cast<double>(base) - shift);
-    m_renderW = static_cast<int>(m_width + static_cast<float>(cropping));
+    m_OBJ_CORD_X = extents.half_width;
+    m_OBJ_CORD_X2 = extents.second_half_width;
+    m_renderW = static_cast<int>(m_width + static_cast<float>(extents.cropping));
     m_renderH = static_cast<int>(m_height);
     LOGD("m_OBJ_CORD_X: %f, m_OBJ_CORD_X2: %f, m_OBJ_CORD_Y: %f", static_cast<double>(m_OBJ_CORD_X),
          static_cast<double>(m_OBJ_CORD_X2), static_cast<double>(m_OBJ_CORD_Y));
 
-    if (m_gridVertexBuf[0] == 0 || m_gridVertexBuf[1] == 0) glGenBuffers(2, m_gridVertexBuf);
+    gl::provideBuffers(m_gridVertexBuf);
     time_step("    init variable              ");
     return true;
 }

@@ -1,3 +1,4 @@
+#include "gl/frame.h"
 #include "quorvane/esRenderer.h"
 
 // m_mvpL and m_mvpR stay unset: the first frame writes both before anything reads them.
@@ -60,12 +61,7 @@ ESRenderer::ESRenderer()
       m_maxDepth(0),
       m_z_factor(0.0f) {}
 
-// Names that are still 0 go to GL as they are; it ignores them. The shader objects live as long as the
-// context.
+// The shader objects live as long as the context.
 ESRenderer::~ESRenderer() {
-    glDeleteTextures(1, &m_depthName);
-    glDeleteTextures(1, &m_texName);
-    glDeleteFramebuffers(1, &m_fbo);
-    glDeleteBuffers(2, m_gridVertexBuf);
-    glDeleteProgram(m_program);
+    quorvane::gl::deleteObjects({{m_depthName, m_texName}, m_fbo, m_gridVertexBuf, m_program});
 }

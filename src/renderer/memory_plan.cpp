@@ -1,9 +1,10 @@
+#include "renderer/memory_plan.h"
+
 #include "diagnostics/log.h"
+#include "kernels/guided_filter.h"
 #include "quorvane/esRenderer.h"
 
 namespace {
-
-constexpr int kDepthPixelsPerCell = 4;
 
 /// Bytes of the working areas, in the order in which they lie in the block.
 struct MemoryPlan {
@@ -15,7 +16,7 @@ struct MemoryPlan {
     int reserve;  // at the very end, named by no pointer; hosts size their block with it
 
     MemoryPlan(int grid_w, int grid_h, int tex_w, int tex_h)
-        : guided_filter(20 * grid_w * grid_h + 8 * (grid_w + 1) * (grid_h + 1)),
+        : guided_filter(quorvane::guidedFilterBufferSize(grid_w, grid_h)),
           vertices(2 * grid_h * (grid_w + 1) * static_cast<int>(sizeof(VTX_FMT))),
           indices(6 * grid_w * grid_h * static_cast<int>(sizeof(GLuint))),
           photo(tex_w * tex_h * 3),
@@ -28,8 +29,8 @@ struct MemoryPlan {
 }  // namespace
 
 int ESRenderer::getRequiredMemSize(int texWidth, int texHeight, int depthWidth, int depthHeight) {
-    m_vtxW = depthWidth / kDepthPixelsPerCell;
-    m_vtxH = depthHeight / kDepthPixelsPerCell;
+    m_vtxW = depthWidth / quorvane::kDepthPixelsPerCell;
+    m_vtxH = depthHeight / quorvane::kDepthPixelsPerCell;
     m_texWidth = texWidth;
     m_texHeight = texHeight;
     LOGD("m_vtxW=%d, m_vtxH=%d\n", m_vtxW, m_vtxH);

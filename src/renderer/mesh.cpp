@@ -1,3 +1,7 @@
+#include "gl/mesh.h"
+
+#include <cstddef>
+
 #include "diagnostics/log.h"
 #include "kernels/vertex_grid.h"
 #include "quorvane/esRenderer.h"
@@ -15,18 +19,13 @@ void ESRenderer::createVertexGrid(VTX_FMT_STRUCT*) {
     quorvane::chosenPath().createVertices(grid, &m_pVtxData->x);
 
     LOGD("Start upload vtx data.");
-    const GLsizeiptr vertices = GLsizeiptr{2} * (m_vtxW + 1) * m_vtxH;
-    glBindBuffer(GL_ARRAY_BUFFER, m_gridVertexBuf[0]);
-    glBufferData(GL_ARRAY_BUFFER, vertices * static_cast<GLsizeiptr>(sizeof(VTX_FMT)), m_pVtxData,
-                 GL_STATIC_DRAW);
+    const size_t vertices = size_t{2} * static_cast<size_t>(m_vtxW + 1) * static_cast<size_t>(m_vtxH);
+    quorvane::gl::uploadVertices(m_gridVertexBuf[0], m_pVtxData, vertices * sizeof(VTX_FMT));
 }
 
 void ESRenderer::updateVerticesElement(uint32_t*) {
     quorvane::chosenPath().createIndices(m_vtxW, m_vtxH, m_pEleData);
-
-    const int indices = m_vtxH * m_vtxW * 6;
-    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, m_gridVertexBuf[1]);
-    glBufferData(GL_ELEMENT_ARRAY_BUFFER, GLsizeiptr{indices} * static_cast<GLsizeiptr>(sizeof(GLuint)),
-                 m_pEleData, GL_STATIC_DRAW);
-    m_eleCount = indices;
+    m_eleCount = m_vtxH * m_vtxW * 6;
+    quorvane::gl::uploadIndices(m_gridVertexBuf[1], m_pEleData,
+                                static_cast<size_t>(m_eleCount) * sizeof(GLuint));
 }

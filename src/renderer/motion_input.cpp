@@ -1,5 +1,6 @@
 #include "diagnostics/log.h"
 #include "quorvane/esRenderer.h"
+#include "view/motion.h"
 
 namespace {
 
@@ -9,24 +10,15 @@ constexpr float kDefaultHeight = 1080.0f;
 
 constexpr float kTouchStep = 0.1f;
 
-/// Holds `position` off both borders. The far bound is tested last and lies a pixel further in.
-float heldOffBorder(float position, float extent, float border) {
-    if (position < border) position = border;
-    if (position > (extent - 1.0f) - border) position = (extent - 1.0f) - border;
-    return position;
-}
-
 }  // namespace
 
-// The gains pair the width with the mesh's half-height and the height with its half-width; hosts are tuned to
-// it.
 void ESRenderer::setAccelerometerData(float x, float y, float z) {
     if (m_width == 0.0f) m_width = kDefaultWidth;
     if (m_height == 0.0f) m_height = kDefaultHeight;
 
     LOGD("m_transX: %f %f x\n", static_cast<double>(m_transX), static_cast<double>(x / m_width));
-    m_transX += ((m_OBJ_CORD_Y * x) * 4.0f / 5.0f) / m_width;
-    m_transY += ((m_OBJ_CORD_X * y) * 2.0f / 4.0f) / m_height;
+    m_transX += quorvane::viewStepAcross(x, m_width, m_OBJ_CORD_Y);
+    m_transY += quorvane::viewStepDown(y, m_height, m_OBJ_CORD_X);
     LOGD("m_transY: %f %f x\n", static_cast<double>(m_transY), static_cast<double>(y / m_height));
     m_targetTransX = m_transX;
     m_targetTransY = m_transY;
@@ -43,10 +35,10 @@ void ESRenderer::setRotation(float x, float y, float z) {
 
     LOGD("m_transX: %f %f x\n", static_cast<double>(m_transX), static_cast<double>(x / m_width));
     const float deadzone = static_cast<float>(params.border_deadzone);
-    x = heldOffBorder(x, m_width, m_width / deadzone);
-    y = heldOffBorder(y, m_height, m_height / deadzone);
-    m_transY = (y - m_height * 0.5f) / (m_height * 0.5f);
-    m_transX = (x - m_width * 0.5f) / (m_width * 0.5f);
+    x = quorvane::heldOffBorder(x, m_width, m_width / deadzone);
+    y = quorvane::heldOffBorder(y, m_height, m_height / deadzone);
+    m_transY = quorvane::viewPosition(y, m_height);
+    m_transX = quorvane::viewPosition(x, m_width);
     LOGD("m_transY: %f %f x\n", static_cast<double>(m_transY), static_cast<double>(y / m_height));
     m_transZ = z;
     m_targetTransX = m_transX;

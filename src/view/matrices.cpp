@@ -32,7 +32,7 @@ void renderRotate(RENDERMatrix* result, float angle, float x, float y, float z) 
     const double ax = x / length;
     const double ay = y / length;
     const double az = z / length;
-    const double radians = angle * PI / 180.0;
+    const double radians = angle * quorvane::PI / 180.0;
     const double s = std::sin(radians);
     const double c = std::cos(radians);
     const double t = 1.0 - c;

@@ -5,6 +5,8 @@
 namespace quorvane::test {
 namespace {
 
+using quorvane::gl::checkGlError;
+using quorvane::gl::printGLString;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 

@@ -2,7 +2,6 @@
 #include <cmath>
 #include <limits>
 
-#include "depth/depth_curve.h"
 #include "support/clock.h"
 #include "support/component_test.h"
 #include "support/dump_directory.h"
@@ -17,22 +16,6 @@ using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
-
-TEST(DepthTable, HoldsTheContrastCurve) {
-    for (size_t i = 0; i < 256; ++i) EXPECT_EQ(u_depth_table[i], kContrastCurve[i]) << i;
-}
-
-TEST(DepthTable, RisesFrom0To255AndFlattens) {
-    EXPECT_EQ(sizeof u_depth_table, 256u);
-    EXPECT_EQ(u_depth_table[0], 0);
-    EXPECT_EQ(u_depth_table[255], 255);
-    for (size_t i = 1; i < 256; ++i) {
-        EXPECT_GE(u_depth_table[i], u_depth_table[i - 1]);
-        EXPECT_LE(u_depth_table[i] - u_depth_table[i - 1], 2);
-    }
-    EXPECT_EQ(u_depth_table[1], 2);
-    EXPECT_EQ(u_depth_table[255] - u_depth_table[244], 0);
-}
 
 class DepthMap : public ComponentTest {
   protected:
