@@ -42,10 +42,10 @@ void catchSignals() {
     for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
 }
 
-bool cancelled() { return g_cancelled; }
+bool cancelled() noexcept { return g_cancelled; }
 
 void throwIfCancelled() {
-    if (cancelled()) throw Error("interrupted");
+    if (cancelled()) throw Cancelled();
 }
 
 EndingAtOnce::EndingAtOnce(int descriptor, const char* last_words) {

@@ -1,8 +1,8 @@
 #ifndef QUORVANE_SYSTEM_ERROR_H
 #define QUORVANE_SYSTEM_ERROR_H
 
+#include <exception>
 #include <stdexcept>
-#include <string>
 
 namespace quorvane {
 
@@ -10,6 +10,13 @@ namespace quorvane {
 class Error : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
+};
+
+/// A signal has asked for the end. No Error: what deals with a failure does not deal with this, so that it
+/// reaches the program's main from wherever it is thrown.
+class Cancelled : public std::exception {
+  public:
+    const char* what() const noexcept override { return "interrupted"; }
 };
 
 }  // namespace quorvane

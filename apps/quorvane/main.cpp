@@ -8,6 +8,7 @@
 #include "apps/quorvane/terminal/arguments.h"
 #include "apps/quorvane/terminal/text.h"
 #include "apps/quorvane/terminal/usage_error.h"
+#include "media/clip/output_format.h"
 #include "quorvane/host/ParallaxView.h"
 #include "quorvane/version.h"
 #include "system/cancel.h"
@@ -17,6 +18,7 @@
 namespace {
 
 using namespace quorvane::app;
+using quorvane::media::OutputKind;
 
 constexpr char kExamples[] = R"(Examples:
   quorvane render portrait.jpg -o sway.mp4             # a phone's photo with depth inside
@@ -81,7 +83,8 @@ int run(int argc, char** argv) {
     addViewOptions(render_command, &render_options.view);
     render_command
         ->add_option("-o,--out", render_options.out,
-                     ".mp4, .webp, .gif: a looping clip; .png: a still; else a folder")
+                     quorvane::media::extensionsOf(OutputKind::kClip, ", ") + ": a looping clip; " +
+                         quorvane::media::extensionsOf(OutputKind::kStill, ", ") + ": a still; else a folder")
         ->required();
     render_command
         ->add_option("--size", render_options.size,

@@ -20,13 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string lowerExtension(const std::string& path) {
-    std::string extension = fs::path(path).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return extension;
-}
-
 class StillWriter : public ClipWriter {
   public:
     explicit StillWriter(const std::string& path) : m_path(path) {
@@ -59,7 +52,7 @@ class FolderWriter : public ClipWriter {
         if (fs::exists(m_folder, failed) && !fs::is_directory(m_folder, failed))
             throw Error(path + ": is a file, not a folder");
         if (!force && fs::is_directory(m_folder, failed) && !fs::is_empty(m_folder, failed))
-            throw Error(path + ": the folder is not empty; --force replaces the numbered frames in it");
+            throw FolderNotEmpty(path + ": the folder is not empty");
         std::string pending;
         do {
             pending = temporaryBeside(m_folder);
@@ -73,17 +66,11 @@ class FolderWriter : public ClipWriter {
         if (!m_pending.empty()) fs::remove_all(m_pending, ignored);
     }
 
-    bool takesAnyOrder() const override { return true; }
-
     void add(int number, const RgbaImage& frame) override {
         throwIfCancelled();
-        try {
-            writePng(frame, m_pending + "/" + frameName(number + 1));
-            ++m_frames;
-        } catch (const Error& error) {
-            // It begins with a name that the user has never seen.
-            throw Error(std::string(error.what()).replace(0, m_pending.size(), m_path));
-        }
+        const std::string name = "/" + frameName(number + 1);
+        savePng(frame, m_pending + name, m_path + name);
+        ++m_frames;
     }
 
     void finish() override {
@@ -124,8 +111,8 @@ class FolderWriter : public ClipWriter {
 
 class FfmpegWriter : public ClipWriter {
   public:
-    FfmpegWriter(const std::string& path, OutputKind kind, const ClipFormat& format)
-        : m_path(path), m_pending(path), m_ffmpeg(arguments(kind, format)) {}
+    FfmpegWriter(const std::string& path, std::string_view words, const ClipSettings& settings)
+        : m_path(path), m_pending(path), m_ffmpeg(arguments(words, settings)) {}
 
     void add(int, const RgbaImage& frame) override {
         throwIfCancelled();
@@ -139,25 +126,12 @@ class FfmpegWriter : public ClipWriter {
     }
 
   private:
-    std::vector<std::string> arguments(OutputKind kind, const ClipFormat& format) const {
+    std::vector<std::string> arguments(std::string_view format, const ClipSettings& settings) const {
         std::ostringstream words;
         // -xerror: without it a clip whose end found no room on the disk counts as success.
         words << "ffmpeg -nostdin -xerror -hide_banner -loglevel error -y -f rawvideo -pix_fmt rgba -s "
-              << format.size.width << 'x' << format.size.height << " -r " << format.fps << " -i pipe:0 ";
-        switch (kind) {
-            case OutputKind::kMp4:
-                // BT.709 limited range, said so in the file: players otherwise guess by the picture's height.
-                words << "-vf scale=out_color_matrix=bt709:out_range=tv,format=yuv420p"
-                         " -c:v libx264 -preset medium -crf 18 -colorspace bt709 -color_primaries bt709"
-                         " -color_trc iec61966-2-1 -color_range tv -movflags +faststart -f mp4";
-                break;
-            case OutputKind::kWebp: words << "-c:v libwebp_anim -quality 85 -loop 0 -f webp"; break;
-            case OutputKind::kGif:
-                words << "-filter_complex split[a][b];[a]palettegen[p];[b][p]paletteuse -loop 0 -f gif";
-                break;
-            case OutputKind::kStill:
-            case OutputKind::kFolder: break;
-        }
+              << settings.size.width << 'x' << settings.size.height << " -r " << settings.fps << " -i pipe:0 "
+              << format;
         std::istringstream split(words.str());
         std::vector<std::string> args{std::istream_iterator<std::string>(split), {}};
         // file: keeps a name with a colon from being taken for a protocol.
@@ -177,33 +151,19 @@ class FfmpegWriter : public ClipWriter {
 
 }  // namespace
 
-OutputKind outputKind(const std::string& path) {
-    std::error_code ignored;
-    if (!path.empty() && path.back() == '/') return OutputKind::kFolder;
-    if (fs::is_directory(path, ignored)) return OutputKind::kFolder;
-    const std::string extension = lowerExtension(path);
-    if (extension.empty()) return OutputKind::kFolder;
-    if (extension == ".png") return OutputKind::kStill;
-    if (extension == ".mp4") return OutputKind::kMp4;
-    if (extension == ".webp") return OutputKind::kWebp;
-    if (extension == ".gif") return OutputKind::kGif;
-    throw Error(path + ": write .mp4, .webp or .gif (clips), .png (a still) or a folder");
-}
-
 bool isFrameName(const std::string& name) {
     return name.size() >= 9 && name.substr(name.size() - 4) == ".png" &&
            std::all_of(name.begin(), name.end() - 4, [](unsigned char c) { return std::isdigit(c); });
 }
 
-std::unique_ptr<ClipWriter> openClip(const std::string& path, OutputKind kind, const ClipFormat& format) {
-    switch (kind) {
+std::unique_ptr<ClipWriter> openClip(const std::string& path, const OutputFormat& format,
+                                     const ClipSettings& settings) {
+    switch (format.kind) {
         case OutputKind::kStill: return std::make_unique<StillWriter>(path);
-        case OutputKind::kFolder: return std::make_unique<FolderWriter>(path, format.force);
-        case OutputKind::kMp4:
-        case OutputKind::kWebp:
-        case OutputKind::kGif: break;
+        case OutputKind::kFolder: return std::make_unique<FolderWriter>(path, settings.force);
+        case OutputKind::kClip: break;
     }
-    return std::make_unique<FfmpegWriter>(path, kind, format);
+    return std::make_unique<FfmpegWriter>(path, format.words, settings);
 }
 
 }  // namespace quorvane::media

@@ -13,6 +13,7 @@
 #include <csignal>
 #include <cstring>
 
+#include "media/clip/output_format.h"
 #include "system/cancel.h"
 #include "system/error.h"
 
@@ -62,8 +63,8 @@ Ffmpeg::Ffmpeg(const std::vector<std::string>& arguments) : m_errors(openMemory(
         m_process = -1;
         closeInput();
         if (failed == ENOENT)
-            throw Error(
-                "ffmpeg is not installed; it writes .mp4, .webp and .gif (a folder of .png needs none)");
+            throw Error("ffmpeg is not installed; it writes " + extensionsOf(OutputKind::kClip, " and ") +
+                        " (a folder of .png needs none)");
         throw Error(std::string("ffmpeg does not start: ") + std::strerror(failed));
     }
 }

@@ -250,11 +250,13 @@ Lie examineTurn(const Scores& scores, double photo_aspect, DepthMap* depth, std:
     const bool on_its_side = !sameAspect(aspect, photo_aspect) && sameAspect(1.0 / aspect, photo_aspect);
     if (turn != 0 && choice.confidence >= kWorthSaying) {
         findings->push_back(
-            {Ailment::kTurned, choice.confidence, false,
-             std::string("may lie otherwise than the photo; --rotate-depth ") + words.name + " turns it"});
+            {Ailment::kTurned, choice.confidence, false, "may lie otherwise than the photo", {turn}});
     } else if (on_its_side && (turn != 0 || choice.confidence < kWorthSaying)) {
-        findings->push_back({Ailment::kTurned, 0.5, false,
-                             "lies on its side where the photo does not; --rotate-depth 90 or 270 turns it"});
+        findings->push_back({Ailment::kTurned,
+                             0.5,
+                             false,
+                             "lies on its side where the photo does not",
+                             {kClockwise90, kClockwise270}});
     } else {
         return {0, turn == 0 ? choice.confidence : 0.0, false};
     }
@@ -321,11 +323,13 @@ void examinePolarity(double upright, DepthMap* depth, std::vector<Finding>* find
         findings->push_back(
             {Ailment::kPolarity, inverted, true, "inverted: its larger levels were the farther ones"});
     } else if (inverted >= 0.25) {
-        findings->push_back(
-            {Ailment::kPolarity, inverted, false,
-             inverted >= 0.6
-                 ? "its larger levels may be the farther ones; --invert-depth inverts it"
-                 : "nothing shows which of its levels are near; --invert-depth if the dark ones are"});
+        findings->push_back({Ailment::kPolarity,
+                             inverted,
+                             false,
+                             inverted >= 0.6 ? "its larger levels may be the farther ones"
+                                             : "nothing shows whether its bright or its dark levels are near",
+                             {},
+                             true});
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include "media/picture/image.h"
 #include "media/picture/picture_file.h"
+#include "media/picture/turn.h"
 
 namespace quorvane::media {
 
@@ -30,8 +31,11 @@ struct Finding {
     double confidence;  ///< 0 to 1, that the depth map has the ailment as the text names it
     bool corrected;     ///< put right
     /// One line, such as "turned clockwise by 90 degrees to lie as the photo does" or, where it is left
-    /// alone, "may be upside down; --rotate-depth 180 turns it".
+    /// alone, "may lie otherwise than the photo".
     std::string text;
+    /// What would put it right where it is left alone: one of these turns, or exchanging near and far.
+    std::vector<Turn> turns = {};
+    bool inverting = false;
 };
 
 /// Ailments are put right from this confidence on.

@@ -240,28 +240,34 @@ DepthMap depthMapOf(const VImage& image, const std::string& name, bool spread_le
 }
 
 template <typename Picture>
-void writePicture(const Picture& image, const std::string& path) {
-    PendingOutput output(path);
+void savePicture(const Picture& image, const std::string& path, const std::string& name) {
     try {
         // Fast rather than small: a clip's frames are many, and their noise does not compress.
-        toVips(image).pngsave(output.temporary().c_str(),
-                              VImage::option()->set("compression", 3)->set("strip", true));
+        toVips(image).pngsave(path.c_str(), VImage::option()->set("compression", 3)->set("strip", true));
     } catch (const vips::VError&) {
-        throw Error(path + ": cannot be written (" + vipsReason() + ")");
+        throw Error(name + ": cannot be written (" + vipsReason() + ")");
     }
+}
+
+template <typename Picture>
+void writePicture(const Picture& image, const std::string& path) {
+    PendingOutput output(path);
+    savePicture(image, output.temporary(), path);
     output.commit();
 }
 
 }  // namespace
 
-std::string readPictureFile(const std::string& path) {
-    const auto fail = [&path] {
+std::string readPictureFile(const std::string& path) { return readPictureFile(path, path); }
+
+std::string readPictureFile(const std::string& path, const std::string& name) {
+    const auto fail = [&name] {
         // A signal ends a wait for a pipe's other end.
         throwIfCancelled();
-        throw Error(path + ": " + std::strerror(errno));
+        throw Error(name + ": " + std::strerror(errno));
     };
-    const auto too_large = [&path] {
-        return Error(path + ": the file is too large; at most " + std::to_string(kMostBytes / 1000000) +
+    const auto too_large = [&name] {
+        return Error(name + ": the file is too large; at most " + std::to_string(kMostBytes / 1000000) +
                      " MB are read");
     };
     const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
@@ -275,11 +281,11 @@ std::string readPictureFile(const std::string& path) {
         throwIfCancelled();
         bytes.append(chunk, got);
         // Other files may be endless.
-        if (bytes.size() == got) requirePicture(bytes, path);
+        if (bytes.size() == got) requirePicture(bytes, name);
         if (static_cast<long long>(bytes.size()) > kMostBytes) throw too_large();
     }
     if (std::ferror(file.get())) fail();
-    if (bytes.empty()) throw Error(path + ": the file is empty");
+    if (bytes.empty()) throw Error(name + ": the file is empty");
     return bytes;
 }
 
@@ -330,6 +336,10 @@ bool spread(Image<float, 1>* plane) {
 
 RgbImage readPhoto(const std::string& path) { return decodePhoto(readPictureFile(path), path); }
 DepthMap readDepthMap(const std::string& path) { return decodeDepthMap(readPictureFile(path), path); }
+
+void savePng(const RgbaImage& image, const std::string& path, const std::string& name) {
+    savePicture(image, path, name);
+}
 
 void writePng(const RgbImage& image, const std::string& path) { writePicture(image, path); }
 void writePng(const RgbaImage& image, const std::string& path) { writePicture(image, path); }

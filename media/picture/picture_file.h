@@ -28,7 +28,7 @@ struct DepthMap {
 
 /// Reads a photo: JPEG, PNG, WebP, HEIC, AVIF or TIFF, of 8 or 16 bit, gray, RGB or CMYK. The Exif
 /// orientation is applied, colours are converted to sRGB and transparency is laid over white. Throws Error,
-/// also for a picture that ends early, and "interrupted" after a signal.
+/// also for a picture that ends early, and Cancelled after a signal.
 RgbImage readPhoto(const std::string& path);
 
 /// Reads a depth map of 8 or 16 bit, larger = nearer, from a gray picture (RGB will do where all channels
@@ -37,7 +37,9 @@ RgbImage readPhoto(const std::string& path);
 /// like readPhoto.
 DepthMap readDepthMap(const std::string& path);
 
-/// The bytes of a picture's file. Throws Error, also for what is no picture.
+/// The bytes of a picture's file; messages call it `name`, or by its path. Throws Error, also for what is no
+/// picture, and Cancelled after a signal.
+std::string readPictureFile(const std::string& path, const std::string& name);
 std::string readPictureFile(const std::string& path);
 
 // The same from a file's bytes; messages call them `name`. Pictures that say nothing of their orientation are
@@ -78,6 +80,10 @@ bool spread(Image<float, 1>* plane);
 void writePng(const RgbImage& image, const std::string& path);
 void writePng(const RgbaImage& image, const std::string& path);
 void writePng(const GrayImage& image, const std::string& path);
+
+/// Writes straight to `path`, for a file that is moved to its place later; messages call it `name`. Throws
+/// Error.
+void savePng(const RgbaImage& image, const std::string& path, const std::string& name);
 
 }  // namespace quorvane::media
 

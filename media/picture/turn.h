@@ -9,6 +9,7 @@ namespace quorvane::media {
 /// rows and columns.
 using Turn = unsigned;
 constexpr Turn kMirrored = 1, kFlipped = 2, kTransposed = 4;
+constexpr Turn kClockwise90 = kFlipped | kTransposed, kClockwise270 = kMirrored | kTransposed;
 constexpr Turn kTurns = 8;
 
 /// What a turn does, and its short name.

@@ -1,5 +1,7 @@
 // Where the depth of a photo comes from when the program is left to find it, and which place wins.
 
+#include "apps/quorvane/input/depth_source.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -319,6 +321,18 @@ TEST_F(DepthSource, OneSourceAtATime) {
     expectRefused(with({file, "--rgbd", "left", "--depth-cmd", "x {in} {out}"}), 2, HasSubstr("excludes"));
     expectRefused(with({file, depth, "--rotate-depth", "45"}), 2, HasSubstr("--rotate-depth"));
     expectRefused(with({file, "--rgbd", "behind"}), 2, HasSubstr("--rgbd"));
+}
+
+TEST(Finding, NamesTheOptionThatPutsItRight) {
+    using media::Ailment;
+    EXPECT_EQ(
+        app::textOf({Ailment::kTurned, 0.5, false, "lies", {media::kClockwise90, media::kClockwise270}}),
+        "lies; --rotate-depth 90 or 270 turns it");
+    EXPECT_EQ(app::textOf({Ailment::kTurned, 0.5, false, "lies", {media::kMirrored}}),
+              "lies; --rotate-depth mirror turns it");
+    EXPECT_EQ(app::textOf({Ailment::kPolarity, 0.5, false, "may be", {}, true}),
+              "may be; --invert-depth inverts it");
+    EXPECT_EQ(app::textOf({Ailment::kHoles, 1.0, true, "filled"}), "filled");
 }
 
 }  // namespace

@@ -67,7 +67,7 @@ std::string photoBytes(const std::string& file, const media::Contents& contents)
 }  // namespace
 
 void extract(const ExtractOptions& options) {
-    if (!options.raw && parseOutput(options.depth) != media::OutputKind::kStill)
+    if (!options.raw && parseOutput(options.depth).kind != media::OutputKind::kStill)
         throw UsageError("-o " + options.depth + ": the depth is written as .png (or as it is, with --raw)");
     if (!options.photo.empty()) refuseSameOutput(options.depth, options.photo);
     refuseInputAsOutput({options.file}, {options.depth, options.photo});

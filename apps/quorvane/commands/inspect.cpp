@@ -41,7 +41,7 @@ DepthReport reportOn(const Input& input) {
 void inspect(const InspectOptions& options) {
     const InputOptions& asked = options.input;
     if (!options.sheet.empty()) {
-        if (parseOutput(options.sheet) != media::OutputKind::kStill)
+        if (parseOutput(options.sheet).kind != media::OutputKind::kStill)
             throw UsageError("-o " + options.sheet + ": the sheet is a .png file");
         refuseInputAsOutput({asked.photo, asked.depth}, {options.sheet});
         const PendingOutput place(options.sheet);
@@ -65,7 +65,6 @@ void inspect(const InspectOptions& options) {
         } catch (const Error& error) {
             // What is damaged inside is what one inspects a photo for; all else was asked for by name.
             if (source.origin != DepthOrigin::kInside || !options.sheet.empty()) throw;
-            throwIfCancelled();
             report.origin = DepthOrigin::kNone;
             report.no_depth = error.what();
         }

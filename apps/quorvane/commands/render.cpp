@@ -16,6 +16,7 @@
 #include "apps/quorvane/terminal/usage_error.h"
 #include "media/clip/clip_writer.h"
 #include "system/cancel.h"
+#include "system/error.h"
 #include "system/standard_streams.h"
 
 namespace quorvane::app {
@@ -27,15 +28,26 @@ constexpr int kLongestSide = 1920;
 constexpr int kNoLimit = 1 << 30;
 constexpr int64_t kMostHeldBytes = int64_t{512} << 20;
 
-Size chooseSize(const RenderOptions& options, Size photo, bool even) {
+Size chooseSize(const RenderOptions& options, Size photo, const media::OutputFormat& format) {
+    const bool even = format.even_sides;
     if (options.size.empty()) return pictureSize(photo, kLongestSide, even);
     if (options.size == "photo") return pictureSize(photo, kNoLimit, even);
     const Size size = parseSize(options.size);
     const Size fits = pictureSize(size, kNoLimit, even);
     if (fits != size)
-        throw UsageError("--size " + options.size + ": an .mp4 has even sides, such as " +
-                         std::to_string(fits.width) + "x" + std::to_string(fits.height));
+        throw UsageError("--size " + options.size + ": " + std::string(format.name) +
+                         " has even sides, such as " + std::to_string(fits.width) + "x" +
+                         std::to_string(fits.height));
     return size;
+}
+
+std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, const media::OutputFormat& format,
+                                              Size size) {
+    try {
+        return media::openClip(options.out, format, {size, options.fps, options.force});
+    } catch (const media::FolderNotEmpty& error) {
+        throw Error(error.what() + std::string("; --force replaces the numbered frames in it"));
+    }
 }
 
 /// Averages the n x n samples that were drawn for each pixel.
@@ -62,10 +74,10 @@ struct Crew {
     int frames;   ///< held for them
 };
 
-Crew crewFor(const media::ClipWriter& writer, int frames, Size size, int supersample) {
+Crew crewFor(const media::OutputFormat& format, int frames, Size size, int supersample) {
     // Compressing a picture keeps one core busy for longer than drawing it keeps all.
     const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-    const int writers = writer.takesAnyOrder() ? std::min(cores, frames) : 1;
+    const int writers = format.any_order ? std::min(cores, frames) : 1;
     // One more waits when a writer is done with its last, and one is filled meanwhile.
     const int64_t bytes = int64_t{4} * size.width * size.height * (supersample * supersample + 1);
     const int held = static_cast<int>(std::clamp<int64_t>(kMostHeldBytes / bytes, 1, writers + 2));
@@ -76,13 +88,12 @@ Crew crewFor(const media::ClipWriter& writer, int frames, Size size, int supersa
 
 void render(const RenderOptions& options) {
     // Everything that can be refused at once is refused before the images are read.
-    const OutputKind kind = parseOutput(options.out);
-    const bool even = kind == OutputKind::kMp4;
+    const media::OutputFormat& format = parseOutput(options.out);
     const Position centre = options.at.empty() ? Position{} : parsePosition(options.at);
-    if (!options.size.empty() && options.size != "photo") chooseSize(options, {}, even);
+    if (!options.size.empty() && options.size != "photo") chooseSize(options, {}, format);
     const auto keep = [&](const std::vector<std::string>& inputs) {
         refuseInputAsOutput(inputs, {options.out, options.view.timings});
-        if (kind == OutputKind::kFolder) refuseInputAsFrame(inputs, options.out);
+        if (format.kind == OutputKind::kFolder) refuseInputAsFrame(inputs, options.out);
     };
     const InputOptions& asked = options.view.input;
     keep({asked.photo, asked.depth});
@@ -94,16 +105,12 @@ void render(const RenderOptions& options) {
     Input input = times.measure(Stage::kDecode, [&] { return readInput(options.view, source); });
     source = {};
     throwIfCancelled();
-    const Size size = chooseSize(options, {input.photo.width, input.photo.height}, even);
-    media::ClipFormat format;
-    format.size = size;
-    format.fps = options.fps;
-    format.force = options.force;
+    const Size size = chooseSize(options, {input.photo.width, input.photo.height}, format);
     const std::unique_ptr<media::ClipWriter> writer =
-        times.measure(Stage::kSetUp, [&] { return media::openClip(options.out, kind, format); });
-    const bool still = kind == OutputKind::kStill;
+        times.measure(Stage::kSetUp, [&] { return openOutput(options, format, size); });
+    const bool still = format.kind == OutputKind::kStill;
     const int frames = still ? 1 : options.frames;
-    const Crew crew = crewFor(*writer, frames, size, options.supersample);
+    const Crew crew = crewFor(format, frames, size, options.supersample);
     View view = times.measure(Stage::kSetUp, [&] { return View(options.view, size, options.supersample); });
     {
         const FittedInput fitted = times.measure(Stage::kFit, [&] { return view.fit(std::move(input)); });

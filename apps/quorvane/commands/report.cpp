@@ -134,7 +134,7 @@ void addDepth(const Report& report, Lines* lines) {
     }
     for (const media::Finding& finding : depth.findings)
         lines->add("doctor   %s%s (confidence %.2f)",
-                   finding.corrected ? "" : "doubtful: ", finding.text.c_str(), finding.confidence);
+                   finding.corrected ? "" : "doubtful: ", textOf(finding).c_str(), finding.confidence);
     const Fit& fit = depth.plan.fit;
     lines->add("fitted   photo %d x %d -> %d x %d%s", depth.plan.photo.width, depth.plan.photo.height,
                fit.photo.width, fit.photo.height, fit.photo == depth.plan.photo ? "" : ", resampled");
@@ -175,7 +175,7 @@ Json depthJson(const Report& report) {
         json["findings"].push_back({{"ailment", wordFor(finding.ailment)},
                                     {"confidence", finding.confidence},
                                     {"corrected", finding.corrected},
-                                    {"text", finding.text}});
+                                    {"text", textOf(finding)}});
     return json;
 }
 

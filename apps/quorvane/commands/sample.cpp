@@ -20,7 +20,7 @@ constexpr int kLargest = 8192;
 
 void sample(const std::string& photo, const std::string& depth, const std::string& size_text) {
     for (const std::string& path : {photo, depth})
-        if (parseOutput(path) != media::OutputKind::kStill)
+        if (parseOutput(path).kind != media::OutputKind::kStill)
             throw UsageError(path + ": the sample's two files are .png");
     refuseSameOutput(photo, depth);
     const Size size = size_text.empty() ? kDefaultSize : parseSize(size_text);

@@ -49,7 +49,7 @@ media::RgbImage stagesSheet(const ViewOptions& options, Input input) {
 }
 
 void stages(const ViewOptions& options, const std::string& out) {
-    if (parseOutput(out) != media::OutputKind::kStill)
+    if (parseOutput(out).kind != media::OutputKind::kStill)
         throw UsageError("-o " + out + ": the sheet is a .png file");
     refuseInputAsOutput({options.input.photo, options.input.depth}, {out, options.timings});
     // Asked before any work is done.

@@ -178,12 +178,7 @@ media::DepthMap estimateDepth(const std::vector<std::string>& command, const med
             throw Error(name + " failed with exit code " + std::to_string(WEXITSTATUS(status)));
         std::error_code ignored;
         if (!fs::is_regular_file(out, ignored)) throw Error(name + " has written no {out}");
-        try {
-            return media::readPictureFile(out);
-        } catch (const Error& error) {
-            throwIfCancelled();
-            throw Error(name + ": " + replaced(error.what(), out, kOut));
-        }
+        return media::readPictureFile(out, name + ": " + kOut);
     }();
     return endedBySignals([&] { return media::decodeDepthMap(bytes, name + ": " + kOut); });
 }

@@ -48,6 +48,14 @@ DepthSource findDepth(const InputOptions& options) {
     return source;
 }
 
+std::string textOf(const media::Finding& finding) {
+    std::string turns;
+    for (const media::Turn turn : finding.turns)
+        turns += (turns.empty() ? "; --rotate-depth " : " or ") + std::string(media::kTurnWords[turn].name);
+    return finding.text + turns + (turns.empty() ? "" : " turns it") +
+           (finding.inverting ? "; --invert-depth inverts it" : "");
+}
+
 std::string noDepthInside(const media::Contents& contents) {
     std::string containers;
     for (const std::string& name : media::knownContainers())
@@ -116,7 +124,7 @@ Input readInput(const ViewOptions& options, const DepthSource& source) {
         for (const std::string& remark : input.remarks)
             std::fprintf(stderr, "inside: %s\n", printable(remark).c_str());
         for (const media::Finding& finding : input.findings)
-            std::fprintf(stderr, "depth: %s\n", printable(finding.text).c_str());
+            std::fprintf(stderr, "depth: %s\n", printable(textOf(finding)).c_str());
     }
     if (options.verbosity == 0) return input;
 

@@ -41,6 +41,9 @@ struct Input {
 /// where the photo's file cannot be read or is no picture; a signal meanwhile ends the process.
 DepthSource findDepth(const InputOptions& options);
 
+/// The doctor's line, with the option that puts right what the doctor has left alone.
+std::string textOf(const media::Finding& finding);
+
 /// One line for a photo without depth: what was looked for, what was damaged, and why there may be none.
 std::string noDepthInside(const media::Contents& contents);
 

@@ -1,5 +1,6 @@
 #include "apps/quorvane/terminal/arguments.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -39,9 +40,9 @@ Size parseSize(const std::string& text) {
     return {static_cast<int>(width), static_cast<int>(height)};
 }
 
-media::OutputKind parseOutput(const std::string& path) {
+const media::OutputFormat& parseOutput(const std::string& path) {
     try {
-        return media::outputKind(path);
+        return media::outputFormat(path);
     } catch (const Error& error) {
         throw UsageError(error.what());
     }
@@ -62,9 +63,11 @@ std::pair<std::string, double> parseSetting(const std::string& text) {
     const std::string field = text.substr(0, equals);
     double value = std::nan("");
     const bool is_number = parseNumber(text.substr(equals + 1), &value);
+    const auto& parameters = ParallaxView::parameters();
+    const bool is_known = std::any_of(parameters.begin(), parameters.end(),
+                                      [&field](const ParameterInfo& info) { return field == info.name; });
     const Status status = ParallaxView::checkParameter(field, value);
-    if (!status && (is_number || status.message().find("unknown parameter") == 0))
-        throw UsageError("--set " + text + ": " + status.message());
+    if (!status && (is_number || !is_known)) throw UsageError("--set " + text + ": " + status.message());
     if (!is_number) throw UsageError("--set " + text + ": '" + text.substr(equals + 1) + "' is not a number");
     return {field, value};
 }

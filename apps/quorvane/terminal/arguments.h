@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "apps/quorvane/drawing/motion.h"
-#include "media/clip/clip_writer.h"
+#include "media/clip/output_format.h"
 #include "media/picture/resample.h"
 
 namespace quorvane::app {
@@ -16,7 +16,7 @@ namespace quorvane::app {
 Size parseSize(const std::string& text);
 
 /// What the path asks to be made; its extension is refused when it is none of ours.
-media::OutputKind parseOutput(const std::string& path);
+const media::OutputFormat& parseOutput(const std::string& path);
 
 /// "X,Y": both -1 to 1.
 Position parsePosition(const std::string& text);
