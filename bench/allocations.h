@@ -7,7 +7,7 @@
 
 namespace quorvane::bench {
 
-/// How often `work` asks for memory on the calling thread, whichever way.
+/// How often `work` allocates memory on the calling thread, by malloc or by new.
 size_t allocationsDuring(const Work& work);
 
 }  // namespace quorvane::bench

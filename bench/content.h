@@ -9,7 +9,7 @@
 
 namespace quorvane::bench {
 
-/// Takes large pages for what fills them, as ParallaxView does for its block.
+/// Uses large pages for large buffers, as ParallaxView does for its block.
 template <typename T>
 struct InLargePages {
     using value_type = T;

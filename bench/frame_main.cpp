@@ -1,4 +1,4 @@
-// bench_frame: renderFrame beside the same GL calls made bare, in one process and context, by turns.
+// bench_frame: renderFrame and the same GL calls without it, alternately, in one process and context.
 // Prints "driver NAME" and for each size "frame WIDTH HEIGHT SECONDS BARE_SECONDS RATIO PAIRS SAME_PICTURE".
 
 #define EGL_EGLEXT_PROTOTYPES

@@ -6,7 +6,8 @@
 
 namespace quorvane::bench {
 
-/// renderFrame beside the same GL calls made bare, on the real driver; wall clock, as the driver has threads.
+/// renderFrame, and the same GL calls without it, on the real driver. Wall-clock time, because the driver has
+/// threads of its own.
 struct FrameCost {
     int width = 0;
     int height = 0;
@@ -22,7 +23,7 @@ struct Frames {
     std::vector<FrameCost> costs;
 };
 
-/// Runs bench_frame, the program beside this one.
+/// Runs the program bench_frame, which lies in the same folder.
 Frames measureFrames(bool quick);
 
 }  // namespace quorvane::bench

@@ -19,7 +19,7 @@ struct InstructionCount {
 /// valgrind.
 std::vector<InstructionCount> countInstructions(const std::string& folder);
 
-/// What the program does then: every stage once on every path.
+/// What the program does under callgrind: every stage once on every path.
 void runCounted();
 
 }  // namespace quorvane::bench

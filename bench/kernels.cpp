@@ -24,7 +24,7 @@ std::shared_ptr<T> shared(T value) {
     return std::make_shared<T>(std::move(value));
 }
 
-/// Adds every path that runs here, after comparing what it writes with what the scalar one does. run(path,
+/// Adds every path that runs here, after comparing what it writes with what the reference does. run(path,
 /// out) writes `bytes` bytes. compare(wanted, path, got) says what is wrong.
 template <typename Run, typename Compare>
 void addPaths(Stage* stage, size_t bytes, const Run& run, const Compare& compare) {
@@ -35,7 +35,7 @@ void addPaths(Stage* stage, size_t bytes, const Run& run, const Compare& compare
     for (size_t i = 0; i < all.size(); ++i) {
         const Path& path = all[i];
         if (!path.runsHere()) continue;
-        const std::string name = i == 0 ? "scalar" : path.name;
+        const std::string name = i == 0 ? "reference" : path.name;
         out->assign(bytes, 0xa5);
         run(path, out->data());
         const std::string wrong = compare(wanted, i, *out);
@@ -65,7 +65,7 @@ void addFill(Stage* stage, size_t count) {
         "memset", Kind::limit, [=, bytes = shared(Bytes(count))] { std::memset(bytes->data(), 1, count); }));
 }
 
-Goal timesScalar(double bound) { return {"avx2", Goal::kTimesAsFastAs, bound, "scalar"}; }
+Goal timesReference(double bound) { return {"avx2", Goal::kTimesAsFastAs, bound, "reference"}; }
 Goal timesAsFastAs(double bound, const char* against) {
     return {"avx2", Goal::kTimesAsFastAs, bound, against};
 }
@@ -94,8 +94,8 @@ Stage reduction(std::string name, int width, int height, int ratio, bool rgb, st
     return stage;
 }
 
-Stage photoToGuide(int width, int height, int ratio, double times_scalar) {
-    std::vector<Goal> goals = {timesScalar(times_scalar)};
+Stage photoToGuide(int width, int height, int ratio, double times_reference) {
+    std::vector<Goal> goals = {timesReference(times_reference)};
     if (ratio > 1) goals.push_back(timesAsFastAs(1, name(Kind::overlap)));
     if (ratio >= 16) goals.push_back(timesAsFastAs(0.9, "libyuv"));
     return reduction("photo to guide, ratio " + std::to_string(ratio), width, height, ratio, true,
@@ -103,7 +103,8 @@ Stage photoToGuide(int width, int height, int ratio, double times_scalar) {
 }
 
 Stage depthToGrid() {
-    return reduction("depth to grid, ratio 4", 4 * kGridWidth, 4 * kGridHeight, 4, false, {timesScalar(36)});
+    return reduction("depth to grid, ratio 4", 4 * kGridWidth, 4 * kGridHeight, 4, false,
+                     {timesReference(36)});
 }
 
 /// A stage from plane to plane at grid size.
@@ -118,7 +119,7 @@ Stage gridStage(std::string name, std::vector<Goal> goals) {
 }
 
 Stage crossDenoiseStage() {
-    Stage stage = gridStage("cross denoise", {timesScalar(18), timesAsFastAs(1, name(Kind::same))});
+    Stage stage = gridStage("cross denoise", {timesReference(18), timesAsFastAs(1, name(Kind::same))});
     const auto plane = shared(noise(area(kGridWidth, kGridHeight), 2));
     addPaths(&stage, plane->size(), [=](const Path& path, uint8_t* out) {
         path.crossDenoise(plane->data(), out, kGridWidth, kGridHeight);
@@ -129,7 +130,7 @@ Stage crossDenoiseStage() {
 }
 
 Stage denoiseAndContrast() {
-    Stage stage = gridStage("denoise and contrast", {timesScalar(6), timesAsFastAs(1, name(Kind::same))});
+    Stage stage = gridStage("denoise and contrast", {timesReference(6), timesAsFastAs(1, name(Kind::same))});
     const auto plane = shared(noise(area(kGridWidth, kGridHeight), 2));
     addPaths(&stage, plane->size(), [=](const Path& path, uint8_t* out) {
         path.crossDenoise(plane->data(), out, kGridWidth, kGridHeight);
@@ -140,7 +141,7 @@ Stage denoiseAndContrast() {
     return stage;
 }
 
-Stage guidedFilterStage(int radius, double times_scalar, double times_opencv) {
+Stage guidedFilterStage(int radius, double times_reference, double times_opencv) {
     struct Planes {
         Bytes guide, input, buffer;
     };
@@ -154,9 +155,9 @@ Stage guidedFilterStage(int radius, double times_scalar, double times_opencv) {
         LibParam().guided_filter_eps, planes->buffer.data()};
 
     Stage stage = gridStage("guided filter, radius " + std::to_string(radius),
-                            {timesScalar(times_scalar), timesAsFastAs(times_opencv, name(Kind::same))});
+                            {timesReference(times_reference), timesAsFastAs(times_opencv, name(Kind::same))});
     stage.agreement = "within 1";
-    // In single precision a result may be off by one now and then, but then for all vectors alike.
+    // In single precision a result may be off by one now and then, but then it is on every vector path.
     Bytes first;
     addPaths(
         &stage, planes->input.size(),

@@ -10,10 +10,10 @@ namespace quorvane::bench {
 
 using MakeStage = std::function<Stage()>;
 
-/// The kernels' stages, at the sizes that the goals are for. Made one after the other: each holds its memory.
+/// The kernels' stages at the sizes that the goals are for. Each holds its memory, so make one at a time.
 std::vector<MakeStage> kernelStages();
 
-/// The same at sizes that an instruction counter gets through.
+/// The same at sizes small enough for an instruction counter.
 std::vector<MakeStage> smallKernelStages();
 
 }  // namespace quorvane::bench

@@ -6,10 +6,10 @@
 
 namespace quorvane::bench {
 
-/// Reads every byte once, as fast as one thread can. The sum of all 8-byte words, which nobody needs.
+/// Reads every byte once, as fast as one thread can. Returns the sum of all 8-byte words, to have a result.
 uint64_t readAll(const uint8_t* bytes, size_t count);
 
-/// What a compiler must take for a use of `value`.
+/// Keeps the compiler from removing the computation of `value`.
 void use(uint64_t value);
 
 }  // namespace quorvane::bench

@@ -9,8 +9,8 @@
 
 namespace quorvane::bench {
 
-// Packaged libraries at the same tasks, each used the way that was found fastest, on one thread. Where a
-// library is not installed, it gives none. What the arguments point to must outlive the contenders.
+// Packaged libraries at the same tasks, on one thread, each in the way that was found fastest. A library that
+// is not installed adds no contender. What the arguments point to must outlive the contenders.
 
 /// "OpenCV 4.6.0, libyuv"; empty where none is installed.
 std::string installedPeers();

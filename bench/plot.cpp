@@ -71,7 +71,7 @@ void writePlot(const std::vector<PixelCost>& costs, const std::string& path, con
     double least = 1e9, most = 0;
     for (const PixelCost& cost : costs) {
         least = std::min(least, each(cost, std::min(cost.limit_seconds, cost.seconds)));
-        most = std::max(most, each(cost, cost.scalar_seconds));
+        most = std::max(most, each(cost, cost.reference_seconds));
     }
     const std::vector<double> up = marksAround(least, most);
     const Axis y = {up.front(), up.back(), kBottom, kTop};
@@ -93,7 +93,7 @@ void writePlot(const std::vector<PixelCost>& costs, const std::string& path, con
         std::string label;
         double PixelCost::*seconds;
     };
-    const Line lines[] = {{"#d55e00", "", "scalar", &PixelCost::scalar_seconds},
+    const Line lines[] = {{"#d55e00", "", "reference", &PixelCost::reference_seconds},
                           {"#0072b2", "", path, &PixelCost::seconds},
                           {"#555", " stroke-dasharray='6 4'", "copy + read", &PixelCost::limit_seconds}};
     double label = 0;

@@ -33,7 +33,7 @@ class Child {
     Child(const char* lanes, const std::function<Answer()>& prepare) {
         int sockets[2];
         if (socketpair(AF_UNIX, SOCK_STREAM, 0, sockets) != 0) throw std::runtime_error("no socket");
-        // What is buffered would be written twice.
+        // Buffered output would be written by both processes.
         std::fflush(nullptr);
         m_process = fork();
         if (m_process == 0) serve(sockets[1], lanes, prepare);

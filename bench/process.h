@@ -7,9 +7,9 @@ namespace quorvane::bench {
 
 using Answer = std::function<double(int)>;
 
-/// The answers of a process of its own, forked now, where the environment variable QUORVANE_LANES is `lanes`
-/// (null: as here) and standard output goes nowhere. `prepare` runs there and returns what answers there. A
-/// question is not 0. Throws std::runtime_error when that process is gone.
+/// A forked process that answers questions. In it, the environment variable QUORVANE_LANES is `lanes` (null:
+/// as here) and standard output is discarded. `prepare` runs in it and returns the function that answers. A
+/// question is never 0. Throws std::runtime_error when the process has ended.
 Answer apart(const char* lanes, const std::function<Answer()>& prepare);
 
 }  // namespace quorvane::bench

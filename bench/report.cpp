@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <ctime>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "peers.h"
@@ -16,7 +17,7 @@ namespace {
 
 constexpr double kMebibyte = 1 << 20;
 
-/// Three digits that say something.
+/// Three significant digits.
 std::string milliseconds(double seconds) {
     const double ms = 1e3 * seconds;
     return decimal(ms, ms < 0.1 ? 4 : ms < 1 ? 3 : ms < 10 ? 2 : 1);
@@ -40,7 +41,7 @@ void addWithGoals(Table* table, std::vector<std::string> cells, const std::vecto
     }
 }
 
-/// How many times as fast as scalar code the fastest contender of these kinds is; empty without one.
+/// How many times as fast as the reference the fastest contender of these kinds is; empty without one.
 std::string fastest(const Result& result, std::initializer_list<Kind> kinds) {
     double best = 0;
     for (size_t i = 0; i < result.figures.size(); ++i)
@@ -58,11 +59,11 @@ void printMachine(const Machine& machine) {
 
 void printStages(const Report& report) {
     const PathList path = paths();
-    std::vector<std::string> heads = {"stage", "size", "scalar, ms"};
+    std::vector<std::string> heads = {"stage", "size", "reference, ms"};
     for (size_t i = 1; i < path.size(); ++i) heads.emplace_back(path[i].name);
     for (const char* head : {"limit", "peer", "box", "output", "goal"}) heads.emplace_back(head);
 
-    std::puts("How many times as fast as scalar code, which is given in milliseconds:\n");
+    std::puts("Milliseconds of the reference, and how many times as fast as it the others are:\n");
     Table table(heads);
     for (const Result& result : report.stages) {
         const Stage& stage = result.stage;
@@ -93,7 +94,7 @@ void printPeers(const Report& report) {
         std::puts("No peer is installed: scripts/bench --peers\n");
         return;
     }
-    Table table({"stage", "size", "peer", "kind", "ms", "times scalar", "ours beside it"});
+    Table table({"stage", "size", "peer", "kind", "ms", "times reference", "ours beside it"});
     for (const Result& result : report.stages) {
         double ours = 0;
         for (size_t i = 0; i < result.figures.size(); ++i) {
@@ -130,13 +131,13 @@ void printCosts(const Report& report) {
     if (report.costs.empty()) return;
     std::puts("setTexture + setDepth against the photo's size, nanoseconds a pixel; memory in MiB:\n");
     Table table(
-        {"photo", "megapixels", report.machine.path, "scalar", "copy + read", "block", "growth", "goal"});
+        {"photo", "megapixels", report.machine.path, "reference", "copy + read", "block", "growth", "goal"});
     auto outcome = report.cost_outcomes.begin();
     for (const PixelCost& cost : report.costs) {
         const auto each = [&](double seconds) { return decimal(1e9 * seconds / cost.pixels(), 3); };
         addWithGoals(&table,
                      {sizeText(cost.width, cost.height), decimal(cost.pixels() / 1e6, 2), each(cost.seconds),
-                      each(cost.scalar_seconds), each(cost.limit_seconds),
+                      each(cost.reference_seconds), each(cost.limit_seconds),
                       decimal(cost.block_bytes / kMebibyte, 1), decimal(cost.peak_bytes / kMebibyte, 1)},
                      {*outcome++});
     }
@@ -170,124 +171,48 @@ std::string processor() {
     return model + ", " + std::to_string(count) + " cores";
 }
 
-// JSON
-// -----------------------------------------------------------------------------------------------------------
+// In the order in which it is filled.
+using Json = nlohmann::ordered_json;
 
-/// Writes values one after the other; commas and line ends come by themselves.
-class Json {
-  public:
-    explicit Json(const std::string& file) : m_out(file) { open('{'); }
-    ~Json() {
-        close('}');
-        m_out << "\n";
-    }
-    Json(const Json&) = delete;
-    Json& operator=(const Json&) = delete;
-
-    void text(const char* key, const std::string& value) {
-        next(key);
-        quote(value);
-    }
-    void number(const char* key, double value) {
-        next(key);
-        char digits[32];
-        std::snprintf(digits, sizeof digits, "%.9g", value);
-        m_out << digits;
-    }
-    void truth(const char* key, bool value) {
-        next(key);
-        m_out << (value ? "true" : "false");
-    }
-    void nothing(const char* key) {
-        next(key);
-        m_out << "null";
-    }
-    /// `write` fills an object; without a key, one of an array.
-    template <typename Write>
-    void object(const char* key, const Write& write) {
-        next(key);
-        open('{');
-        write();
-        close('}');
-    }
-    template <typename Items, typename Write>
-    void array(const char* key, const Items& items, const Write& write) {
-        next(key);
-        open('[');
-        for (const auto& item : items) object(nullptr, [&] { write(item); });
-        close(']');
-    }
-
-  private:
-    void open(char bracket) {
-        m_out << bracket;
-        ++m_depth;
-        m_first = true;
-    }
-    void close(char bracket) {
-        --m_depth;
-        if (!m_first) indent();
-        m_out << bracket;
-        m_first = false;
-    }
-    void next(const char* key) {
-        if (!m_first) m_out << ",";
-        m_first = false;
-        indent();
-        if (key == nullptr) return;
-        quote(key);
-        m_out << ": ";
-    }
-    void indent() { m_out << "\n" << std::string(static_cast<size_t>(2 * m_depth), ' '); }
-    void quote(const std::string& value) {
-        m_out << '"';
-        for (const char c : value) {
-            if (c == '"' || c == '\\') m_out << '\\';
-            m_out << (static_cast<unsigned char>(c) < 0x20 ? ' ' : c);
-        }
-        m_out << '"';
-    }
-
-    std::ofstream m_out;
-    int m_depth = 0;
-    bool m_first = true;
-};
-
-void writeMachine(Json* json, const Machine& machine) {
-    json->text("processor", machine.processor);
-    json->text("compiler", machine.compiler);
-    json->text("path", machine.path);
-    json->text("peers", machine.peers);
-    json->text("date", machine.date);
+void write(const Json& json, const std::string& file) {
+    std::ofstream out(file);
+    out << json.dump(2, ' ', false, Json::error_handler_t::replace) << "\n";
 }
 
-void writeOutcomes(Json* json, const std::vector<Outcome>& outcomes) {
-    json->array("goals", outcomes, [json](const Outcome& outcome) {
-        json->text("goal", outcome.goal);
-        if (!outcome.unmeasured.empty()) {
-            json->nothing("value");
-            json->nothing("met");
-            return;
-        }
-        json->number("value", outcome.value);
-        json->truth("met", outcome.met);
-    });
+Json jsonOf(const Machine& machine) {
+    return {{"processor", machine.processor},
+            {"compiler", machine.compiler},
+            {"path", machine.path},
+            {"peers", machine.peers},
+            {"date", machine.date}};
 }
 
-void writeStage(Json* json, const Result& result) {
-    json->text("stage", result.stage.name);
-    json->text("size", result.stage.size);
-    json->text("output", result.stage.wrong.empty() ? result.stage.agreement : result.stage.wrong);
-    size_t i = 0;
-    json->array("contenders", result.stage.contenders, [&](const Contender& contender) {
-        json->text("name", contender.name);
-        json->text("kind", name(contender.kind));
-        json->number("seconds", result.figures[i].seconds);
-        json->number("samples", result.figures[i].samples);
-        json->number("times_first", result.speedup(i));
-        ++i;
-    });
-    writeOutcomes(json, result.outcomes);
+Json jsonOf(const std::vector<Outcome>& outcomes) {
+    Json goals = Json::array();
+    for (const Outcome& outcome : outcomes) {
+        const bool measured = outcome.unmeasured.empty();
+        goals.push_back({{"goal", outcome.goal},
+                         {"value", measured ? Json(outcome.value) : Json()},
+                         {"met", measured ? Json(outcome.met) : Json()}});
+    }
+    return goals;
+}
+
+Json jsonOf(const Result& result) {
+    Json contenders = Json::array();
+    for (size_t i = 0; i < result.figures.size(); ++i) {
+        const Contender& contender = result.stage.contenders[i];
+        contenders.push_back({{"name", contender.name},
+                              {"kind", name(contender.kind)},
+                              {"seconds", result.figures[i].seconds},
+                              {"samples", result.figures[i].samples},
+                              {"times_first", result.speedup(i)}});
+    }
+    return {{"stage", result.stage.name},
+            {"size", result.stage.size},
+            {"output", result.stage.wrong.empty() ? result.stage.agreement : result.stage.wrong},
+            {"contenders", std::move(contenders)},
+            {"goals", jsonOf(result.outcomes)}};
 }
 
 }  // namespace
@@ -312,8 +237,8 @@ void Report::judge() {
 
     cost_outcomes.clear();
     for (const PixelCost& cost : costs) {
-        // What the C library rounds up to is not the renderer's, and the kernel counts pages in batches: 32
-        // for each processor and kind of page.
+        // The C library rounds up what it asks for, and the kernel counts pages in batches of 32 for each
+        // processor and kind of page.
         constexpr double kPages = 512 << 10;
         const double growth = std::max(0.0, cost.peak_bytes - kPages);
         cost_outcomes.push_back(atMost("growth <= 1 times the block", 1, growth / cost.block_bytes));
@@ -355,9 +280,9 @@ void print(const Report& report) {
 
 void print(const Machine& machine, const std::vector<InstructionCount>& counts) {
     printMachine(machine);
-    std::puts("Instructions, and how many times as many scalar code needs:\n");
+    std::puts("Instructions, and how many times as many the reference needs:\n");
     const PathList path = paths();
-    std::vector<std::string> heads = {"stage", "size", "for each", "scalar"};
+    std::vector<std::string> heads = {"stage", "size", "for each", "reference"};
     for (size_t i = 1; i < path.size(); ++i) heads.insert(heads.end(), {path[i].name, ""});
     Table table(heads);
     for (size_t k = 0; k < counts.size();) {
@@ -371,48 +296,48 @@ void print(const Machine& machine, const std::vector<InstructionCount>& counts) 
 }
 
 void writeJson(const Report& report, const std::string& file) {
-    Json json(file);
-    writeMachine(&json, report.machine);
-    json.array("stages", report.stages, [&](const Result& result) { writeStage(&json, result); });
-    json.object("frames", [&] {
-        json.text("driver", report.frames.driver);
-        json.number("own_share_seconds", report.share.seconds);
-        json.number("allocations", report.share.allocations);
-        json.array("pictures", report.frames.costs, [&](const FrameCost& cost) {
-            json.number("width", cost.width);
-            json.number("height", cost.height);
-            json.number("seconds", cost.seconds);
-            json.number("bare_seconds", cost.bare_seconds);
-            json.number("ratio", cost.ratio);
-            json.number("pairs", cost.pairs);
-            json.truth("same_picture", cost.same_picture);
-        });
-        writeOutcomes(&json, report.frame_outcomes);
-    });
-    json.object("cost", [&] {
-        json.array("photos", report.costs, [&](const PixelCost& cost) {
-            json.number("width", cost.width);
-            json.number("height", cost.height);
-            json.number("seconds", cost.seconds);
-            json.number("scalar_seconds", cost.scalar_seconds);
-            json.number("limit_seconds", cost.limit_seconds);
-            json.number("block_bytes", cost.block_bytes);
-            json.number("growth_bytes", cost.peak_bytes);
-        });
-        writeOutcomes(&json, report.cost_outcomes);
-    });
+    Json json = jsonOf(report.machine);
+    json["stages"] = Json::array();
+    for (const Result& result : report.stages) json["stages"].push_back(jsonOf(result));
+
+    Json pictures = Json::array();
+    for (const FrameCost& cost : report.frames.costs)
+        pictures.push_back({{"width", cost.width},
+                            {"height", cost.height},
+                            {"seconds", cost.seconds},
+                            {"bare_seconds", cost.bare_seconds},
+                            {"ratio", cost.ratio},
+                            {"pairs", cost.pairs},
+                            {"same_picture", cost.same_picture}});
+    json["frames"] = {{"driver", report.frames.driver},
+                      {"own_share_seconds", report.share.seconds},
+                      {"allocations", report.share.allocations},
+                      {"pictures", std::move(pictures)},
+                      {"goals", jsonOf(report.frame_outcomes)}};
+
+    Json photos = Json::array();
+    for (const PixelCost& cost : report.costs)
+        photos.push_back({{"width", cost.width},
+                          {"height", cost.height},
+                          {"seconds", cost.seconds},
+                          {"reference_seconds", cost.reference_seconds},
+                          {"limit_seconds", cost.limit_seconds},
+                          {"block_bytes", cost.block_bytes},
+                          {"growth_bytes", cost.peak_bytes}});
+    json["cost"] = {{"photos", std::move(photos)}, {"goals", jsonOf(report.cost_outcomes)}};
+    write(json, file);
 }
 
 void writeJson(const Machine& machine, const std::vector<InstructionCount>& counts, const std::string& file) {
-    Json json(file);
-    writeMachine(&json, machine);
-    json.array("instructions", counts, [&](const InstructionCount& count) {
-        json.text("stage", count.stage);
-        json.text("size", count.size);
-        json.text("for_each", count.unit);
-        json.text("path", count.path);
-        json.number("instructions", count.each);
-    });
+    Json json = jsonOf(machine);
+    json["instructions"] = Json::array();
+    for (const InstructionCount& count : counts)
+        json["instructions"].push_back({{"stage", count.stage},
+                                        {"size", count.size},
+                                        {"for_each", count.unit},
+                                        {"path", count.path},
+                                        {"instructions", count.each}});
+    write(json, file);
 }
 
 }  // namespace quorvane::bench

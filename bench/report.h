@@ -20,7 +20,7 @@ struct Machine {
     std::string date;
 };
 
-/// The path in use is asked for here: from then on it is the same in all processes forked.
+/// This settles the path in use, also for all processes that are forked later.
 Machine thisMachine();
 
 /// All figures of a run.
@@ -43,7 +43,7 @@ struct Report {
     std::vector<Outcome> allOutcomes() const;
 };
 
-/// Tables in Markdown, aligned for reading as they are.
+/// Tables in Markdown, with columns aligned in the text itself.
 void print(const Report& report);
 void print(const Machine& machine, const std::vector<InstructionCount>& counts);
 

@@ -17,7 +17,7 @@ enum class Kind {
     same,     ///< a packaged library, the same filter
     overlap,  ///< a packaged library, another low-pass filter whose windows overlap
     box,      ///< a packaged library, plain averages of the blocks
-    nearby,   ///< a packaged library, something else that is often used there
+    nearby,   ///< a packaged library, something else that is often used for the purpose
 };
 
 const char* name(Kind kind);
@@ -31,12 +31,12 @@ struct Contender {
 
 Contender here(std::string name, Kind kind, Work work);
 
-/// A bound for the time of one contender beside that of another.
+/// A bound for the time of one contender, relative to another.
 struct Goal {
     std::string contender;
     enum { kTimesAsFastAs, kTimesTheTimeOf } comparison;
     double bound;         ///< at least for kTimesAsFastAs, at most for kTimesTheTimeOf
-    std::string against;  ///< the fastest whose name begins so, or whose kind is called so
+    std::string against;  ///< a kind, or how a name begins; the fastest contender of that kind or name counts
 };
 
 /// What became of a goal.
@@ -53,7 +53,7 @@ struct Stage {
     std::string size;
     double units = 1;  ///< source pixels, cells, ...: what the instructions are counted for
     std::string unit;
-    std::vector<Contender> contenders;  ///< "scalar" is the first
+    std::vector<Contender> contenders;  ///< "reference" is the first
     std::vector<Goal> goals;
     std::string agreement = "same";  ///< how the outputs of the paths agree, where they do
     std::string wrong;               ///< what else was found
@@ -65,7 +65,7 @@ struct Result {
     std::vector<Figure> figures;
     std::vector<Outcome> outcomes;
 
-    /// Of the scalar contender's time to another's.
+    /// Of the reference's time to another contender's.
     double speedup(size_t contender) const { return figures[0].seconds / figures[contender].seconds; }
 };
 
@@ -74,8 +74,8 @@ Result measure(Stage stage, int rounds);
 Outcome atMost(std::string goal, double bound, double value);
 Outcome notMeasured(std::string goal, std::string why);
 
-/// Says in one clause how two planes differ by more than `tolerance` a byte, or by anything in more than one
-/// of `seldom` bytes; empty where they do not. A `seldom` of 0 asks for the same bytes.
+/// Compares two planes. Empty when no byte differs by more than `tolerance` and at most one byte in `seldom`
+/// differs at all; else one clause that says how they differ. With a `seldom` of 0 no byte may differ.
 std::string difference(const Bytes& wanted, const Bytes& got, int tolerance = 0, size_t seldom = 0);
 
 /// Printed as %.*f.

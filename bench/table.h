@@ -6,8 +6,7 @@
 
 namespace quorvane::bench {
 
-/// A table in Markdown whose columns are aligned for reading as it is: the first to the left, figures to the
-/// right.
+/// A table in Markdown with columns aligned in the text itself: the first to the left, figures to the right.
 class Table {
   public:
     explicit Table(std::vector<std::string> heads);

@@ -10,7 +10,8 @@ namespace quorvane::bench {
 
 using Work = std::function<void()>;
 
-/// Does some work that many times, and answers with the CPU seconds that the thread doing it spent.
+/// Does some work as many times as the argument says, and returns the CPU seconds that the working thread
+/// spent.
 using Timed = Answer;
 
 Timed timed(Work work);
@@ -23,8 +24,8 @@ struct Figure {
     int samples = 0;
 };
 
-/// Times all contenders by turns, so that a busy machine is busy for each of them. A sample lasts 2 ms or
-/// more. There are `rounds` samples of each, fewer of the slow ones.
+/// Times all contenders in rounds, one sample of each a round, so that a busy machine slows all of them
+/// alike. A sample lasts 2 ms or more. There are `rounds` samples of each contender, fewer of the slow ones.
 std::vector<Figure> interleaved(const std::vector<Timed>& contenders, int rounds);
 
 }  // namespace quorvane::bench

@@ -117,9 +117,9 @@ Stage photoAndDepth() {
     Stage stage;
     stage.name = "setTexture + setDepth";
     stage.size = sizeText(kLarge.photo_width, kLarge.photo_height);
-    stage.goals = {{"avx2", Goal::kTimesAsFastAs, 14, "scalar"},
-                   {"sse4.1", Goal::kTimesAsFastAs, 11, "scalar"},
-                   {"sse2", Goal::kTimesAsFastAs, 6.5, "scalar"},
+    stage.goals = {{"avx2", Goal::kTimesAsFastAs, 14, "reference"},
+                   {"sse4.1", Goal::kTimesAsFastAs, 11, "reference"},
+                   {"sse2", Goal::kTimesAsFastAs, 6.5, "reference"},
                    {"avx2", Goal::kTimesAsFastAs, 2, "OpenCV, resize"},
                    {"avx2", Goal::kTimesTheTimeOf, 1.7, "copy + read"}};
 
@@ -130,7 +130,7 @@ Stage photoAndDepth() {
     const PathList path = paths();
     for (size_t i = 0; i < path.size(); ++i) {
         if (!path[i].runsHere()) continue;
-        const std::string name = i == 0 ? "scalar" : path[i].name;
+        const std::string name = i == 0 ? "reference" : path[i].name;
         const auto prepare = [&]() -> Work {
             const auto component = std::make_shared<Component>(kLarge);
             component->setPhoto(inputs->photo.data());
@@ -198,11 +198,11 @@ double kernelFigure(const char* file, const std::string& name) {
     return 0;
 }
 
-/// By how much the calls let a process grow that holds the inputs and a block that nothing has touched yet.
+/// How much a process grows during the calls, after it holds the inputs and an untouched block.
 double peakGrowth(const Sizes& sizes, const uint8_t* photo, const uint8_t* depth) {
     return apart(nullptr, [&]() -> Answer {
         return [&](int) {
-            // The first upload brings in code and standard output's buffer, at a size that does not count.
+            // A small upload first: it loads code and allocates standard output's buffer.
             const Sizes small = {1024, 64, 256, 16};  // goes through the vector code
             Component warm(small);
             warm.setPhoto(photo);
@@ -246,7 +246,7 @@ std::vector<PixelCost> pixelCosts(double megapixels, int rounds) {
                          timedApart(nullptr, [&] { return copyAndRead(photo.data(), photo.size()); })},
                         rounds);
         cost.seconds = figures[0].seconds;
-        cost.scalar_seconds = figures[1].seconds;
+        cost.reference_seconds = figures[1].seconds;
         cost.limit_seconds = figures[2].seconds;
         ESRenderer planner;
         cost.block_bytes = planner.getRequiredMemSize(sizes.photo_width, sizes.photo_height,

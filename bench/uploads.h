@@ -20,7 +20,7 @@ struct PixelCost {
     int width;
     int height;
     double seconds;  ///< on the path in use
-    double scalar_seconds;
+    double reference_seconds;
     double limit_seconds;  ///< one copy and one read of the photo
     double block_bytes;    ///< the working block
     double peak_bytes;     ///< by which the calls let the process grow
