@@ -44,7 +44,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         promised(!image.where.empty(), "an image is somewhere");
     for (const std::string& remark : contents.remarks) promised(isOneLine(remark), "a remark is one line");
     if (contents.original) held += contents.original->bytes.size();
-    if (contents.depth) held += contents.depth->bytes.size();
+    if (contents.depth && !std::holds_alternative<media::DepthHeifItem>(contents.depth->plane))
+        held += media::planeBytes(*contents.depth).size();
     promised(held <= 3 * bytes.size(), "at most three times the file is kept");
     if (contents.depth) checkDepth(*contents.depth);
     return 0;

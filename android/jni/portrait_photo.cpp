@@ -16,8 +16,8 @@ namespace quorvane {
 namespace {
 
 using media::Contents;
-using media::DepthCoding;
 using media::DepthKind;
+using media::DepthSamples;
 using media::EmbeddedDepth;
 
 /// ASCII, whatever a file has put into it: Java's own UTF-8 is not that of files, and a wrong one ends the
@@ -65,10 +65,11 @@ int orientationOf(std::string_view picture, int otherwise) {
 
 /// Bits of a sample as it is stored. Of pictures only PNG's matter: the others that Android decodes have 8.
 int bitsOf(const EmbeddedDepth& depth) {
-    if (depth.coding != DepthCoding::kPicture) return depth.coding == DepthCoding::kGray16 ? 16 : 8;
+    if (const auto* samples = std::get_if<DepthSamples>(&depth.plane)) return samples->bits;
     constexpr size_t kBitDepth = 24;
-    const bool png = depth.bytes.compare(0, 4, "\x89PNG") == 0 && depth.bytes.size() > kBitDepth;
-    return png && depth.bytes[kBitDepth] == 16 ? 16 : 8;
+    const std::string_view picture = media::planeBytes(depth);
+    const bool png = picture.substr(0, 4) == "\x89PNG" && picture.size() > kBitDepth;
+    return png && picture[kBitDepth] == 16 ? 16 : 8;
 }
 
 /// The place in PortraitPhoto.DepthKind.
@@ -104,17 +105,19 @@ jobject newPhoto(JNIEnv* env, jclass type, const Contents& contents) {
     if (contents.depth) {
         container = newString(env, depth.container);
         if (container == nullptr) return nullptr;
-        samples = newBytes(env, depth.bytes);
+        samples = newBytes(env, media::planeBytes(depth));
         if (samples == nullptr) return nullptr;
     }
     const jstring units = newString(env, depth.units);
     if (units == nullptr) return nullptr;
-    const bool picture = depth.coding == DepthCoding::kPicture;
-    const int depth_orientation = picture ? orientationOf(depth.bytes, depth.orientation) : depth.orientation;
+    const auto* bare = std::get_if<DepthSamples>(&depth.plane);
+    const int depth_orientation =
+        bare == nullptr ? orientationOf(media::planeBytes(depth), depth.orientation) : depth.orientation;
     return env->NewObject(type, constructor, original, orientation, remarks, container, samples,
-                          static_cast<jboolean>(picture), depth.width, depth.height, bitsOf(depth),
-                          ordinalOf(depth.kind), static_cast<jboolean>(depth.larger_is_nearer),
-                          depth.near.value_or(NAN), depth.far.value_or(NAN), units, depth_orientation,
+                          static_cast<jboolean>(bare == nullptr), bare == nullptr ? 0 : bare->width,
+                          bare == nullptr ? 0 : bare->height, bitsOf(depth), ordinalOf(depth.kind),
+                          static_cast<jboolean>(depth.larger_is_nearer), depth.near.value_or(NAN),
+                          depth.far.value_or(NAN), units, depth_orientation,
                           static_cast<jboolean>(depth.orientation_known));
 }
 

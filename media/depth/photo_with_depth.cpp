@@ -20,19 +20,20 @@ void setRemark(std::string* remark, std::string text) {
     if (remark != nullptr) *remark = std::move(text);
 }
 
-/// Bare samples of 8 or 16 bit, the lower byte first, on the scale of 0 to 255.
-Plane bareSamples(const EmbeddedDepth& depth, const std::string& name, long long most_pixels) {
-    const size_t sample_size = depth.coding == DepthCoding::kGray16 ? 2 : 1;
-    const long long pixels = static_cast<long long>(depth.width) * depth.height;
-    if (depth.width < 1 || depth.height < 1 || static_cast<size_t>(pixels) > depth.bytes.size() / sample_size)
-        throw Error(name + ": a depth plane of " + std::to_string(depth.bytes.size()) +
-                    " bytes, too few for " + std::to_string(depth.width) + " x " +
-                    std::to_string(depth.height) + " samples");
+/// The samples on the scale of 0 to 255.
+Plane toPlane(const DepthSamples& samples, const std::string& name, long long most_pixels) {
+    const size_t sample_size = samples.bits == 16 ? 2 : 1;
+    const long long pixels = static_cast<long long>(samples.width) * samples.height;
+    if (samples.width < 1 || samples.height < 1 ||
+        static_cast<size_t>(pixels) > samples.bytes.size() / sample_size)
+        throw Error(name + ": a depth plane of " + std::to_string(samples.bytes.size()) +
+                    " bytes, too few for " + std::to_string(samples.width) + " x " +
+                    std::to_string(samples.height) + " samples");
     if (pixels > most_pixels)
-        throw Error(name + ": " + std::to_string(depth.width) + " x " + std::to_string(depth.height) +
+        throw Error(name + ": " + std::to_string(samples.width) + " x " + std::to_string(samples.height) +
                     " pixels; at most " + std::to_string(most_pixels / 1000000) + " million are read");
-    Plane plane(depth.width, depth.height);
-    const auto byte = [&depth](size_t i) { return static_cast<uint8_t>(depth.bytes[i]); };
+    Plane plane(samples.width, samples.height);
+    const auto byte = [&samples](size_t i) { return static_cast<uint8_t>(samples.bytes[i]); };
     for (size_t i = 0; i < plane.samples.size(); ++i)
         plane.samples[i] = sample_size == 1
                                ? static_cast<float>(byte(i))
@@ -40,34 +41,38 @@ Plane bareSamples(const EmbeddedDepth& depth, const std::string& name, long long
     return plane;
 }
 
-/// A plane's samples, upright, on the scale of 0 to 255, which stands for all that its bits can hold.
-DepthMap decodeSamples(const EmbeddedDepth& depth, const std::string& name, long long most_pixels) {
-    DepthMap map;
-    switch (depth.coding) {
-        case DepthCoding::kPicture:
-            // A linear range needs the levels as they were before they are spread.
-            return depth.kind == DepthKind::kLinearRange
-                       ? decodeDepthLevels(depth.bytes, name, most_pixels, depth.orientation)
-                       : decodeDepthMap(depth.bytes, name, most_pixels, depth.orientation);
-        case DepthCoding::kGray8:
-        case DepthCoding::kGray16:
-            map.bits = depth.coding == DepthCoding::kGray8 ? 8 : 16;
-            map.plane = turned(bareSamples(depth, name, most_pixels), turnOfExif(depth.orientation));
-            return map;
-        case DepthCoding::kHeifItem: break;
-    }
-    HeifPlane item;
-    try {
-        item = decodeHeifItem(depth.bytes, depth.heif_item, most_pixels);
-    } catch (const std::runtime_error& error) {
-        throw Error(name + ": " + error.what());
-    }
-    map.bits = item.bits;
+/// The item's samples on the scale of 0 to 255.
+Plane toPlane(const HeifPlane& item) {
     Plane plane(item.width, item.height);
     const float full = static_cast<float>((1 << item.bits) - 1);
     std::transform(item.samples.begin(), item.samples.end(), plane.samples.begin(),
                    [full](uint16_t sample) { return static_cast<float>(sample) * 255.0f / full; });
-    map.plane = turned(plane, turnOfExif(depth.orientation));
+    return plane;
+}
+
+/// A plane's samples, upright, on the scale of 0 to 255, which stands for all that its bits can hold.
+/// Pictures of 16 bit are spread over their range already, unless it is linear: that needs the levels as they
+/// were.
+DepthMap decodeSamples(const EmbeddedDepth& depth, const std::string& name, long long most_pixels) {
+    if (const auto* picture = std::get_if<DepthPicture>(&depth.plane))
+        return depth.kind == DepthKind::kLinearRange
+                   ? decodeDepthLevels(picture->bytes, name, most_pixels, depth.orientation)
+                   : decodeDepthMap(picture->bytes, name, most_pixels, depth.orientation);
+    DepthMap map;
+    if (const auto* samples = std::get_if<DepthSamples>(&depth.plane)) {
+        map.bits = samples->bits;
+        map.plane = toPlane(*samples, name, most_pixels);
+    } else {
+        const auto& item = std::get<DepthHeifItem>(depth.plane);
+        try {
+            const HeifPlane decoded = decodeHeifItem(item.file, item.id, most_pixels);
+            map.bits = decoded.bits;
+            map.plane = toPlane(decoded);
+        } catch (const std::runtime_error& error) {
+            throw Error(name + ": " + error.what());
+        }
+    }
+    map.plane = turned(map.plane, turnOfExif(depth.orientation));
     return map;
 }
 

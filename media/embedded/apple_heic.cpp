@@ -65,11 +65,7 @@ EmbeddedDepth depthIn(std::string_view file, const heif_image_handle* primary, u
     const HeifHandle handle = auxiliaryPicture(primary, id);
     EmbeddedDepth depth;
     depth.where = nameOf(id);
-    depth.bytes = file;
-    depth.coding = DepthCoding::kHeifItem;
-    depth.heif_item = id;
-    depth.width = heif_image_handle_get_width(handle.get());
-    depth.height = heif_image_handle_get_height(handle.get());
+    depth.plane = DepthHeifItem{file, id};
     depth.kind = DepthKind::kDisparity;
     depth.polarity_reason = "HEIF's depth pictures hold disparity";
     const heif_depth_representation_info* info = nullptr;

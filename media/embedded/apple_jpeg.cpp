@@ -57,7 +57,7 @@ bool isMadeByApple(const Jpeg& jpeg) {
 
 EmbeddedDepth depthIn(std::string_view file, const Jpeg& jpeg, const Xmp& xmp, int photo_orientation) {
     EmbeddedDepth depth;
-    depth.bytes = file.substr(jpeg.begin, jpeg.end - jpeg.begin);
+    depth.plane = DepthPicture{std::string(file.substr(jpeg.begin, jpeg.end - jpeg.begin))};
     describeAppleDepth(xmp, 255, &depth);
     // It is kept as the photo is, and seldom says itself how that is turned.
     depth.orientation = hasExifOrientation(jpeg) ? exifOrientation(jpeg) : photo_orientation;

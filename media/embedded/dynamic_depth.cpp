@@ -50,7 +50,7 @@ void readDynamicDepth(const PhotoFile& file, Contents* contents) {
         if (!isPicture(*plane) || contents->depth) continue;
         EmbeddedDepth depth = depthInTerms(xmp, kDynamicDepth, map, "Dynamic Depth", contents);
         depth.where = innerImage(*plane, ImageRole::kDepth).where;
-        depth.bytes = plane->bytes;
+        depth.plane = DepthPicture{std::string(plane->bytes)};
         contents->depth = std::move(depth);
     }
 

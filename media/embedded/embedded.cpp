@@ -33,6 +33,12 @@ void addImage(InnerImage image, std::map<std::string, size_t>* places, std::vect
 
 }  // namespace
 
+std::string_view planeBytes(const EmbeddedDepth& depth) {
+    if (const auto* item = std::get_if<DepthHeifItem>(&depth.plane)) return item->file;
+    if (const auto* samples = std::get_if<DepthSamples>(&depth.plane)) return samples->bytes;
+    return std::get<DepthPicture>(depth.plane).bytes;
+}
+
 PhotoFile openPhoto(std::string_view bytes, std::vector<std::string>* remarks) {
     PhotoFile file = {bytes, walkJpeg(bytes), {}};
     if (file.jpeg) file.xmp = xmpOf(*file.jpeg, remarks);
@@ -65,7 +71,7 @@ Contents lookInside(std::string_view bytes) {
             contents.remarks.push_back(std::string(container.name) + ": " + std::move(remark));
         if (!found.depth) continue;
         if (contents.depth) {
-            if (found.depth->bytes != contents.depth->bytes)
+            if (planeBytes(*found.depth) != planeBytes(*contents.depth))
                 contents.remarks.push_back(std::string(container.name) +
                                            ": not used, its depth is not that of " +
                                            contents.depth->container);

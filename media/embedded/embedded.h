@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 namespace quorvane::media {
@@ -40,22 +41,29 @@ struct InnerImage {
     uint64_t bytes = 0;
 };
 
-/// How the bytes of a depth plane are to be read.
-enum class DepthCoding {
-    kPicture,   ///< a whole JPEG, PNG, WebP or TIFF file
-    kGray8,     ///< width * height bytes, rows from the top
-    kGray16,    ///< the same of 16 bits, the lower byte first
-    kHeifItem,  ///< `bytes` is the whole HEIC file, `heif_item` its auxiliary picture
+/// A depth plane that is a picture file of its own: JPEG, PNG, WebP, TIFF, HEIC or AVIF.
+struct DepthPicture {
+    std::string bytes;
+};
+
+/// A depth plane of bare samples, rows from the top.
+struct DepthSamples {
+    std::string bytes;  ///< width * height samples; of 16 bit each has its lower byte first
+    int width = 0;
+    int height = 0;
+    int bits = 8;  ///< 8 or 16
+};
+
+/// A depth plane that is an auxiliary picture of a HEIC or AVIF file and cannot be read without that file.
+struct DepthHeifItem {
+    std::string_view file;  ///< the whole file; whoever holds this keeps its bytes
+    uint32_t id = 0;
 };
 
 struct EmbeddedDepth {
     std::string container;  ///< as knownContainers() names it
     std::string where;      ///< as in its InnerImage
-    std::string bytes;
-    DepthCoding coding = DepthCoding::kPicture;
-    int width = 0;  ///< of bare samples; pictures know their own
-    int height = 0;
-    uint32_t heif_item = 0;
+    std::variant<DepthPicture, DepthSamples, DepthHeifItem> plane;
 
     DepthKind kind = DepthKind::kUnknown;
     bool larger_is_nearer = true;     ///< of the samples as stored
@@ -67,6 +75,9 @@ struct EmbeddedDepth {
     int orientation = 1;
     bool orientation_known = true;  ///< else a guess
 };
+
+/// The bytes that hold the plane; for a HEIF item those of the whole file.
+std::string_view planeBytes(const EmbeddedDepth& depth);
 
 /// A photo kept beside the one that viewers show.
 struct EmbeddedPhoto {
@@ -89,7 +100,8 @@ struct Contents {
 
 /// Looks into the bytes of a picture file. Whatever they are, it returns: what is damaged becomes a remark.
 /// Where several containers hold a depth, the first of knownContainers() wins. Beside `file`, at most six
-/// times its size and 50 MB are taken, and what is kept of it at most three times.
+/// times its size and 50 MB are taken, and what is kept of it at most three times. A DepthHeifItem refers to
+/// `file`; all else is copied out of it.
 Contents lookInside(std::string_view file);
 
 /// The names of the containers that are looked for, in the order of preference; Apple's HEIC only where

@@ -34,7 +34,7 @@ void readGContainer(const PhotoFile& file, Contents* contents) {
             if (!isPicture(item) || contents->depth) continue;
             EmbeddedDepth depth = describedDepth(file.xmp, contents);
             depth.where = image.where;
-            depth.bytes = item.bytes;
+            depth.plane = DepthPicture{std::string(item.bytes)};
             contents->depth = std::move(depth);
         } else if (role == ImageRole::kOriginal) {
             addRemark(item, "its unblurred photo", contents);

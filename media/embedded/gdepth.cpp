@@ -31,8 +31,8 @@ void readGDepth(const PhotoFile& file, Contents* contents) {
 
     EmbeddedDepth depth = depthInTerms(xmp, kGDepth, nullptr, "GDepth", contents);
     depth.where = "GDepth:Data";
-    depth.bytes = std::move(*plane);
-    addImage(ImageRole::kDepth, "GDepth:Data", depth.bytes, contents);
+    addImage(ImageRole::kDepth, "GDepth:Data", *plane, contents);
+    depth.plane = DepthPicture{std::move(*plane)};
     contents->depth = std::move(depth);
 
     if (const std::string_view text = textOf(xmp, kGDepth, "Confidence"); !text.empty())

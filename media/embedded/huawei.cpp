@@ -62,10 +62,7 @@ void readHuaweiTrailer(const PhotoFile& file, Contents* contents) {
 
     EmbeddedDepth depth;
     depth.where = where;
-    depth.bytes = *samples;
-    depth.coding = DepthCoding::kGray8;
-    depth.width = static_cast<int>(width);
-    depth.height = static_cast<int>(height);
+    depth.plane = DepthSamples{std::string(*samples), static_cast<int>(width), static_cast<int>(height), 8};
     depth.kind = DepthKind::kDisparity;
     depth.larger_is_nearer = true;
     depth.polarity_reason = "Huawei stores larger for nearer";

@@ -142,10 +142,8 @@ void readSamsungTrailer(const PhotoFile& file, Contents* contents) {
 
     EmbeddedDepth depth;
     depth.where = plane.where;
-    depth.bytes = *blocks->plane;
-    depth.coding = DepthCoding::kGray8;
-    depth.width = static_cast<int>(sides->width);
-    depth.height = static_cast<int>(sides->height);
+    depth.plane = DepthSamples{std::string(*blocks->plane), static_cast<int>(sides->width),
+                               static_cast<int>(sides->height), 8};
     depth.kind = DepthKind::kDisparity;
     depth.larger_is_nearer = true;
     depth.polarity_reason = "Samsung stores larger for nearer";

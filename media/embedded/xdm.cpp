@@ -57,7 +57,7 @@ void readXdm(const PhotoFile& file, Contents* contents) {
         EmbeddedDepth depth = depthInTerms(xmp, kXdm, map, "XDM", contents);
         keep(*plane, ImageRole::kDepth);
         depth.where = plane->where;
-        depth.bytes = std::move(plane->bytes);
+        depth.plane = DepthPicture{std::move(plane->bytes)};
         contents->depth = std::move(depth);
 
         if (const auto payload =

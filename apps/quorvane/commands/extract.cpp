@@ -44,16 +44,15 @@ void fill(const PendingOutput& output, const std::string& path, const std::strin
 }
 
 /// The plane's bytes as the file holds them; says what they are where they do not say it themselves.
-const std::string& rawBytes(const media::EmbeddedDepth& depth, const std::string& name) {
-    if (depth.coding == media::DepthCoding::kHeifItem)
+std::string rawBytes(const media::EmbeddedDepth& depth, const std::string& name) {
+    if (std::holds_alternative<media::DepthHeifItem>(depth.plane))
         throw Error(name +
                     ": its depth is no file of its own but a part of the HEIC file; without "
                     "--raw it is written as PNG");
-    if (depth.coding != media::DepthCoding::kPicture)
-        std::fprintf(stderr, "raw depth: %d x %d samples of %s, rows from the top\n", depth.width,
-                     depth.height,
-                     depth.coding == media::DepthCoding::kGray8 ? "8 bit" : "16 bit, lower byte first");
-    return depth.bytes;
+    if (const auto* samples = std::get_if<media::DepthSamples>(&depth.plane))
+        std::fprintf(stderr, "raw depth: %d x %d samples of %s, rows from the top\n", samples->width,
+                     samples->height, samples->bits == 8 ? "8 bit" : "16 bit, lower byte first");
+    return std::string(media::planeBytes(depth));
 }
 
 /// The unblurred photo's file, or the part of `file` that viewers show.

@@ -48,13 +48,10 @@ const char* wordFor(media::DepthKind kind) {
     return "unknown";
 }
 
-const char* wordFor(media::DepthCoding coding) {
-    switch (coding) {
-        case media::DepthCoding::kPicture: return "picture";
-        case media::DepthCoding::kGray8: return "8-bit samples";
-        case media::DepthCoding::kGray16: return "16-bit samples";
-        case media::DepthCoding::kHeifItem: break;
-    }
+const char* codingOf(const media::EmbeddedDepth& depth) {
+    if (std::holds_alternative<media::DepthPicture>(depth.plane)) return "picture";
+    if (const auto* samples = std::get_if<media::DepthSamples>(&depth.plane))
+        return samples->bits == 8 ? "8-bit samples" : "16-bit samples";
     return "HEIF item";
 }
 
@@ -158,7 +155,7 @@ Json depthJson(const Report& report) {
         const media::EmbeddedDepth& inside = *report.contents.depth;
         json["container"] = inside.container;
         json["where"] = inside.where;
-        json["coding"] = wordFor(inside.coding);
+        json["coding"] = codingOf(inside);
         json["kind"] = wordFor(inside.kind);
         json["near"] = orNull(inside.near);
         json["far"] = orNull(inside.far);

@@ -55,20 +55,16 @@ Image<float, 1> floats(const GrayImage& image) {
 /// A plane of 8 bit as bare samples.
 EmbeddedDepth bare(const GrayImage& plane) {
     EmbeddedDepth depth;
-    depth.coding = DepthCoding::kGray8;
-    depth.width = plane.width;
-    depth.height = plane.height;
-    depth.bytes.assign(plane.samples.begin(), plane.samples.end());
+    depth.plane = DepthSamples{{plane.samples.begin(), plane.samples.end()}, plane.width, plane.height, 8};
     return depth;
 }
 
 /// One row of 16 bit as bare samples.
 EmbeddedDepth bareRow(const std::vector<uint16_t>& samples) {
+    DepthSamples row = {"", static_cast<int>(samples.size()), 1, 16};
+    for (const uint16_t sample : samples) row.bytes += test::little(sample, 2);
     EmbeddedDepth depth;
-    depth.coding = DepthCoding::kGray16;
-    depth.width = static_cast<int>(samples.size());
-    depth.height = 1;
-    for (const uint16_t sample : samples) depth.bytes += test::little(sample, 2);
+    depth.plane = row;
     return depth;
 }
 
@@ -81,7 +77,7 @@ Image<Sample, 1> row(std::vector<Sample> samples) {
 
 EmbeddedDepth picture(std::string file) {
     EmbeddedDepth depth;
-    depth.bytes = std::move(file);
+    depth.plane = DepthPicture{std::move(file)};
     return depth;
 }
 
@@ -103,23 +99,23 @@ TEST(DecodeDepth, GivesEveryCodingBackTurnedByEveryOrientation) {
     GrayImage full = plane;
     full.samples[1] = 0;
     Image<uint16_t, 1> deep(9, 5);
-    EmbeddedDepth deep_samples = bare(full);
-    deep_samples.coding = DepthCoding::kGray16;
-    deep_samples.bytes.clear();
+    DepthSamples deep_samples = {"", 9, 5, 16};
     for (size_t i = 0; i < full.samples.size(); ++i) {
         deep.samples[i] = static_cast<uint16_t>(full.samples[i] * 257);
         deep_samples.bytes += test::little(deep.samples[i], 2);
     }
+    EmbeddedDepth deep_bare;
+    deep_bare.plane = deep_samples;
     struct Case {
         EmbeddedDepth depth;
         GrayImage plane;
         int bits;
     };
     for (Case each : {Case{bare(plane), plane, 8}, Case{picture(pngFile(plane)), plane, 8},
-                      Case{deep_samples, full, 16}, Case{picture(pngFile(deep)), full, 16}})
+                      Case{deep_bare, full, 16}, Case{picture(pngFile(deep)), full, 16}})
         for (int code = 1; code <= 8; ++code) {
-            SCOPED_TRACE(testing::Message() << "coding " << static_cast<int>(each.depth.coding) << ", "
-                                            << each.bits << " bit, orientation " << code);
+            SCOPED_TRACE(testing::Message() << "coding " << each.depth.plane.index() << ", " << each.bits
+                                            << " bit, orientation " << code);
             each.depth.orientation = code;
             const DepthMap map = decodeDepth(each.depth, "it");
             const Image<float, 1> expected = test::turned(floats(each.plane), code);
@@ -253,10 +249,9 @@ TEST(DecodeDepth, TakesAPictureWithEqualChannelsAndAlpha) {
 
 TEST(DecodeDepth, TakesAHeifItem) {
     const GrayImage plane = somePlane(160, 128);
+    std::string file = test::appleHeicFile(somePhoto(320, 256), plane);
     EmbeddedDepth depth;
-    depth.coding = DepthCoding::kHeifItem;
-    depth.heif_item = test::kHeicDepth;
-    depth.bytes = test::appleHeicFile(somePhoto(320, 256), plane);
+    depth.plane = DepthHeifItem{file, test::kHeicDepth};
     depth.orientation = 6;
     DepthMap map = decodeDepth(depth, "it");
     EXPECT_EQ(map.bits, 8);
@@ -269,7 +264,8 @@ TEST(DecodeDepth, TakesAHeifItem) {
         deep.samples[i] = static_cast<uint16_t>(200 + 2 * plane.samples[i]);
     deep.samples[0] = 200;
     deep.samples[1] = 710;
-    depth.bytes = test::appleHeicFile(somePhoto(320, 256), deep, 10);
+    file = test::appleHeicFile(somePhoto(320, 256), deep, 10);
+    depth.plane = DepthHeifItem{file, test::kHeicDepth};
     depth.orientation = 1;
     depth.larger_is_nearer = false;
     map = decodeDepth(depth, "it");
@@ -280,7 +276,8 @@ TEST(DecodeDepth, TakesAHeifItem) {
 
     // A third of 1023.
     std::fill(deep.samples.begin(), deep.samples.end(), uint16_t{341});
-    depth.bytes = test::appleHeicFile(somePhoto(320, 256), deep, 10);
+    file = test::appleHeicFile(somePhoto(320, 256), deep, 10);
+    depth.plane = DepthHeifItem{file, test::kHeicDepth};
     EXPECT_THAT(levels(depth), Each(FloatNear(170.0f, 1e-3f)));
     EXPECT_THAT(refusal([&] { decodeDepth(depth, "a.heic", 160 * 128 - 1); }), StartsWith("a.heic: "));
 }
@@ -291,8 +288,7 @@ TEST(DecodeDepth, RefusesWhatIsNoPlane) {
     EXPECT_EQ(refusal([] { decodeDepth(picture(jpegFile(somePhoto(40, 30))), "a.jpg"); }),
               "a.jpg: a colour picture; a depth map is gray");
     EmbeddedDepth item;
-    item.coding = DepthCoding::kHeifItem;
-    item.bytes = "no HEIC";
+    item.plane = DepthHeifItem{"no HEIC", 1};
     EXPECT_THAT(refusal([&] { decodeDepth(item, "a.heic"); }), StartsWith("a.heic: "));
 }
 
@@ -306,25 +302,25 @@ long peakMegabytes() {
 TEST(DecodeDepth, RefusesSizesBeforeTheyTakeMemory) {
     const long before = peakMegabytes();
     constexpr int kMost = std::numeric_limits<int>::max();
-    for (const DepthCoding coding : {DepthCoding::kGray8, DepthCoding::kGray16})
+    for (const int bits : {8, 16})
         for (const auto& [width, height] : std::vector<std::pair<int, int>>{
                  {kMost, kMost}, {kMost, 1}, {50000, 50000}, {0, 9}, {9, 0}, {-3, -3}, {11, 10}}) {
             EmbeddedDepth depth = bare(somePlane(10, 10));
-            depth.coding = coding;
-            depth.width = width;
-            depth.height = height;
+            auto& samples = std::get<DepthSamples>(depth.plane);
+            samples.bits = bits;
+            samples.width = width;
+            samples.height = height;
             EXPECT_THAT(refusal([&] { decodeDepth(depth, "a.jpg"); }),
                         AllOf(StartsWith("a.jpg: "), HasSubstr("100 bytes")));
         }
     EmbeddedDepth half = bare(somePlane(10, 10));
-    half.coding = DepthCoding::kGray16;
+    std::get<DepthSamples>(half.plane).bits = 16;
     EXPECT_THAT(refusal([&] { decodeDepth(half, "a.jpg"); }), HasSubstr("too few for 10 x 10 samples"));
 
     EmbeddedDepth large = bare(GrayImage(5000, 4001));
     EXPECT_EQ(refusal([&] { decodeDepth(large, "a.jpg", 20'000'000); }),
               "a.jpg: 5000 x 4001 pixels; at most 20 million are read");
-    large.bytes = pngFile(GrayImage(5000, 4001));
-    large.coding = DepthCoding::kPicture;
+    large.plane = DepthPicture{pngFile(GrayImage(5000, 4001))};
     EXPECT_EQ(refusal([&] { decodeDepth(large, "a.jpg", 20'000'000); }),
               "a.jpg: 5000 x 4001 pixels; at most 20 million are read");
     // As floats the large plane would take 80 MB.

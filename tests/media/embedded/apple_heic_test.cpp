@@ -32,11 +32,14 @@ RgbImage photo() { return test::somePhoto(2 * kWidth, 2 * kHeight); }
 GrayImage plane() { return test::somePlane(kWidth, kHeight); }
 std::string heicWith(const AppleHeicOptions& options) { return appleHeicFile(photo(), plane(), options); }
 
+/// The depth's item.
+uint32_t itemOf(const Contents& contents) { return std::get<DepthHeifItem>(contents.depth->plane).id; }
+
 /// The depth of a file that has one, decoded.
 Plane16 decoded(const std::string& file) {
     const Contents contents = lookInside(file);
     if (!contents.depth) throw std::runtime_error("no depth");
-    const HeifPlane heif = decodeHeifItem(contents.depth->bytes, contents.depth->heif_item, kEnough);
+    const HeifPlane heif = decodeHeifItem(file, itemOf(contents), kEnough);
     Plane16 image(heif.width, heif.height);
     image.samples = heif.samples;
     return image;
@@ -71,8 +74,9 @@ TEST(AppleHeic, GivesTheDepthAsItIsStored) {
     EXPECT_EQ(depth.container, "Apple HEIC");
     EXPECT_EQ(depth.where, "HEIF item 2");
     EXPECT_EQ(depth.where, contents.images[1].where);
-    EXPECT_EQ(depth.coding, DepthCoding::kHeifItem);
-    EXPECT_TRUE(depth.bytes == file);
+    EXPECT_EQ(itemOf(contents), test::kHeicDepth);
+    EXPECT_EQ(planeBytes(depth).data(), file.data()) << "the file's own bytes, not a copy of them";
+    EXPECT_EQ(planeBytes(depth).size(), file.size());
     EXPECT_EQ(depth.kind, DepthKind::kDisparity);
     EXPECT_TRUE(depth.larger_is_nearer);
     EXPECT_EQ(depth.orientation, 1);
@@ -116,7 +120,7 @@ TEST(AppleHeic, TakesNeitherMatteNorGainMapForTheDepth) {
     EXPECT_THAT(rolesOf(all), testing::UnorderedElementsAre(ImageRole::kPhoto, ImageRole::kDepth,
                                                             ImageRole::kMatte, ImageRole::kGainMap));
     ASSERT_TRUE(all.depth);
-    EXPECT_EQ(all.depth->heif_item, test::kHeicDepth);
+    EXPECT_EQ(itemOf(all), test::kHeicDepth);
 
     options.depth = false;
     const Contents others = lookInside(heicWith(options));
@@ -277,7 +281,7 @@ TEST(AppleHeic, SurvivesCutAndDamagedFiles) {
             const Contents contents = lookInside(damaged);
             if (!contents.depth) continue;
             try {
-                decodeHeifItem(damaged, contents.depth->heif_item, kEnough);
+                decodeHeifItem(damaged, itemOf(contents), kEnough);
             } catch (const std::runtime_error&) {
             }
         }

@@ -51,8 +51,8 @@ TEST(AppleJpeg, GivesTheDepthAsItIsStored) {
         EXPECT_EQ(depth.where, "JPEG at byte " + std::to_string(file.size() - payload.size()));
         EXPECT_EQ(depth.where, contents.images[1].where);
         EXPECT_EQ(contents.images[1].bytes, payload.size());
-        EXPECT_EQ(depth.coding, DepthCoding::kPicture);
-        EXPECT_TRUE(depth.bytes == payload);
+        EXPECT_TRUE(std::holds_alternative<DepthPicture>(depth.plane));
+        EXPECT_TRUE(planeBytes(depth) == payload);
         EXPECT_EQ(depth.kind, DepthKind::kDisparity);
         EXPECT_TRUE(depth.larger_is_nearer);
         // 0.5 to 2.5 of 1 / metre.
@@ -72,7 +72,7 @@ TEST(AppleJpeg, FindsTheDepthAmongOthers) {
                                                ImageRole::kDepth, ImageRole::kMatte));
     EXPECT_THAT(contents.remarks, IsEmpty());
     ASSERT_TRUE(contents.depth);
-    EXPECT_TRUE(contents.depth->bytes == appleDepthJpeg(plane(), options));
+    EXPECT_TRUE(planeBytes(*contents.depth) == appleDepthJpeg(plane(), options));
 }
 
 TEST(AppleJpeg, AMatteThatCallsItselfDepthIsNone) {
@@ -180,7 +180,7 @@ TEST(AppleJpeg, FindsTheDepthBehindAnIndexThatDoesNotFit) {
         EXPECT_THAT(rolesOf(contents), ElementsAre(ImageRole::kPhoto, ImageRole::kGainMap, ImageRole::kDepth,
                                                    ImageRole::kMatte));
         ASSERT_TRUE(contents.depth);
-        EXPECT_TRUE(contents.depth->bytes == appleDepthJpeg(plane(), options));
+        EXPECT_TRUE(planeBytes(*contents.depth) == appleDepthJpeg(plane(), options));
         EXPECT_THAT(contents.remarks, ElementsAre(HasSubstr("found by a search")));
     }
 }
@@ -195,7 +195,7 @@ TEST(AppleJpeg, DoesNotTakeAThumbnailInThePhotoForAPictureBehindIt) {
     const Contents contents = lookInside(jpegWith(options));
     EXPECT_THAT(rolesOf(contents), ElementsAre(ImageRole::kPhoto, ImageRole::kDepth));
     ASSERT_TRUE(contents.depth);
-    EXPECT_TRUE(contents.depth->bytes == payload);
+    EXPECT_TRUE(planeBytes(*contents.depth) == payload);
 }
 
 TEST(AppleJpeg, ACutDepthIsNotUsed) {
@@ -244,7 +244,7 @@ TEST(AppleJpeg, SurvivesCutAndDamagedFiles) {
             damaged[at] = value;
             const Contents contents = lookInside(damaged);
             if (!contents.depth) continue;
-            EXPECT_TRUE(contents.depth->bytes == appleDepthJpeg(plane(), options));
+            EXPECT_TRUE(planeBytes(*contents.depth) == appleDepthJpeg(plane(), options));
         }
 }
 
@@ -280,7 +280,9 @@ TEST(AppleJpeg, ExiftoolGivesTheSameBytes) {
     test::writeBytes(folder / "photo.jpg", file);
     const std::string command = "cd " + folder.path() + " && exiftool -b -MPImage3 photo.jpg > depth.jpg";
     ASSERT_EQ(std::system(command.c_str()), 0);
-    EXPECT_TRUE(lookInside(file).depth.value().bytes == test::bytesOf(folder / "depth.jpg"));
+    const Contents contents = lookInside(file);
+    ASSERT_TRUE(contents.depth);
+    EXPECT_TRUE(planeBytes(*contents.depth) == test::bytesOf(folder / "depth.jpg"));
 }
 
 TEST(AppleJpeg, ReadsAPhonesOwnPhoto) {
@@ -293,7 +295,7 @@ TEST(AppleJpeg, ReadsAPhonesOwnPhoto) {
     EXPECT_THAT(contents.remarks, IsEmpty());
     EXPECT_THAT(rolesOf(contents), ElementsAre(ImageRole::kPhoto, ImageRole::kDepth));
     ASSERT_TRUE(contents.depth);
-    EXPECT_TRUE(contents.depth->bytes == test::bytesOf(folder + "extracted/iphonex_vase_depth.jpg"));
+    EXPECT_TRUE(planeBytes(*contents.depth) == test::bytesOf(folder + "extracted/iphonex_vase_depth.jpg"));
     EXPECT_EQ(contents.depth->kind, DepthKind::kDisparity);
     EXPECT_TRUE(contents.depth->larger_is_nearer);
     // Disparities from 0.650879 to 2.509766.

@@ -38,7 +38,7 @@ std::vector<std::string> remarksBesideThePlane(const std::string& file) {
     EXPECT_TRUE(contents.depth);
     if (contents.depth) {
         EXPECT_EQ(contents.depth->container, "Dynamic Depth 1.0");
-        EXPECT_TRUE(contents.depth->bytes == pngFile(kPlane));
+        EXPECT_TRUE(planeBytes(*contents.depth) == pngFile(kPlane));
         EXPECT_EQ(contents.depth->where, "PNG at byte " + std::to_string(file.find(pngFile(kPlane))));
     }
     return contents.remarks;
@@ -64,8 +64,8 @@ TEST(DynamicDepth, GivesThePlaneAndWhatItMeans) {
     const EmbeddedDepth& depth = *contents.depth;
     EXPECT_EQ(depth.container, "Dynamic Depth 1.0");
     EXPECT_EQ(depth.where, "PNG at byte " + std::to_string(file.size() - pngFile(kPlane).size()));
-    EXPECT_EQ(depth.bytes, pngFile(kPlane));
-    EXPECT_EQ(depth.coding, DepthCoding::kPicture);
+    EXPECT_EQ(planeBytes(depth), pngFile(kPlane));
+    EXPECT_TRUE(std::holds_alternative<DepthPicture>(depth.plane));
     EXPECT_EQ(depth.kind, DepthKind::kInverseRange);
     EXPECT_FALSE(depth.larger_is_nearer);
     EXPECT_EQ(depth.polarity_reason, "Dynamic Depth stores 0 for near");

@@ -35,7 +35,7 @@ TEST(GContainer, GivesThePlaneAndGDepthsTerms) {
     const EmbeddedDepth& depth = *contents.depth;
     EXPECT_EQ(depth.container, "GContainer");
     EXPECT_EQ(depth.where, "PNG at byte " + std::to_string(file.size() - pngFile(kPlane).size()));
-    EXPECT_EQ(depth.bytes, pngFile(kPlane));
+    EXPECT_EQ(planeBytes(depth), pngFile(kPlane));
     EXPECT_EQ(depth.kind, DepthKind::kInverseRange);
     EXPECT_FALSE(depth.larger_is_nearer);
     EXPECT_EQ(depth.polarity_reason, "GContainer stores 0 for near");
@@ -69,7 +69,7 @@ TEST(GContainer, MeaningDecidesNotTheLook) {
         const Contents contents = lookInside(file);
         EXPECT_THAT(contents.remarks, IsEmpty());
         ASSERT_TRUE(contents.depth);
-        EXPECT_TRUE(contents.depth->bytes == pngFile(kPlane));
+        EXPECT_TRUE(planeBytes(*contents.depth) == pngFile(kPlane));
         ASSERT_TRUE(contents.original);
         EXPECT_TRUE(contents.original->bytes == options.original);
         EXPECT_EQ(contents.original->where, "JPEG at byte " + std::to_string(file.find(options.original)));
@@ -111,7 +111,7 @@ TEST(GContainer, ItemsOfTheShorterNamespaceAreTheSame) {
     const Contents contents = lookInside(file + pngFile(kPlane));
     EXPECT_THAT(contents.remarks, IsEmpty());
     ASSERT_TRUE(contents.depth);
-    EXPECT_TRUE(contents.depth->bytes == pngFile(kPlane));
+    EXPECT_TRUE(planeBytes(*contents.depth) == pngFile(kPlane));
 }
 
 TEST(GContainer, DamageIsSaid) {
@@ -148,7 +148,7 @@ TEST(GContainer, StandsInForADirectoryThatIsWrong) {
     const Contents contents = lookInside(twoDirectoriesFile(kPhoto, kPlane, wrong, AppendedOptions()));
     ASSERT_TRUE(contents.depth);
     EXPECT_EQ(contents.depth->container, "GContainer");
-    EXPECT_TRUE(contents.depth->bytes == pngFile(kPlane));
+    EXPECT_TRUE(planeBytes(*contents.depth) == pngFile(kPlane));
     EXPECT_EQ(contents.depth->far, 20.0) << "in Dynamic Depth's words";
     EXPECT_THAT(
         contents.remarks,
@@ -162,7 +162,7 @@ TEST(GContainer, IsWrongBesideADirectoryThatIsRight) {
     const Contents contents = lookInside(twoDirectoriesFile(kPhoto, kPlane, AppendedOptions(), wrong));
     ASSERT_TRUE(contents.depth);
     EXPECT_EQ(contents.depth->container, "Dynamic Depth 1.0");
-    EXPECT_TRUE(contents.depth->bytes == pngFile(kPlane));
+    EXPECT_TRUE(planeBytes(*contents.depth) == pngFile(kPlane));
     EXPECT_THAT(contents.remarks, ElementsAre("GContainer: its depth item lies outside the file"));
 }
 
@@ -180,7 +180,7 @@ TEST(GContainer, TwoDifferentDepthsAreSaid) {
         lookInside(test::withSegments(fileOf(without_terms), {test::segment(0xe1, packet)}));
     ASSERT_TRUE(contents.depth);
     EXPECT_EQ(contents.depth->container, "GContainer");
-    EXPECT_TRUE(contents.depth->bytes == pngFile(kPlane));
+    EXPECT_TRUE(planeBytes(*contents.depth) == pngFile(kPlane));
     EXPECT_THAT(contents.remarks, ElementsAre("GDepth: not used, its depth is not that of GContainer"));
 }
 

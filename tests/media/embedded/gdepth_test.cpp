@@ -36,8 +36,8 @@ TEST(GDepth, GivesThePlaneAndWhatItMeans) {
     const EmbeddedDepth& depth = *contents.depth;
     EXPECT_EQ(depth.container, "GDepth");
     EXPECT_EQ(depth.where, "GDepth:Data");
-    EXPECT_EQ(depth.bytes, pngFile(kPlane));
-    EXPECT_EQ(depth.coding, DepthCoding::kPicture);
+    EXPECT_EQ(planeBytes(depth), pngFile(kPlane));
+    EXPECT_TRUE(std::holds_alternative<DepthPicture>(depth.plane));
     EXPECT_EQ(depth.kind, DepthKind::kInverseRange);
     EXPECT_FALSE(depth.larger_is_nearer);
     EXPECT_EQ(depth.polarity_reason, "GDepth stores 0 for near");
@@ -61,7 +61,7 @@ TEST(GDepth, IsTheSameInEveryMannerOfWriting) {
                 const Contents contents = inside(options);
                 EXPECT_THAT(contents.remarks, IsEmpty());
                 ASSERT_TRUE(contents.depth);
-                EXPECT_EQ(contents.depth->bytes, pngFile(kPlane));
+                EXPECT_EQ(planeBytes(*contents.depth), pngFile(kPlane));
                 EXPECT_EQ(contents.depth->kind, DepthKind::kLinearRange);
                 EXPECT_FALSE(contents.depth->larger_is_nearer);
                 EXPECT_EQ(contents.depth->far, 8.0);
@@ -78,7 +78,7 @@ TEST(GDepth, GivesTheUnblurredPhotoAndListsWhatIsInside) {
     EXPECT_THAT(contents.remarks, IsEmpty());
     EXPECT_EQ(contents.orientation, 6);
     ASSERT_TRUE(contents.depth);
-    EXPECT_EQ(contents.depth->bytes, pngFile(kPlane));
+    EXPECT_EQ(planeBytes(*contents.depth), pngFile(kPlane));
     EXPECT_EQ(contents.depth->orientation, 6) << "the plane lies as the photo is stored";
     ASSERT_TRUE(contents.original);
     EXPECT_EQ(contents.original->where, "GImage:Data");
@@ -211,7 +211,8 @@ TEST(GDepth, IsTheBytesThatExifToolFinds) {
         test::writeBytes(folder / "a.jpg", file);
         const Contents contents = lookInside(file);
         ASSERT_TRUE(contents.depth && contents.original);
-        EXPECT_EQ(contents.depth->bytes, outputOf("exiftool -b -XMP-GDepth:DepthImage " + folder / "a.jpg"));
+        EXPECT_EQ(planeBytes(*contents.depth),
+                  outputOf("exiftool -b -XMP-GDepth:DepthImage " + folder / "a.jpg"));
         EXPECT_EQ(contents.original->bytes,
                   outputOf("exiftool -b -XMP-GImage:ImageData " + folder / "a.jpg"));
     }
@@ -224,7 +225,7 @@ TEST(GDepth, PhonesPhotoGivesItsPlane) {
     const Contents contents = lookInside(test::bytesOf(folder + "/gdepth_table.jpg"));
     EXPECT_THAT(contents.remarks, IsEmpty());
     ASSERT_TRUE(contents.depth);
-    EXPECT_TRUE(contents.depth->bytes == test::bytesOf(folder + "/extracted/gdepth_table_depth.png"));
+    EXPECT_TRUE(planeBytes(*contents.depth) == test::bytesOf(folder + "/extracted/gdepth_table_depth.png"));
     EXPECT_EQ(contents.depth->kind, DepthKind::kInverseRange);
     EXPECT_NEAR(contents.depth->near.value_or(0), 12.4236, 1e-4);
     EXPECT_NEAR(contents.depth->far.value_or(0), 390.5393, 1e-4);

@@ -31,10 +31,11 @@ TEST(Huawei, GivesThePlaneAsItIs) {
     const EmbeddedDepth& depth = *contents.depth;
     EXPECT_EQ(depth.container, "Huawei edof trailer");
     EXPECT_EQ(depth.where, "edof block at byte " + std::to_string(photo.size()));
-    EXPECT_EQ(depth.coding, DepthCoding::kGray8);
-    EXPECT_EQ(depth.width, 32);
-    EXPECT_EQ(depth.height, 24);
-    EXPECT_EQ(depth.bytes, bytesOf(kPlane));
+    const auto& samples = std::get<DepthSamples>(depth.plane);
+    EXPECT_EQ(samples.bits, 8);
+    EXPECT_EQ(samples.width, 32);
+    EXPECT_EQ(samples.height, 24);
+    EXPECT_EQ(planeBytes(depth), bytesOf(kPlane));
     EXPECT_EQ(depth.kind, DepthKind::kDisparity);
     EXPECT_TRUE(depth.larger_is_nearer);
     EXPECT_THAT(depth.polarity_reason, HasSubstr("Huawei"));
@@ -68,7 +69,7 @@ TEST(Huawei, GivesTheUnblurredPhotoBetween) {
     const Contents contents = lookInside(huaweiFile(photo, kPlane, options));
     EXPECT_THAT(contents.remarks, IsEmpty());
     ASSERT_TRUE(contents.depth);
-    EXPECT_EQ(contents.depth->bytes, bytesOf(kPlane));
+    EXPECT_EQ(planeBytes(*contents.depth), bytesOf(kPlane));
     ASSERT_TRUE(contents.original);
     EXPECT_EQ(contents.original->bytes, options.unblurred);
     EXPECT_EQ(contents.original->where, "JPEG at byte " + std::to_string(photo.size()));

@@ -43,10 +43,11 @@ TEST(Samsung, GivesThePlaneAsItIs) {
     ASSERT_TRUE(contents.depth);
     const EmbeddedDepth& depth = *contents.depth;
     EXPECT_EQ(depth.container, "Samsung SEF trailer");
-    EXPECT_EQ(depth.coding, DepthCoding::kGray8);
-    EXPECT_EQ(depth.width, 32);
-    EXPECT_EQ(depth.height, 24);
-    EXPECT_EQ(depth.bytes, bytesOf(kPlane));
+    const auto& samples = std::get<DepthSamples>(depth.plane);
+    EXPECT_EQ(samples.bits, 8);
+    EXPECT_EQ(samples.width, 32);
+    EXPECT_EQ(samples.height, 24);
+    EXPECT_EQ(planeBytes(depth), bytesOf(kPlane));
     EXPECT_EQ(depth.kind, DepthKind::kDisparity);
     EXPECT_TRUE(depth.larger_is_nearer);
     EXPECT_THAT(depth.polarity_reason, HasSubstr("Samsung"));
@@ -65,8 +66,8 @@ TEST(Samsung, FindsTheSidesInEveryVersion) {
         const Contents contents = lookInside(samsungFile(landscape(), kPlane, options));
         EXPECT_THAT(contents.remarks, IsEmpty());
         ASSERT_TRUE(contents.depth);
-        EXPECT_EQ(contents.depth->width, 32);
-        EXPECT_EQ(contents.depth->height, 24);
+        EXPECT_EQ(std::get<DepthSamples>(contents.depth->plane).width, 32);
+        EXPECT_EQ(std::get<DepthSamples>(contents.depth->plane).height, 24);
     }
 }
 
@@ -77,7 +78,7 @@ TEST(Samsung, TakesBlocksInAnyOrder) {
     const Contents contents = lookInside(samsungFile(landscape(), kPlane, options));
     EXPECT_THAT(contents.remarks, IsEmpty());
     ASSERT_TRUE(contents.depth);
-    EXPECT_EQ(contents.depth->bytes, bytesOf(kPlane));
+    EXPECT_EQ(planeBytes(*contents.depth), bytesOf(kPlane));
     ASSERT_TRUE(contents.original);
     EXPECT_EQ(contents.original->bytes, options.unblurred);
 }

@@ -29,7 +29,7 @@ TEST(Xdm, GivesThePlaneAndWhatItMeans) {
     const EmbeddedDepth& depth = *contents.depth;
     EXPECT_EQ(depth.container, "XDM 1.0");
     EXPECT_EQ(depth.where, "Depthmap:Data");
-    EXPECT_EQ(depth.bytes, pngFile(kPlane));
+    EXPECT_EQ(planeBytes(depth), pngFile(kPlane));
     EXPECT_EQ(depth.kind, DepthKind::kInverseRange);
     EXPECT_FALSE(depth.larger_is_nearer);
     EXPECT_EQ(depth.polarity_reason, "XDM stores 0 for near");
@@ -56,7 +56,7 @@ TEST(Xdm, PlaneIsInlineOrBehindThePhoto) {
                 EXPECT_THAT(contents.remarks, IsEmpty());
                 ASSERT_TRUE(contents.depth);
                 EXPECT_EQ(contents.depth->container, "XDM 1.0");
-                EXPECT_TRUE(contents.depth->bytes == pngFile(kPlane));
+                EXPECT_TRUE(planeBytes(*contents.depth) == pngFile(kPlane));
                 EXPECT_EQ(contents.depth->kind, DepthKind::kLinearRange);
                 EXPECT_EQ(contents.depth->orientation, 6);
                 ASSERT_TRUE(contents.original);
@@ -95,7 +95,7 @@ TEST(Xdm, UnblurredPhotoIsThatOfTheSameCamera) {
 
     const Contents both = lookInside(withCameras(camera(image(left)) + camera(image(right) + map)));
     ASSERT_TRUE(both.depth);
-    EXPECT_TRUE(both.depth->bytes == plane);
+    EXPECT_TRUE(planeBytes(*both.depth) == plane);
     ASSERT_TRUE(both.original);
     EXPECT_TRUE(both.original->bytes == right);
 
@@ -112,7 +112,7 @@ TEST(Xdm, FirstDepthThatCanBeReadIsUsed) {
                                "<rdf:li><D:Camera><C:DepthMap M:Data=\"" +
                                base64(plane) + "\"/></D:Camera></rdf:li>"));
     ASSERT_TRUE(contents.depth);
-    EXPECT_TRUE(contents.depth->bytes == plane);
+    EXPECT_TRUE(planeBytes(*contents.depth) == plane);
     EXPECT_THAT(contents.remarks, ElementsAre("XDM 1.0: its depth is not base 64",
                                               "XDM 1.0: the depth that it describes is missing"));
 }
