@@ -12,6 +12,7 @@
 
 namespace {
 
+using quorvane::PropertyLine;
 using quorvane::fuzz::promised;
 
 void checkSetting(const PropertyLine& line) {
@@ -40,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::istringstream file(std::string(reinterpret_cast<const char*>(data), size));
     std::string text;
     while (std::getline(file, text)) {
-        const PropertyLine line = parsePropertyLine(text);
+        const PropertyLine line = quorvane::parsePropertyLine(text);
         if (line.kind == PropertyLine::Kind::kSetting) checkSetting(line);
     }
     return 0;

@@ -63,8 +63,8 @@ class ESRenderer {
 
     /// Stores the second tuned parameter set unless `orientation` is 4 or 7 (which leave `params` as it is),
     /// then lets the system properties "quorvane.para1" to "quorvane.para14" override the fields in their
-    /// order, and sets the debug switch from "quorvane.debug". A field whose property is unset goes through
-    /// its "%f" text and so keeps six decimals; one whose text is too long for that keeps its value.
+    /// order, and sets the debug switch from "quorvane.debug". A field without a property goes through its
+    /// "%f" text and so keeps six decimals; one with a text too long for that keeps its value.
     void getProperties(uint32_t orientation);
 
     /// Stores the photo's size in pixels and the grid's (depth size / 4, truncated), and returns the bytes
@@ -152,7 +152,7 @@ class ESRenderer {
     /// Writes an image as binary PGM or PPM, first row first.
     ///
     ///   format   0: gray, 1 byte a pixel; 1: 4 bytes a pixel, the fourth is dropped; 2: 3 bytes a pixel.
-    ///            Another code leaves an empty file whose stream is never closed.
+    ///            Any other code leaves an empty file and never closes its stream.
     ///
     /// An empty name, a null or empty image and a file that cannot be opened are logged and skipped.
     void _dump_ppm(int width, int height, const char* filename, unsigned char* target_ptr, int format);

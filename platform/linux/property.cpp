@@ -67,12 +67,13 @@ class PropertyTable {
         std::istringstream lines(text);
         std::string line;
         for (int number = 1; std::getline(lines, line); ++number) {
-            const PropertyLine said = parsePropertyLine(line);
-            if (said.kind == PropertyLine::Kind::kNonsense) {
+            using Kind = quorvane::PropertyLine::Kind;
+            const quorvane::PropertyLine read = quorvane::parsePropertyLine(line);
+            if (read.kind == Kind::kNonsense) {
                 std::fprintf(stderr, "%s:%d: expected key=value\n", path, number);
-            } else if (said.kind == PropertyLine::Kind::kSetting && !set(said.key, said.value)) {
+            } else if (read.kind == Kind::kSetting && !set(read.key, read.value)) {
                 std::fprintf(stderr, "%s:%d: the value of %s is longer than %zu bytes\n", path, number,
-                             said.key.c_str(), kLongestValue);
+                             read.key.c_str(), kLongestValue);
             }
         }
     }

@@ -1,5 +1,6 @@
 #include "property_line.h"
 
+namespace quorvane {
 namespace {
 
 constexpr char kBlanks[] = " \t\r\n";
@@ -20,3 +21,5 @@ PropertyLine parsePropertyLine(const std::string& line) {
     if (equals == std::string::npos || key.empty()) return {PropertyLine::Kind::kNonsense, {}, {}};
     return {PropertyLine::Kind::kSetting, key, trimmed(text.substr(equals + 1))};
 }
+
+}  // namespace quorvane

@@ -3,6 +3,8 @@
 
 #include <string>
 
+namespace quorvane {
+
 /// What a line of a property file says.
 struct PropertyLine {
     enum class Kind { kNothing, kSetting, kNonsense };  ///< kNothing: blank or a comment
@@ -14,5 +16,7 @@ struct PropertyLine {
 
 /// Reads "key=value"; a line that starts with '#' is a comment.
 PropertyLine parsePropertyLine(const std::string& line);
+
+}  // namespace quorvane
 
 #endif

@@ -59,7 +59,8 @@ void beginFrame(GLuint program, int width, int height) {
     glEnable(GL_DEPTH_TEST);
     glDepthFunc(GL_LEQUAL);
     glDepthMask(GL_TRUE);
-    // Clears whatever framebuffer the host left bound; it is ours unless the host has bound another.
+    // Clears whatever framebuffer the host left bound; it is the renderer's own unless the host has bound
+    // another.
     glClearColor(0.0f, 0.0f, 0.0f, 1.0f);
     checkGlError("glClearColor");
     glClearDepthf(1.0f);

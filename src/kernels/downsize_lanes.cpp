@@ -1,12 +1,18 @@
 // Fixed-point low-pass reduction on vectors.
 //
-// Vectors. Let an output's slot be the twice `ratio` columns that start half a ratio before its block. A slot
-// holds every tap of its output, and its second half is the first half of the next output's slot. So with v
-// 16 samples that start where a slot does and w those that start a ratio further,
+// An output's slot is the 2 * ratio columns that start half a ratio before its block; all its taps lie there.
+// Two neighbouring slots share a half. With ratio 4:
+//
+//     columns    -2 -1  0  1 | 2  3  4  5 | 6  7  8  9 | 10 11 12 13
+//     output 0   first half  | second half|
+//     output 1               | first half | second half|
+//     output 2                            | first half | second half
+//
+// So with v a vector of samples that starts where a slot does, and w the one that starts a ratio further,
 //
 //     pairSums(v, weights of the first half) + pairSums(w, weights of the second half)
 //
-// are the line sums of all outputs whose slots start in v, each still in ratio / 2 parts. The parts are
+// are the line sums of all outputs with slots that start in v, each still in ratio / 2 parts. The parts are
 // scaled by the row's vertical weight, summed over the window's rows, and summed up once an output. Two rows
 // of outputs are worked on together: where their windows overlap, a sample serves both.
 //
@@ -123,8 +129,8 @@ class BorderColumns {
     Vector m_vectors[kCount];
 };
 
-/// Adds a row of the source to the sums of those rows of outputs whose windows it lies in, one or both: of
-/// each its line sums, scaled by the row's vertical weight there.
+/// Adds the line sums of a row of the source to one row of outputs or to both, as its windows cover the row:
+/// scaled by the row's vertical weight in that window.
 template <int kRatio, int kWindows, typename Columns>
 inline void addRow(i32* sums, const Columns& columns, const uint8_t* row, const int (&vertical)[kWindows]) {
     static constexpr SlotWeights<kRatio> kWeights;
@@ -174,7 +180,7 @@ inline void addRow(i32* sums, const Columns& columns, const uint8_t* row, const 
 template <int kRatio>
 inline void finish(i32* sums, int rounding, uint8_t* out, uint8_t* out_below) {
     if constexpr (kRatio == 2) {
-        // The outputs of an even vector and of the odd one after it stand by turns.
+        // The outputs of an even vector and of the odd one after it alternate.
         i16 pairs[kVectors];
         QUORVANE_UNROLLED
         for (int k = 0; k < kVectors; ++k)

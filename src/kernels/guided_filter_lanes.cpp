@@ -1,6 +1,6 @@
 // Guided image filter on vectors.
 //
-// Vectors. Window sums are differences of prefix sums along a row of column sums, in whole numbers modulo 2
+// Window sums are differences of prefix sums along a row of column sums, in whole numbers modulo 2
 // to the 32, and so exact whatever the order of additions. a and b, worked out as floats, become whole
 // numbers for the second pass too: multiples of units so small that a window of the largest of them just
 // fits. That pass then gathers no error and is the same on every path.
@@ -12,8 +12,8 @@
 // + mean(b).
 // Rounding to units leaves an error of some sqrt(n) (64 max|a| + max|b|) / 2 to the 33 levels in q. Where
 // that exceeds 0.0001, in large windows over a guide that is flat but for a few levels, and where the buffer
-// is too low for the prefix sums, the reference takes over. b's own rounding shows where the guide is near 0
-// or 255 and flat but for single levels, which luma never is: by up to 0.003 levels.
+// is too low for the prefix sums, the reference takes over. b's own rounding costs up
+// to 0.003 levels where the guide is near 0 or 255 and flat but for single levels; luma never is.
 
 #include <cmath>
 

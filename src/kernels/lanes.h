@@ -32,7 +32,7 @@
 #define QUORVANE_LANES_PLAIN 1
 #endif
 
-/// Before a loop of a fixed number of steps whose vectors are to stay in registers.
+/// Before a loop of a fixed number of steps, to keep its vectors in registers.
 #if defined(__clang__)
 #define QUORVANE_UNROLLED _Pragma("clang loop unroll(full)")
 #else
@@ -378,12 +378,15 @@ class Table {
 #endif
 };
 
-/// How many bytes weighRgb reads before and behind its pixels unless they are all it may read.
+/// The most bytes that weighRgb reads before, and behind, its pixels where it is not exact.
 constexpr int kRgbSlack = kBytes == 32 ? 4 : 0;
 
-/// (kRed R + kGreen G + kBlue B + 128) / 256 of kBytes pixels R, G, B, the weights positive and of sum 256 at
-/// most. With kExact it reads those pixels only, else up to kRgbSlack bytes more at either end, and is
-/// faster; and so it is with a kCount of kBytes / 2, when the upper half of the lanes is anything.
+/// (kRed R + kGreen G + kBlue B + 128) / 256 of kBytes pixels R, G, B.
+///
+///   kRed, kGreen, kBlue   positive, at most 256 in sum
+///   kExact                true: reads these pixels only; false: up to kRgbSlack bytes more at either end,
+///                         which is faster
+///   kCount                kBytes; or half of it, which is faster and leaves the upper lanes undefined
 template <int kRed, int kGreen, int kBlue, bool kExact, int kCount = kBytes>
 inline u8 weighRgb(const uint8_t* p) {
 #if defined(QUORVANE_LANES_AVX2) || defined(QUORVANE_LANES_SSE41)
@@ -391,7 +394,7 @@ inline u8 weighRgb(const uint8_t* p) {
     // pairs.
     constexpr int kWithBlue = 100, kWithRed = kGreen - kWithBlue;
     static_assert(255 * (kRed + kWithRed) < 32768 && 255 * (kBlue + kWithBlue) < 32768);
-    // Four pixels become R, G by turns, then G, B by turns.
+    // Four pixels become R, G, R, G .. and then G, B, G, B ..
     alignas(16) static constexpr uint8_t kOrder[16] = {0, 1, 3, 4, 6, 7, 9, 10, 1, 2, 4, 5, 7, 8, 10, 11};
     alignas(16) static constexpr uint8_t kWeights[16] = {
         kRed,      kWithRed, kRed,      kWithRed, kRed,      kWithRed, kRed,      kWithRed,

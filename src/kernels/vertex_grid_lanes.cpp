@@ -1,9 +1,9 @@
 // The flat mesh on vectors.
 //
-// Vectors. All bands are alike but for y and v, each of which has two values in a band. So the first band is
-// made as the reference makes it, and every other one from it by replacing those. The ten floats of a pair
-// and whole vectors end together after kPeriod pairs. The indices of kCells cells are three vectors, and
-// those of other cells the same ones raised by a number.
+// All bands are alike but for y and v, and each of these has two values in a band. So the first band is made
+// as the reference makes it, and the others are copies of it with y and v replaced. The ten floats of a pair
+// and whole vectors end together after kPeriod pairs. The indices of kCells cells are three vectors; those of
+// other cells are the same vectors with a number added.
 
 #include "kernels/lanes.h"
 #include "kernels/vertex_grid.h"

@@ -6,8 +6,8 @@
 namespace quorvane {
 
 /// The path that the renderer uses: the one that the environment variable QUORVANE_LANES names, else the last
-/// that runs here. Chosen at the first call, once for the process. A name that is no path, or one that does
-/// not run here, is told in one line of the log and changes nothing.
+/// that runs here. Chosen at the first call, once for the process. A name that is no path, or that of a path
+/// that does not run here, is logged in one line and changes nothing.
 const Path& chosenPath();
 
 }  // namespace quorvane
