@@ -31,11 +31,13 @@ void catchSignals() {
     struct sigaction action = {};
     action.sa_handler = onSignal;
     sigemptyset(&action.sa_mask);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    // All that end a process from outside.
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGALRM, SIGTERM, SIGUSR1, SIGUSR2, SIGXCPU, SIGVTALRM,
+                             SIGPROF, SIGIO, SIGPWR, SIGSTKFLT}) {
         struct sigaction before = {};
         sigaction(signal, nullptr, &before);
-        // Ignored by who started us: nohup, or a shell that put us into the background.
-        if (before.sa_handler == SIG_IGN) continue;
+        // Ignored by who started us: nohup, or a shell that put us into the background. Or a profiler's.
+        if (before.sa_handler != SIG_DFL) continue;
         // Without SA_RESTART: a write that waits for ffmpeg must return.
         sigaction(signal, &action, nullptr);
     }

@@ -3,8 +3,9 @@
 
 namespace quorvane {
 
-/// From now on SIGINT, SIGTERM and SIGHUP ask for an orderly end instead of killing the process, where they
-/// were not ignored before. A broken pipe or a file that may not grow fails the write instead of killing.
+/// From now on the signals that end a process (SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM, SIGXCPU and their
+/// like) ask for an orderly end instead, where they would have killed this one. A broken pipe or a file that
+/// may not grow fails the write instead of killing.
 void catchSignals();
 
 bool cancelled() noexcept;

@@ -1,10 +1,12 @@
 #include "system/pending_output.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
@@ -45,32 +47,78 @@ std::string temporaryBeside(const std::string& path) {
         .string();
 }
 
+bool reachesDisk(int descriptor) noexcept {
+    // EINVAL: a file system without a disk behind it.
+    return fsync(descriptor) == 0 || errno == EINVAL;
+}
+
 PendingOutput::PendingOutput(std::string path) : m_path(std::move(path)), m_place(placeOf(m_path)) {
     std::error_code ignored;
     requireFolderFor(m_place, m_path);
     if (fs::is_directory(m_place, ignored)) throw Error(m_path + ": is a folder, not a file");
     if (fs::exists(m_place, ignored) && !fs::is_regular_file(m_place, ignored))
         throw Error(m_path + ": is not a plain file");
-    int file = -1;
-    do {
-        m_temporary = temporaryBeside(m_place);
-        // Never through what somebody else has put there, nor into another run's file.
-        file = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    } while (file < 0 && errno == EEXIST);
-    if (file < 0) throw Error(m_path + ": cannot be written (" + std::strerror(errno) + ")");
-    close(file);
+    // Nobody reads what replaces a private file before it is as private.
+    const mode_t mode = fs::exists(m_place, ignored) ? 0600 : 0666;
+    if (!openUnnamed(mode)) openNamed(mode);
+    struct stat about = {};
+    fstat(m_file.number(), &about);
+    m_mode = about.st_mode & 0777;
 }
 
 PendingOutput::~PendingOutput() {
-    std::error_code ignored;
-    if (!m_temporary.empty()) fs::remove(m_temporary, ignored);
+    if (m_named) unlink(m_temporary.c_str());
+}
+
+bool PendingOutput::openUnnamed(mode_t mode) {
+    fs::path folder = fs::path(m_place).parent_path();
+    if (folder.empty()) folder = ".";
+    m_file = Descriptor(open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
+    m_temporary = "/proc/self/fd/" + std::to_string(m_file.number());
+    // Without /proc there would be no way to it.
+    return m_file && access(m_temporary.c_str(), R_OK | W_OK) == 0;
+}
+
+void PendingOutput::openNamed(mode_t mode) {
+    do {
+        m_temporary = temporaryBeside(m_place);
+        // Never through what somebody else has put there, nor into another run's file.
+        m_file = Descriptor(open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    } while (!m_file && errno == EEXIST);
+    if (!m_file) throw Error(m_path + ": cannot be written (" + std::strerror(errno) + ")");
+    m_named = true;
+}
+
+bool PendingOutput::empty() const {
+    struct stat about = {};
+    return fstat(m_file.number(), &about) == 0 && about.st_size == 0;
 }
 
 void PendingOutput::commit() {
-    std::error_code failed;
-    fs::rename(m_temporary, m_place, failed);
-    if (failed) throw Error(m_path + ": cannot be written (" + failed.message() + ")");
-    m_temporary.clear();
+    struct stat old = {};
+    const bool replaces = stat(m_place.c_str(), &old) == 0;
+    // A file system that knows no modes refuses; there is nothing to keep then.
+    fchmod(m_file.number(), replaces ? old.st_mode & 0777 : m_mode);
+    if (!reachesDisk(m_file.number()) || !moveToPlace())
+        throw Error(m_path + ": cannot be written (" + std::strerror(errno) + ")");
+    m_named = false;
+}
+
+bool PendingOutput::moveToPlace() {
+    const auto name_it = [this](const std::string& name) {
+        return linkat(AT_FDCWD, m_temporary.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    };
+    if (!m_named && name_it(m_place)) return true;
+    // A new name replaces nothing: where a file stands, it gets a temporary one first.
+    while (!m_named) {
+        const std::string name = temporaryBeside(m_place);
+        m_named = name_it(name);
+        if (m_named)
+            m_temporary = name;
+        else if (errno != EEXIST)
+            return false;
+    }
+    return rename(m_temporary.c_str(), m_place.c_str()) == 0;
 }
 
 }  // namespace quorvane

@@ -1,33 +1,52 @@
 #ifndef QUORVANE_SYSTEM_PENDING_OUTPUT_H
 #define QUORVANE_SYSTEM_PENDING_OUTPUT_H
 
+#include <sys/types.h>
+
 #include <string>
+
+#include "system/descriptor.h"
 
 namespace quorvane {
 
-/// A file in the making: written beside its place under a temporary name, and moved there whole. Until
-/// `commit`, the destructor removes it, so that a failure leaves nothing behind. Where `path` is a symbolic
-/// link, its place is where the link leads.
+/// A file in the making, which appears at its place whole or not at all. Until `commit` it has no name where
+/// the file system can do that, so that even a process that is killed leaves nothing behind; elsewhere it has
+/// a temporary one beside its place, which the destructor removes. Where `path` is a symbolic link, its place
+/// is where the link leads.
 class PendingOutput {
   public:
-    /// Makes the temporary file, empty. Throws Error when the folder that `path` lies in does not exist or
-    /// cannot be written, or `path` is a folder or anything else but a file.
+    /// Makes the file, empty. Throws Error when the folder that `path` lies in does not exist or cannot be
+    /// written, or `path` is a folder or anything else but a file.
     explicit PendingOutput(std::string path);
     ~PendingOutput();
 
     PendingOutput(const PendingOutput&) = delete;
     PendingOutput& operator=(const PendingOutput&) = delete;
 
-    /// Where to write; ends in the same extension as `path`.
-    const std::string& temporary() const { return m_temporary; }
+    /// Where to write: for this process, and for any that has `descriptor` open under the same number.
+    const std::string& temporary() const noexcept { return m_temporary; }
 
-    /// Moves the file to its place, replacing what is there. Throws Error.
+    /// The file, open for reading and writing.
+    int descriptor() const noexcept { return m_file.number(); }
+
+    /// Whether nothing has been written yet.
+    bool empty() const;
+
+    /// Moves the file to its place, replacing what is there, once the disk has it. It gets the mode of the
+    /// file that it replaces, and otherwise what the umask leaves of 0666. Throws Error.
     void commit();
 
   private:
+    bool openUnnamed(mode_t mode);
+    void openNamed(mode_t mode);
+    bool moveToPlace();
+
     std::string m_path;
     std::string m_place;
+    Descriptor m_file;
     std::string m_temporary;
+    bool m_named = false;  ///< and to be removed
+    mode_t m_mode = 0;     ///< of a new file
 };
 
 /// Where `path` leads, there or not: `path` itself unless it is a symbolic link. Throws Error for links that
@@ -40,6 +59,10 @@ void requireFolderFor(const std::string& place, const std::string& path);
 /// A path beside `path`, hidden and of the same extension, another one on every call. Something may stand
 /// there already.
 std::string temporaryBeside(const std::string& path);
+
+/// Returns once the disk has all that was written to the file `descriptor`; false, and errno says why, where
+/// some of it is lost.
+bool reachesDisk(int descriptor) noexcept;
 
 }  // namespace quorvane
 

@@ -1,6 +1,7 @@
 #include "system/standard_streams.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -47,7 +48,12 @@ void requireStandardOutput() { requireArrived("standard output"); }
 
 StandardOutputTo::StandardOutputTo(const std::string& path)
     : m_path(path.empty() ? "/dev/null" : path), m_saved(-1) {
-    const int file = open(m_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    struct stat about = {};
+    const bool stream =
+        stat(m_path.c_str(), &about) == 0 && !S_ISREG(about.st_mode) && !S_ISDIR(about.st_mode);
+    if (!stream) m_pending.emplace(m_path);
+    const int file = stream ? open(m_path.c_str(), O_WRONLY | O_CLOEXEC)
+                            : fcntl(m_pending->descriptor(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     if (file < 0) throw Error(m_path + ": cannot be written (" + std::strerror(errno) + ")");
     std::fflush(stdout);
     m_saved = divert(STDOUT_FILENO, file);
@@ -60,6 +66,11 @@ StandardOutputTo::~StandardOutputTo() {
 }
 
 void StandardOutputTo::require() { requireArrived(m_path); }
+
+void StandardOutputTo::commit() {
+    require();
+    if (m_pending) m_pending->commit();
+}
 
 StandardErrorNowhere::StandardErrorNowhere() : m_saved(-1) {
     const int file = open("/dev/null", O_WRONLY | O_CLOEXEC);

@@ -1,7 +1,10 @@
 #ifndef QUORVANE_SYSTEM_STANDARD_STREAMS_H
 #define QUORVANE_SYSTEM_STANDARD_STREAMS_H
 
+#include <optional>
 #include <string>
+
+#include "system/pending_output.h"
 
 namespace quorvane {
 
@@ -12,9 +15,9 @@ void fillStandardStreams();
 /// Throws Error when something printed to standard output has not arrived.
 void requireStandardOutput();
 
-/// While it lives, standard output goes to `path`, replaced, or nowhere when that is empty: the renderer
-/// prints its timing lines there, and a program's output is its own. Throws Error when `path` cannot
-/// be written.
+/// While it lives, standard output goes to `path`, or nowhere when that is empty: the renderer prints its
+/// timing lines there, and a program's output is its own. A file appears whole on `commit`, or not at all;
+/// a pipe or a device gets the lines as they come. Throws Error when `path` cannot be written.
 class StandardOutputTo {
   public:
     explicit StandardOutputTo(const std::string& path);
@@ -26,8 +29,12 @@ class StandardOutputTo {
     /// Throws Error when something printed so far has not arrived.
     void require();
 
+    /// Moves a file to its place. Throws Error, also when something has not arrived.
+    void commit();
+
   private:
     std::string m_path;
+    std::optional<PendingOutput> m_pending;
     int m_saved;
 };
 

@@ -1,17 +1,23 @@
 #include "media/clip/clip_writer.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cctype>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <iterator>
+#include <set>
 #include <sstream>
 #include <system_error>
 
 #include "media/clip/ffmpeg.h"
 #include "media/picture/picture_file.h"
 #include "system/cancel.h"
+#include "system/descriptor.h"
 #include "system/error.h"
 #include "system/pending_output.h"
 
@@ -53,9 +59,11 @@ class FolderWriter : public ClipWriter {
             throw Error(path + ": is a file, not a folder");
         if (!force && fs::is_directory(m_folder, failed) && !fs::is_empty(m_folder, failed))
             throw FolderNotEmpty(path + ": the folder is not empty");
+        // Inside the folder where there is one: it may be another disk than what it lies in.
+        m_was_there = fs::is_directory(m_folder, failed);
         std::string pending;
         do {
-            pending = temporaryBeside(m_folder);
+            pending = temporaryBeside(m_was_there ? m_folder + "/frames" : m_folder);
         } while (!fs::create_directory(pending, failed) && !failed);
         if (failed) throw Error(path + ": cannot be written (" + failed.message() + ")");
         m_pending = pending;
@@ -70,18 +78,19 @@ class FolderWriter : public ClipWriter {
         throwIfCancelled();
         const std::string name = "/" + frameName(number + 1);
         savePng(frame, m_pending + name, m_path + name);
+        const Descriptor file(open((m_pending + name).c_str(), O_RDONLY | O_CLOEXEC));
+        if (!file || !reachesDisk(file.number()))
+            throw Error(m_path + name + ": cannot be written (" + std::strerror(errno) + ")");
         ++m_frames;
     }
 
     void finish() override {
         throwIfCancelled();
         try {
-            if (fs::is_directory(m_folder) && !fs::is_empty(m_folder)) {
-                replaceFrames();
-            } else {
-                // rename() replaces an empty folder.
+            if (m_was_there)
+                fillFolder();
+            else
                 fs::rename(m_pending, m_folder);
-            }
         } catch (const fs::filesystem_error& failed) {
             throw Error(m_path + ": cannot be written (" + failed.code().message() + ")");
         }
@@ -94,17 +103,23 @@ class FolderWriter : public ClipWriter {
         return path;
     }
 
-    // Frames of an earlier, longer clip would be taken for this one's.
-    void replaceFrames() {
-        for (const auto& entry : fs::directory_iterator(m_folder))
-            if (isFrameName(entry.path().filename().string())) fs::remove(entry.path());
-        for (int number = 1; number <= m_frames; ++number)
-            fs::rename(m_pending + "/" + frameName(number), m_folder + "/" + frameName(number));
+    void fillFolder() {
+        std::set<std::string> names;
+        for (int number = 1; number <= m_frames; ++number) {
+            const std::string& name = *names.insert(frameName(number)).first;
+            fs::rename(m_pending + "/" + name, m_folder + "/" + name);
+        }
+        // Frames of an earlier, longer clip would be taken for this one's.
+        for (const auto& entry : fs::directory_iterator(m_folder)) {
+            const std::string name = entry.path().filename().string();
+            if (isFrameName(name) && names.count(name) == 0) fs::remove(entry.path());
+        }
         fs::remove(m_pending);
     }
 
     std::string m_path;
     std::string m_folder;   ///< where the path leads
+    bool m_was_there;       ///< before this writer
     std::string m_pending;  ///< empty until it is made and again once it is moved
     std::atomic<int> m_frames{0};
 };
@@ -112,15 +127,15 @@ class FolderWriter : public ClipWriter {
 class FfmpegWriter : public ClipWriter {
   public:
     FfmpegWriter(const std::string& path, std::string_view words, const ClipSettings& settings)
-        : m_path(path), m_pending(path), m_ffmpeg(arguments(words, settings)) {}
+        : m_path(path), m_pending(path), m_ffmpeg(arguments(words, settings), m_pending.descriptor()) {}
 
     void add(int, const RgbaImage& frame) override {
-        throwIfCancelled();
         if (!m_ffmpeg.write(frame.samples.data(), frame.samples.size())) fail();
     }
 
     void finish() override {
         if (!m_ffmpeg.finish()) fail();
+        if (m_pending.empty()) throw Error(m_path + ": ffmpeg has written nothing");
         throwIfCancelled();
         m_pending.commit();
     }
@@ -129,7 +144,8 @@ class FfmpegWriter : public ClipWriter {
     std::vector<std::string> arguments(std::string_view format, const ClipSettings& settings) const {
         std::ostringstream words;
         // -xerror: without it a clip whose end found no room on the disk counts as success.
-        words << "ffmpeg -nostdin -xerror -hide_banner -loglevel error -y -f rawvideo -pix_fmt rgba -s "
+        words << "ffmpeg -nostdin -xerror -hide_banner -loglevel error -y -protocol_whitelist pipe -f "
+                 "rawvideo -pix_fmt rgba -s "
               << settings.size.width << 'x' << settings.size.height << " -r " << settings.fps << " -i pipe:0 "
               << format;
         std::istringstream split(words.str());
@@ -139,10 +155,7 @@ class FfmpegWriter : public ClipWriter {
         return args;
     }
 
-    [[noreturn]] void fail() {
-        throwIfCancelled();
-        throw Error(m_path + ": ffmpeg failed (" + m_ffmpeg.complaint() + ")");
-    }
+    [[noreturn]] void fail() { throw Error(m_path + ": " + m_ffmpeg.failure()); }
 
     std::string m_path;
     PendingOutput m_pending;

@@ -1,41 +1,40 @@
 #ifndef QUORVANE_MEDIA_CLIP_FFMPEG_H
 #define QUORVANE_MEDIA_CLIP_FFMPEG_H
 
-#include <sys/types.h>
-
 #include <cstddef>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "system/child_process.h"
+
 namespace quorvane::media {
 
-/// A running ffmpeg that reads its input from this process. Killed and reaped by the destructor.
+/// A running ffmpeg that reads its input from this process. Killed by the destructor.
 class Ffmpeg {
   public:
-    /// Starts `arguments[0]`, found on PATH, without a shell. Throws Error when it cannot be started.
-    explicit Ffmpeg(const std::vector<std::string>& arguments);
-    ~Ffmpeg();
+    /// Starts `words[0]` with the other words as its arguments; `kept` stays open in it. Throws Error when it
+    /// cannot be started.
+    Ffmpeg(const std::vector<std::string>& words, int kept);
 
-    Ffmpeg(const Ffmpeg&) = delete;
-    Ffmpeg& operator=(const Ffmpeg&) = delete;
-
-    /// False when ffmpeg has gone away or a signal asks for the end.
+    /// False when ffmpeg has gone away. Throws Cancelled after a signal.
     bool write(const void* bytes, size_t size);
 
-    /// Ends the input and waits. True when ffmpeg succeeded; false also when a signal asks for the end.
+    /// Ends the input and waits. True when ffmpeg succeeded. Throws Cancelled after a signal.
     bool finish();
 
-    /// The last line of what ffmpeg complained about, for a message.
-    std::string complaint();
+    /// Why it failed, for a message, such as "ffmpeg failed (disk is full)". Waits for its end. Throws
+    /// Cancelled after a signal.
+    std::string failure();
 
   private:
-    void closeInput();
+    /// The last line that ffmpeg printed, or nothing.
+    std::string complaint() const;
 
-    pid_t m_process = -1;
-    int m_input = -1;
-    std::unique_ptr<FILE, int (*)(FILE*)> m_errors;
+    // In memory: a full disk is one of the things that ffmpeg complains about.
+    Descriptor m_errors;
+    Descriptor m_input;
+    std::unique_ptr<ChildProcess> m_process;
 };
 
 }  // namespace quorvane::media

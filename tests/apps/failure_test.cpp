@@ -20,7 +20,10 @@ using testing::HasSubstr;
 
 class Failure : public testing::Test {
   protected:
-    void SetUp() override { ASSERT_EQ(quorvane({"sample", photo, depth, "--size", "96x72"}).code, 0); }
+    void SetUp() override {
+        nameInProcesses(folder.path());
+        ASSERT_EQ(quorvane({"sample", photo, depth, "--size", "96x72"}).code, 0);
+    }
 
     void expectRefused(const std::vector<std::string>& arguments, int code, const std::string& said,
                        const std::map<std::string, std::string>& environment = {}) {
@@ -97,7 +100,7 @@ TEST_F(Failure, OutputThatCannotBeIsNamed) {
     expectRefused(render(folder.path()), 1, "the folder is not empty; --force");
     expectRefused(render(photo + "/"), 1, "is a file, not a folder");
     expectRefused(render(folder / "a.png", {"--timings", folder / "none/t.txt"}), 1,
-                  "none/t.txt: cannot be written");
+                  "none/t.txt: there is no folder");
 }
 
 TEST_F(Failure, InputIsNeverOverwritten) {
@@ -134,12 +137,14 @@ TEST_F(Failure, BadPropertyLineIsReportedWithItsNumber) {
 }
 
 TEST_F(Failure, SignalEndsInOrder) {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM, SIGUSR1, SIGUSR2, SIGXCPU})
         for (const char* name : {"a.mp4", "a.webp", "a.gif", "frames/"}) {
+            const bool asked_for_often = signal == SIGINT || signal == SIGTERM || signal == SIGHUP;
+            if (!asked_for_often && (name == std::string("a.webp") || name == std::string("a.gif"))) continue;
             SCOPED_TRACE(testing::Message() << "signal " << signal << ", " << name);
             Process process(render(folder / name, {"--frames", "99999"}));
-            // Long enough to be in the middle of the frames: the temporary output is there.
-            for (int i = 0; i < 200 && folder.names().size() < 3; ++i)
+            // Long enough to be in the middle of the frames: ffmpeg runs, or the folder's frames are there.
+            for (int i = 0; i < 200 && folder.names().size() < 3 && processesNaming(folder.path()) < 2; ++i)
                 std::this_thread::sleep_for(std::chrono::milliseconds(20));
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
             process.signal(signal);
@@ -147,8 +152,22 @@ TEST_F(Failure, SignalEndsInOrder) {
             EXPECT_EQ(outcome.code, 1);
             EXPECT_EQ(outcome.err, "quorvane: interrupted\n");
             EXPECT_THAT(folder.names(), ElementsAre("depth.png", "photo.png"));
-            EXPECT_EQ(processesNaming(folder.path()), 0) << "ffmpeg still runs";
+            EXPECT_TRUE(noProcessNames(folder.path())) << "ffmpeg still runs";
         }
+}
+
+TEST_F(Failure, EvenKilledItLeavesNoHalfClip) {
+    for (const char* name : {"a.mp4", "a.webp", "a.gif"}) {
+        SCOPED_TRACE(name);
+        Process process(render(folder / name, {"--frames", "99999"}));
+        for (int i = 0; i < 200 && processesNaming(folder.path()) < 2; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        process.signal(SIGKILL);
+        EXPECT_EQ(process.wait().code, 128 + SIGKILL);
+        EXPECT_TRUE(noProcessNames(folder.path())) << "ffmpeg still runs";
+        EXPECT_THAT(folder.names(), ElementsAre("depth.png", "photo.png"));
+    }
 }
 
 }  // namespace

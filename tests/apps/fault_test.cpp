@@ -77,9 +77,13 @@ class Disk {
 #define SKIP_WITHOUT_DISK(disk) \
     if (!(disk).mounted()) GTEST_SKIP() << "NO RIGHT TO MOUNT, NOT TESTED: " << std::strerror(errno)
 
+/// A shell script's lines that stand for an ffmpeg which works: its last word is the file.
+const std::string kWritesAll = "for last; do :; done; cat > \"${last#file:}\"\n";
+
 class Fault : public testing::Test {
   protected:
     void SetUp() override {
+        nameInProcesses(folder.path());
         const media::SampleScene scene = media::makeSampleScene(96, 72);
         media::writePng(scene.photo, photo);
         media::writePng(scene.depth, depth);
@@ -99,7 +103,7 @@ class Fault : public testing::Test {
         EXPECT_THAT(outcome.err, StartsWith("quorvane: "));
         EXPECT_THAT(outcome.err, HasSubstr(said));
         EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
-        EXPECT_EQ(processesNaming(folder.path()), 0) << "a process still runs";
+        EXPECT_TRUE(noProcessNames(folder.path())) << "a process still runs";
     }
 
     void expectInterrupted(const Outcome& outcome) const {
@@ -114,6 +118,9 @@ class Fault : public testing::Test {
         expectOneLine(quorvane(arguments, environment, prepare), said);
         EXPECT_EQ(folder.names(), before) << "something was left behind";
     }
+
+    /// Whether a rendering process has got as far as its output.
+    bool hasBegun() const { return folder.names().size() > 2 || processesNaming(folder.path()) > 1; }
 
     /// An environment in which ffmpeg is a shell script.
     Environment withFfmpeg(const std::string& script) const {
@@ -186,6 +193,47 @@ TEST_F(Fault, FileThatMayNotGrowIsTold) {
         expectRefused(render(folder / name, {"--size", "400x300", "--frames", "24"}), name, {}, limit);
 }
 
+TEST_F(Fault, FolderMayBeADiskOfItsOwn) {
+    const Disk disk(folder / "disk", "10m");
+    SKIP_WITHOUT_DISK(disk);
+    fs::permissions(folder / "disk", fs::perms::owner_all);
+    fs::create_symlink("disk", folder / "link");
+    for (const char* name : {"disk", "disk/", "link"}) {
+        SCOPED_TRACE(name);
+        const Outcome outcome = quorvane(render(folder / name, {"--frames", "3", "--force"}));
+        EXPECT_EQ(outcome.code, 0) << outcome.err;
+        EXPECT_THAT(TemporaryFolder::names(folder / "disk"),
+                    ElementsAre("00001.png", "00002.png", "00003.png"));
+        EXPECT_EQ(fs::status(folder / "disk").permissions(), fs::perms::owner_all);
+        fs::remove(folder / "disk/00002.png");
+    }
+    EXPECT_EQ(quorvane(render(folder / "disk", {"--frames", "1", "--force"})).code, 0);
+    EXPECT_THAT(TemporaryFolder::names(folder / "disk"), ElementsAre("00001.png"));
+}
+
+TEST_F(Fault, NamedTemporaryFilesAreRemovedToo) {
+    // Without /proc there is no path to an unnamed file.
+    const auto prepare = [] {
+        if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("tmpfs", "/proc", "tmpfs", 0, nullptr) != 0)
+            _exit(99);
+    };
+    const Outcome outcome = quorvane(render(folder / "a.mp4", {"--frames", "3"}), {}, prepare);
+    if (outcome.code == 99) GTEST_SKIP() << "NO RIGHT TO MOUNT, NOT TESTED";
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_THAT(folder.names(), ElementsAre("a.mp4", "depth.png", "photo.png"));
+    fs::remove(folder / "a.mp4");
+    for (const int signal : {SIGINT, SIGQUIT, SIGALRM, SIGUSR1, SIGXCPU}) {
+        SCOPED_TRACE(signal);
+        Process process(render(folder / "a.mp4", {"--frames", "99999"}), {}, false, prepare);
+        ASSERT_TRUE(eventually([&] { return folder.names().size() > 2; }));
+        pauseMs(100);
+        process.signal(signal);
+        expectInterrupted(process.wait());
+        EXPECT_THAT(folder.names(), ElementsAre("depth.png", "photo.png"));
+    }
+}
+
 TEST_F(Fault, NoPlaceForTemporaryFilesIsNoFault) {
     const Disk disk(folder / "disk", "10m");
     SKIP_WITHOUT_DISK(disk);
@@ -205,7 +253,7 @@ TEST_F(Fault, NoPlaceForTemporaryFilesIsNoFault) {
 TEST_F(Fault, FolderThatVanishesIsTold) {
     // ffmpeg takes it away when it has read all.
     fs::create_directory(folder / "gone");
-    const Environment environment = withFfmpeg("cat > /dev/null; rm -r " + (folder / "gone") + "\n");
+    const Environment environment = withFfmpeg(kWritesAll + "rm -r " + (folder / "gone") + "\n");
     expectOneLine(quorvane(render(folder / "gone/a.mp4", {"--frames", "3"}), environment),
                   "gone/a.mp4: cannot be written (No such file or directory)");
 
@@ -298,6 +346,49 @@ TEST_F(Fault, SamplesTwoFilesAreNotOne) {
     EXPECT_FALSE(fs::exists(folder / "a.png"));
 }
 
+TEST_F(Fault, ModeIsKeptAndElseTheUmasks) {
+    const auto private_by_default = [] { umask(0027); };
+    for (const char* name : {"a.png", "a.mp4"}) {
+        SCOPED_TRACE(name);
+        const std::string out = folder / name;
+        ASSERT_EQ(quorvane(render(out, {"--frames", "2"}), {}, private_by_default).code, 0);
+        EXPECT_EQ(fs::status(out).permissions(), fs::perms(0640));
+        fs::permissions(out, fs::perms(0604));
+        ASSERT_EQ(quorvane(render(out, {"--frames", "2"}), {}, private_by_default).code, 0);
+        EXPECT_EQ(fs::status(out).permissions(), fs::perms(0604));
+    }
+    ASSERT_EQ(quorvane(render(folder / "frames/", {"--frames", "2"}), {}, private_by_default).code, 0);
+    EXPECT_EQ(fs::status(folder / "frames").permissions(), fs::perms(0750));
+    EXPECT_EQ(fs::status(folder / "frames/00002.png").permissions(), fs::perms(0640));
+}
+
+TEST_F(Fault, TimingsAppearWholeOrNotAtAll) {
+    const std::string timings = folder / "t.txt";
+    const Environment no_ffmpeg = {{"PATH", "/nonexistent"}};
+    expectRefused(render(folder / "a.mp4", {"--timings", timings}), "ffmpeg is not installed", no_ffmpeg);
+    EXPECT_FALSE(fs::exists(timings));
+    writeBytes(timings, "old");
+    expectRefused(render(folder / "a.mp4", {"--timings", timings}), "ffmpeg is not installed", no_ffmpeg);
+    EXPECT_EQ(bytesOf(timings), "old");
+    expectRefused(render(folder / "a.mp4", {"--frames", "3", "--timings", timings}), "has written nothing",
+                  withFfmpeg("cat > /dev/null\n"));
+    EXPECT_EQ(bytesOf(timings), "old");
+    ASSERT_EQ(quorvane(render(folder / "a.png", {"--timings", timings})).code, 0);
+    EXPECT_THAT(bytesOf(timings), HasSubstr("ms"));
+    EXPECT_THAT(bytesOf(timings), testing::Not(HasSubstr("old")));
+}
+
+TEST_F(Fault, TimingsAndOutputAreTwoFiles) {
+    fs::create_symlink("a.png", folder / "link");
+    for (const char* timings : {"a.png", "./a.png", "link"}) {
+        EXPECT_EQ(quorvane(render(folder / "a.png", {"--timings", folder / timings})).code, 2) << timings;
+        Arguments sheet = stages(folder / "a.png");
+        sheet.insert(sheet.end(), {"--timings", folder / timings});
+        EXPECT_EQ(quorvane(sheet).code, 2) << timings;
+    }
+    EXPECT_FALSE(fs::exists(folder / "a.png"));
+}
+
 // Standard streams.
 
 TEST_F(Fault, ClosedStreamsChangeNothing) {
@@ -351,14 +442,32 @@ TEST_F(Fault, DecodersKeepTheirThoughtsToThemselves) {
 
 TEST_F(Fault, FfmpegKilledInTheMiddleIsTold) {
     const Environment environment = withFfmpeg("head -c 10000 > /dev/null; kill -9 $$\n");
-    expectRefused(render(folder / "a.mp4"), "a.mp4: ffmpeg failed (it stopped without a word)", environment);
+    expectRefused(render(folder / "a.mp4"), "a.mp4: ffmpeg was ended by signal 9 (Killed)", environment);
+}
+
+TEST_F(Fault, FfmpegThatWritesNothingIsTold) {
+    writeBytes(folder / "a.mp4", "old");
+    expectRefused(render(folder / "a.mp4", {"--frames", "3"}), "a.mp4: ffmpeg has written nothing",
+                  withFfmpeg("cat > /dev/null\n"));
+    EXPECT_EQ(bytesOf(folder / "a.mp4"), "old");
+}
+
+TEST_F(Fault, FfmpegThatSaysNothingIsToldByItsEnd) {
+    expectRefused(render(folder / "a.mp4", {"--frames", "3"}), "a.mp4: ffmpeg failed with exit code 3",
+                  withFfmpeg("cat > /dev/null\nexit 3\n"));
+}
+
+TEST_F(Fault, FfmpegThatStopsReadingIsTold) {
+    expectRefused(render(folder / "a.mp4", {"--size", "320x240"}),
+                  "a.mp4: ffmpeg stopped before the last frame",
+                  withFfmpeg("head -c 10000 > /dev/null\nexit 0\n"));
 }
 
 TEST_F(Fault, FfmpegThatDiesWhileFramesWaitIsTold) {
     // 307,200 bytes a frame: it takes the first three, and the next ones pile up before it ends.
     const Environment environment = withFfmpeg("head -c 1000000 > /dev/null; sleep 1; kill -9 $$\n");
     expectRefused(render(folder / "a.mp4", {"--size", "320x240"}),
-                  "a.mp4: ffmpeg failed (it stopped without a word)", environment);
+                  "a.mp4: ffmpeg was ended by signal 9 (Killed)", environment);
 }
 
 TEST_F(Fault, FrameThatCannotBeWrittenInTheMiddleIsTold) {
@@ -441,7 +550,7 @@ TEST_F(Fault, MoreSignalsDuringTheEndChangeNothing) {
     for (const char* name : {"a.mp4", "a.gif", "frames/"}) {
         SCOPED_TRACE(name);
         Process process(render(folder / name, {"--frames", "99999"}));
-        ASSERT_TRUE(eventually([&] { return folder.names().size() > 2; }));
+        ASSERT_TRUE(eventually([&] { return hasBegun(); }));
         pauseMs(100);
         for (int i = 0; i < 300; ++i) {
             process.signal(i % 2 == 0 ? SIGINT : SIGTERM);
@@ -455,7 +564,7 @@ TEST_F(Fault, MoreSignalsDuringTheEndChangeNothing) {
 TEST_F(Fault, IgnoredSignalStaysIgnored) {
     Process process(render(folder / "a.mp4", {"--frames", "30"}), {}, false,
                     [] { std::signal(SIGHUP, SIG_IGN); });
-    ASSERT_TRUE(eventually([&] { return folder.names().size() > 2; }));
+    ASSERT_TRUE(eventually([&] { return hasBegun(); }));
     process.signal(SIGHUP);
     EXPECT_EQ(process.wait().code, 0);
     EXPECT_THAT(folder.names(), ElementsAre("a.mp4", "depth.png", "photo.png"));

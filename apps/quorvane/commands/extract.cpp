@@ -68,7 +68,7 @@ std::string photoBytes(const std::string& file, const media::Contents& contents)
 void extract(const ExtractOptions& options) {
     if (!options.raw && parseOutput(options.depth).kind != media::OutputKind::kStill)
         throw UsageError("-o " + options.depth + ": the depth is written as .png (or as it is, with --raw)");
-    if (!options.photo.empty()) refuseSameOutput(options.depth, options.photo);
+    refuseSameOutput(options.depth, options.photo, "photo and depth map");
     refuseInputAsOutput({options.file}, {options.depth, options.photo});
     // Asked before any work is done.
     for (const std::string& path : {options.depth, options.photo})

@@ -41,8 +41,9 @@ void refuseInputAsFrame(const std::vector<std::string>& inputs, const std::strin
     }
 }
 
-void refuseSameOutput(const std::string& one, const std::string& other) {
-    if (realPlace(one) == realPlace(other)) throw UsageError(one + ": photo and depth map are two files");
+void refuseSameOutput(const std::string& one, const std::string& other, const std::string& what) {
+    if (one.empty() || other.empty()) return;
+    if (realPlace(one) == realPlace(other)) throw UsageError(one + ": " + what + " are two files");
 }
 
 }  // namespace quorvane::app

@@ -14,8 +14,9 @@ void refuseInputAsOutput(const std::vector<std::string>& inputs, const std::vect
 /// Throws Error where an input lies in `folder` under a frame's name, which would be replaced.
 void refuseInputAsFrame(const std::vector<std::string>& inputs, const std::string& folder);
 
-/// Throws UsageError where two outputs are one file, there or not.
-void refuseSameOutput(const std::string& one, const std::string& other);
+/// Throws UsageError where two outputs are one file, there or not; `what` names both, as in "photo and depth
+/// map".
+void refuseSameOutput(const std::string& one, const std::string& other, const std::string& what);
 
 }  // namespace quorvane::app
 

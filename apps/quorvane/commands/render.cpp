@@ -95,6 +95,7 @@ void render(const RenderOptions& options) {
         refuseInputAsOutput(inputs, {options.out, options.view.timings});
         if (format.kind == OutputKind::kFolder) refuseInputAsFrame(inputs, options.out);
     };
+    refuseSameOutput(options.out, options.view.timings, "picture and timings");
     const InputOptions& asked = options.view.input;
     keep({asked.photo, asked.depth});
 
@@ -145,6 +146,7 @@ void render(const RenderOptions& options) {
         queue.finish();
         timings.require();
         times.measure(Stage::kEncode, [&] { writer->finish(); });
+        timings.commit();
     }
     if (options.stats) std::fputs(times.table(frames, crew.writers).c_str(), stderr);
 }

@@ -22,7 +22,7 @@ void sample(const std::string& photo, const std::string& depth, const std::strin
     for (const std::string& path : {photo, depth})
         if (parseOutput(path).kind != media::OutputKind::kStill)
             throw UsageError(path + ": the sample's two files are .png");
-    refuseSameOutput(photo, depth);
+    refuseSameOutput(photo, depth, "photo and depth map");
     const Size size = size_text.empty() ? kDefaultSize : parseSize(size_text);
     if (size.width < kSmallest || size.height < kSmallest || size.width > kLargest || size.height > kLargest)
         throw UsageError("--size " + size_text + ": the sample's sides are 64 to 8192 pixels");

@@ -51,6 +51,7 @@ media::RgbImage stagesSheet(const ViewOptions& options, Input input) {
 void stages(const ViewOptions& options, const std::string& out) {
     if (parseOutput(out).kind != media::OutputKind::kStill)
         throw UsageError("-o " + out + ": the sheet is a .png file");
+    refuseSameOutput(out, options.timings, "sheet and timings");
     refuseInputAsOutput({options.input.photo, options.input.depth}, {out, options.timings});
     // Asked before any work is done.
     { const PendingOutput place(out); }
@@ -62,6 +63,7 @@ void stages(const ViewOptions& options, const std::string& out) {
     timings.require();
     throwIfCancelled();
     media::writePng(sheet, out);
+    timings.commit();
 }
 
 }  // namespace quorvane::app

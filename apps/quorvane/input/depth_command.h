@@ -17,7 +17,7 @@ std::vector<std::string> parseDepthCommand(const std::string& text);
 /// Runs a user's depth estimator on a photo and reads the depth map that it writes. In its words, {in}
 /// becomes a PNG file of the photo and {out} a .png file to write, both in a folder of their own that is gone
 /// afterwards. Standard input is empty; what it prints goes to standard error. Throws Error when it
-/// cannot be started, fails or writes no picture, and "interrupted" after a signal, when it is killed.
+/// cannot be started, fails or writes no picture, and Cancelled after a signal, when it is killed.
 media::DepthMap estimateDepth(const std::vector<std::string>& command, const media::RgbImage& photo);
 
 }  // namespace quorvane::app

@@ -93,6 +93,58 @@ TEST(ClipWriter, Mp4KeepsTheColours) {
     EXPECT_NEAR(seen.samples[2], 30, 4);
 }
 
+/// The names of an .mp4's outermost boxes, in their order.
+std::vector<std::string> boxesOf(const std::string& bytes) {
+    std::vector<std::string> names;
+    size_t at = 0;
+    while (at + 8 <= bytes.size()) {
+        size_t size = 0;
+        for (size_t i = 0; i < 4; ++i) size = size * 256 + static_cast<unsigned char>(bytes[at + i]);
+        names.push_back(bytes.substr(at + 4, 4));
+        if (size < 8) break;
+        at += size;
+    }
+    return names;
+}
+
+TEST(ClipWriter, Mp4SaysItsColoursAndStartsWhileItLoads) {
+    const TemporaryFolder folder;
+    writeClip(folder / "a.mp4", 7);
+    EXPECT_EQ(outputOf("ffprobe -v error -show_entries "
+                       "stream=color_range,color_space,color_transfer,color_primaries -of default=nw=1 " +
+                       (folder / "a.mp4")),
+              "color_range=tv\ncolor_space=bt709\ncolor_transfer=iec61966-2-1\ncolor_primaries=bt709");
+    EXPECT_THAT(boxesOf(bytesOf(folder / "a.mp4")), ElementsAre("ftyp", "moov", "free", "mdat"));
+}
+
+TEST(ClipWriter, Mp4HasTheQualityThatIsMeant) {
+    const TemporaryFolder folder;
+    writeClip(folder / "a.mp4", 3);
+    // The encoder writes its settings into the stream.
+    EXPECT_THAT(bytesOf(folder / "a.mp4"), HasSubstr(" crf=18.0 "));
+}
+
+TEST(ClipWriter, WebpHasTheQualityThatIsMeant) {
+    const TemporaryFolder folder;
+    RgbaImage noise(64, 64);
+    unsigned state = 1;
+    for (uint8_t& sample : noise.samples)
+        sample = static_cast<uint8_t>((state = state * 1103515245 + 12345) >> 16);
+    for (size_t i = 3; i < noise.samples.size(); i += 4) noise.samples[i] = 255;
+    const auto writer = open(folder / "a.webp", {64, 64});
+    writer->add(0, noise);
+    writer->finish();
+    writePng(noise, folder / "a.png");
+    ASSERT_EQ(
+        outputOf("cwebp -quiet -q 85 " + (folder / "a.png") + " -o " + (folder / "b.webp") + " && echo ok"),
+        "ok");
+    const auto quantizer = [&folder](const char* name) {
+        return outputOf("webpinfo -bitstream_info " + (folder / name) + " | grep 'Base Q'");
+    };
+    EXPECT_THAT(quantizer("a.webp"), HasSubstr("Base Q"));
+    EXPECT_EQ(quantizer("a.webp"), quantizer("b.webp"));
+}
+
 TEST(ClipWriter, GifLoopsForever) {
     const TemporaryFolder folder;
     writeClip(folder / "a.gif", 4);
@@ -176,6 +228,7 @@ TEST(ClipWriter, ForceReplacesTheFramesAndNothingElse) {
 
 TEST(ClipWriter, AbandonedWriterLeavesNothing) {
     const TemporaryFolder folder;
+    test::nameInProcesses(folder.path());
     for (const OutputFormat& format : kOutputFormats) {
         const std::string name = "a" + std::string(format.extension);
         SCOPED_TRACE(name);
@@ -184,7 +237,7 @@ TEST(ClipWriter, AbandonedWriterLeavesNothing) {
             writer->add(0, frame(32, 24, 1));
         }
         EXPECT_THAT(folder.names(), IsEmpty());
-        EXPECT_EQ(test::processesNaming(folder.path()), 0) << "ffmpeg still runs";
+        EXPECT_TRUE(test::noProcessNames(folder.path())) << "ffmpeg still runs";
     }
 }
 
