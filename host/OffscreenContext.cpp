@@ -2,30 +2,18 @@
 
 #include <EGL/eglext.h>
 
-#include <cstdio>
-#include <cstring>
 #include <map>
 #include <mutex>
 #include <vector>
+
+#include "host/gl_queries.h"
+#include "host/text.h"
 
 namespace quorvane {
 namespace {
 
 std::string eglFailure(const char* call) {
-    char text[96];
-    std::snprintf(text, sizeof text, "%s failed (EGL error 0x%04x)", call,
-                  static_cast<unsigned>(eglGetError()));
-    return text;
-}
-
-bool hasExtension(const char* extensions, const char* name) {
-    if (extensions == nullptr) return false;
-    const size_t length = std::strlen(name);
-    for (const char* at = extensions; (at = std::strstr(at, name)) != nullptr; at += length) {
-        const bool starts = at == extensions || at[-1] == ' ';
-        if (starts && (at[length] == ' ' || at[length] == '\0')) return true;
-    }
-    return false;
+    return text("%s failed (EGL error 0x%04x)", call, static_cast<unsigned>(eglGetError()));
 }
 
 // EGL gives the same display to every caller in the process, and terminating it ends everybody's contexts:
@@ -52,7 +40,8 @@ class DisplayUsers {
 };
 
 DisplayUsers& displayUsers() {
-    static DisplayUsers users;
+    // Never destroyed: a program may keep a context to its very end.
+    static DisplayUsers& users = *new DisplayUsers;
     return users;
 }
 
@@ -67,14 +56,14 @@ std::vector<Candidate> candidates() {
     const auto platform_display =
         reinterpret_cast<PFNEGLGETPLATFORMDISPLAYEXTPROC>(eglGetProcAddress("eglGetPlatformDisplayEXT"));
 
-    if (platform_display != nullptr && hasExtension(client_extensions, "EGL_MESA_platform_surfaceless"))
+    if (platform_display != nullptr && hasWord(client_extensions, "EGL_MESA_platform_surfaceless"))
         found.push_back({platform_display(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr),
                          "Mesa surfaceless"});
 
     const auto query_devices =
         reinterpret_cast<PFNEGLQUERYDEVICESEXTPROC>(eglGetProcAddress("eglQueryDevicesEXT"));
     if (platform_display != nullptr && query_devices != nullptr &&
-        hasExtension(client_extensions, "EGL_EXT_platform_device")) {
+        hasWord(client_extensions, "EGL_EXT_platform_device")) {
         EGLDeviceEXT devices[16];
         EGLint count = 0;
         if (query_devices(16, devices, &count))
@@ -112,7 +101,7 @@ Status OffscreenContext::open(EGLDisplay display, std::string platform) {
 
     if (!eglBindAPI(EGL_OPENGL_ES_API)) return Status::failure(eglFailure("eglBindAPI"));
     const bool surfaceless =
-        hasExtension(eglQueryString(m_display, EGL_EXTENSIONS), "EGL_KHR_surfaceless_context");
+        hasWord(eglQueryString(m_display, EGL_EXTENSIONS), "EGL_KHR_surfaceless_context");
     const EGLint config_wanted[] = {EGL_RENDERABLE_TYPE, EGL_OPENGL_ES2_BIT, EGL_SURFACE_TYPE,
                                     surfaceless ? 0 : EGL_PBUFFER_BIT, EGL_NONE};
     EGLConfig config = nullptr;

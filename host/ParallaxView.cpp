@@ -1,90 +1,68 @@
 #include "quorvane/host/ParallaxView.h"
 
+#include <android/log.h>
+
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
-#include <cstring>
 #include <limits>
-#include <new>
 #include <utility>
 
-#include "large_pages.h"
+#include "host/gl_queries.h"
+#include "host/gl_state.h"
+#include "host/output.h"
+#include "host/rows.h"
+#include "host/text.h"
+#include "host/working_block.h"
+#include "sizes/sizes.h"
 
 namespace quorvane {
 namespace {
 
-constexpr int kDepthPixelsPerCell = 4;
-constexpr GLenum kDepthComponent24 = 0x81A6;
+/// OpenGL ES 3 has them without an extension.
+bool hasUnsignedIntIndices() { return glVersion() >= 30 || hasGlExtension("GL_OES_element_index_uint"); }
 
-std::string text(const char* format, ...) __attribute__((format(printf, 1, 2)));
-std::string text(const char* format, ...) {
-    char buffer[256];
-    va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(buffer, sizeof buffer, format, arguments);
-    va_end(arguments);
-    return buffer;
+Status checkSides(const char* what, int width, int height, int smallest, int largest) {
+    if (width >= smallest && height >= smallest && width <= largest && height <= largest)
+        return Status::success();
+    return Status::failure(
+        text("%s: %d x %d pixels; each side must be %d to %d", what, width, height, smallest, largest));
 }
 
-bool hasGlExtension(const char* name) {
-    const char* extensions = reinterpret_cast<const char*>(glGetString(GL_EXTENSIONS));
-    return extensions != nullptr &&
-           (' ' + std::string(extensions) + ' ').find(' ' + std::string(name) + ' ') != std::string::npos;
+/// The renderer leaves its two shaders to the context. Deleted while they are attached, they go with the
+/// program.
+void deleteShadersWithProgram(GLuint program) {
+    GLuint shaders[2] = {0, 0};
+    GLsizei count = 0;
+    glGetAttachedShaders(program, 2, &count, shaders);
+    for (GLsizei i = 0; i < count; ++i) glDeleteShader(shaders[i]);
 }
 
-/// ES 3.0 made unsigned 32-bit element indices part of the core.
-bool hasUnsignedIntIndices() {
-    const char* version = reinterpret_cast<const char*>(glGetString(GL_VERSION));
-    int major = 0;
-    if (version != nullptr && std::sscanf(version, "OpenGL ES %d.", &major) == 1 && major >= 3) return true;
-    return hasGlExtension("GL_OES_element_index_uint");
-}
-
-GLint integer(GLenum name) {
-    GLint value = 0;
-    glGetIntegerv(name, &value);
-    return value;
-}
-
-/// Errors that the app left behind are not ours to report.
-void forgetGlErrors() {
-    // Bounded: a lost context reports an error on every call.
-    for (int i = 0; i < 16 && glGetError() != GL_NO_ERROR; ++i) {
-    }
-}
-
-Status glStatus(const char* doing) {
-    const GLenum error = glGetError();
-    if (error == GL_NO_ERROR) return Status::success();
-    if (error == GL_OUT_OF_MEMORY)
-        return Status::failure(text("%s: the graphics driver is out of memory", doing));
-    return Status::failure(text("%s: the graphics driver reports error 0x%04x", doing, error));
-}
-
-/// The ratio that the reduction will use for one axis, or 0 when the sizes do not fit to within one cell.
-int colourRatio(int photo, int grid) {
-    for (const int ratio : {1, 2, 4, 8, 16, 32})
-        if (photo / grid == ratio && photo / ratio == grid) return ratio;
-    return 0;
-}
-
-/// `ESRenderer::getRequiredMemSize` in 64 bit.
-int64_t blockBytes(int64_t tex_w, int64_t tex_h, int64_t depth_w, int64_t depth_h) {
-    const int64_t w = depth_w / kDepthPixelsPerCell;
-    const int64_t h = depth_h / kDepthPixelsPerCell;
-    return 3 * tex_w * tex_h + 57 * w * h + 40 * h * (w + 1) + 12 * (w + 1) * (h + 1);
+/// Has the renderer's destructor delete nothing: names count in the context that made them, and another one
+/// may have objects of its own under the same.
+void abandonObjects(ESRenderer* renderer) {
+    renderer->m_depthName = renderer->m_texName = 0;
+    renderer->m_fbo = 0;
+    renderer->m_gridVertexBuf[0] = renderer->m_gridVertexBuf[1] = 0;
+    renderer->m_program = 0;
 }
 
 }  // namespace
 
-void ParallaxView::FreeBlock::operator()(unsigned char* block) const {
-    ::operator delete(block, m_alignment);
+ParallaxView::ParallaxView()
+    : m_thread(std::this_thread::get_id()),
+      m_context(eglGetCurrentContext()),
+      m_gl_state(std::make_unique<GlState>()),
+      m_block(std::make_unique<WorkingBlock>()) {}
+
+ParallaxView::~ParallaxView() {
+    if (eglGetCurrentContext() == m_context) return;
+    abandonObjects(&m_renderer);
+    if (m_output != nullptr) m_output->abandon();
+    __android_log_print(
+        ANDROID_LOG_WARN, "AppQRVN",
+        "a view ends while its OpenGL ES context is not current: its GL objects stay until that "
+        "context goes");
 }
-
-ParallaxView::ParallaxView() : m_thread(std::this_thread::get_id()), m_context(eglGetCurrentContext()) {}
-
-ParallaxView::~ParallaxView() { deleteOutput(&m_output); }
 
 Status ParallaxView::create(int width, int height, uint32_t orientation,
                             std::unique_ptr<ParallaxView>* view) {
@@ -98,16 +76,16 @@ Status ParallaxView::create(int width, int height, uint32_t orientation,
 }
 
 Status ParallaxView::open(int width, int height, uint32_t orientation) {
-    if (integer(GL_MAX_VERTEX_TEXTURE_IMAGE_UNITS) < 1)
+    if (glInteger(GL_MAX_VERTEX_TEXTURE_IMAGE_UNITS) < 1)
         return Status::failure("this graphics driver has no texture unit for vertex shaders; one is needed");
     if (!hasUnsignedIntIndices())
         return Status::failure(
             "this graphics driver lacks 32-bit element indices (OpenGL ES 3, or GL_OES_element_index_uint)");
     GLint viewport[2] = {0, 0};
     glGetIntegerv(GL_MAX_VIEWPORT_DIMS, viewport);
-    m_largest_texture = integer(GL_MAX_TEXTURE_SIZE);
-    m_largest_output =
-        std::min({m_largest_texture, integer(GL_MAX_RENDERBUFFER_SIZE), std::min(viewport[0], viewport[1])});
+    m_largest_texture = glInteger(GL_MAX_TEXTURE_SIZE);
+    m_largest_output = std::min(
+        {m_largest_texture, glInteger(GL_MAX_RENDERBUFFER_SIZE), std::min(viewport[0], viewport[1])});
 
     m_renderer.getProperties(orientation);
     return resize(width, height);
@@ -121,68 +99,33 @@ Status ParallaxView::checkCaller() const {
     return Status::success();
 }
 
-Status ParallaxView::checkSides(const char* what, int width, int height, int smallest, int largest) const {
-    if (width >= smallest && height >= smallest && width <= largest && height <= largest)
-        return Status::success();
-    return Status::failure(
-        text("%s: %d x %d pixels; each side must be %d to %d", what, width, height, smallest, largest));
-}
-
-Status ParallaxView::createOutput(int width, int height, Output* output) const {
-    forgetGlErrors();
-    glGenTextures(1, &output->texture);
-    glGenRenderbuffers(1, &output->depth_buffer);
-    if (output->texture == 0 || output->depth_buffer == 0)
-        return Status::failure("output: the graphics driver made no texture or depth buffer");
-    glActiveTexture(GL_TEXTURE0);
-    glBindTexture(GL_TEXTURE_2D, output->texture);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
-    glBindRenderbuffer(GL_RENDERBUFFER, output->depth_buffer);
-    glRenderbufferStorage(GL_RENDERBUFFER,
-                          hasGlExtension("GL_OES_depth24") ? kDepthComponent24 : GL_DEPTH_COMPONENT16, width,
-                          height);
-    return glStatus("output");
-}
-
-void ParallaxView::deleteOutput(Output* output) {
-    glDeleteTextures(1, &output->texture);
-    glDeleteRenderbuffers(1, &output->depth_buffer);
-    *output = Output();
-}
-
-bool ParallaxView::attach(const Output& output) {
-    glBindFramebuffer(GL_FRAMEBUFFER, m_renderer.m_fbo);
-    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, output.depth_buffer);
-    return m_renderer.setOutTexture(output.texture);
-}
-
 Status ParallaxView::resize(int width, int height) {
     Status status = checkCaller();
     if (!status) return status;
     status = checkSides("output", width, height, 1, m_largest_output);
     if (!status) return status;
 
-    Output output;
-    status = createOutput(width, height, &output);
-    if (status && !m_renderer.setupGraphics(width, height))
-        status = Status::failure("the graphics driver could not build the shader program; the log says why");
-    else if (status && !attach(output))
-        status = Status::failure(
-            text("output: the graphics driver cannot draw into a %d x %d texture", width, height));
+    m_gl_state->setForUploads();
+    std::unique_ptr<Output> output;
+    status = Output::create(width, height, &output);
+    if (status) {
+        const bool first = m_renderer.m_program == 0;
+        if (!m_renderer.setupGraphics(width, height))
+            return Status::failure(
+                "the graphics driver could not build the shader program; the log says why");
+        if (first) deleteShadersWithProgram(m_renderer.m_program);
+        if (!output->attachTo(&m_renderer))
+            status = Status::failure(
+                text("output: the graphics driver cannot draw into a %d x %d texture", width, height));
+    }
     if (!status) {
-        deleteOutput(&output);
-        if (m_output.texture != 0) {
+        if (m_output != nullptr) {
             m_renderer.setupGraphics(m_width, m_height);
-            attach(m_output);
+            m_output->attachTo(&m_renderer);
         }
         return status;
     }
-    deleteOutput(&m_output);
-    m_output = output;
+    m_output = std::move(output);
     m_width = width;
     m_height = height;
     m_has_picture = false;
@@ -195,88 +138,69 @@ bool ParallaxView::holdsPhoto(int width, int height) const {
     return m_has_photo && width == m_renderer.m_texWidth && height == m_renderer.m_texHeight;
 }
 
-// Moves the photo's copy into a block for the given sizes, when the one in use is for others.
-Status ParallaxView::planBlock(int photo_width, int photo_height, int depth_width, int depth_height) {
-    const int64_t wanted = blockBytes(photo_width, photo_height, depth_width, depth_height);
-    if (wanted > std::numeric_limits<int>::max())
-        return Status::failure(text(
-            "a %d x %d photo with a %d x %d depth map needs %.1f GB of working memory; 2 GB is the limit",
-            photo_width, photo_height, depth_width, depth_height, static_cast<double>(wanted) / 1e9));
-    const bool same_photo = holdsPhoto(photo_width, photo_height);
-    if (same_photo && depth_width / kDepthPixelsPerCell == m_renderer.m_vtxW &&
-        depth_height / kDepthPixelsPerCell == m_renderer.m_vtxH)
-        return Status::success();
+Status ParallaxView::setPhoto(const Pixels& rgb) { return setPhoto(rgb, 3); }
 
-    const size_t bytes = static_cast<size_t>(wanted);
-    const std::align_val_t alignment = alignmentFor(bytes);
-    Block block(static_cast<unsigned char*>(::operator new(bytes, alignment, std::nothrow)),
-                FreeBlock(alignment));
-    if (block == nullptr) return Status::failure(text("cannot allocate %zu bytes of working memory", bytes));
-    preferLargePages(block.get(), bytes);
+Status ParallaxView::setPhotoRgba(const Pixels& rgba) { return setPhoto(rgba, 4); }
 
-    const char* photo = m_renderer.m_pTextureData;
-    m_block_bytes = m_renderer.getRequiredMemSize(photo_width, photo_height, depth_width, depth_height);
-    m_renderer.assignMem(block.get());
-    if (same_photo)
-        std::memcpy(m_renderer.m_pTextureData, photo,
-                    size_t{3} * static_cast<size_t>(photo_width) * static_cast<size_t>(photo_height));
-    m_block = std::move(block);
-    return Status::success();
-}
-
-Status ParallaxView::setPhoto(int width, int height, const uint8_t* rgb) {
+Status ParallaxView::setPhoto(const Pixels& pixels, int bytes_per_pixel) {
     Status status = checkCaller();
     if (!status) return status;
-    if (rgb == nullptr) return Status::failure("photo: no pixels given");
-    status = checkSides("photo", width, height, 1, m_largest_texture);
+    status = checkSides("photo", pixels.width, pixels.height, 1, m_largest_texture);
+    if (!status) return status;
+    status = checkPixels("photo", pixels, bytes_per_pixel);
+    if (!status) return status;
+    TightRows rgb;
+    status = TightRows::of("photo", pixels, bytes_per_pixel, 3, &rgb);
     if (!status) return status;
 
-    if (!holdsPhoto(width, height)) {
-        status = planBlock(width, height, 0, 0);
+    if (!holdsPhoto(pixels.width, pixels.height)) {
+        status = m_block->plan(&m_renderer, {pixels.width, pixels.height}, {0, 0}, false);
         if (!status) return status;
         m_has_depth = false;
     }
+    m_gl_state->setForUploads();
     forgetGlErrors();
-    glActiveTexture(GL_TEXTURE0);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
     // The renderer only reads the pixels.
-    m_renderer.setTexture(width, height, const_cast<unsigned char*>(rgb));
+    m_renderer.setTexture(pixels.width, pixels.height, const_cast<unsigned char*>(rgb.data()));
     status = glStatus("photo");
     m_has_photo = status.ok();
     return status;
 }
 
-Status ParallaxView::setDepth(int width, int height, const uint8_t* depth) {
+Status ParallaxView::setDepth(const Pixels& depth) {
     Status status = checkCaller();
     if (!status) return status;
     if (!m_has_photo) return Status::failure("depth map: set the photo first");
-    if (depth == nullptr) return Status::failure("depth map: no samples given");
-    status =
-        checkSides("depth map", width, height, kDepthPixelsPerCell, m_largest_texture * kDepthPixelsPerCell);
+    status = checkSides("depth map", depth.width, depth.height, kDepthPixelsPerCell,
+                        m_largest_texture * kDepthPixelsPerCell);
+    if (!status) return status;
+    status = checkPixels("depth map", depth, 1);
     if (!status) return status;
 
-    const int grid_w = width / kDepthPixelsPerCell;
-    const int grid_h = height / kDepthPixelsPerCell;
+    const Size grid = {depth.width / kDepthPixelsPerCell, depth.height / kDepthPixelsPerCell};
     // Sides of 5, 6, 7, 10, 11 and 15 truncate to a grid that they are no longer 4 times.
-    if (width / grid_w != kDepthPixelsPerCell || height / grid_h != kDepthPixelsPerCell)
-        return Status::failure(text(
-            "depth map: %d x %d does not divide into cells of 4 x 4; use multiples of 4", width, height));
-    const int photo_w = m_renderer.m_texWidth;
-    const int photo_h = m_renderer.m_texHeight;
-    if (colourRatio(photo_w, grid_w) == 0 || colourRatio(photo_h, grid_h) == 0)
+    if (depth.width / grid.width != kDepthPixelsPerCell || depth.height / grid.height != kDepthPixelsPerCell)
+        return Status::failure(
+            text("depth map: %d x %d does not divide into cells of 4 x 4; use multiples of 4", depth.width,
+                 depth.height));
+    const Size photo = {m_renderer.m_texWidth, m_renderer.m_texHeight};
+    if (photoPixelsPerCell(photo.width, grid.width) == 0 ||
+        photoPixelsPerCell(photo.height, grid.height) == 0)
         return Status::failure(
             text("depth map: %d x %d makes a grid of %d x %d cells, and the %d x %d photo is not 1, 2, 4, 8, "
                  "16 or 32 times that",
-                 width, height, grid_w, grid_h, photo_w, photo_h));
-    status = planBlock(photo_w, photo_h, width, height);
+                 depth.width, depth.height, grid.width, grid.height, photo.width, photo.height));
+    TightRows samples;
+    status = TightRows::of("depth map", depth, 1, 1, &samples);
+    if (!status) return status;
+    status = m_block->plan(&m_renderer, photo, {depth.width, depth.height}, true);
     if (!status) return status;
 
+    m_gl_state->setForUploads();
     forgetGlErrors();
-    glActiveTexture(GL_TEXTURE0);
     // The photo's reduction reads a few pixels past the photo, into the planes behind it.
-    unsigned char* behind_photo = reinterpret_cast<unsigned char*>(m_renderer.m_pDepthData);
-    std::memset(behind_photo, 0, static_cast<size_t>(m_block.get() + m_block_bytes - behind_photo));
-    m_renderer.setDepth(width, height, const_cast<unsigned char*>(depth));
+    m_block->clearBehindPhoto(m_renderer);
+    m_renderer.setDepth(depth.width, depth.height, const_cast<unsigned char*>(samples.data()));
     // The renderer logs and clears the errors of its upload. Writing into a texture that has no image fails
     // again.
     glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 1, 1, GL_LUMINANCE, GL_UNSIGNED_BYTE, m_renderer.m_pDepthData);
@@ -345,35 +269,41 @@ Status ParallaxView::render() {
     if (!m_has_photo) return Status::failure("nothing to draw: no photo is set");
     if (!m_has_depth) return Status::failure("nothing to draw: no depth map is set for this photo");
 
-    // Whatever the app switched on for its own drawing must not show in the picture.
-    constexpr GLenum kTests[] = {GL_BLEND,          GL_CULL_FACE,           GL_SCISSOR_TEST,
-                                 GL_STENCIL_TEST,   GL_POLYGON_OFFSET_FILL, GL_SAMPLE_ALPHA_TO_COVERAGE,
-                                 GL_SAMPLE_COVERAGE};
-    for (const GLenum test : kTests) glDisable(test);
-    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
-    glDepthRangef(0.0f, 1.0f);
-    forgetGlErrors();
+    m_gl_state->setForDrawing();
     // The renderer clears what is bound on entry.
-    glBindFramebuffer(GL_FRAMEBUFFER, m_renderer.m_fbo);
+    m_gl_state->bindFramebuffer(m_renderer.m_fbo);
+    forgetGlErrors();
     m_renderer.renderFrame();
     status = glStatus("drawing");
     m_has_picture = status.ok();
     return status;
 }
 
-Status ParallaxView::readPixels(uint8_t* rgba, size_t bytes) const {
+Status ParallaxView::readPixels(const WritablePixels& rgba) const {
+    constexpr char kWhat[] = "reading the picture";
     Status status = checkCaller();
     if (!status) return status;
     if (!m_has_picture) return Status::failure("no picture of this size has been drawn yet");
-    const size_t needed = size_t{4} * static_cast<size_t>(m_width) * static_cast<size_t>(m_height);
-    if (rgba == nullptr || bytes < needed)
-        return Status::failure(text("reading the picture takes a buffer of %zu bytes", needed));
+    if (rgba.width != m_width || rgba.height != m_height)
+        return Status::failure(text("%s: %d x %d pixels are asked for, and the picture has %d x %d", kWhat,
+                                    rgba.width, rgba.height, m_width, m_height));
+    status = checkPixels(kWhat, rgba, 4);
+    if (!status) return status;
+    RowsToFill rows;
+    status = RowsToFill::of(kWhat, rgba, 4, &rows);
+    if (!status) return status;
+
+    m_gl_state->setForReading();
+    m_gl_state->bindFramebuffer(m_renderer.m_fbo);
     forgetGlErrors();
-    glBindFramebuffer(GL_FRAMEBUFFER, m_renderer.m_fbo);
     // The photo's first row is drawn at the framebuffer's bottom, so GL's row order is the picture's.
-    glReadPixels(0, 0, m_width, m_height, GL_RGBA, GL_UNSIGNED_BYTE, rgba);
-    return glStatus("reading the picture");
+    glReadPixels(0, 0, m_width, m_height, GL_RGBA, GL_UNSIGNED_BYTE, rows.data());
+    status = glStatus(kWhat);
+    if (status) rows.deliver();
+    return status;
 }
+
+GLuint ParallaxView::texture() const noexcept { return m_output->texture(); }
 
 Geometry ParallaxView::geometry() const {
     Geometry geometry = {};
@@ -384,7 +314,7 @@ Geometry ParallaxView::geometry() const {
     geometry.grid_height = m_renderer.m_vtxH;
     geometry.colour_ratio_x = m_renderer.m_texWidth / m_renderer.m_vtxW;
     geometry.colour_ratio_y = m_renderer.m_texHeight / m_renderer.m_vtxH;
-    geometry.block_bytes = m_block_bytes;
+    geometry.block_bytes = m_block->bytes();
     geometry.pivot_distance = m_renderer.m_z_factor;
     // The vertex shader puts depth d, 0..1, at distance 32 - 0.4 (35 d - 32).
     geometry.still_depth = 255.0f * ((32.0f - m_renderer.m_z_factor) / 0.4f + 32.0f) / 35.0f;

@@ -1,16 +1,8 @@
 #include "copy_picture.h"
 
+#include "host/gl_queries.h"
+
 namespace quorvane {
-namespace {
-
-void forgetGlErrors() {
-    // Bounded: a lost context reports an error on every call.
-    for (int i = 0; i < 16 && glGetError() != GL_NO_ERROR; ++i) {
-    }
-}
-
-}  // namespace
-
 Status copyPicture(const ParallaxView& view, GLuint texture) {
     const std::string name = "texture " + std::to_string(texture);
     const ESRenderer& renderer = view.renderer();

@@ -5,8 +5,7 @@
 #include <quorvane/host/OffscreenContext.h>
 #include <quorvane/host/ParallaxView.h>
 
-#include <cstring>
-#include <new>
+#include <memory>
 
 #include "copy_picture.h"
 #include "current_context.h"
@@ -19,18 +18,20 @@ namespace {
 
 using quorvane::copyPicture;
 using quorvane::CurrentContext;
+using quorvane::DirectBytes;
+using quorvane::directBytes;
 using quorvane::Geometry;
 using quorvane::nativeMethod;
 using quorvane::OffscreenContext;
 using quorvane::ParallaxView;
 using quorvane::ParameterInfo;
+using quorvane::Pixels;
 using quorvane::report;
 using quorvane::Status;
 
 /// What a Java object's handle points to.
 struct Renderer {
     std::unique_ptr<OffscreenContext> own_context;  ///< null where the app's is used; outlives the view
-    EGLContext context = EGL_NO_CONTEXT;            ///< the one or the other
     std::unique_ptr<ParallaxView> view;
 };
 
@@ -73,58 +74,14 @@ class Text {
     const char* const m_characters;
 };
 
-/// A picture in a direct buffer: `bytes` of it count, from `position` on. The Java half has checked both.
-struct Pixels {
-    uint8_t* data;
-    uint64_t bytes;
-
-    Pixels(JNIEnv* env, jobject buffer, jint position, jint bytes_left)
-        : data(static_cast<uint8_t*>(env->GetDirectBufferAddress(buffer)) + position),
-          bytes(static_cast<uint64_t>(bytes_left)) {}
-
-    /// Whether width x height pixels are there. Sides below 1 pass, for the view to refuse them.
-    Status hold(const char* what, jint width, jint height, int bytes_per_pixel) const {
-        if (width < 1 || height < 1) return Status::success();
-        // Two sides below 2 to the 31 and 4 bytes a pixel fit into 64 bit.
-        const uint64_t needed = static_cast<uint64_t>(width) * static_cast<uint64_t>(height) *
-                                static_cast<uint64_t>(bytes_per_pixel);
-        if (needed <= bytes) return Status::success();
-        return Status::failure(std::string(what) + ": " + std::to_string(width) + " x " +
-                               std::to_string(height) + " pixels take " + std::to_string(needed) +
-                               " bytes; the buffer has " + std::to_string(bytes) +
-                               " from its position to its limit");
-    }
-};
-
-Status setPhotoRgba(ParallaxView* view, int width, int height, const uint8_t* rgba) {
-    if (width < 1 || height < 1) return view->setPhoto(width, height, rgba);
-    const size_t pixels = static_cast<size_t>(width) * static_cast<size_t>(height);
-    const std::unique_ptr<uint8_t[]> rgb(new (std::nothrow) uint8_t[3 * pixels]);
-    if (rgb == nullptr)
-        return Status::failure("photo: cannot allocate " + std::to_string(3 * pixels) + " bytes");
-    for (size_t i = 0; i < pixels; ++i) std::memcpy(&rgb[3 * i], &rgba[4 * i], 3);
-    return view->setPhoto(width, height, rgb.get());
-}
-
-/// The renderer leaves its two shaders to the context, which outlives many renderers in an app. Deleted while
-/// they are attached, they go with the program.
-void deleteShadersWithProgram(GLuint program) {
-    GLuint shaders[2] = {0, 0};
-    GLsizei count = 0;
-    glGetAttachedShaders(program, 2, &count, shaders);
-    for (GLsizei i = 0; i < count; ++i) glDeleteShader(shaders[i]);
-}
-
 jlong create(JNIEnv* env, jclass, jint width, jint height, jint orientation, jboolean offscreen) {
     const CurrentContext before;
-    std::unique_ptr<Renderer> renderer(new (std::nothrow) Renderer);
-    Status status = renderer != nullptr ? Status::success() : Status::failure("out of memory");
-    if (status && offscreen) status = OffscreenContext::create(&renderer->own_context);
+    auto renderer = std::make_unique<Renderer>();
+    Status status = Status::success();
+    if (offscreen) status = OffscreenContext::create(&renderer->own_context);
     if (status) {
-        renderer->context = eglGetCurrentContext();
         status = ParallaxView::create(width, height, static_cast<uint32_t>(orientation), &renderer->view);
     }
-    if (status) deleteShadersWithProgram(renderer->view->renderer().m_program);
     report(env, status);
     return status ? reinterpret_cast<intptr_t>(renderer.release()) : 0;
 }
@@ -133,28 +90,25 @@ void close(JNIEnv*, jclass, jlong handle) {
     const CurrentContext before;
     const std::unique_ptr<Renderer> renderer(rendererOf(handle));
     if (renderer->own_context != nullptr) static_cast<void>(renderer->own_context->makeCurrent());
-    // Another context may have objects of its own under the names of the view's.
-    if (eglGetCurrentContext() != renderer->context) CurrentContext::release();
     renderer->view.reset();
 }
 
 void setPhoto(JNIEnv* env, jclass, jlong handle, jint width, jint height, jobject buffer, jint position,
               jint bytes, jint bytes_per_pixel) {
     const OpenView view(handle);
-    const Pixels pixels(env, buffer, position, bytes);
-    Status status = pixels.hold("photo", width, height, bytes_per_pixel);
-    if (status)
-        status = bytes_per_pixel == 4 ? setPhotoRgba(&*view, width, height, pixels.data)
-                                      : view->setPhoto(width, height, pixels.data);
+    DirectBytes photo;
+    Status status = directBytes(env, "photo", buffer, position, bytes, &photo);
+    const Pixels pixels(photo.data, photo.bytes, width, height);
+    if (status) status = bytes_per_pixel == 4 ? view->setPhotoRgba(pixels) : view->setPhoto(pixels);
     report(env, status);
 }
 
 void setDepth(JNIEnv* env, jclass, jlong handle, jint width, jint height, jobject buffer, jint position,
               jint bytes) {
     const OpenView view(handle);
-    const Pixels samples(env, buffer, position, bytes);
-    Status status = samples.hold("depth map", width, height, 1);
-    if (status) status = view->setDepth(width, height, samples.data);
+    DirectBytes depth;
+    Status status = directBytes(env, "depth map", buffer, position, bytes, &depth);
+    if (status) status = view->setDepth({depth.data, depth.bytes, width, height});
     report(env, status);
 }
 
@@ -249,8 +203,10 @@ void renderInto(JNIEnv* env, jclass, jlong handle, jint texture) {
 
 void readPixels(JNIEnv* env, jclass, jlong handle, jobject buffer, jint position, jint bytes) {
     const OpenView view(handle);
-    const Pixels pixels(env, buffer, position, bytes);
-    report(env, view->readPixels(pixels.data, static_cast<size_t>(pixels.bytes)));
+    DirectBytes picture;
+    Status status = directBytes(env, "reading the picture", buffer, position, bytes, &picture);
+    if (status) status = view->readPixels({picture.data, picture.bytes, view->width(), view->height()});
+    report(env, status);
 }
 
 jint width(JNIEnv*, jclass, jlong handle) { return OpenView(handle)->width(); }
@@ -281,25 +237,25 @@ extern "C" JNIEXPORT jint JNI_OnLoad(JavaVM* machine, void*) {
     const jclass type = env->FindClass("quorvane/parallax/ParallaxRenderer");
     if (type == nullptr) return JNI_ERR;
     const JNINativeMethod methods[] = {
-        nativeMethod("nativeCreate", "(IIIZ)J", create),
-        nativeMethod("nativeSetPhoto", "(JIILjava/nio/ByteBuffer;III)V", setPhoto),
-        nativeMethod("nativeSetDepth", "(JIILjava/nio/ByteBuffer;II)V", setDepth),
-        nativeMethod("nativeParameters", "()[Lquorvane/parallax/ParallaxParameter;", parameters),
-        nativeMethod("nativeSetParameter", "(JLjava/lang/String;D)V", setParameter),
-        nativeMethod("nativeParameter", "(JLjava/lang/String;)D", parameter),
-        nativeMethod("nativeApplyProperties", "(JI)V", applyProperties),
-        nativeMethod("nativeResize", "(JII)V", resize),
-        nativeMethod("nativeLookAt", "(JFF)V", lookAt),
-        nativeMethod("nativeSetAccelerometerData", "(JFFF)V", setAccelerometerData),
-        nativeMethod("nativeSetRotation", "(JFFF)V", setRotation),
-        nativeMethod("nativeSetTranslation", "(JFFF)V", setTranslation),
-        nativeMethod("nativeRender", "(J)I", render),
-        nativeMethod("nativeRenderInto", "(JI)V", renderInto),
-        nativeMethod("nativeReadPixels", "(JLjava/nio/ByteBuffer;II)V", readPixels),
-        nativeMethod("nativeWidth", "(J)I", width),
-        nativeMethod("nativeHeight", "(J)I", height),
-        nativeMethod("nativeGeometry", "(J)Lquorvane/parallax/ParallaxGeometry;", geometry),
-        nativeMethod("nativeClose", "(J)V", close),
+        nativeMethod<create>("nativeCreate", "(IIIZ)J"),
+        nativeMethod<setPhoto>("nativeSetPhoto", "(JIILjava/nio/ByteBuffer;III)V"),
+        nativeMethod<setDepth>("nativeSetDepth", "(JIILjava/nio/ByteBuffer;II)V"),
+        nativeMethod<parameters>("nativeParameters", "()[Lquorvane/parallax/ParallaxParameter;"),
+        nativeMethod<setParameter>("nativeSetParameter", "(JLjava/lang/String;D)V"),
+        nativeMethod<parameter>("nativeParameter", "(JLjava/lang/String;)D"),
+        nativeMethod<applyProperties>("nativeApplyProperties", "(JI)V"),
+        nativeMethod<resize>("nativeResize", "(JII)V"),
+        nativeMethod<lookAt>("nativeLookAt", "(JFF)V"),
+        nativeMethod<setAccelerometerData>("nativeSetAccelerometerData", "(JFFF)V"),
+        nativeMethod<setRotation>("nativeSetRotation", "(JFFF)V"),
+        nativeMethod<setTranslation>("nativeSetTranslation", "(JFFF)V"),
+        nativeMethod<render>("nativeRender", "(J)I"),
+        nativeMethod<renderInto>("nativeRenderInto", "(JI)V"),
+        nativeMethod<readPixels>("nativeReadPixels", "(JLjava/nio/ByteBuffer;II)V"),
+        nativeMethod<width>("nativeWidth", "(J)I"),
+        nativeMethod<height>("nativeHeight", "(J)I"),
+        nativeMethod<geometry>("nativeGeometry", "(J)Lquorvane/parallax/ParallaxGeometry;"),
+        nativeMethod<close>("nativeClose", "(J)V"),
     };
     const jint count = sizeof methods / sizeof methods[0];
     if (env->RegisterNatives(type, methods, count) != JNI_OK) return JNI_ERR;

@@ -121,27 +121,14 @@ jobject newPhoto(JNIEnv* env, jclass type, const Contents& contents) {
                           static_cast<jboolean>(depth.orientation_known));
 }
 
-/// Runs `work`, which returns an object; null with a waiting exception where it throws: none may reach Java.
-template <typename Work>
-auto guarded(JNIEnv* env, Work work) -> decltype(work()) {
-    try {
-        return work();
-    } catch (...) {
-        // Nothing else is thrown.
-        report(env, Status::failure("photo file: too little memory to look inside it"));
-        return nullptr;
-    }
-}
-
-jobjectArray containers(JNIEnv* env, jclass) {
-    return guarded(env, [env] { return newStrings(env, media::knownContainers()); });
-}
+jobjectArray containers(JNIEnv* env, jclass) { return newStrings(env, media::knownContainers()); }
 
 jobject read(JNIEnv* env, jclass type, jobject buffer, jint position, jint bytes) {
-    return guarded(env, [=] {
-        const char* file = static_cast<const char*>(env->GetDirectBufferAddress(buffer)) + position;
-        return newPhoto(env, type, media::lookInside({file, static_cast<size_t>(bytes)}));
-    });
+    DirectBytes file;
+    const Status status = directBytes(env, "photo file", buffer, position, bytes, &file);
+    report(env, status);
+    if (!status) return nullptr;
+    return newPhoto(env, type, media::lookInside({reinterpret_cast<const char*>(file.data), file.bytes}));
 }
 
 }  // namespace
@@ -150,8 +137,8 @@ bool registerPortraitPhoto(JNIEnv* env) {
     const jclass type = env->FindClass("quorvane/parallax/PortraitPhoto");
     if (type == nullptr) return false;
     const JNINativeMethod methods[] = {
-        nativeMethod("nativeContainers", "()[Ljava/lang/String;", containers),
-        nativeMethod("nativeRead", "(Ljava/nio/ByteBuffer;II)Lquorvane/parallax/PortraitPhoto;", read),
+        nativeMethod<containers>("nativeContainers", "()[Ljava/lang/String;"),
+        nativeMethod<read>("nativeRead", "(Ljava/nio/ByteBuffer;II)Lquorvane/parallax/PortraitPhoto;"),
     };
     return env->RegisterNatives(type, methods, sizeof methods / sizeof methods[0]) == JNI_OK;
 }

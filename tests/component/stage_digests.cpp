@@ -222,17 +222,17 @@ Status drawFrames(Bytes* all) {
     Status status = OffscreenContext::create(&context);
     std::unique_ptr<ParallaxView> view;
     if (status) status = ParallaxView::create(kWidth, kHeight, 4, &view);
-    if (status) status = view->setPhoto(kWidth, kHeight, plane(3 * kWidth, kHeight, 14).data());
+    if (status) status = view->setPhoto({plane(3 * kWidth, kHeight, 14), kWidth, kHeight});
     Bytes depth;
     for (int y = 0; y < kHeight; ++y)
         for (int x = 0; x < kWidth; ++x)
             depth.push_back(static_cast<uint8_t>(x > 30 && x < 60 && y > 20 && y < 50 ? 240 : 40 + y));
-    if (status) status = view->setDepth(kWidth, kHeight, depth.data());
+    if (status) status = view->setDepth({depth, kWidth, kHeight});
     for (const float x : {0.0f, 1.0f, -0.6f}) {
         if (status) status = view->lookAt(x, 0.5f * x);
         if (status) status = view->render();
         Bytes picture(4 * kWidth * kHeight);
-        if (status) status = view->readPixels(picture.data(), picture.size());
+        if (status) status = view->readPixels({picture, view->width(), view->height()});
         append(all, picture.data(), picture.size());
     }
     return status;

@@ -8,8 +8,12 @@
 namespace quorvane::test {
 namespace {
 
+using testing::AnyOf;
+using testing::Contains;
+using testing::Each;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::MatchesRegex;
 
 class ParallaxViewFault : public ComponentTest {
   protected:
@@ -44,8 +48,8 @@ class ParallaxViewFault : public ComponentTest {
 
     void createWithImages() {
         ASSERT_TRUE(create().ok());
-        ASSERT_EQ(said([&] { return view->setPhoto(32, 32, photo.data()); }), "succeeded");
-        ASSERT_EQ(said([&] { return view->setDepth(32, 32, depth.data()); }), "succeeded");
+        ASSERT_EQ(said([&] { return view->setPhoto({photo, 32, 32}); }), "succeeded");
+        ASSERT_EQ(said([&] { return view->setDepth({depth, 32, 32}); }), "succeeded");
         forget();
     }
 
@@ -74,6 +78,29 @@ TEST_F(ParallaxViewFault, EsThreeHas32BitIndicesWithoutAnExtension) {
     EXPECT_TRUE(create().ok());
 }
 
+TEST_F(ParallaxViewFault, EsTwoIsAskedForNothingOfEsThree) {
+    // Error 0x0500 in a context that does not know them.
+    createWithImages();
+    ASSERT_EQ(said([&] { return view->render(); }), "succeeded");
+    Bytes pixels(64 * 48 * 4);
+    ASSERT_EQ(said([&] { return view->readPixels({pixels, 64, 48}); }), "succeeded");
+    for (const char* call : {"glPixelStorei", "glDisable", "glBindBuffer", "glBindFramebuffer"})
+        EXPECT_THAT(
+            timeline.callsOf(call),
+            Each(AnyOf(HasSubstr("ALIGNMENT"), HasSubstr("ARRAY_BUFFER"), HasSubstr("GL_FRAMEBUFFER"),
+                       HasSubstr("(GL_BLEND)"), HasSubstr("(GL_CULL_FACE)"), HasSubstr("(GL_SCISSOR_TEST)"),
+                       // Stencil test, polygon offset and the two kinds of coverage.
+                       MatchesRegex("glDisable\\(0x(b90|8037|809e|80a0)\\)"))))
+            << call;
+}
+
+TEST_F(ParallaxViewFault, EsThreeWithoutItsFunctionsIsDrawnInAllTheSame) {
+    gl.strings[GL_VERSION] = "OpenGL ES 3.2 pretended";
+    createWithImages();
+    EXPECT_EQ(said([&] { return view->render(); }), "succeeded");
+    EXPECT_THAT(timeline.callsOf("glDisable"), Contains("glDisable(0x8c89)")) << "discarding of primitives";
+}
+
 TEST_F(ParallaxViewFault, UsesA16BitDepthBufferWhere24AreMissing) {
     gl.strings[GL_EXTENSIONS] = "GL_OES_element_index_uint";
     ASSERT_TRUE(create().ok());
@@ -85,7 +112,9 @@ TEST_F(ParallaxViewFault, SmallestLimitBoundsThePicture) {
     ASSERT_TRUE(create().ok());
     EXPECT_EQ(said([&] { return view->resize(2049, 10); }),
               "output: 2049 x 10 pixels; each side must be 1 to 2048");
-    EXPECT_EQ(said([&] { return view->setPhoto(4097, 10, photo.data()); }),
+    EXPECT_EQ(said([&] {
+                  return view->setPhoto({photo, 4097, 10});
+              }),
               "photo: 4097 x 10 pixels; each side must be 1 to 4096");
 }
 
@@ -106,6 +135,7 @@ TEST_F(ParallaxViewFault, IncompleteFramebufferIsAFailure) {
     gl.framebuffer_status = GL_FRAMEBUFFER_UNSUPPORTED;
     EXPECT_THAT(sentence(create()), HasSubstr("cannot draw into a 64 x 48 texture"));
     expectNothingLeft();
+    EXPECT_THAT(gl.live_shaders, IsEmpty());
 }
 
 TEST_F(ParallaxViewFault, FailedResizeKeepsTheOldPicture) {
@@ -124,7 +154,9 @@ TEST_F(ParallaxViewFault, FailedResizeKeepsTheOldPicture) {
 TEST_F(ParallaxViewFault, PhotoThatTheDriverCannotHoldIsUnset) {
     ASSERT_TRUE(create().ok());
     gl.errorAfter("glTexImage2D", GL_OUT_OF_MEMORY);
-    EXPECT_EQ(said([&] { return view->setPhoto(32, 32, photo.data()); }),
+    EXPECT_EQ(said([&] {
+                  return view->setPhoto({photo, 32, 32});
+              }),
               "photo: the graphics driver is out of memory");
     EXPECT_EQ(said([&] { return view->render(); }), "nothing to draw: no photo is set");
     expectNothingLeft();
@@ -133,28 +165,30 @@ TEST_F(ParallaxViewFault, PhotoThatTheDriverCannotHoldIsUnset) {
 TEST_F(ParallaxViewFault, ErrorsOfTheAppAreNotReportedAsOurs) {
     ASSERT_TRUE(create().ok());
     gl.queueError(GL_INVALID_ENUM);
-    EXPECT_EQ(said([&] { return view->setPhoto(32, 32, photo.data()); }), "succeeded");
+    EXPECT_EQ(said([&] { return view->setPhoto({photo, 32, 32}); }), "succeeded");
     gl.queueError(GL_INVALID_ENUM);
-    EXPECT_EQ(said([&] { return view->setDepth(32, 32, depth.data()); }), "succeeded");
+    EXPECT_EQ(said([&] { return view->setDepth({depth, 32, 32}); }), "succeeded");
     gl.queueError(GL_INVALID_ENUM);
     EXPECT_EQ(said([&] { return view->render(); }), "succeeded");
 }
 
 TEST_F(ParallaxViewFault, FrameThatFailsIsNoPicture) {
     ASSERT_TRUE(create().ok());
-    ASSERT_EQ(said([&] { return view->setPhoto(32, 32, photo.data()); }), "succeeded");
-    ASSERT_EQ(said([&] { return view->setDepth(32, 32, depth.data()); }), "succeeded");
+    ASSERT_EQ(said([&] { return view->setPhoto({photo, 32, 32}); }), "succeeded");
+    ASSERT_EQ(said([&] { return view->setDepth({depth, 32, 32}); }), "succeeded");
     gl.errorAfter("glDrawElements", GL_OUT_OF_MEMORY);
     EXPECT_EQ(said([&] { return view->render(); }), "drawing: the graphics driver is out of memory");
     Bytes pixels(64 * 48 * 4);
-    EXPECT_THAT(said([&] { return view->readPixels(pixels.data(), pixels.size()); }),
+    EXPECT_THAT(said([&] {
+                    return view->readPixels({pixels, view->width(), view->height()});
+                }),
                 HasSubstr("no picture"));
 }
 
 TEST_F(ParallaxViewFault, PlanesBehindThePhotoAreClearedBeforeItsReduction) {
     ASSERT_TRUE(create().ok());
-    ASSERT_EQ(said([&] { return view->setPhoto(32, 32, Bytes(32 * 32 * 3, 255).data()); }), "succeeded");
-    ASSERT_EQ(said([&] { return view->setDepth(32, 32, Bytes(32 * 32, 255).data()); }), "succeeded");
+    ASSERT_EQ(said([&] { return view->setPhoto({Bytes(32 * 32 * 3, 255), 32, 32}); }), "succeeded");
+    ASSERT_EQ(said([&] { return view->setDepth({Bytes(32 * 32, 255), 32, 32}); }), "succeeded");
     // Grid 8 x 8, four photo pixels a cell: the last output's window takes two pixels past the end, black now
     // and 255 had the depth plane of the first call stayed.
     const auto guide = [&] {
@@ -162,7 +196,7 @@ TEST_F(ParallaxViewFault, PlanesBehindThePhotoAreClearedBeforeItsReduction) {
         return Bytes(renderer.m_pSmallTextureData, renderer.m_pSmallTextureData + 64);
     };
     const Bytes first = guide();
-    ASSERT_EQ(said([&] { return view->setDepth(32, 32, Bytes(32 * 32, 255).data()); }), "succeeded");
+    ASSERT_EQ(said([&] { return view->setDepth({Bytes(32 * 32, 255), 32, 32}); }), "succeeded");
     EXPECT_EQ(guide(), first);
 }
 
@@ -222,9 +256,11 @@ TEST_F(ParallaxViewFault, BothSidesOfALimitAreAdmissible) {
 TEST_F(ParallaxViewFault, DepthMapsMayBeFourTimesAsLargeAsTextures) {
     gl.integers[GL_MAX_TEXTURE_SIZE] = 64;
     ASSERT_TRUE(create().ok());
-    ASSERT_EQ(said([&] { return view->setPhoto(64, 32, Bytes(64 * 32 * 3).data()); }), "succeeded");
-    EXPECT_EQ(said([&] { return view->setDepth(256, 128, Bytes(256 * 128).data()); }), "succeeded");
-    EXPECT_EQ(said([&] { return view->setDepth(257, 128, depth.data()); }),
+    ASSERT_EQ(said([&] { return view->setPhoto({Bytes(64 * 32 * 3), 64, 32}); }), "succeeded");
+    EXPECT_EQ(said([&] { return view->setDepth({Bytes(256 * 128), 256, 128}); }), "succeeded");
+    EXPECT_EQ(said([&] {
+                  return view->setDepth({depth, 257, 128});
+              }),
               "depth map: 257 x 128 pixels; each side must be 4 to 256");
 }
 
@@ -296,17 +332,21 @@ TEST_F(ParallaxViewFault, DepthBufferGoesToItsOwnFramebufferWhateverTheAppHasBou
 TEST_F(ParallaxViewFault, OtherErrorsAreToldByTheirNumber) {
     ASSERT_TRUE(create().ok());
     gl.errorAfter("glTexImage2D", GL_INVALID_VALUE);
-    EXPECT_EQ(said([&] { return view->setPhoto(32, 32, photo.data()); }),
+    EXPECT_EQ(said([&] {
+                  return view->setPhoto({photo, 32, 32});
+              }),
               "photo: the graphics driver reports error 0x0501");
 }
 
 TEST_F(ParallaxViewFault, SeveralErrorsOfTheAppAreForgottenButNotEndlesslyMany) {
     ASSERT_TRUE(create().ok());
     for (int i = 0; i < 5; ++i) gl.queueError(GL_INVALID_ENUM);
-    EXPECT_EQ(said([&] { return view->setPhoto(32, 32, photo.data()); }), "succeeded");
+    EXPECT_EQ(said([&] { return view->setPhoto({photo, 32, 32}); }), "succeeded");
     // A lost context never stops reporting.
     for (int i = 0; i < 1000; ++i) gl.queueError(GL_INVALID_ENUM);
-    EXPECT_EQ(said([&] { return view->setPhoto(32, 32, photo.data()); }),
+    EXPECT_EQ(said([&] {
+                  return view->setPhoto({photo, 32, 32});
+              }),
               "photo: the graphics driver reports error 0x0500");
     EXPECT_GT(gl.pendingErrors(), 900u);
 }
@@ -315,7 +355,9 @@ TEST_F(ParallaxViewFault, DepthTextureThatTheDriverCannotHoldIsUnset) {
     createWithImages();
     gl.errorAfter("glTexImage2D", GL_OUT_OF_MEMORY);
     gl.errorAfter("glTexSubImage2D", GL_INVALID_OPERATION);  // what a driver says of a texture without image
-    EXPECT_EQ(said([&] { return view->setDepth(32, 32, depth.data()); }),
+    EXPECT_EQ(said([&] {
+                  return view->setDepth({depth, 32, 32});
+              }),
               "depth map: the graphics driver reports error 0x0502");
     EXPECT_EQ(said([&] { return view->render(); }), "nothing to draw: no depth map is set for this photo");
 }
@@ -323,7 +365,9 @@ TEST_F(ParallaxViewFault, DepthTextureThatTheDriverCannotHoldIsUnset) {
 TEST_F(ParallaxViewFault, MeshThatTheDriverCannotHoldUnsetsTheDepth) {
     createWithImages();
     gl.errorAfter("glBufferData", GL_OUT_OF_MEMORY);
-    EXPECT_EQ(said([&] { return view->setDepth(32, 32, depth.data()); }),
+    EXPECT_EQ(said([&] {
+                  return view->setDepth({depth, 32, 32});
+              }),
               "depth map: the graphics driver is out of memory");
     EXPECT_EQ(said([&] { return view->render(); }), "nothing to draw: no depth map is set for this photo");
 }
@@ -333,9 +377,11 @@ TEST_F(ParallaxViewFault, ReadingReportsItsOwnErrorsOnly) {
     ASSERT_EQ(said([&] { return view->render(); }), "succeeded");
     Bytes pixels(64 * 48 * 4);
     gl.queueError(GL_INVALID_ENUM);
-    EXPECT_EQ(said([&] { return view->readPixels(pixels.data(), pixels.size()); }), "succeeded");
+    EXPECT_EQ(said([&] { return view->readPixels({pixels, view->width(), view->height()}); }), "succeeded");
     gl.errorAfter("glReadPixels", GL_OUT_OF_MEMORY);
-    EXPECT_EQ(said([&] { return view->readPixels(pixels.data(), pixels.size()); }),
+    EXPECT_EQ(said([&] {
+                  return view->readPixels({pixels, view->width(), view->height()});
+              }),
               "reading the picture: the graphics driver is out of memory");
 }
 
@@ -344,7 +390,7 @@ TEST_F(ParallaxViewFault, ReadingComesFromItsOwnFramebuffer) {
     ASSERT_EQ(said([&] { return view->render(); }), "succeeded");
     glBindFramebuffer(GL_FRAMEBUFFER, 77);
     Bytes pixels(64 * 48 * 4);
-    EXPECT_TRUE(view->readPixels(pixels.data(), pixels.size()).ok());
+    EXPECT_TRUE(view->readPixels({pixels, view->width(), view->height()}).ok());
     EXPECT_EQ(gl.bound_framebuffer, view->renderer().m_fbo);
 }
 
@@ -379,8 +425,8 @@ TEST_F(ParallaxViewFault, UnitsBeyondTheThirdKeepTheirTextures) {
     };
     on_the_apps_unit([&] { return ParallaxView::create(64, 48, 4, &view); });
     on_the_apps_unit([&] { return view->resize(20, 30); });
-    on_the_apps_unit([&] { return view->setPhoto(32, 32, photo.data()); });
-    on_the_apps_unit([&] { return view->setDepth(32, 32, depth.data()); });
+    on_the_apps_unit([&] { return view->setPhoto({photo, 32, 32}); });
+    on_the_apps_unit([&] { return view->setDepth({depth, 32, 32}); });
     on_the_apps_unit([&] { return view->render(); });
 }
 
@@ -396,7 +442,7 @@ TEST_F(ParallaxViewFault, LookingFarBeyondTheEdgesIsClamped) {
 TEST_F(ParallaxViewFault, ErrorsOfTheAppAreNotLoggedAsTheRenderers) {
     createWithImages();
     gl.queueError(GL_INVALID_ENUM);
-    EXPECT_EQ(said([&] { return view->setDepth(32, 32, depth.data()); }), "succeeded");
+    EXPECT_EQ(said([&] { return view->setDepth({depth, 32, 32}); }), "succeeded");
     gl.queueError(GL_INVALID_ENUM);
     EXPECT_EQ(said([&] { return view->render(); }), "succeeded");
     gl.queueError(GL_INVALID_ENUM);
@@ -415,9 +461,9 @@ size_t wantedBytes(size_t photo_w, size_t photo_h, size_t grid_w, size_t grid_h)
 
 TEST_F(ParallaxViewFault, BlockIsAsLargeAsItsImagesNeed) {
     ASSERT_TRUE(create().ok());
-    ASSERT_EQ(said([&] { return view->setPhoto(32, 16, photo.data()); }), "succeeded");
+    ASSERT_EQ(said([&] { return view->setPhoto({photo, 32, 16}); }), "succeeded");
     EXPECT_EQ(memory.last_bytes, wantedBytes(32, 16, 0, 0));
-    ASSERT_EQ(said([&] { return view->setDepth(32, 32, depth.data()); }), "succeeded");
+    ASSERT_EQ(said([&] { return view->setDepth({depth, 32, 32}); }), "succeeded");
     EXPECT_EQ(memory.last_bytes, wantedBytes(32, 16, 8, 8));
     EXPECT_EQ(static_cast<size_t>(view->geometry().block_bytes), wantedBytes(32, 16, 8, 8));
 }
@@ -425,12 +471,12 @@ TEST_F(ParallaxViewFault, BlockIsAsLargeAsItsImagesNeed) {
 TEST_F(ParallaxViewFault, BlockIsTakenAnewForOtherSizesOnly) {
     createWithImages();
     const int taken = memory.taken;
-    ASSERT_EQ(said([&] { return view->setPhoto(32, 32, photo.data()); }), "succeeded");
-    ASSERT_EQ(said([&] { return view->setDepth(32, 32, depth.data()); }), "succeeded");
+    ASSERT_EQ(said([&] { return view->setPhoto({photo, 32, 32}); }), "succeeded");
+    ASSERT_EQ(said([&] { return view->setDepth({depth, 32, 32}); }), "succeeded");
     EXPECT_EQ(memory.taken, taken);
-    ASSERT_EQ(said([&] { return view->setDepth(32, 16, depth.data()); }), "succeeded");
+    ASSERT_EQ(said([&] { return view->setDepth({depth, 32, 16}); }), "succeeded");
     EXPECT_EQ(memory.taken, taken + 1);
-    ASSERT_EQ(said([&] { return view->setDepth(16, 16, depth.data()); }), "succeeded");
+    ASSERT_EQ(said([&] { return view->setDepth({depth, 16, 16}); }), "succeeded");
     EXPECT_EQ(memory.taken, taken + 2);
     EXPECT_EQ(memory.live, 1);
 }
@@ -446,8 +492,8 @@ TEST_F(ParallaxViewFault, BlockIsGivenBack) {
 TEST_F(ParallaxViewFault, BlockThatMemoryDoesNotSufficeForChangesNothing) {
     createWithImages();
     memory.exhausted = true;
-    const std::string small = said([&] { return view->setDepth(16, 16, depth.data()); });
-    const std::string photos = said([&] { return view->setPhoto(16, 16, photo.data()); });
+    const std::string small = said([&] { return view->setDepth({depth, 16, 16}); });
+    const std::string photos = said([&] { return view->setPhoto({photo, 16, 16}); });
     memory.exhausted = false;
     EXPECT_EQ(small,
               "cannot allocate " + std::to_string(wantedBytes(32, 32, 4, 4)) + " bytes of working memory");
@@ -459,7 +505,7 @@ TEST_F(ParallaxViewFault, BlockThatMemoryDoesNotSufficeForChangesNothing) {
 
 TEST_F(ParallaxViewFault, PhotoOfAnotherHeightUnsetsTheDepth) {
     createWithImages();
-    ASSERT_EQ(said([&] { return view->setPhoto(32, 16, photo.data()); }), "succeeded");
+    ASSERT_EQ(said([&] { return view->setPhoto({photo, 32, 16}); }), "succeeded");
     EXPECT_EQ(memory.last_bytes, wantedBytes(32, 16, 0, 0));
     EXPECT_EQ(said([&] { return view->render(); }), "nothing to draw: no depth map is set for this photo");
     EXPECT_EQ(view->geometry().grid_width, 0);
@@ -470,8 +516,8 @@ TEST_F(ParallaxViewFault, PhotoOfAnotherHeightUnsetsTheDepth) {
 
 TEST_F(ParallaxViewFault, GeometryTellsTheAxesApart) {
     ASSERT_TRUE(create().ok());
-    ASSERT_EQ(said([&] { return view->setPhoto(64, 32, Bytes(64 * 32 * 3).data()); }), "succeeded");
-    ASSERT_EQ(said([&] { return view->setDepth(128, 16, Bytes(128 * 16).data()); }), "succeeded");
+    ASSERT_EQ(said([&] { return view->setPhoto({Bytes(64 * 32 * 3), 64, 32}); }), "succeeded");
+    ASSERT_EQ(said([&] { return view->setDepth({Bytes(128 * 16), 128, 16}); }), "succeeded");
     const Geometry geometry = view->geometry();
     EXPECT_EQ(geometry.grid_width, 32);
     EXPECT_EQ(geometry.grid_height, 4);

@@ -42,10 +42,10 @@ class ParallaxViewTest : public DriverTest {
     }
 
     Status setPhoto(int width, int height, const Bytes& rgb) {
-        return quietly([&] { return view->setPhoto(width, height, rgb.data()); });
+        return quietly([&] { return view->setPhoto({rgb, width, height}); });
     }
     Status setDepth(int width, int height, const Bytes& samples) {
-        return quietly([&] { return view->setDepth(width, height, samples.data()); });
+        return quietly([&] { return view->setDepth({samples, width, height}); });
     }
 
     void setImages() {
@@ -57,7 +57,7 @@ class ParallaxViewTest : public DriverTest {
         const Status drawn = quietly([this] { return view->render(); });
         EXPECT_TRUE(drawn.ok()) << drawn.message();
         Bytes pixels(4 * static_cast<size_t>(view->width()) * static_cast<size_t>(view->height()));
-        const Status read = view->readPixels(pixels.data(), pixels.size());
+        const Status read = view->readPixels({pixels, view->width(), view->height()});
         EXPECT_TRUE(read.ok()) << read.message();
         return pixels;
     }
@@ -203,7 +203,7 @@ TEST_F(ParallaxViewTest, ResizeKeepsTheImages) {
     EXPECT_EQ(view->width(), 20);
     EXPECT_EQ(view->height(), 44);
     Bytes pixels(20 * 44 * 4);
-    EXPECT_THAT(sentence(view->readPixels(pixels.data(), pixels.size())),
+    EXPECT_THAT(sentence(view->readPixels({pixels, view->width(), view->height()})),
                 HasSubstr("no picture of this size"));
     const Bytes resized = picture();
 
@@ -252,6 +252,7 @@ TEST_F(ParallaxViewTest, NothingIsLeftAfterItsEnd) {
     EXPECT_THAT(gl.live_buffers, IsEmpty());
     EXPECT_THAT(gl.live_framebuffers, IsEmpty());
     EXPECT_THAT(gl.live_programs, IsEmpty());
+    EXPECT_THAT(gl.live_shaders, IsEmpty());
 }
 
 TEST_F(ParallaxViewTest, PhotoOfAnotherSizeUnsetsTheDepth) {
@@ -274,6 +275,73 @@ TEST_F(ParallaxViewTest, PhotoSurvivesADepthOfAnotherGrid) {
     EXPECT_EQ(picture(), grown);
 }
 
+// Its end
+
+/// Objects of every kind that a view has, in the context that is current.
+struct Objects {
+    std::vector<GLuint> textures = std::vector<GLuint>(8), buffers = textures, framebuffers = textures,
+                        renderbuffers = textures, programs;
+
+    Objects() {
+        glGenTextures(8, textures.data());
+        glGenBuffers(8, buffers.data());
+        glGenFramebuffers(8, framebuffers.data());
+        glGenRenderbuffers(8, renderbuffers.data());
+        for (int i = 0; i < 8; ++i) {
+            const auto at = static_cast<size_t>(i);
+            glBindTexture(GL_TEXTURE_2D, textures[at]);
+            glBindBuffer(GL_ARRAY_BUFFER, buffers[at]);
+            glBindFramebuffer(GL_FRAMEBUFFER, framebuffers[at]);
+            glBindRenderbuffer(GL_RENDERBUFFER, renderbuffers[at]);
+            programs.push_back(glCreateProgram());
+        }
+    }
+
+    bool allThere() const {
+        const auto all = [](const std::vector<GLuint>& names, GLboolean (*is)(GLuint)) {
+            return std::all_of(names.begin(), names.end(), [is](GLuint name) { return is(name) == GL_TRUE; });
+        };
+        return all(textures, glIsTexture) && all(buffers, glIsBuffer) && all(framebuffers, glIsFramebuffer) &&
+               all(renderbuffers, glIsRenderbuffer) && all(programs, glIsProgram);
+    }
+};
+
+constexpr char kEndsElsewhere[] =
+    "a view ends while its OpenGL ES context is not current: its GL objects stay until that context goes";
+
+TEST_F(ParallaxViewTest, EndInAnotherContextLeavesThatOnesObjects) {
+    setImages();
+    picture();
+    std::unique_ptr<OffscreenContext> other;
+    ASSERT_TRUE(OffscreenContext::create(&other).ok());
+    const Objects others;
+    ASSERT_TRUE(others.allThere());
+    const GLuint texture = view->texture(), program = view->renderer().m_program;
+    forget();
+    view.reset();
+    EXPECT_TRUE(others.allThere());
+    ASSERT_EQ(log.lines().size(), 1u);
+    EXPECT_EQ(log.lines()[0], (LogLine{5, "AppQRVN", kEndsElsewhere}));
+    ASSERT_TRUE(context->makeCurrent().ok());
+    EXPECT_EQ(glIsTexture(texture), GL_TRUE) << "its own stay with its context";
+    EXPECT_EQ(glIsProgram(program), GL_TRUE);
+}
+
+TEST_F(ParallaxViewTest, EndWithoutAContextIsToldToo) {
+    setImages();
+    context->release();
+    forget();
+    view.reset();
+    EXPECT_THAT(log.texts(), testing::ElementsAre(kEndsElsewhere));
+}
+
+TEST_F(ParallaxViewTest, EndInItsOwnContextSaysNothing) {
+    setImages();
+    forget();
+    view.reset();
+    EXPECT_THAT(log.texts(), IsEmpty());
+}
+
 // What it refuses, and that it stays as it was.
 
 TEST_F(ParallaxViewTest, RefusesAFrameBeforeTheImages) {
@@ -288,20 +356,133 @@ TEST_F(ParallaxViewTest, RefusesADepthBeforeThePhoto) {
 }
 
 TEST_F(ParallaxViewTest, RefusesNoPixels) {
-    EXPECT_EQ(sentence(view->setPhoto(8, 8, nullptr)), "photo: no pixels given");
+    EXPECT_EQ(sentence(view->setPhoto({nullptr, 192, 8, 8})), "photo: no pixels given");
+    EXPECT_EQ(sentence(view->setPhotoRgba({nullptr, 256, 8, 8})), "photo: no pixels given");
     setImages();
-    EXPECT_EQ(sentence(view->setDepth(8, 8, nullptr)), "depth map: no samples given");
+    EXPECT_EQ(sentence(view->setDepth({nullptr, 64, 8, 8})), "depth map: no pixels given");
     picture();
+    EXPECT_EQ(sentence(view->readPixels({nullptr, 6144, 48, 32})), "reading the picture: no pixels given");
+}
+
+TEST_F(ParallaxViewTest, RefusesMemoryThatIsTooSmall) {
+    Bytes bytes(6144);
+    EXPECT_EQ(sentence(view->setPhoto({bytes.data(), 8 * 8 * 3 - 1, 8, 8})),
+              "photo: 8 x 8 pixels take 192 bytes; 191 are given");
+    EXPECT_EQ(sentence(view->setPhotoRgba({bytes.data(), 8 * 8 * 4 - 1, 8, 8})),
+              "photo: 8 x 8 pixels take 256 bytes; 255 are given");
+    EXPECT_EQ(sentence(view->setPhoto({bytes.data(), 0, 8, 8})),
+              "photo: 8 x 8 pixels take 192 bytes; 0 are given");
+    setImages();
+    EXPECT_EQ(sentence(view->setDepth({bytes.data(), 63, 8, 8})),
+              "depth map: 8 x 8 pixels take 64 bytes; 63 are given");
+    const Bytes before = picture();
+    EXPECT_EQ(sentence(view->readPixels({bytes.data(), 6143, 48, 32})),
+              "reading the picture: 48 x 32 pixels take 6144 bytes; 6143 are given");
+    EXPECT_EQ(picture(), before);
+}
+
+TEST_F(ParallaxViewTest, RefusesStridesThatDoNotFit) {
+    const Bytes bytes(1000);
+    EXPECT_EQ(sentence(view->setPhoto({bytes, 8, 8, 23})),
+              "photo: a stride of 23 bytes; a row of 8 pixels takes 24");
+    // Seven rows of 100 and one of 24.
+    EXPECT_EQ(sentence(quietly([&] { return view->setPhoto({bytes.data(), 724, 8, 8, 100}); })), "succeeded");
+    EXPECT_EQ(sentence(view->setPhoto({bytes.data(), 723, 8, 8, 100})),
+              "photo: 8 x 8 pixels with a stride of 100 bytes take 724 bytes; 723 are given");
+    // Sums that wrap around would fit.
+    const size_t most = std::numeric_limits<size_t>::max();
+    for (const size_t stride : {most, most / 7, most / 2 + 1})
+        EXPECT_EQ(sentence(view->setPhoto({bytes, 8, 8, stride})),
+                  "photo: a stride of " + std::to_string(stride) + " bytes is more than memory can have");
+    EXPECT_THAT(sentence(view->setPhoto({bytes, 8, 8, most / 7 - 24})), HasSubstr("; 1000 are given"));
+    EXPECT_EQ(sentence(quietly([&] {
+                  return view->setPhoto({bytes, 8, 1, most});
+              })),
+              "succeeded")
+        << "there is no second row";
+}
+
+TEST_F(ParallaxViewTest, RowsMayHavePadding) {
+    setImages();
+    const Bytes wanted = picture();
+    const auto padded = [](const Bytes& tight, int rows, size_t padding) {
+        const size_t row = tight.size() / static_cast<size_t>(rows);
+        Bytes all;
+        for (size_t at = 0; at < tight.size(); at += row) {
+            all.insert(all.end(), tight.begin() + static_cast<std::ptrdiff_t>(at),
+                       tight.begin() + static_cast<std::ptrdiff_t>(at + row));
+            if (at + row < tight.size()) all.insert(all.end(), padding, 0x99);
+        }
+        return all;
+    };
+    // The last row has no padding, and nothing that may be read behind it.
+    const GuardedBytes photo_rows(padded(photo, kPhoto, 5)), depth_rows(padded(depth, kDepth, 3));
+    create(48, 32);
+    ASSERT_EQ(sentence(quietly([&] {
+                  return view->setPhoto({photo_rows, kPhoto, kPhoto, 3 * kPhoto + 5});
+              })),
+              "succeeded");
+    ASSERT_EQ(sentence(quietly([&] {
+                  return view->setDepth({depth_rows, kDepth, kDepth, kDepth + 3});
+              })),
+              "succeeded");
+    EXPECT_EQ(picture(), wanted);
+
+    constexpr size_t kRow = 48 * 4, kStride = kRow + 7;
+    GuardedBytes pixels(31 * kStride + kRow);
+    ASSERT_EQ(sentence(view->readPixels({pixels, 48, 32, kStride})), "succeeded");
+    for (size_t y = 0; y < 32; ++y) {
+        const uint8_t* row = pixels.data() + y * kStride;
+        EXPECT_TRUE(std::equal(row, row + kRow, &wanted[y * kRow])) << y;
+        if (y == 31) break;
+        EXPECT_EQ(Bytes(row + kRow, row + kStride), Bytes(7, 0xcd)) << "padding of row " << y;
+    }
+    EXPECT_TRUE(pixels.surroundingsUntouched());
+}
+
+TEST_F(ParallaxViewTest, FourthByteOfAPhotosPixelsIsIgnored) {
+    setImages();
+    const Bytes wanted = picture();
+    Bytes rgba;
+    for (size_t i = 0; i < photo.size(); i += 3)
+        rgba.insert(rgba.end(), {photo[i], photo[i + 1], photo[i + 2], static_cast<uint8_t>(i)});
+    create(48, 32);
+    ASSERT_EQ(sentence(quietly([&] { return view->setPhotoRgba({rgba, kPhoto, kPhoto}); })), "succeeded");
+    ASSERT_TRUE(setDepth(kDepth, kDepth, depth).ok());
+    EXPECT_EQ(picture(), wanted);
+
+    // Padding ends no pixel too early.
+    Bytes rows;
+    for (size_t y = 0; y < kPhoto; ++y) {
+        rows.insert(rows.end(), &rgba[y * 4 * kPhoto], &rgba[y * 4 * kPhoto] + 4 * kPhoto);
+        rows.insert(rows.end(), 6, 0x77);
+    }
+    create(48, 32);
+    ASSERT_EQ(sentence(quietly([&] {
+                  return view->setPhotoRgba({rows, kPhoto, kPhoto, 4 * kPhoto + 6});
+              })),
+              "succeeded");
+    ASSERT_TRUE(setDepth(kDepth, kDepth, depth).ok());
+    EXPECT_EQ(picture(), wanted);
+}
+
+TEST_F(ParallaxViewTest, RefusesReadingAnotherSizeThanThePictures) {
+    setImages();
+    picture();
+    Bytes pixels(48 * 33 * 4);
+    EXPECT_EQ(sentence(view->readPixels({pixels, 48, 33})),
+              "reading the picture: 48 x 33 pixels are asked for, and the picture has 48 x 32");
+    EXPECT_THAT(sentence(view->readPixels({pixels, 0, 32})), HasSubstr("the picture has 48 x 32"));
 }
 
 TEST_F(ParallaxViewTest, RefusesSizesThatAreNone) {
     for (const auto& [width, height] : {std::pair{0, 8}, {8, 0}, {-8, 8}, {8, 1 << 30}, {16385, 1}})
-        EXPECT_THAT(sentence(view->setPhoto(width, height, photo.data())), StartsWith("photo: "));
+        EXPECT_THAT(sentence(view->setPhoto({photo, width, height})), StartsWith("photo: "));
     setImages();
     const Bytes before = picture();
     for (const auto& [width, height] :
          {std::pair{3, 8}, {8, 3}, {-8, 8}, {0, 0}, {std::numeric_limits<int>::max(), 8}})
-        EXPECT_THAT(sentence(view->setDepth(width, height, depth.data())),
+        EXPECT_THAT(sentence(view->setDepth({depth, width, height})),
                     AllOf(StartsWith("depth map: "), HasSubstr("each side must be 4 to ")));
     EXPECT_EQ(picture(), before);
 }
@@ -340,7 +521,7 @@ TEST_F(ParallaxViewTest, TakesEveryRatioOfTheTable) {
 TEST_F(ParallaxViewTest, RefusesABlockBeyondTwoGigabytes) {
     // A cell a pixel takes 109 bytes, and 3 go to the pixel itself: 2.6 GB. No sample is read.
     ASSERT_TRUE(setPhoto(16384, 1400, Bytes(16384u * 1400u * 3u)).ok());
-    EXPECT_THAT(sentence(view->setDepth(4 * 16384, 4 * 1400, depth.data())),
+    EXPECT_THAT(sentence(view->setDepth({depth.data(), size_t{16} * 16384 * 1400, 4 * 16384, 4 * 1400})),
                 HasSubstr("needs 2.6 GB of working memory; 2 GB is the limit"));
     EXPECT_EQ(sentence(quietly([&] { return view->render(); })),
               "nothing to draw: no depth map is set for this photo");
@@ -356,15 +537,6 @@ TEST_F(ParallaxViewTest, RefusesOutputsTheDriverCannotMake) {
     std::unique_ptr<ParallaxView> none;
     EXPECT_THAT(sentence(ParallaxView::create(0, 0, 4, &none)), StartsWith("output: "));
     EXPECT_EQ(none, nullptr);
-}
-
-TEST_F(ParallaxViewTest, RefusesReadingIntoTooSmallABuffer) {
-    setImages();
-    picture();
-    Bytes small(48 * 32 * 4 - 1);
-    EXPECT_EQ(sentence(view->readPixels(small.data(), small.size())),
-              "reading the picture takes a buffer of 6144 bytes");
-    EXPECT_EQ(sentence(view->readPixels(nullptr, 6144)), "reading the picture takes a buffer of 6144 bytes");
 }
 
 TEST_F(ParallaxViewTest, RefusesMotionThatIsNoNumber) {
@@ -524,12 +696,12 @@ TEST_F(ParallaxViewTest, RefusesCallsFromAnotherThread) {
         Bytes pixels(48 * 32 * 4);
         double value = 0;
         for (const Status& status :
-             {view->setPhoto(kPhoto, kPhoto, photo.data()), view->setDepth(kDepth, kDepth, depth.data()),
+             {view->setPhoto({photo, kPhoto, kPhoto}), view->setDepth({depth, kDepth, kDepth}),
               view->lookAt(1, 1), view->setRotation(1, 1, 1), view->setAccelerometerData(1, 1, 1),
               view->setTranslation(1, 1, 1), view->touchEvent(1), view->setMinMaxDepth(1, 2),
               view->setParameter("fov_scale", 0.5), view->parameter("fov_scale", &value),
               view->applyProperties(0), view->resize(9, 9), view->render(),
-              view->readPixels(pixels.data(), pixels.size())})
+              view->readPixels({pixels, view->width(), view->height()})})
             said.push_back(sentence(status));
     }).join();
     EXPECT_THAT(said, Each(wanted));

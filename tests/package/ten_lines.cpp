@@ -5,8 +5,8 @@ int main() {
     std::unique_ptr<quorvane::OffscreenContext> context;
     std::unique_ptr<quorvane::ParallaxView> view;
     const bool drawn = quorvane::OffscreenContext::create(&context) &&
-                       quorvane::ParallaxView::create(64, 48, 4, &view) &&
-                       view->setPhoto(64, 48, photo.data()) && view->setDepth(64, 48, depth.data()) &&
-                       view->render() && view->readPixels(picture.data(), picture.size());
+                       quorvane::ParallaxView::create(64, 48, 4, &view) && view->setPhoto({photo, 64, 48}) &&
+                       view->setDepth({depth, 64, 48}) && view->render() &&
+                       view->readPixels({picture, 64, 48});
     return drawn && picture[0] == 200 && picture[picture.size() - 2] == 200 ? 0 : 1;
 }

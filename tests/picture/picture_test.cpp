@@ -134,9 +134,8 @@ TEST_P(Picture, AgreesWithTheReference) {
         ASSERT_TRUE(ParallaxView::create(c.width, c.height, c.orientation, &view).ok());
         const int dw = c.photo_width * c.depth_scale, dh = c.photo_height * c.depth_scale;
         ASSERT_TRUE(
-            view->setPhoto(c.photo_width, c.photo_height, photoOf(c.photo_width, c.photo_height).data())
-                .ok());
-        ASSERT_TRUE(view->setDepth(dw, dh, depthOf(dw, dh).data()).ok());
+            view->setPhoto({photoOf(c.photo_width, c.photo_height), c.photo_width, c.photo_height}).ok());
+        ASSERT_TRUE(view->setDepth({depthOf(dw, dh), dw, dh}).ok());
         ASSERT_TRUE(view->lookAt(c.x, c.y).ok());
         if (!c.depth_buffer) {
             glBindFramebuffer(GL_FRAMEBUFFER, view->renderer().m_fbo);
@@ -147,7 +146,7 @@ TEST_P(Picture, AgreesWithTheReference) {
         glClearColor(1, 0, 1, 0);
         glClear(GL_COLOR_BUFFER_BIT);
         ASSERT_TRUE(view->render().ok());
-        ASSERT_TRUE(view->readPixels(pixels.data(), pixels.size()).ok());
+        ASSERT_TRUE(view->readPixels({pixels, view->width(), view->height()}).ok());
     }
 
     const std::vector<double> reference = referencePicture(sceneOf(view->renderer(), c.depth_buffer));
@@ -215,11 +214,11 @@ TEST_F(StoredPictures, SceneFromTheRightStaysAsItWas) {
     {
         const OutputToTimeline output;
         ASSERT_TRUE(ParallaxView::create(160, 120, 4, &view).ok());
-        ASSERT_TRUE(view->setPhoto(320, 240, photoOf(320, 240).data()).ok());
-        ASSERT_TRUE(view->setDepth(320, 240, depthOf(320, 240).data()).ok());
+        ASSERT_TRUE(view->setPhoto({photoOf(320, 240), 320, 240}).ok());
+        ASSERT_TRUE(view->setDepth({depthOf(320, 240), 320, 240}).ok());
         ASSERT_TRUE(view->lookAt(1, 0.3f).ok());
         ASSERT_TRUE(view->render().ok());
-        ASSERT_TRUE(view->readPixels(pixels.data(), pixels.size()).ok());
+        ASSERT_TRUE(view->readPixels({pixels, view->width(), view->height()}).ok());
     }
     // Other back-ends of the driver round otherwise and place silhouettes otherwise.
     expectStoredPicture("scene-from-the-right", 160, 120, pixels, /*mean*/ 0.5,
@@ -234,8 +233,8 @@ TEST_F(StoredPictures, FrameLeavesTheAppsOtherStateAlone) {
         return action();
     };
     ASSERT_TRUE(quietly([&] { return ParallaxView::create(48, 32, 4, &view); }).ok());
-    ASSERT_TRUE(quietly([&] { return view->setPhoto(64, 64, photoOf(64, 64).data()); }).ok());
-    ASSERT_TRUE(quietly([&] { return view->setDepth(64, 64, depthOf(64, 64).data()); }).ok());
+    ASSERT_TRUE(quietly([&] { return view->setPhoto({photoOf(64, 64), 64, 64}); }).ok());
+    ASSERT_TRUE(quietly([&] { return view->setDepth({depthOf(64, 64), 64, 64}); }).ok());
 
     // A neighbouring texture of the app's, filled with a pattern, and bindings of its own.
     const Bytes pattern = noise(16 * 16 * 4, 3);

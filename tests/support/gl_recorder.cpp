@@ -547,7 +547,16 @@ GLuint glCreateProgram() {
 
 void glAttachShader(GLuint program, GLuint shader) {
     call("glAttachShader", program, shader);
+    state().attached_shaders[program].push_back(shader);
     if (auto* driver = DRIVER(glAttachShader)) driver(program, shader);
+}
+
+void glGetAttachedShaders(GLuint program, GLsizei size, GLsizei* count, GLuint* shaders) {
+    call("glGetAttachedShaders", program, size);
+    if (auto* driver = DRIVER(glGetAttachedShaders)) return driver(program, size, count, shaders);
+    const std::vector<GLuint>& attached = state().attached_shaders[program];
+    *count = std::min(size, static_cast<GLsizei>(attached.size()));
+    std::copy_n(attached.begin(), *count, shaders);
 }
 
 void glDetachShader(GLuint program, GLuint shader) {

@@ -62,8 +62,8 @@ FittedInput View::fit(Input input) const {
 }
 
 void View::upload(const FittedInput& input) {
-    require(m_view->setPhoto(input.photo.width, input.photo.height, input.photo.samples.data()));
-    require(m_view->setDepth(input.depth.width, input.depth.height, input.depth.samples.data()));
+    require(m_view->setPhoto({input.photo.samples, input.photo.width, input.photo.height}));
+    require(m_view->setDepth({input.depth.samples, input.depth.width, input.depth.height}));
     const Geometry geometry = m_view->geometry();
     say("grid     %d x %d cells, %.1f MB of working memory\n", geometry.grid_width, geometry.grid_height,
         geometry.block_bytes / 1e6);
@@ -78,7 +78,7 @@ void View::draw(Position position) {
 
 void View::readBack(media::RgbaImage* drawn) const {
     if (drawn->samples.empty()) *drawn = media::RgbaImage(m_view->width(), m_view->height());
-    require(m_view->readPixels(drawn->samples.data(), drawn->samples.size()));
+    require(m_view->readPixels({drawn->samples, drawn->width, drawn->height}));
 }
 
 media::GrayImage View::guide() const {

@@ -31,7 +31,7 @@ void write(const std::string& path, const Bytes& bytes) {
 Bytes picture(ParallaxView* view) {
     require(view->render());
     Bytes pixels(size_t{4} * static_cast<size_t>(view->width()) * static_cast<size_t>(view->height()));
-    require(view->readPixels(pixels.data(), pixels.size()));
+    require(view->readPixels({pixels, view->width(), view->height()}));
     return pixels;
 }
 
@@ -58,15 +58,15 @@ int main(int argc, char** argv) {
     require(OffscreenContext::create(&context));
     std::unique_ptr<ParallaxView> view;
     require(ParallaxView::create(160, 120, 4, &view));
-    require(view->setPhoto(320, 240, photo.data()));
-    require(view->setDepth(160, 120, depth.data()));
+    require(view->setPhoto({photo, 320, 240}));
+    require(view->setDepth({depth, 160, 120}));
     require(view->lookAt(0.5f, -0.25f));
     write(folder + "looked.rgba", picture(view.get()));
 
     require(view->setParameter("fov_scale", 0.6));
     require(view->setParameter("rotate_x_boundary", -20.0));
     require(view->setParameter("depth_contrast", 10.0));
-    require(view->setDepth(160, 120, depth.data()));
+    require(view->setDepth({depth, 160, 120}));
     require(view->resize(161, 119));
     require(view->setRotation(20.0f, 100.0f, 0.0f));
     require(view->setAccelerometerData(7.0f, -3.0f, 1.0f));
@@ -74,6 +74,6 @@ int main(int argc, char** argv) {
     write(folder + "tuned.rgba", picture(view.get()));
 
     require(view->applyProperties(0));
-    require(view->setDepth(160, 120, depth.data()));
+    require(view->setDepth({depth, 160, 120}));
     write(folder + "turned.rgba", picture(view.get()));
 }

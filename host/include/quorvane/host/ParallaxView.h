@@ -4,17 +4,21 @@
 #include <EGL/egl.h>
 #include <GLES2/gl2.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <new>
+#include <string>
 #include <thread>
 #include <vector>
 
+#include "Pixels.h"
 #include "Status.h"
 #include "quorvane/esRenderer.h"
 
 namespace quorvane {
+
+class GlState;
+class Output;
+class WorkingBlock;
 
 /// When a changed parameter shows in the picture.
 enum class TakesEffect { kEachFrame, kNextDepth, kNextMotion, kNever };
@@ -52,31 +56,45 @@ struct Geometry {
 /// runs out of memory in the middle of an upload: then that image is unset.
 ///
 /// Use: `create`, `setPhoto`, `setDepth`; then for every picture `lookAt`, `render`, and `readPixels` or the
-/// texture. The result depends on these inputs alone, not on the GL state that the app left. After any call
-/// the app's bindings of the program, buffers, framebuffer, active texture unit and the 2D textures of units
-/// 0 to 2 are changed, and so are the viewport, the clear values, the unpack alignment and the fragment
-/// tests.
+/// texture. The result depends on these inputs alone and not on the GL state that the app left, be the
+/// context of OpenGL ES 2 or 3.
+///
+/// Of the app's own GL state these are changed afterwards:
+///   - by every call that uploads, draws or reads: the bindings of the vertex array object (to 0), the array,
+///     element array, pixel pack and pixel unpack buffer, the program, the framebuffer, the renderbuffer, the
+///     active texture unit, the 2D textures of units 0 to 2, and how pixels are unpacked or packed
+///   - by `render` also: the arrays of vertex array object 0 and their divisors; the samplers of units 1 and
+///   2;
+///     the viewport, the depth range, the clear values, the masks of colour and depth, the depth test (on);
+///     off are blending, culling, scissor and stencil test, polygon offset, sample coverage and mask, clip
+///     distances, clamping of depths and discarding of primitives; clip control and the primitive bounding
+///     box are as at first
+///   - transform feedback that is running is paused, and a query that is running counts what `render` draws
 class ParallaxView {
   public:
     /// Makes a view whose pictures are width x height pixels. `orientation` chooses the tuned parameter set
     /// as in `ESRenderer::getProperties`: 4 and 7 the first, every other code the second.
     static Status create(int width, int height, uint32_t orientation, std::unique_ptr<ParallaxView>* view);
 
-    /// Needs the context current on the calling thread, or its GL objects stay until the context goes.
+    /// Where the view's context is not current, its GL objects are left to go with that context, and one line
+    /// at warning priority says so in the log.
     ~ParallaxView();
 
     ParallaxView(const ParallaxView&) = delete;
     ParallaxView& operator=(const ParallaxView&) = delete;
 
-    /// Copies and uploads a photo: width * height * 3 bytes (R, G, B), rows from the top, no padding. Sides
-    /// from 1 to the driver's texture limit. A photo of another size than the last one unsets the depth map.
-    Status setPhoto(int width, int height, const uint8_t* rgb);
+    /// Copies and uploads a photo of 3 bytes a pixel: R, G, B. Sides from 1 to the driver's texture limit. A
+    /// photo of another size than the last one unsets the depth map.
+    Status setPhoto(const Pixels& rgb);
 
-    /// Filters and uploads the photo's depth map: width * height bytes, rows from the top, no padding, larger
-    /// is nearer. Both sides at least 4; the grid is the size / 4, and the photo must be 1, 2, 4, 8, 16 or 32
-    /// times the grid on each axis, to within one cell. After a new photo of the same size, calling this
-    /// again makes the depth follow the new photo's edges.
-    Status setDepth(int width, int height, const uint8_t* depth);
+    /// The same for 4 bytes a pixel, the last of which is ignored: R, G, B, and alpha or nothing.
+    Status setPhotoRgba(const Pixels& rgba);
+
+    /// Filters and uploads the photo's depth map of a byte a pixel, larger is nearer. Both sides at least 4;
+    /// the grid is the size / 4, and the photo must be 1, 2, 4, 8, 16 or 32 times the grid on each axis, to
+    /// within one cell. After a new photo of the same size, calling this again makes the depth follow the new
+    /// photo's edges.
+    Status setDepth(const Pixels& depth);
 
     /// Looks from (x, y), each -1..1 and clamped to it: positive x from the right, positive y from above.
     /// (0, 0) is the rest position. The border dead zone holds the ends a little inside.
@@ -109,55 +127,36 @@ class ParallaxView {
     /// Draws the picture and waits until it is finished. Needs a photo and a depth map.
     Status render();
 
-    /// Copies the last picture into `rgba`: width * height * 4 bytes, rows from the top.
-    Status readPixels(uint8_t* rgba, size_t bytes) const;
+    /// Copies the last picture, 4 bytes a pixel: R, G, B, A. `rgba` has the picture's size.
+    Status readPixels(const WritablePixels& rgba) const;
 
     /// The last picture's texture, RGBA, its first row the picture's top. Deleted by `resize` and the
     /// destructor.
-    GLuint texture() const { return m_output.texture; }
+    GLuint texture() const noexcept;
 
-    int width() const { return m_width; }
-    int height() const { return m_height; }
+    int width() const noexcept { return m_width; }
+    int height() const noexcept { return m_height; }
 
     /// Zeroes but for the extents until photo and depth are set.
     Geometry geometry() const;
 
     /// The renderer's state, for diagnostics.
-    const ESRenderer& renderer() const { return m_renderer; }
+    const ESRenderer& renderer() const noexcept { return m_renderer; }
 
   private:
-    struct Output {
-        GLuint texture = 0;
-        GLuint depth_buffer = 0;
-    };
-    class FreeBlock {
-      public:
-        FreeBlock() : FreeBlock(std::align_val_t{}) {}
-        explicit FreeBlock(std::align_val_t alignment) : m_alignment(alignment) {}
-        void operator()(unsigned char* block) const;
-
-      private:
-        std::align_val_t m_alignment;
-    };
-    using Block = std::unique_ptr<unsigned char, FreeBlock>;
-
     ParallaxView();
     Status open(int width, int height, uint32_t orientation);
     Status checkCaller() const;
     Status checkSample(float x, float y, float z) const;
-    Status checkSides(const char* what, int width, int height, int smallest, int largest) const;
-    Status createOutput(int width, int height, Output* output) const;
-    static void deleteOutput(Output* output);
-    bool attach(const Output& output);
+    Status setPhoto(const Pixels& pixels, int bytes_per_pixel);
     bool holdsPhoto(int width, int height) const;
-    Status planBlock(int photo_width, int photo_height, int depth_width, int depth_height);
 
     const std::thread::id m_thread;
     const EGLContext m_context;
+    const std::unique_ptr<GlState> m_gl_state;
+    const std::unique_ptr<WorkingBlock> m_block;
     ESRenderer m_renderer;
-    Block m_block;
-    int m_block_bytes = 0;
-    Output m_output;
+    std::unique_ptr<Output> m_output;
     int m_width = 0;
     int m_height = 0;
     int m_largest_texture = 0;

@@ -99,6 +99,7 @@ class GlRecorder {
     std::vector<TextureUpload> texture_uploads;
     std::vector<MatrixUpload> matrix_uploads;
     std::map<GLuint, std::string> shader_sources;
+    std::map<GLuint, std::vector<GLuint>> attached_shaders;  ///< by program
 
     std::set<GLuint> live_textures, live_buffers, live_framebuffers, live_renderbuffers, live_programs,
         live_shaders;
