@@ -38,8 +38,8 @@ double workingBytes(const Fit& fit) {
     return 3.0 * fit.photo.width * fit.photo.height + 57 * w * h + 40 * h * (w + 1) + 12 * (w + 1) * (h + 1);
 }
 
-void checkFit(Size photo, Size depth, int largest) {
-    const Fit fit = fitSizes(photo, depth, largest);
+void checkFit(Size photo, Size depth, int largest, const GridBudget& budget) {
+    const Fit fit = fitSizes(photo, depth, largest, budget);
     promised(fit.ratio >= 1 && fit.ratio <= 32 && (fit.ratio & (fit.ratio - 1)) == 0, "a ratio of 1 to 32");
     promised(isAtLeastOne(fit.grid), "no side of the grid is empty");
     promised(int64_t{fit.grid.width} * fit.ratio == fit.photo.width &&
@@ -50,6 +50,13 @@ void checkFit(Size photo, Size depth, int largest) {
         "four depth pixels a cell");
     promised(workingBytes(fit) <= kLargestInt, "the working memory stays within 2 GB");
     promised(fit.photo.width <= largest && fit.photo.height <= largest, "the photo stays within the limit");
+    const Size coarser = {(fit.grid.width - 1) / 2 + 1, (fit.grid.height - 1) / 2 + 1};
+    const double photo_bytes = 3.0 * coarser.width * coarser.height * 4 * fit.ratio * fit.ratio;
+    const bool cells_can_grow = 2 * fit.ratio <= std::min(kLargestRatio, largest) &&
+                                photo_bytes + 200.0 * coarser.width * coarser.height <= kLargestInt;
+    promised(budget.triangles <= 0 || !cells_can_grow ||
+                 (triangleCount(fit.grid) <= budget.triangles && vertexCount(fit.grid) <= budget.vertices),
+             "a budget is kept while cells can grow");
     promised(fit.photo.width < int64_t{photo.width} + fit.ratio &&
                  fit.photo.height < int64_t{photo.height} + fit.ratio,
              "the photo grows by less than a cell");
@@ -108,7 +115,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
     FuzzedDataProvider data(bytes, size);
     const Size photo = takeSize(data), other = takeSize(data);
     const int largest = takeSide(data);
-    checkFit(photo, other, largest);
+    checkFit(photo, other, largest, kCoarseGrid);
+    checkFit(photo, other, largest,
+             {data.ConsumeIntegralInRange(1, kLargestInt), data.ConsumeIntegralInRange(1, kLargestInt)});
     checkPicture(photo, largest);
     checkCrop(photo, other);
     checkBytes(data);

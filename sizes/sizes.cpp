@@ -36,7 +36,11 @@ bool blockFits(Size photo, Size grid) {
     return blockBytes(photo, grid) <= std::numeric_limits<int32_t>::max();
 }
 
-Fit fitSizes(Size photo, Size depth, int largest_photo_side) {
+int64_t triangleCount(Size grid) { return int64_t{2} * grid.width * grid.height; }
+
+int64_t vertexCount(Size grid) { return int64_t{2} * (int64_t{grid.width} + 1) * grid.height; }
+
+Fit fitSizes(Size photo, Size depth, int largest_photo_side, const GridBudget& budget) {
     Size source = scaledInto(photo, largest_photo_side);
     const auto grid_for = [&](int ratio) {
         // A side at the driver's limit cannot grow into the next cell.
@@ -66,6 +70,18 @@ Fit fitSizes(Size photo, Size depth, int largest_photo_side) {
     // Then only a smaller photo helps.
     while (!fits(ratio)) source = scaledInto(source, std::max(source.width, source.height) / 8 * 7);
 
+    if (budget.triangles > 0) {
+        const auto within_budget = [&](int some_ratio) {
+            const Size grid = grid_for(some_ratio);
+            return triangleCount(grid) <= budget.triangles && vertexCount(grid) <= budget.vertices;
+        };
+        for (int coarser = 1; coarser <= largest_ratio; coarser *= 2) {
+            if (!fits(coarser)) continue;
+            ratio = coarser;
+            if (within_budget(ratio)) break;
+        }
+    }
+
     Fit fit;
     fit.ratio = ratio;
     fit.grid = grid_for(ratio);
@@ -87,7 +103,7 @@ Size croppedSize(Size image, Size wanted) {
     return {std::max(1, width), std::max(1, height)};
 }
 
-FitPlan planFit(Size photo, Size depth, Size picture, int largest_texture) {
+FitPlan planFit(Size photo, Size depth, Size picture, int largest_texture, const GridBudget& budget) {
     FitPlan plan;
     const Size part = croppedSize(photo, picture);
     // Less than a pixel of the picture is the aspect's rounding, not another aspect.
@@ -99,7 +115,7 @@ FitPlan planFit(Size photo, Size depth, Size picture, int largest_texture) {
     plan.photo = plan.cut ? part : photo;
     plan.depth = {share(plan.photo.width, photo.width, depth.width),
                   share(plan.photo.height, photo.height, depth.height)};
-    plan.fit = fitSizes(plan.photo, plan.depth, largest_texture);
+    plan.fit = fitSizes(plan.photo, plan.depth, largest_texture, budget);
     return plan;
 }
 

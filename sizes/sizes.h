@@ -1,6 +1,9 @@
 #ifndef QUORVANE_SIZES_SIZES_H
 #define QUORVANE_SIZES_SIZES_H
 
+#include <cstdint>
+#include <limits>
+
 namespace quorvane {
 
 struct Size {
@@ -35,11 +38,32 @@ struct Fit {
     Size depth;
 };
 
-/// The coarsest grid that keeps every sample of the depth map, for a photo of its size or, where it is larger
-/// than `largest_photo_side`, scaled down to that. The photo grows by less than one cell. Where the photo is
-/// too small for that grid or the working memory would pass 2 GB, the nearest grid that fits; where none
-/// does, the photo is scaled down further. All sizes, given and returned, are at least 1.
-Fit fitSizes(Size photo, Size depth, int largest_photo_side);
+/// How fine a grid may be. The finer, the closer silhouettes follow the photo, and the more there is to draw.
+struct GridBudget {
+    int triangles = 0;  ///< 0: the coarsest grid that keeps every sample of the depth map
+    int vertices = std::numeric_limits<int>::max();
+};
+
+constexpr GridBudget kCoarseGrid = {};
+constexpr GridBudget kFineGrid = {1600000};
+/// For pictures that are made, not watched while they move.
+constexpr GridBudget kAutoGrid = {400000};
+/// For windows and phones, which draw every picture in time.
+constexpr GridBudget kAutoGridLive = {100000};
+/// For pages, whose WebGL may count vertices in 16 bits.
+constexpr GridBudget kAutoGridPage = {100000, 65536};
+
+int64_t triangleCount(Size grid);
+/// The renderer has two vertices for each column's edge in each row of cells.
+int64_t vertexCount(Size grid);
+
+/// For a photo of its size or, where it is larger than `largest_photo_side`, scaled down to that. The photo
+/// grows by less than one cell. Without a budget the coarsest grid that keeps every sample of the depth map,
+/// or, where the photo is too small for that grid or the working memory would pass 2 GB, the nearest grid
+/// that fits; where none does, the photo is scaled down further. With a budget the finest grid within it, a
+/// cell a photo pixel at most, for a photo of the same size; where even 32 photo pixels a cell pass it, that.
+/// All sizes, given and returned, are at least 1.
+Fit fitSizes(Size photo, Size depth, int largest_photo_side, const GridBudget& budget = kCoarseGrid);
 
 /// The picture size for a photo: its aspect, the long side at most `longest`, never larger than the photo.
 /// `even` rounds both sides down to even numbers (2 at least), as 4:2:0 video needs.
@@ -56,7 +80,8 @@ struct FitPlan {
     Fit fit;
 };
 
-FitPlan planFit(Size photo, Size depth, Size picture, int largest_texture);
+FitPlan planFit(Size photo, Size depth, Size picture, int largest_texture,
+                const GridBudget& budget = kCoarseGrid);
 
 }  // namespace quorvane
 

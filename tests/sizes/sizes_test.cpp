@@ -123,6 +123,70 @@ TEST(FitSizes, KeepsItsPromisesForAllSizes) {
             }
 }
 
+// Cells by hand: 2 triangles each, and 2 * (columns + 1) * rows vertices.
+TEST(FitSizes, TakesACellAPhotoPixelWithinTheBudget) {
+    EXPECT_EQ(fitSizes({463, 370}, {463, 370}, kLargest, kFineGrid).ratio, 1);
+    EXPECT_EQ(fitSizes({463, 370}, {463, 370}, kLargest, kAutoGrid).ratio, 1);  // 342620 triangles
+    EXPECT_EQ(fitSizes({463, 370}, {463, 370}, kLargest).ratio, 4);
+    EXPECT_EQ(fitSizes({463, 370}, {463, 370}, kLargest, kAutoGridLive).grid, (Size{232, 185}));
+}
+
+TEST(FitSizes, TakesTheFinestGridWithinTheBudget) {
+    const auto grid = [](const GridBudget& budget) {
+        return fitSizes({4032, 3024}, {768, 576}, kLargest, budget).grid;
+    };
+    EXPECT_EQ(grid(kFineGrid), (Size{1008, 756}));     // 1524096 triangles
+    EXPECT_EQ(grid(kAutoGrid), (Size{504, 378}));      // 381024
+    EXPECT_EQ(grid(kAutoGridLive), (Size{252, 189}));  // 95256 triangles, 95634 vertices
+    EXPECT_EQ(grid(kAutoGridPage), (Size{126, 95}));
+}
+
+TEST(FitSizes, KeepsToTheBudgetWhereTheDepthHasMoreDetail) {
+    EXPECT_EQ(fitSizes({4032, 3024}, {4032, 3024}, kLargest).ratio, 4);
+    EXPECT_EQ(fitSizes({4032, 3024}, {4032, 3024}, kLargest, kAutoGrid).ratio, 8);
+}
+
+TEST(FitSizes, PassesTheBudgetRatherThanScaleThePhotoDown) {
+    const Fit fit = fitSizes({16384, 16384}, {64, 64}, kLargest, kAutoGridPage);
+    EXPECT_EQ(fit.ratio, 32);
+    EXPECT_EQ(fit.photo, (Size{16384, 16384}));
+}
+
+TEST(FitSizes, KeepsItsPromisesForAllBudgets) {
+    for (const GridBudget& budget : {kFineGrid, kAutoGrid, kAutoGridLive, kAutoGridPage, GridBudget{1, 1}})
+        for (int width = 1; width < 30000; width += 1 + width / 3)
+            for (int height = 1; height < 30000; height += 1 + height / 2)
+                for (const Size depth : {Size{1, 1}, Size{257, 193}, Size{3001, 1999}}) {
+                    SCOPED_TRACE(testing::Message() << width << " x " << height << " with " << depth.width
+                                                    << " x " << depth.height);
+                    const Fit fit = fitSizes({width, height}, depth, kLargest, budget);
+                    const Fit coarse = fitSizes({width, height}, depth, kLargest);
+                    ASSERT_EQ(fit.photo, (Size{fit.ratio * fit.grid.width, fit.ratio * fit.grid.height}));
+                    ASSERT_EQ(fit.depth, (Size{4 * fit.grid.width, 4 * fit.grid.height}));
+                    ASSERT_TRUE(blockFits(fit.photo, fit.grid));
+                    // Never smaller than without a budget, but for what a coarser cell grew by.
+                    ASSERT_GT(fit.photo.width, coarse.photo.width - coarse.ratio);
+                    ASSERT_GT(fit.photo.height, coarse.photo.height - coarse.ratio);
+                    const int64_t cells = int64_t{fit.grid.width} * fit.grid.height;
+                    const int64_t vertices = int64_t{2} * (fit.grid.width + 1) * fit.grid.height;
+                    ASSERT_TRUE(fit.ratio == 32 ||
+                                (2 * cells <= budget.triangles && vertices <= budget.vertices));
+                    if (fit.ratio == 1) continue;
+                    // Half the cell would pass it, or the working memory's limit.
+                    const Size finer_grid = {2 * fit.grid.width, 2 * fit.grid.height};
+                    ASSERT_TRUE(!blockFits(fit.photo, finer_grid) ||
+                                int64_t{2} * finer_grid.width * finer_grid.height > budget.triangles ||
+                                int64_t{2} * (finer_grid.width + 1) * finer_grid.height > budget.vertices);
+                }
+}
+
+TEST(FitSizes, StaysWithinTwoGigabytesOnAFineGrid) {
+    const Fit fit = fitSizes({20000, 20000}, {64, 64}, 20000, GridBudget{std::numeric_limits<int>::max()});
+    EXPECT_EQ(fit.photo, (Size{20000, 20000}));
+    // 1.2 GB of photo leave 947 MB: 25 million cells of 109 bytes do not fit, 6.25 million do.
+    EXPECT_EQ(fit.ratio, 8);
+}
+
 TEST(PictureSize, IsThePhotosWhenSmallEnough) {
     EXPECT_EQ(pictureSize({680, 1201}, 1920, false), (Size{680, 1201}));
 }
