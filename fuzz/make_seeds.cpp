@@ -41,7 +41,8 @@ void writePictures(const VImage& picture, const std::string& stem) {
         try {
             picture.write_to_file((stem + extension).c_str());
         } catch (const vips::VError&) {
-            std::fprintf(stderr, "make_seeds: no %s: %s\n", (stem + extension).c_str(), vipsReason().c_str());
+            std::fprintf(stderr, "make_seeds: no %s: %s\n", (stem + extension).c_str(),
+                         vipsReason("no encoder").c_str());
         }
     }
 }

@@ -77,10 +77,14 @@ class FolderWriter : public ClipWriter {
     void add(int number, const RgbaImage& frame) override {
         throwIfCancelled();
         const std::string name = "/" + frameName(number + 1);
-        savePng(frame, m_pending + name, m_path + name);
-        const Descriptor file(open((m_pending + name).c_str(), O_RDONLY | O_CLOEXEC));
-        if (!file || !reachesDisk(file.number()))
+        const Descriptor file(
+            open((m_pending + name).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        const auto fail = [&] {
             throw Error(m_path + name + ": cannot be written (" + std::strerror(errno) + ")");
+        };
+        if (!file) fail();
+        savePng(frame, file.number(), m_path + name);
+        if (!reachesDisk(file.number())) fail();
         ++m_frames;
     }
 

@@ -1,6 +1,7 @@
 #include "media/picture/picture_file.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -31,6 +32,13 @@ bool isPictureLoader(const char* loader) {
             0)
             return true;
     return false;
+}
+
+/// A TIFF's directory may come last, where libvips looks for it: its first bytes are all there is to see.
+bool startsAsTiff(std::string_view bytes) {
+    using namespace std::string_view_literals;
+    const std::string_view start = bytes.substr(0, 4);
+    return start == "II*\0"sv || start == "MM\0*"sv;
 }
 
 /// The name of libvips' reader for `bytes`. Throws Error unless they start as a picture does.
@@ -140,14 +148,45 @@ class OpenPicture {
     int m_orientation = 1;
 };
 
-/// Runs `read`, turning libvips' errors into one line about the file.
-template <typename Read>
-auto reading(const std::string& path, Read read) {
+/// What is known of a picture that cannot be read, such as "HEIC, 1234 bytes, 64 x 48 pixels: they
+/// cannot be decoded".
+std::string knownOf(std::string_view bytes, const std::string& name) {
+    const std::string loader = requirePicture(bytes, name);
+    std::string known;
+    for (const auto& [format, said] : {std::pair{"Jpeg", "JPEG"},
+                                       {"Png", "PNG"},
+                                       {"Webp", "WebP"},
+                                       {"Heif", "HEIC or AVIF"},
+                                       {"Tiff", "TIFF"}})
+        if (loader.find(format) != std::string::npos) known = said;
+    known += ", " + std::to_string(bytes.size()) + " bytes";
+    try {
+        const PictureHeader header = OpenPicture(bytes, name, kMostPixels, 1).header();
+        return known + ", " + std::to_string(header.width) + " x " + std::to_string(header.height) +
+               " pixels: they cannot be decoded";
+    } catch (const vips::VError&) {
+        vips_error_clear();
+        return known + ": its header cannot be decoded";
+    }
+}
+
+/// Runs `read`, turning libvips' errors into one line; where they say nothing, it says what `known` returns.
+template <typename Known, typename Read>
+auto reading(const std::string& name, Known known, Read read) {
     try {
         return read();
     } catch (const vips::VError&) {
-        throw Error(path + ": cannot be read as a picture (" + vipsReason() + ")");
+        std::string reason = vipsReason("");
+        if (reason.empty()) reason = known();
+        throw Error(name + ": cannot be read as a picture (" + reason + ")");
     }
+}
+
+/// The same for a picture's file.
+template <typename Read>
+auto readingFile(std::string_view bytes, const std::string& name, Read read) {
+    return reading(
+        name, [&] { return knownOf(bytes, name); }, read);
 }
 
 VImage toSrgb(const VImage& image) {
@@ -239,20 +278,51 @@ DepthMap depthMapOf(const VImage& image, const std::string& name, bool spread_le
     return depth;
 }
 
+/// What libvips writes, on its way into an open file; remembers why that fails.
+class FileTarget {
+  public:
+    explicit FileTarget(int descriptor) : m_descriptor(descriptor), m_target(vips_target_custom_new()) {
+        g_signal_connect(m_target, "write", G_CALLBACK(write), this);
+    }
+    ~FileTarget() { g_object_unref(m_target); }
+    FileTarget(const FileTarget&) = delete;
+    FileTarget& operator=(const FileTarget&) = delete;
+
+    vips::VTarget get() const { return vips::VTarget(VIPS_TARGET(g_object_ref(m_target))); }
+    int failure() const noexcept { return m_failure; }  ///< as errno; 0: none
+
+  private:
+    static gint64 write(VipsTargetCustom*, const void* bytes, gint64 size, FileTarget* target) {
+        const ssize_t written = ::write(target->m_descriptor, bytes, static_cast<size_t>(size));
+        if (written < 0) target->m_failure = errno;
+        return written;
+    }
+
+    int m_descriptor;
+    int m_failure = 0;
+    VipsTargetCustom* m_target;
+};
+
 template <typename Picture>
-void savePicture(const Picture& image, const std::string& path, const std::string& name) {
+void savePicture(const Picture& image, int descriptor, const std::string& name) {
+    startVips();
+    const FileTarget target(descriptor);
     try {
         // Fast rather than small: a clip's frames are many, and their noise does not compress.
-        toVips(image).pngsave(path.c_str(), VImage::option()->set("compression", 3)->set("strip", true));
+        toVips(image).pngsave_target(target.get(),
+                                     VImage::option()->set("compression", 3)->set("strip", true));
     } catch (const vips::VError&) {
-        throw Error(name + ": cannot be written (" + vipsReason() + ")");
+        std::string reason =
+            vipsReason(std::to_string(image.width) + " x " + std::to_string(image.height) + " pixels as PNG");
+        if (target.failure() != 0) reason = std::strerror(target.failure());
+        throw Error(name + ": cannot be written (" + reason + ")");
     }
 }
 
 template <typename Picture>
 void writePicture(const Picture& image, const std::string& path) {
     PendingOutput output(path);
-    savePicture(image, output.temporary(), path);
+    savePicture(image, output.descriptor(), path);
     output.commit();
 }
 
@@ -281,7 +351,7 @@ std::string readPictureFile(const std::string& path, const std::string& name) {
         throwIfCancelled();
         bytes.append(chunk, got);
         // Other files may be endless.
-        if (bytes.size() == got) requirePicture(bytes, name);
+        if (bytes.size() == got && !startsAsTiff(bytes)) requirePicture(bytes, name);
         if (static_cast<long long>(bytes.size()) > kMostBytes) throw too_large();
     }
     if (std::ferror(file.get())) fail();
@@ -291,38 +361,42 @@ std::string readPictureFile(const std::string& path, const std::string& name) {
 
 PictureHeader readPictureHeader(std::string_view bytes, const std::string& name, long long most_pixels,
                                 int orientation) {
-    return reading(name, [&] { return OpenPicture(bytes, name, most_pixels, orientation).header(); });
+    return readingFile(bytes, name,
+                       [&] { return OpenPicture(bytes, name, most_pixels, orientation).header(); });
 }
 
 RgbImage decodePhoto(std::string_view bytes, const std::string& name, long long most_pixels,
                      int orientation) {
-    return reading(name,
-                   [&] { return toPhoto(OpenPicture(bytes, name, most_pixels, orientation).decode()); });
+    return readingFile(bytes, name,
+                       [&] { return toPhoto(OpenPicture(bytes, name, most_pixels, orientation).decode()); });
 }
 
 RgbImage decodePhotoShrunk(std::string_view bytes, const std::string& name, int least_side,
                            long long most_pixels, int orientation) {
-    return reading(name, [&] {
+    return readingFile(bytes, name, [&] {
         return toPhoto(OpenPicture(bytes, name, most_pixels, orientation).decodeShrunk(least_side));
     });
 }
 
 DepthMap decodeDepthMap(std::string_view bytes, const std::string& name, long long most_pixels,
                         int orientation) {
-    return reading(name, [&] {
+    return readingFile(bytes, name, [&] {
         return depthMapOf(OpenPicture(bytes, name, most_pixels, orientation).decode(), name, true);
     });
 }
 
 DepthMap decodeDepthLevels(std::string_view bytes, const std::string& name, long long most_pixels,
                            int orientation) {
-    return reading(name, [&] {
+    return readingFile(bytes, name, [&] {
         return depthMapOf(OpenPicture(bytes, name, most_pixels, orientation).decode(), name, false);
     });
 }
 
 DepthMap toDepthMap(const RgbImage& picture, const std::string& name) {
-    return reading(name, [&] { return depthMapOf(toVips(picture), name, true); });
+    const auto sides = [&] {
+        return std::to_string(picture.width) + " x " + std::to_string(picture.height) + " pixels";
+    };
+    return reading(name, sides, [&] { return depthMapOf(toVips(picture), name, true); });
 }
 
 bool spread(Image<float, 1>* plane) {
@@ -337,8 +411,8 @@ bool spread(Image<float, 1>* plane) {
 RgbImage readPhoto(const std::string& path) { return decodePhoto(readPictureFile(path), path); }
 DepthMap readDepthMap(const std::string& path) { return decodeDepthMap(readPictureFile(path), path); }
 
-void savePng(const RgbaImage& image, const std::string& path, const std::string& name) {
-    savePicture(image, path, name);
+void savePng(const RgbaImage& image, int descriptor, const std::string& name) {
+    savePicture(image, descriptor, name);
 }
 
 void writePng(const RgbImage& image, const std::string& path) { writePicture(image, path); }

@@ -81,9 +81,8 @@ void writePng(const RgbImage& image, const std::string& path);
 void writePng(const RgbaImage& image, const std::string& path);
 void writePng(const GrayImage& image, const std::string& path);
 
-/// Writes straight to `path`, for a file that is moved to its place later; messages call it `name`. Throws
-/// Error.
-void savePng(const RgbaImage& image, const std::string& path, const std::string& name);
+/// Writes a PNG file into an open one; messages call it `name`. Throws Error.
+void savePng(const RgbaImage& image, int descriptor, const std::string& name);
 
 }  // namespace quorvane::media
 

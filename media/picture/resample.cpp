@@ -58,6 +58,14 @@ Image<float, 1> ditherThresholds(int width) {
     return rows;
 }
 
+Error notResized(const char* what, Size from, Size to) {
+    const auto sides = [](Size size) {
+        return std::to_string(size.width) + " x " + std::to_string(size.height);
+    };
+    return Error(std::string(what) + " (" +
+                 vipsReason("from " + sides(from) + " to " + sides(to) + " pixels") + ")");
+}
+
 }  // namespace
 
 RgbImage cut(const RgbImage& image, int left, int top, Size size) { return part(image, left, top, size); }
@@ -70,7 +78,7 @@ RgbImage resample(RgbImage image, Size size) {
     try {
         return fromVips<uint8_t, 3>(resized(toVips(image), size, VIPS_KERNEL_LANCZOS3));
     } catch (const vips::VError&) {
-        throw Error("the photo cannot be resampled (" + vipsReason() + ")");
+        throw notResized("the photo cannot be resampled", {image.width, image.height}, size);
     }
 }
 
@@ -84,7 +92,7 @@ GrayImage toBytes(const Image<float, 1>& plane, Size size) {
                                             .crop(0, 0, size.width, size.height);
         return fromVips<uint8_t, 1>((image + thresholds).floor());
     } catch (const vips::VError&) {
-        throw Error("the depth map cannot be scaled (" + vipsReason() + ")");
+        throw notResized("the depth map cannot be scaled", {plane.width, plane.height}, size);
     }
 }
 

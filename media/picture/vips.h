@@ -12,8 +12,9 @@ namespace quorvane::media {
 /// Starts libvips on the first call, with its own messages silenced: failures are reported once, as an Error.
 void startVips();
 
-/// libvips' last error as one line, and clears it.
-std::string vipsReason();
+/// libvips' last error as one line, and clears it. Where it says nothing, or where another thread that failed
+/// at the same time has taken the text, `otherwise`: what the caller knows.
+std::string vipsReason(const std::string& otherwise);
 
 /// The bytes of a file that libvips has made in memory, which is freed.
 std::string takeBytes(VipsBlob* blob);

@@ -21,7 +21,7 @@ GrayImage rendered(const std::string& text) {
         return fromVips<uint8_t, 1>(vips::VImage::text(
             text.c_str(), vips::VImage::option()->set("font", "DejaVu Sans 13")->set("dpi", 96)));
     } catch (const vips::VError&) {
-        throw Error("labels cannot be drawn (" + vipsReason() +
+        throw Error("labels cannot be drawn (" + vipsReason("'" + text + "'") +
                     "); is the package fonts-dejavu-core installed?");
     }
 }

@@ -159,8 +159,10 @@ TEST_F(Fault, FullDiskIsToldAndTheOldFileStays) {
 TEST_F(Fault, FullDiskIsToldByTheOtherCommands) {
     const Disk disk(folder / "disk", "16k");
     SKIP_WITHOUT_DISK(disk);
-    expectRefused(stages(folder / "disk/sheet.png"), "sheet.png: cannot be written");
-    expectRefused({"sample", folder / "disk/p.png", folder / "disk/d.png"}, "p.png: cannot be written");
+    expectRefused(stages(folder / "disk/sheet.png"),
+                  "sheet.png: cannot be written (No space left on device)");
+    expectRefused({"sample", folder / "disk/p.png", folder / "disk/d.png"},
+                  "p.png: cannot be written (No space left on device)");
     EXPECT_THAT(TemporaryFolder::names(folder / "disk"), IsEmpty());
 }
 
@@ -428,7 +430,7 @@ TEST_F(Fault, DecodersKeepTheirThoughtsToThemselves) {
     try {
         media::toVips(media::makeSampleScene(64, 64).photo).write_to_file(broken.c_str());
     } catch (const vips::VError&) {
-        GTEST_SKIP() << "NO AVIF ENCODER, NOT TESTED: " << media::vipsReason();
+        GTEST_SKIP() << "NO AVIF ENCODER, NOT TESTED: " << media::vipsReason("");
     }
     // Nothing but data units of a kind that there is not.
     std::string bytes = bytesOf(broken);

@@ -32,7 +32,10 @@ std::string pngOf(const media::Image<float, 1>& plane, bool deep) {
                                             deep ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_B_W));
         return media::takeBytes(samples.pngsave_buffer(VImage::option()->set("strip", true)));
     } catch (const vips::VError&) {
-        throw Error("the depth cannot be coded as PNG (" + media::vipsReason() + ")");
+        throw Error("the depth cannot be coded as PNG (" +
+                    media::vipsReason(std::to_string(plane.width) + " x " + std::to_string(plane.height) +
+                                      " samples") +
+                    ")");
     }
 }
 

@@ -1,15 +1,32 @@
 #include "media/picture/picture_file.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <iterator>
 #include <vips/vips8>
 
 #include "media/picture/vips.h"
 #include "media/scene/sample_scene.h"
 #include "support/temporary_folder.h"
+#include "system/descriptor.h"
 #include "system/error.h"
+
+namespace {
+
+/// libvips then fails without a word.
+bool g_silent = false;
+
+}  // namespace
+
+// In place of libvips' own.
+extern "C" char* vips_error_buffer_copy(void) {
+    char* copy = g_strdup(g_silent ? "" : vips_error_buffer());
+    vips_error_clear();
+    return copy;
+}
 
 namespace quorvane::media {
 namespace {
@@ -624,6 +641,53 @@ TEST_F(PictureFile, WritingIntoNoFolderLeavesNothing) {
     RgbImage rgb(1, 1);
     EXPECT_THAT(refusal([&] { writePng(rgb, folder / "none/a.png"); }), HasSubstr("there is no folder"));
     EXPECT_THAT(folder.names(), testing::IsEmpty());
+}
+
+/// A number as a little-endian file has it.
+std::string bytesOfNumber(unsigned number, int count) {
+    std::string bytes;
+    for (int i = 0; i < count; ++i) bytes += static_cast<char>(number >> (8 * i) & 255U);
+    return bytes;
+}
+
+TEST_F(PictureFile, TiffMayHaveItsDirectoryAtItsEnd) {
+    // As most programs write it; far behind what is read first.
+    constexpr unsigned kWidth = 400, kHeight = 300, kSamples = kWidth * kHeight;
+    const unsigned entries[][3] = {{256, 4, kWidth}, {257, 4, kHeight}, {258, 3, 8},
+                                   {259, 3, 1},      {262, 3, 1},       {273, 4, 8},
+                                   {277, 3, 1},      {278, 4, kHeight}, {279, 4, kSamples}};
+    std::string file = std::string("II*\0", 4) + bytesOfNumber(8 + kSamples, 4) + std::string(kSamples, 'g');
+    file += bytesOfNumber(std::size(entries), 2);
+    for (const auto& [tag, type, value] : entries)
+        file +=
+            bytesOfNumber(tag, 2) + bytesOfNumber(type, 2) + bytesOfNumber(1, 4) + bytesOfNumber(value, 4);
+    file += bytesOfNumber(0, 4);
+    writeBytes(folder / "a.tif", file);
+    const RgbImage photo = readPhoto(folder / "a.tif");
+    EXPECT_EQ(photo.width, 400);
+    EXPECT_EQ(photo.height, 300);
+    EXPECT_EQ(photo.samples[0], 'g');
+}
+
+TEST_F(PictureFile, WhatCannotBeWrittenIsToldWithItsReason) {
+    const Descriptor full(open("/dev/full", O_WRONLY | O_CLOEXEC));
+    EXPECT_EQ(refusal([&] { savePng(RgbaImage(64, 64), full.number(), "a.png"); }),
+              "a.png: cannot be written (No space left on device)");
+}
+
+TEST_F(PictureFile, WhatIsKnownStandsInForAReason) {
+    writePng(makeSampleScene(64, 64).photo, folder / "a.png");
+    const std::string whole = bytesOf(folder / "a.png");
+    const auto said = [&whole](size_t size) {
+        g_silent = true;
+        const std::string text = refusal([&] { decodePhoto(whole.substr(0, size), "a.png"); });
+        g_silent = false;
+        return text;
+    };
+    const std::string half = std::to_string(whole.size() / 2);
+    EXPECT_EQ(said(whole.size() / 2), "a.png: cannot be read as a picture (PNG, " + half +
+                                          " bytes, 64 x 64 pixels: they cannot be decoded)");
+    EXPECT_EQ(said(20), "a.png: cannot be read as a picture (PNG, 20 bytes: its header cannot be decoded)");
 }
 
 }  // namespace
