@@ -247,6 +247,53 @@ final class ParallaxRendererTest {
         }
     }
 
+    public void aBufferWithoutMemoryIsRefused() {
+        try (ParallaxRenderer renderer = ready(ParallaxRenderer.createOffscreen(160, 120, 4))) {
+            final ByteBuffer nowhere = TestGl.nowhere(400000);
+            nowhere.position(5);
+            renderer.render();
+            final String otherwise = ": native code cannot reach the buffer's memory";
+            refused("photo" + otherwise, () -> renderer.setPhoto(320, 240, nowhere));
+            refused("photo" + otherwise, () -> renderer.setPhotoRgba(320, 240, nowhere));
+            refused("depth map" + otherwise, () -> renderer.setDepth(160, 120, nowhere));
+            refused("reading the picture" + otherwise, () -> renderer.readPixels(nowhere));
+            renderer.render();
+            samePicture("looked.rgba", renderer);
+        }
+    }
+
+    /** Each allocation of a renderer's whole life fails once; nothing but a sentence comes of it. */
+    public void memoryThatRunsOutIsASentence() {
+        // The library has to be loaded.
+        ParallaxRenderer.parameters();
+        int calls = 0;
+        boolean failed = true;
+        for (; failed; ++calls) {
+            ScarceMemory.failAfter(calls);
+            try (ParallaxRenderer renderer = ready(ParallaxRenderer.createOffscreen(160, 120, 4))) {
+                renderer.render();
+                renderer.resize(161, 119);
+                try {
+                    renderer.setParameter("no such parameter", 1.0);
+                    throw new AssertionError("an unknown parameter was taken");
+                } catch (ParallaxException expected) {
+                    check(!expected.getMessage().isEmpty(), "a sentence");
+                }
+                renderer.parameter("fov_scale");
+                ParallaxRenderer.parameters();
+                renderer.geometry();
+            } catch (ParallaxException scarce) {
+                check(!scarce.getMessage().isEmpty(), "a sentence");
+            }
+            failed = ScarceMemory.hasFailed();
+        }
+        check(calls > 20, "only " + calls + " allocations were tried");
+        try (ParallaxRenderer renderer = ready(ParallaxRenderer.createOffscreen(160, 120, 4))) {
+            renderer.render();
+            samePicture("looked.rgba", renderer);
+        }
+    }
+
     public void sizesThatMakeNoImageAreRefused() {
         try (ParallaxRenderer renderer = ready(ParallaxRenderer.createOffscreen(160, 120, 4))) {
             final ByteBuffer buffer = direct(400000);

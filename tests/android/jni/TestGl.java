@@ -1,5 +1,7 @@
 package quorvane.parallax;
 
+import java.nio.ByteBuffer;
+
 /** What an app does with EGL and GL beside the renderer, on the calling thread. */
 final class TestGl {
     static {
@@ -40,6 +42,9 @@ final class TestGl {
     static native int texture(int width, int height);
 
     static native boolean isTexture(int name);
+
+    /** A direct buffer without memory, as code that lost its memory may hold one. */
+    static native ByteBuffer nowhere(int bytes);
 
     /** A texture's first rows and columns, 4 bytes a pixel. */
     static native byte[] read(int name, int width, int height);

@@ -92,6 +92,10 @@ JNIEXPORT jboolean JNICALL Java_quorvane_parallax_TestGl_isTexture(JNIEnv*, jcla
     return glIsTexture(static_cast<GLuint>(name));
 }
 
+JNIEXPORT jobject JNICALL Java_quorvane_parallax_TestGl_nowhere(JNIEnv* env, jclass, jint bytes) {
+    return env->NewDirectByteBuffer(nullptr, bytes);
+}
+
 /// The texture's bytes, 4 a pixel.
 JNIEXPORT jbyteArray JNICALL Java_quorvane_parallax_TestGl_read(JNIEnv* env, jclass, jint name, jint width,
                                                                 jint height) {
