@@ -1,14 +1,11 @@
 package quorvane.parallax;
 
 /**
- * The sizes to which a photo and its depth map are scaled, so that {@link ParallaxRenderer} takes
- * them together: the photo is {@code ratio} times the grid of cells and the depth map 4 times, on
- * both axes.
+ * Which part of a photo and of its depth map a picture shows, and the sizes to which these are
+ * scaled so that {@link ParallaxRenderer} takes them together: the photo is {@code ratio} times the
+ * grid of cells and the depth map 4 times, on both axes.
  */
 public final class FitSizes {
-    private static final int DEPTH_PIXELS_PER_CELL = 4;
-    private static final int LARGEST_RATIO = 32;
-
     /** Photo pixels a cell: 1, 2, 4, 8, 16 or 32. */
     public final int ratio;
 
@@ -17,12 +14,17 @@ public final class FitSizes {
     public final int depthWidth;
     public final int depthHeight;
 
-    private FitSizes(int gridWidth, int gridHeight, int ratio) {
-        this.ratio = ratio;
-        photoWidth = gridWidth * ratio;
-        photoHeight = gridHeight * ratio;
-        depthWidth = gridWidth * DEPTH_PIXELS_PER_CELL;
-        depthHeight = gridHeight * DEPTH_PIXELS_PER_CELL;
+    private final int[] photoPart;
+    private final int[] depthPart;
+
+    private FitSizes(int[] photoPart, int[] depthPart, int[] fit) {
+        this.photoPart = photoPart;
+        this.depthPart = depthPart;
+        ratio = fit[0];
+        photoWidth = fit[1];
+        photoHeight = fit[2];
+        depthWidth = fit[3];
+        depthHeight = fit[4];
     }
 
     /**
@@ -37,44 +39,38 @@ public final class FitSizes {
      */
     public static FitSizes of(
             int photoWidth, int photoHeight, int depthWidth, int depthHeight, int largestSide) {
-        requireSides("photo", photoWidth, photoHeight);
-        requireSides("depth map", depthWidth, depthHeight);
-        requireSides("largest side", largestSide, largestSide);
-        int[] source = scaledInto(photoWidth, photoHeight, largestSide);
-        int ratio = 1;
-        while (canDouble(ratio, largestSide)
-                && keepsDetail(source[0], depthWidth, 2 * ratio, largestSide)
-                && keepsDetail(source[1], depthHeight, 2 * ratio, largestSide)) {
-            ratio *= 2;
-        }
-        while (canDouble(ratio, largestSide) && !blockFits(source, ratio, largestSide)) {
-            ratio *= 2;
-        }
-        // Then only a smaller photo helps.
-        while (!blockFits(source, ratio, largestSide)) {
-            source = scaledInto(source[0], source[1], Math.max(source[0], source[1]) / 8 * 7);
-        }
-        return new FitSizes(cells(source[0], ratio, largestSide),
-                cells(source[1], ratio, largestSide), ratio);
+        return of(photoWidth, photoHeight, depthWidth, depthHeight, photoWidth, photoHeight,
+                largestSide);
     }
 
     /**
-     * The largest part of the photo that has the shape of the picture, from its middle: left, top,
-     * width and height in pixels of an image that shows what the photo shows, but may have another
-     * size. So a photo and its depth map lose the same.
+     * The same for a picture of another shape than the photo's, which shows the middle: of the photo
+     * the largest part that has the picture's shape, and of the depth map what shows the same.
      *
      * @throws IllegalArgumentException for a size below 1
      */
-    public static int[] crop(int photoWidth, int photoHeight, int pictureWidth, int pictureHeight,
-            int imageWidth, int imageHeight) {
+    public static FitSizes of(int photoWidth, int photoHeight, int depthWidth, int depthHeight,
+            int pictureWidth, int pictureHeight, int largestSide) {
         requireSides("photo", photoWidth, photoHeight);
+        requireSides("depth map", depthWidth, depthHeight);
         requireSides("picture", pictureWidth, pictureHeight);
-        requireSides("image", imageWidth, imageHeight);
-        // The part of the photo's width and of its height that the picture's shape leaves.
-        double shape = (double) pictureWidth / pictureHeight * photoHeight / photoWidth;
-        int width = (int) Math.max(1, Math.round(imageWidth * Math.min(1.0, shape)));
-        int height = (int) Math.max(1, Math.round(imageHeight * Math.min(1.0, 1.0 / shape)));
-        return new int[] {(imageWidth - width) / 2, (imageHeight - height) / 2, width, height};
+        requireSides("largest side", largestSide, largestSide);
+        ParallaxRenderer.loadLibrary();
+        int[] plan = nativePlan(photoWidth, photoHeight, depthWidth, depthHeight, pictureWidth,
+                pictureHeight, largestSide);
+        return new FitSizes(middle(photoWidth, photoHeight, plan[0], plan[1]),
+                middle(depthWidth, depthHeight, plan[2], plan[3]),
+                new int[] {plan[4], plan[5], plan[6], plan[7], plan[8]});
+    }
+
+    /** The part of the photo that is shown: left, top, width and height in its pixels. */
+    public int[] photoPart() {
+        return photoPart.clone();
+    }
+
+    /** The part of the depth map that is used: left, top, width and height in its pixels. */
+    public int[] depthPart() {
+        return depthPart.clone();
     }
 
     /**
@@ -90,40 +86,10 @@ public final class FitSizes {
         return size;
     }
 
-    private static boolean canDouble(int ratio, int largestSide) {
-        return 2 * ratio <= Math.min(LARGEST_RATIO, largestSide);
-    }
-
-    // A side at the limit cannot grow into the next cell.
-    private static int cells(int side, int ratio, int largestSide) {
-        return Math.min((side - 1) / ratio + 1, largestSide / ratio);
-    }
-
-    private static boolean keepsDetail(int side, int depthSide, int ratio, int largestSide) {
-        // The last cell reaches past the photo or, at the limit, stops short of it.
-        long covered = Math.min(side, (long) cells(side, ratio, largestSide) * ratio);
-        return covered * DEPTH_PIXELS_PER_CELL >= (long) depthSide * ratio;
-    }
-
-    // The renderer counts the bytes of its working memory in 32 bits.
-    private static boolean blockFits(int[] photo, int ratio, int largestSide) {
-        double w = cells(photo[0], ratio, largestSide);
-        double h = cells(photo[1], ratio, largestSide);
-        double bytes = 3 * (w * ratio) * (h * ratio) + 57 * w * h + 40 * h * (w + 1)
-                + 12 * (w + 1) * (h + 1);
-        return bytes <= Integer.MAX_VALUE;
-    }
-
-    private static int[] scaledInto(int width, int height, int longest) {
-        int side = Math.max(width, height);
-        if (side <= longest) {
-            return new int[] {width, height};
-        }
-        return new int[] {scaled(width, longest, side), scaled(height, longest, side)};
-    }
-
-    private static int scaled(int length, int longest, int side) {
-        return (int) Math.max(1, Math.round((double) length * longest / side));
+    private static int[] middle(int width, int height, int partWidth, int partHeight) {
+        return new int[] {
+            (width - partWidth) / 2, (height - partHeight) / 2, partWidth, partHeight
+        };
     }
 
     private static void requireSides(String what, int width, int height) {
@@ -132,4 +98,11 @@ public final class FitSizes {
                     what + ": " + width + " x " + height + " pixels; sides are 1 or more");
         }
     }
+
+    /**
+     * Width and height of the photo's part and of the depth map's part, the ratio, then width and
+     * height of the fitted photo and of the fitted depth map.
+     */
+    private static native int[] nativePlan(int photoWidth, int photoHeight, int depthWidth,
+            int depthHeight, int pictureWidth, int pictureHeight, int largestSide);
 }

@@ -313,6 +313,13 @@ public final class ParallaxRenderer implements AutoCloseable {
         return open;
     }
 
+    /**
+     * Loads the native library, as this class's initializer does. An initializer in another class
+     * would do it too, but loading initializes all classes with native methods, and two threads
+     * that begin with one class each would wait for each other.
+     */
+    static void loadLibrary() {}
+
     private static ParallaxException wrongThread() {
         return new ParallaxException(
                 "called from another thread than the one that created the renderer");

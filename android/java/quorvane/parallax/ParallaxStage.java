@@ -215,17 +215,13 @@ final class ParallaxStage implements Choreographer.FrameCallback {
         screen = new Screen(surface);
         renderer = ParallaxRenderer.create(width, height, ORIENTATION);
         setParameters();
-        int[] photoPart = FitSizes.crop(photo.getWidth(), photo.getHeight(), width, height,
-                photo.getWidth(), photo.getHeight());
-        int[] depthPart = FitSizes.crop(photo.getWidth(), photo.getHeight(), width, height,
-                depth.getWidth(), depth.getHeight());
-        FitSizes fit = FitSizes.of(photoPart[2], photoPart[3], depthPart[2], depthPart[3],
-                Math.min(LONGEST_PHOTO, screen.largestTexture()));
+        FitSizes fit = FitSizes.of(photo.getWidth(), photo.getHeight(), depth.getWidth(),
+                depth.getHeight(), width, height, Math.min(LONGEST_PHOTO, screen.largestTexture()));
         try {
             renderer.setPhotoRgba(fit.photoWidth, fit.photoHeight,
-                    Pixels.rgba(photo, photoPart, fit.photoWidth, fit.photoHeight));
+                    Pixels.rgba(photo, fit.photoPart(), fit.photoWidth, fit.photoHeight));
             renderer.setDepth(fit.depthWidth, fit.depthHeight,
-                    Pixels.red(depth, depthPart, fit.depthWidth, fit.depthHeight));
+                    Pixels.red(depth, fit.depthPart(), fit.depthWidth, fit.depthHeight));
         } catch (OutOfMemoryError e) {
             throw new ParallaxException("too little memory for a photo of " + fit.photoWidth + " x "
                     + fit.photoHeight + " pixels; a smaller one will do");

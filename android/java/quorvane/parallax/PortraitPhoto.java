@@ -108,7 +108,7 @@ public final class PortraitPhoto {
      * @return the first has preference; empty where photos cannot be read
      */
     public static List<String> containers() {
-        loadLibrary();
+        ParallaxRenderer.loadLibrary();
         try {
             return Collections.unmodifiableList(Arrays.asList(nativeContainers()));
         } catch (UnsatisfiedLinkError absent) {
@@ -420,14 +420,6 @@ public final class PortraitPhoto {
      */
     private static double inverseRange(double t, double near, double far) {
         return near * (1.0 - t) / (near + t * (far - near));
-    }
-
-    /**
-     * The renderer's class loads it. An initializer here would do it too, but loading initializes
-     * both classes, and two threads that begin with one class each would wait for each other.
-     */
-    private static void loadLibrary() {
-        ParallaxRenderer.parameters();
     }
 
     // Absent where the library was built without expat.
