@@ -39,12 +39,12 @@ void examineUnknown(DepthMap* depth, std::vector<Finding>* findings) {
     const bool all = static_cast<size_t>(unknown) == known.size();
     if (all) {
         findings->push_back(
-            {Ailment::kAlpha, 1.0, false, "all of it is transparent; its levels are taken as they are"});
+            {FindingKind::kAlpha, 1.0, false, "all of it is transparent; its levels are taken as they are"});
     } else if (unknown > 0) {
         fillFromNeighbours(std::move(depth->known), &depth->plane);
         spreadAgain(depth);
         const double share = static_cast<double>(unknown) / static_cast<double>(depth->plane.samples.size());
-        findings->push_back({Ailment::kAlpha, 1.0, true,
+        findings->push_back({FindingKind::kAlpha, 1.0, true,
                              percent(share) + " of it " +
                                  (depth->colour_map.empty() ? "is transparent" : "has no depth") +
                                  ", filled from the neighbours"});
@@ -78,10 +78,10 @@ void examineHoles(DepthMap* depth, std::vector<Finding>* findings) {
         if (confidence >= kCertain) {
             fillFromNeighbours(std::move(extreme.others), &depth->plane);
             spreadAgain(depth);
-            findings->push_back({Ailment::kHoles, confidence, true,
+            findings->push_back({FindingKind::kHoles, confidence, true,
                                  holes + "stands for \"unknown\" and is filled from the neighbours"});
         } else if (confidence >= 0.3) {
-            findings->push_back({Ailment::kHoles, confidence, false,
+            findings->push_back({FindingKind::kHoles, confidence, false,
                                  holes + "may stand for \"unknown\"; make it transparent to have it filled"});
         }
     }
@@ -110,12 +110,13 @@ bool examineRange(const DepthMap& depth, std::vector<Finding>* findings) {
     const auto highest = beyondStray(histogram.rbegin()).base() - 1;
     const bool narrow = static_cast<float>(highest - lowest) < kNarrow * kStepsALevel;
     if (levels.size() == 1) {
-        findings->push_back({Ailment::kLittleRange, 1.0, false, "all of it is one level: nothing will move"});
+        findings->push_back(
+            {FindingKind::kLittleRange, 1.0, false, "all of it is one level: nothing will move"});
     } else if (narrow) {
-        findings->push_back({Ailment::kLittleRange, 1.0, false,
+        findings->push_back({FindingKind::kLittleRange, 1.0, false,
                              "nearly all of it lies within 2 % of the levels: little will move"});
     } else if (levels.size() < kFewLevels) {
-        findings->push_back({Ailment::kLittleRange, 1.0, false,
+        findings->push_back({FindingKind::kLittleRange, 1.0, false,
                              "only " + std::to_string(levels.size()) + " levels: flat layers will move"});
     }
     return !narrow;
@@ -224,15 +225,16 @@ Choice choose(const std::vector<double>& values) {
     return {best, confidenceOf(2.0 * std::min(values[best] - kEvenOdds, values[best] - second - kEvenLead))};
 }
 
-/// How a depth map lies.
-struct Lie {
-    Turn turn = 0;            ///< that was done to it
-    double confidence = 1.0;  ///< that it lies as the photo does now
-    bool doubtful = false;    ///< another way may be right
+/// How a depth map was found to lie against its photo.
+struct Placement {
+    Turn turn = 0;            ///< the turn that was made
+    double confidence = 1.0;  ///< that the map now lies as the photo does
+    bool doubtful = false;    ///< another turn may be right
 };
 
 /// Turns the depth map where that is certain.
-Lie examineTurn(const Scores& scores, double photo_aspect, DepthMap* depth, std::vector<Finding>* findings) {
+Placement examineTurn(const Scores& scores, double photo_aspect, DepthMap* depth,
+                      std::vector<Finding>* findings) {
     constexpr double kWorthSaying = 0.2;
     std::vector<double> best_covers;
     for (const auto& covers : scores) best_covers.push_back(*std::max_element(covers.begin(), covers.end()));
@@ -241,7 +243,7 @@ Lie examineTurn(const Scores& scores, double photo_aspect, DepthMap* depth, std:
     const TurnWords& words = kTurnWords[turn];
     if (turn != 0 && choice.confidence >= kCertain) {
         depth->plane = turned(depth->plane, turn);
-        findings->push_back({Ailment::kTurned, choice.confidence, true,
+        findings->push_back({FindingKind::kTurned, choice.confidence, true,
                              std::string(words.done) + " to lie as the photo does"});
         return {turn, choice.confidence, false};
     }
@@ -250,9 +252,9 @@ Lie examineTurn(const Scores& scores, double photo_aspect, DepthMap* depth, std:
     const bool on_its_side = !sameAspect(aspect, photo_aspect) && sameAspect(1.0 / aspect, photo_aspect);
     if (turn != 0 && choice.confidence >= kWorthSaying) {
         findings->push_back(
-            {Ailment::kTurned, choice.confidence, false, "may lie otherwise than the photo", {turn}});
+            {FindingKind::kTurned, choice.confidence, false, "may lie otherwise than the photo", {turn}});
     } else if (on_its_side && (turn != 0 || choice.confidence < kWorthSaying)) {
-        findings->push_back({Ailment::kTurned,
+        findings->push_back({FindingKind::kTurned,
                              0.5,
                              false,
                              "lies on its side where the photo does not",
@@ -274,7 +276,7 @@ void examineCover(const std::array<double, 3>& scores, const RgbImage& photo, De
     const Cover cover = static_cast<Cover>(choice.index);
     if (choice.confidence < kCertain) {
         findings->push_back(
-            {Ailment::kOtherAspect, choice.confidence, false,
+            {FindingKind::kOtherAspect, choice.confidence, false,
              std::string(aspects) + "stretched over it; crop both alike if they show different parts"});
         return;
     }
@@ -283,7 +285,7 @@ void examineCover(const std::array<double, 3>& scores, const RgbImage& photo, De
     if (cover == Cover::kMore) what = "shows more, cut to the photo's part";
     if (cover != Cover::kStretched)
         depth->plane = cut(depth->plane, partOver(depth->plane, photo_aspect, cover));
-    findings->push_back({Ailment::kOtherAspect, choice.confidence, true, aspects + what});
+    findings->push_back({FindingKind::kOtherAspect, choice.confidence, true, aspects + what});
 }
 
 // Which end is near.
@@ -321,9 +323,9 @@ void examinePolarity(double upright, DepthMap* depth, std::vector<Finding>* find
     if (inverted >= kCertain && upright >= 0.5) {
         for (float& level : depth->plane.samples) level = 255.0f - level;
         findings->push_back(
-            {Ailment::kPolarity, inverted, true, "inverted: its larger levels were the farther ones"});
+            {FindingKind::kPolarity, inverted, true, "inverted: its larger levels were the farther ones"});
     } else if (inverted >= 0.25) {
-        findings->push_back({Ailment::kPolarity,
+        findings->push_back({FindingKind::kPolarity,
                              inverted,
                              false,
                              inverted >= 0.6 ? "its larger levels may be the farther ones"
@@ -338,19 +340,20 @@ void examinePolarity(double upright, DepthMap* depth, std::vector<Finding>* find
 std::vector<Finding> examine(const RgbImage& photo, const DepthKnowledge& known, DepthMap* depth) {
     std::vector<Finding> findings;
     if (!depth->colour_map.empty())
-        findings.push_back({Ailment::kColourMapped, 1.0, true,
+        findings.push_back({FindingKind::kColourMapped, 1.0, true,
                             "in colours, read back through the colour map " + depth->colour_map});
     examineUnknown(depth, &findings);
     examineHoles(depth, &findings);
     if (!examineRange(*depth, &findings)) return findings;
 
     const Scores scores = scoresOf(photo, depth->plane, known.orientation);
-    Lie lie;
-    if (!known.orientation) lie = examineTurn(scores, aspectOf(photo.width, photo.height), depth, &findings);
+    Placement placement;
+    if (!known.orientation)
+        placement = examineTurn(scores, aspectOf(photo.width, photo.height), depth, &findings);
     // What it covers and which end is near shows once it lies right.
-    if (lie.doubtful) return findings;
-    examineCover(scores[lie.turn], photo, depth, &findings);
-    if (!known.polarity) examinePolarity(lie.confidence, depth, &findings);
+    if (placement.doubtful) return findings;
+    examineCover(scores[placement.turn], photo, depth, &findings);
+    if (!known.polarity) examinePolarity(placement.confidence, depth, &findings);
     return findings;
 }
 

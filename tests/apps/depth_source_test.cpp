@@ -324,15 +324,15 @@ TEST_F(DepthSource, OneSourceAtATime) {
 }
 
 TEST(Finding, NamesTheOptionThatPutsItRight) {
-    using media::Ailment;
+    using media::FindingKind;
     EXPECT_EQ(
-        app::textOf({Ailment::kTurned, 0.5, false, "lies", {media::kClockwise90, media::kClockwise270}}),
+        app::textOf({FindingKind::kTurned, 0.5, false, "lies", {media::kClockwise90, media::kClockwise270}}),
         "lies; --rotate-depth 90 or 270 turns it");
-    EXPECT_EQ(app::textOf({Ailment::kTurned, 0.5, false, "lies", {media::kMirrored}}),
+    EXPECT_EQ(app::textOf({FindingKind::kTurned, 0.5, false, "lies", {media::kMirrored}}),
               "lies; --rotate-depth mirror turns it");
-    EXPECT_EQ(app::textOf({Ailment::kPolarity, 0.5, false, "may be", {}, true}),
+    EXPECT_EQ(app::textOf({FindingKind::kPolarity, 0.5, false, "may be", {}, true}),
               "may be; --invert-depth inverts it");
-    EXPECT_EQ(app::textOf({Ailment::kHoles, 1.0, true, "filled"}), "filled");
+    EXPECT_EQ(app::textOf({FindingKind::kHoles, 1.0, true, "filled"}), "filled");
 }
 
 }  // namespace

@@ -31,7 +31,6 @@ const char* wordFor(media::ImageRole role) {
         case media::ImageRole::kConfidence: return "confidence";
         case media::ImageRole::kGainMap: return "gain map";
         case media::ImageRole::kMatte: return "matte";
-        case media::ImageRole::kThumbnail: return "thumbnail";
         case media::ImageRole::kVideo: return "video";
         case media::ImageRole::kOther: break;
     }
@@ -55,15 +54,15 @@ const char* codingOf(const media::EmbeddedDepth& depth) {
     return "HEIF item";
 }
 
-const char* wordFor(media::Ailment ailment) {
-    switch (ailment) {
-        case media::Ailment::kTurned: return "turned";
-        case media::Ailment::kOtherAspect: return "other aspect";
-        case media::Ailment::kPolarity: return "polarity";
-        case media::Ailment::kColourMapped: return "colour-mapped";
-        case media::Ailment::kAlpha: return "alpha";
-        case media::Ailment::kHoles: return "holes";
-        case media::Ailment::kLittleRange: break;
+const char* wordFor(media::FindingKind kind) {
+    switch (kind) {
+        case media::FindingKind::kTurned: return "turned";
+        case media::FindingKind::kOtherAspect: return "other aspect";
+        case media::FindingKind::kPolarity: return "polarity";
+        case media::FindingKind::kColourMapped: return "colour-mapped";
+        case media::FindingKind::kAlpha: return "alpha";
+        case media::FindingKind::kHoles: return "holes";
+        case media::FindingKind::kLittleRange: break;
     }
     return "little range";
 }
@@ -169,7 +168,7 @@ Json depthJson(const Report& report) {
     json["bits"] = depth.bits;
     json["findings"] = Json::array();
     for (const media::Finding& finding : depth.findings)
-        json["findings"].push_back({{"ailment", wordFor(finding.ailment)},
+        json["findings"].push_back({{"ailment", wordFor(finding.kind)},
                                     {"confidence", finding.confidence},
                                     {"corrected", finding.corrected},
                                     {"text", textOf(finding)}});

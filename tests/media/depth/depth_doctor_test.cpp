@@ -99,16 +99,16 @@ Pair scene(int width, int height) {
             mapOf(planeOf(sample.depth))};
 }
 
-std::vector<Ailment> ailments(const std::vector<Finding>& findings) {
-    std::vector<Ailment> found;
+std::vector<FindingKind> kindsOf(const std::vector<Finding>& findings) {
+    std::vector<FindingKind> found;
     found.reserve(findings.size());
-    for (const Finding& finding : findings) found.push_back(finding.ailment);
+    for (const Finding& finding : findings) found.push_back(finding.kind);
     return found;
 }
 
-const Finding* find(const std::vector<Finding>& findings, Ailment ailment) {
+const Finding* find(const std::vector<Finding>& findings, FindingKind kind) {
     for (const Finding& finding : findings)
-        if (finding.ailment == ailment) return &finding;
+        if (finding.kind == kind) return &finding;
     return nullptr;
 }
 
@@ -132,11 +132,11 @@ struct Examined {
 };
 
 /// Wrong is a correction that leaves the map unlike `wanted`, or no word where it is.
-Examined examined(const RgbImage& photo, DepthMap depth, const Plane& wanted, Ailment ailment,
+Examined examined(const RgbImage& photo, DepthMap depth, const Plane& wanted, FindingKind kind,
                   const DepthKnowledge& known = {}) {
     Examined result;
     result.findings = examine(photo, known, &depth);
-    const Finding* finding = find(result.findings, ailment);
+    const Finding* finding = find(result.findings, kind);
     const bool is_wanted =
         depth.plane.width == wanted.width && depth.plane.height == wanted.height &&
         std::equal(wanted.samples.begin(), wanted.samples.end(), depth.plane.samples.begin(),
@@ -183,12 +183,12 @@ Report tried(const Pair& pair) {
         DepthMap depth = pair.depth;
         depth.plane = laid(plane, how);
         note(&report.turns, "way " + std::to_string(how),
-             examined(pair.photo, depth, plane, Ailment::kTurned, known));
+             examined(pair.photo, depth, plane, FindingKind::kTurned, known));
         for (const bool invert : {false, true}) {
             depth.plane = laid(invert ? inverted(plane) : plane, how);
-            Examined both = examined(pair.photo, depth, plane, Ailment::kPolarity);
+            Examined both = examined(pair.photo, depth, plane, FindingKind::kPolarity);
             // Which end is near is not asked of a map that may lie otherwise.
-            const Finding* turn = find(both.findings, Ailment::kTurned);
+            const Finding* turn = find(both.findings, FindingKind::kTurned);
             if (turn != nullptr && !turn->corrected) both.outcome = Outcome::kDoubtful;
             note(&report.inversions, (invert ? "inverted, way " : "way ") + std::to_string(how), both);
         }
@@ -206,10 +206,10 @@ Report tried(const Pair& pair) {
             DepthMap depth = pair.depth;
             depth.plane = stretched(plane, part_w, part_h);
             note(&report.aspects, "stretched" + by,
-                 examined(pair.photo, depth, depth.plane, Ailment::kOtherAspect, known));
+                 examined(pair.photo, depth, depth.plane, FindingKind::kOtherAspect, known));
 
             depth.plane = middle(plane, part_w, part_h);
-            Examined cropped = examined(pair.photo, depth, depth.plane, Ailment::kOtherAspect, known);
+            Examined cropped = examined(pair.photo, depth, depth.plane, FindingKind::kOtherAspect, known);
             if (cropped.outcome == Outcome::kWrong && std::abs(cropped.plane.width - w) <= 1 &&
                 std::abs(cropped.plane.height - h) <= 1 &&
                 middle(cropped.plane, part_w - 2, part_h - 2).samples ==
@@ -220,9 +220,9 @@ Report tried(const Pair& pair) {
             const RgbImage photo = middle(pair.photo, across ? shorter(pair.photo.width) : pair.photo.width,
                                           across ? pair.photo.height : shorter(pair.photo.height));
             depth.plane = plane;
-            Examined whole = examined(photo, depth, plane, Ailment::kOtherAspect, known);
+            Examined whole = examined(photo, depth, plane, FindingKind::kOtherAspect, known);
             if (whole.findings.empty()) whole.outcome = Outcome::kWrong;
-            if (const Finding* finding = find(whole.findings, Ailment::kOtherAspect);
+            if (const Finding* finding = find(whole.findings, FindingKind::kOtherAspect);
                 finding != nullptr && finding->corrected)
                 whole.outcome =
                     std::abs(whole.plane.width - part_w) <= 1 && std::abs(whole.plane.height - part_h) <= 1
@@ -258,9 +258,9 @@ TEST(DepthDoctor, TurnsMapsThatLieOtherwiseAndNamesWhatItDid) {
         SCOPED_TRACE(how);
         DepthMap depth = pair.depth;
         depth.plane = laid(depth.plane, how);
-        const Examined result = examined(pair.photo, depth, pair.depth.plane, Ailment::kTurned);
+        const Examined result = examined(pair.photo, depth, pair.depth.plane, FindingKind::kTurned);
         EXPECT_EQ(result.outcome, Outcome::kRight);
-        ASSERT_THAT(ailments(result.findings), ElementsAre(Ailment::kTurned)) << textsOf(result.findings);
+        ASSERT_THAT(kindsOf(result.findings), ElementsAre(FindingKind::kTurned)) << textsOf(result.findings);
         EXPECT_EQ(result.findings[0].text,
                   std::string(done[static_cast<size_t>(how - 1)]) + " to lie as the photo does");
         EXPECT_GE(result.findings[0].confidence, kCertain);
@@ -273,7 +273,7 @@ TEST(DepthDoctor, TurnsSquareMapsAndSmallOnes) {
     for (int how = 0; how < 8; ++how) {
         SCOPED_TRACE(how);
         const DepthMap depth = mapOf(laid(small, how));
-        EXPECT_EQ(examined(pair.photo, depth, small, Ailment::kTurned).outcome, Outcome::kRight);
+        EXPECT_EQ(examined(pair.photo, depth, small, FindingKind::kTurned).outcome, Outcome::kRight);
     }
 }
 
@@ -290,9 +290,9 @@ TEST(DepthDoctor, InvertsMapsWhoseLargerLevelsAreFarther) {
     const Pair pair = scene(300, 200);
     DepthMap depth = pair.depth;
     depth.plane = inverted(depth.plane);
-    const Examined result = examined(pair.photo, depth, pair.depth.plane, Ailment::kPolarity);
+    const Examined result = examined(pair.photo, depth, pair.depth.plane, FindingKind::kPolarity);
     EXPECT_EQ(result.outcome, Outcome::kRight);
-    ASSERT_THAT(ailments(result.findings), ElementsAre(Ailment::kPolarity)) << textsOf(result.findings);
+    ASSERT_THAT(kindsOf(result.findings), ElementsAre(FindingKind::kPolarity)) << textsOf(result.findings);
     EXPECT_EQ(result.findings[0].text, "inverted: its larger levels were the farther ones");
 }
 
@@ -321,7 +321,7 @@ TEST(DepthDoctor, LevelsBetweenBytesSurvive) {
     Plane fine = pair.depth.plane;
     for (size_t i = 0; i < fine.samples.size(); ++i) fine.samples[i] += static_cast<float>(i % 97) / 128.0f;
     const DepthMap depth = mapOf(inverted(laid(fine, 3)), 16);
-    EXPECT_EQ(examined(pair.photo, depth, fine, Ailment::kTurned).outcome, Outcome::kRight);
+    EXPECT_EQ(examined(pair.photo, depth, fine, FindingKind::kTurned).outcome, Outcome::kRight);
 }
 
 TEST(DepthDoctor, AspectWithinTwoPercentIsRounding) {
@@ -334,7 +334,7 @@ TEST(DepthDoctor, MapOfThePhotosMiddleIsWidenedByItsBorders) {
     const Pair pair = scene(400, 300);
     DepthMap depth = mapOf(middle(pair.depth.plane, 300, 300));
     const std::vector<Finding> findings = examine(pair.photo, {}, &depth);
-    ASSERT_THAT(ailments(findings), ElementsAre(Ailment::kOtherAspect)) << textsOf(findings);
+    ASSERT_THAT(kindsOf(findings), ElementsAre(FindingKind::kOtherAspect)) << textsOf(findings);
     EXPECT_TRUE(findings[0].corrected);
     EXPECT_EQ(findings[0].text,
               "of aspect 1.00, the photo of 1.33: shows its middle, its borders go on beyond");
@@ -353,7 +353,7 @@ TEST(DepthDoctor, MapOfMoreThanThePhotoIsCut) {
     const Pair pair = scene(400, 300);
     DepthMap depth = pair.depth;
     const std::vector<Finding> findings = examine(middle(pair.photo, 400, 226), {}, &depth);
-    ASSERT_THAT(ailments(findings), ElementsAre(Ailment::kOtherAspect)) << textsOf(findings);
+    ASSERT_THAT(kindsOf(findings), ElementsAre(FindingKind::kOtherAspect)) << textsOf(findings);
     EXPECT_EQ(findings[0].text, "of aspect 1.33, the photo of 1.77: shows more, cut to the photo's part");
     EXPECT_EQ(depth.plane.samples, middle(pair.depth.plane, 400, 226).samples);
 }
@@ -363,7 +363,7 @@ TEST(DepthDoctor, StretchedMapIsNamedAndLeftAsItIs) {
     DepthMap depth = mapOf(stretched(pair.depth.plane, 300, 300));
     const std::vector<float> before = depth.plane.samples;
     const std::vector<Finding> findings = examine(pair.photo, {}, &depth);
-    ASSERT_THAT(ailments(findings), ElementsAre(Ailment::kOtherAspect)) << textsOf(findings);
+    ASSERT_THAT(kindsOf(findings), ElementsAre(FindingKind::kOtherAspect)) << textsOf(findings);
     EXPECT_EQ(findings[0].text, "of aspect 1.00, the photo of 1.33: shows the same, stretched over it");
     EXPECT_EQ(depth.plane.samples, before);
 }
@@ -371,7 +371,7 @@ TEST(DepthDoctor, StretchedMapIsNamedAndLeftAsItIs) {
 TEST(DepthDoctor, KnownOrientationStillHasItsAspectExamined) {
     const Pair pair = scene(400, 300);
     DepthMap depth = mapOf(middle(pair.depth.plane, 300, 300));
-    EXPECT_THAT(ailments(examine(pair.photo, {true, true}, &depth)), ElementsAre(Ailment::kOtherAspect));
+    EXPECT_THAT(kindsOf(examine(pair.photo, {true, true}, &depth)), ElementsAre(FindingKind::kOtherAspect));
     EXPECT_EQ(depth.plane.width, 400);
 }
 
@@ -391,7 +391,7 @@ TEST(DepthDoctor, MapOfSomethingElseIsLeftAlone) {
         for (const Finding& finding : findings) EXPECT_FALSE(finding.corrected);
         // At least its sides say that something is wrong.
         if (width < height) {
-            const Finding* finding = find(findings, Ailment::kTurned);
+            const Finding* finding = find(findings, FindingKind::kTurned);
             ASSERT_NE(finding, nullptr);
             EXPECT_THAT(finding->turns, testing::Not(testing::IsEmpty()));
         }
@@ -412,7 +412,7 @@ TEST(DepthDoctor, LayoutThatSaysNothingIsDoubtful) {
         }
     const std::vector<float> before = depth.plane.samples;
     const std::vector<Finding> findings = examine(photo, {}, &depth);
-    const Finding* finding = find(findings, Ailment::kPolarity);
+    const Finding* finding = find(findings, FindingKind::kPolarity);
     ASSERT_NE(finding, nullptr);
     EXPECT_FALSE(finding->corrected);
     EXPECT_TRUE(finding->inverting);
@@ -443,7 +443,7 @@ TEST(DepthDoctor, TransparentPixelsAreFilledFromTheirNeighbours) {
             depth.known.samples[static_cast<size_t>(y) * 300 + static_cast<size_t>(x)] = 0;
         }
     const std::vector<Finding> findings = examine(pair.photo, {}, &depth);
-    ASSERT_THAT(ailments(findings), ElementsAre(Ailment::kAlpha)) << textsOf(findings);
+    ASSERT_THAT(kindsOf(findings), ElementsAre(FindingKind::kAlpha)) << textsOf(findings);
     EXPECT_EQ(findings[0].text, "0.5 % of it is transparent, filled from the neighbours");
     EXPECT_TRUE(findings[0].corrected);
     EXPECT_TRUE(depth.known.samples.empty());
@@ -483,7 +483,7 @@ TEST(DepthDoctor, WhollyTransparentMapIsTakenAsItIs) {
     const std::vector<float> before = pair.depth.plane.samples;
     pair.depth.known = GrayImage(300, 200);
     const std::vector<Finding> findings = examine(pair.photo, {}, &pair.depth);
-    ASSERT_THAT(ailments(findings), ElementsAre(Ailment::kAlpha));
+    ASSERT_THAT(kindsOf(findings), ElementsAre(FindingKind::kAlpha));
     EXPECT_FALSE(findings[0].corrected);
     EXPECT_EQ(pair.depth.plane.samples, before);
 }
@@ -504,7 +504,8 @@ TEST(DepthDoctor, UnansweredPixelsOfASensorAreFilled) {
     const Pair pair = scene(300, 200);
     DepthMap depth = sensed(pair);
     const std::vector<Finding> findings = examine(pair.photo, {}, &depth);
-    ASSERT_THAT(ailments(findings), ElementsAre(Ailment::kHoles, Ailment::kPolarity)) << textsOf(findings);
+    ASSERT_THAT(kindsOf(findings), ElementsAre(FindingKind::kHoles, FindingKind::kPolarity))
+        << textsOf(findings);
     EXPECT_TRUE(findings[0].corrected);
     EXPECT_EQ(findings[0].text,
               "0.42 % of it, at its lowest level, stands for \"unknown\" and is filled from the neighbours");
@@ -528,7 +529,7 @@ TEST(DepthDoctor, SpecksOfTheHighestLevelAreFilled) {
     DepthMap depth = pair.depth;
     for (int i = 0; i < 20; ++i) at(depth.plane, 10 + 13 * i, 5 + 9 * i) = 255.0f;
     const std::vector<Finding> findings = examine(pair.photo, {}, &depth);
-    ASSERT_THAT(ailments(findings), ElementsAre(Ailment::kHoles)) << textsOf(findings);
+    ASSERT_THAT(kindsOf(findings), ElementsAre(FindingKind::kHoles)) << textsOf(findings);
     EXPECT_TRUE(findings[0].corrected);
     EXPECT_LE(*std::max_element(depth.plane.samples.begin(), depth.plane.samples.end()), 236.0f);
 }
@@ -557,7 +558,7 @@ TEST(DepthDoctor, LargeAreasAtTheEndOfTheRangeAreOnlyNamed) {
     for (int y = 20; y < 90; ++y)
         for (int x = 180; x < 240; ++x) at(depth.plane, x, y) = 0.0f;
     const std::vector<Finding> findings = examine(pair.photo, {true, true}, &depth);
-    ASSERT_THAT(ailments(findings), ElementsAre(Ailment::kHoles)) << textsOf(findings);
+    ASSERT_THAT(kindsOf(findings), ElementsAre(FindingKind::kHoles)) << textsOf(findings);
     EXPECT_FALSE(findings[0].corrected);
     EXPECT_THAT(findings[0].text, HasSubstr("make it transparent"));
     EXPECT_EQ(at(depth.plane, 200, 50), 0.0f);
@@ -567,7 +568,7 @@ TEST(DepthDoctor, ColourMapIsNamed) {
     Pair pair = scene(300, 200);
     pair.depth.colour_map = "turbo";
     const std::vector<Finding> findings = examine(pair.photo, {}, &pair.depth);
-    ASSERT_THAT(ailments(findings), ElementsAre(Ailment::kColourMapped));
+    ASSERT_THAT(kindsOf(findings), ElementsAre(FindingKind::kColourMapped));
     EXPECT_EQ(findings[0].text, "in colours, read back through the colour map turbo");
 }
 
@@ -583,7 +584,7 @@ TEST(DepthDoctor, MapsWithoutRangeAreNamedAndLeftAlone) {
         SCOPED_TRACE(text);
         const std::vector<float> before = depth->plane.samples;
         const std::vector<Finding> findings = examine(pair.photo, {}, depth);
-        ASSERT_THAT(ailments(findings), ElementsAre(Ailment::kLittleRange)) << textsOf(findings);
+        ASSERT_THAT(kindsOf(findings), ElementsAre(FindingKind::kLittleRange)) << textsOf(findings);
         EXPECT_THAT(findings[0].text, HasSubstr(text));
         EXPECT_FALSE(findings[0].corrected);
         EXPECT_EQ(depth->plane.samples, before);
@@ -656,7 +657,7 @@ TEST_F(RealPhotos, HaveNoConfidentWrongAnswerAndThisTable) {
         const Report report = tried(m_pairs[i]);
         EXPECT_THAT(report.wrong, IsEmpty());
         EXPECT_GT(report.turns.right, 0);
-        const Finding* polarity = find(m_findings[i], Ailment::kPolarity);
+        const Finding* polarity = find(m_findings[i], FindingKind::kPolarity);
         if (polarity == nullptr || polarity->corrected) {
             EXPECT_EQ(polarity != nullptr, kRealPhotos[i].larger_is_farther);
         }
@@ -675,7 +676,7 @@ TEST_F(RealPhotos, DepthMapsOfOtherPhotosAreNeverTurnedOrCropped) {
             SCOPED_TRACE(pair.name + " with the depth of " + other.name);
             DepthMap depth = other.depth;
             for (const Finding& finding : examine(pair.photo, {}, &depth)) {
-                if (finding.ailment == Ailment::kPolarity) continue;
+                if (finding.kind == FindingKind::kPolarity) continue;
                 EXPECT_FALSE(finding.corrected) << finding.text;
             }
         }
