@@ -11,6 +11,7 @@
 #include "java.h"
 #include "media/embedded/embedded.h"
 #include "media/embedded/jpeg.h"
+#include "media/embedded/png.h"
 
 namespace quorvane {
 namespace {
@@ -60,16 +61,13 @@ jobjectArray newStrings(JNIEnv* env, const std::vector<std::string>& texts) {
 /// Exif's code that turns a picture upright: its own, else `otherwise`.
 int orientationOf(std::string_view picture, int otherwise) {
     const auto jpeg = media::walkJpeg(picture);
-    return jpeg && media::hasExifOrientation(*jpeg) ? media::exifOrientation(*jpeg) : otherwise;
+    return jpeg ? media::exifOrientation(*jpeg).value_or(otherwise) : otherwise;
 }
 
 /// Bits of a sample as it is stored. Of pictures only PNG's matter: the others that Android decodes have 8.
 int bitsOf(const EmbeddedDepth& depth) {
     if (const auto* samples = std::get_if<DepthSamples>(&depth.plane)) return samples->bits;
-    constexpr size_t kBitDepth = 24;
-    const std::string_view picture = media::planeBytes(depth);
-    const bool png = picture.substr(0, 4) == "\x89PNG" && picture.size() > kBitDepth;
-    return png && picture[kBitDepth] == 16 ? 16 : 8;
+    return media::pngBits(media::planeBytes(depth)) == 16 ? 16 : 8;
 }
 
 /// The place in PortraitPhoto.DepthKind.
@@ -94,8 +92,7 @@ jobject newPhoto(JNIEnv* env, jclass type, const Contents& contents) {
     if (contents.original) {
         original = newBytes(env, contents.original->bytes);
         if (original == nullptr) return nullptr;
-        const int otherwise = contents.original->orientation;
-        orientation = orientationOf(contents.original->bytes, otherwise > 0 ? otherwise : 1);
+        orientation = orientationOf(contents.original->bytes, contents.original->orientation);
     }
 
     const EmbeddedDepth none;

@@ -89,7 +89,7 @@ auto originalOr(const std::string& file, const Contents& contents, const std::st
     if (contents.original) {
         const EmbeddedPhoto& original = *contents.original;
         try {
-            return decode(original.bytes, original.where, std::max(1, original.orientation));
+            return decode(original.bytes, original.where, original.orientation);
         } catch (const Error& error) {
             setRemark(remark, "the unblurred photo is left out: " + std::string(error.what()));
         }

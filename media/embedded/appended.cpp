@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "media/embedded/bytes.h"
+#include "media/embedded/png.h"
 
 namespace quorvane::media {
 namespace {
@@ -15,17 +16,6 @@ std::optional<uint64_t> wholeNumber(std::string_view text) {
     constexpr double kMost = 1e15;
     if (!value || *value < 0 || *value > kMost) return std::nullopt;
     return static_cast<uint64_t>(*value);
-}
-
-/// How many bytes the PNG that starts here takes.
-std::optional<uint64_t> pngSize(std::string_view bytes) {
-    for (uint64_t at = 8;;) {
-        const auto length = bigEndian(bytes, at, 4);
-        const auto type = part(bytes, at + 4, 4);
-        if (!length || !type || !part(bytes, at, *length + 12)) return std::nullopt;
-        at += *length + 12;
-        if (*type == "IEND") return at;
-    }
 }
 
 /// What starts at an offset.

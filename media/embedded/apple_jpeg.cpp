@@ -4,7 +4,6 @@
 #include "media/embedded/bytes.h"
 #include "media/embedded/container.h"
 #include "media/embedded/mpf.h"
-#include "media/embedded/tiff.h"
 
 namespace quorvane::media {
 namespace {
@@ -45,14 +44,9 @@ std::vector<Jpeg> jpegsBehind(std::string_view file, uint64_t from) {
 }
 
 bool isMadeByApple(const Jpeg& jpeg) {
-    using namespace std::string_view_literals;
-    for (const JpegSegment& segment : jpeg.segments) {
-        if (segment.marker != 0xe1 || !startsWith(segment.body, "Exif\0\0"sv)) continue;
-        constexpr uint16_t kMake = 0x010f;
-        const auto directory = TiffDirectory::read(segment.body.substr(6));
-        if (directory && startsWith(directory->field(kMake), "Apple")) return true;
-    }
-    return false;
+    constexpr uint16_t kMake = 0x010f;
+    const auto directory = exifDirectory(jpeg);
+    return directory && startsWith(directory->field(kMake), "Apple");
 }
 
 EmbeddedDepth depthIn(std::string_view file, const Jpeg& jpeg, const Xmp& xmp, int photo_orientation) {
@@ -60,7 +54,7 @@ EmbeddedDepth depthIn(std::string_view file, const Jpeg& jpeg, const Xmp& xmp, i
     depth.plane = DepthPicture{std::string(file.substr(jpeg.begin, jpeg.end - jpeg.begin))};
     describeAppleDepth(xmp, 255, &depth);
     // It is kept as the photo is, and seldom says itself how that is turned.
-    depth.orientation = hasExifOrientation(jpeg) ? exifOrientation(jpeg) : photo_orientation;
+    depth.orientation = exifOrientation(jpeg).value_or(photo_orientation);
     return depth;
 }
 

@@ -50,7 +50,7 @@ Contents lookInside(std::string_view bytes) {
     const std::string_view mime = mimeOf(bytes);
     if (startsWith(mime, "image/")) contents.file_kind = formatName(mime);
     const PhotoFile file = openPhoto(bytes, &contents.remarks);
-    if (file.jpeg) contents.orientation = exifOrientation(*file.jpeg);
+    if (file.jpeg) contents.orientation = exifOrientation(*file.jpeg).value_or(1);
     InnerImage photo;
     photo.role = ImageRole::kPhoto;
     photo.where = contents.file_kind;

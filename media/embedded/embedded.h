@@ -28,7 +28,6 @@ enum class ImageRole {
     kConfidence,
     kGainMap,
     kMatte,
-    kThumbnail,
     kVideo,
     kOther,
 };
@@ -82,9 +81,8 @@ std::string_view planeBytes(const EmbeddedDepth& depth);
 /// A photo kept beside the one that viewers show.
 struct EmbeddedPhoto {
     std::string where;
-    std::string bytes;  ///< a whole picture file
-    int orientation =
-        0;  ///< Exif's code that turns it upright where its own file has none; 0: it says itself
+    std::string bytes;    ///< a whole picture file
+    int orientation = 1;  ///< Exif's, 1 to 8, for a picture file that gives none itself
 };
 
 /// What a file was found to hold.

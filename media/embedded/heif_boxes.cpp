@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "media/embedded/bytes.h"
+#include "media/embedded/orientation.h"
 
 // The boxes of ISO/IEC 14496-12 and, for the properties, ISO/IEC 23008-12.
 
@@ -59,24 +60,12 @@ struct Reader {
     }
 };
 
-/// Exif's code for an orientation followed by a turn of quarters against the clock, or by a mirroring.
-/// Every code is a mirroring of left and right, or none, and then quarters with the clock.
-int followedBy(int orientation, const Box& turn) {
-    constexpr int kCodes[2][4] = {{1, 6, 3, 8}, {2, 7, 4, 5}};
-    int mirrored = 0, quarters = 0;
-    for (int m = 0; m < 2; ++m)
-        for (int q = 0; q < 4; ++q)
-            if (kCodes[m][q] == orientation) mirrored = m, quarters = q;
-    const int value = static_cast<int>(bigEndian(turn.body, 0, 1).value_or(0));
-    if (turn.type == "irot") {
-        quarters -= value & 3;
-    } else {
-        // A mirroring goes in front of turns when these change their sense; that of top and bottom is that
-        // of left and right and half a turn.
-        quarters = ((value & 1) == 1 ? 0 : 2) - quarters;
-        mirrored = 1 - mirrored;
-    }
-    return kCodes[mirrored][quarters & 3];
+/// What an irot box, in quarters against the clock, or an imir box, by its axis, does to a picture.
+Turn turnOf(const Box& box) {
+    const uint64_t value = bigEndian(box.body, 0, 1).value_or(0);
+    if (box.type == "imir") return (value & 1) == 1 ? kMirrored : kFlipped;
+    constexpr Turn kQuarters[] = {0, kClockwise270, kClockwise180, kClockwise90};
+    return kQuarters[value & 3];
 }
 
 void readProperties(std::string_view iprp, Items* items) {
@@ -103,7 +92,7 @@ void readProperties(std::string_view iprp, Items* items) {
                 item.aux_type = text.substr(0, text.find('\0'));
             } else if (property.type == "irot" || property.type == "imir") {
                 item.turned = true;
-                item.orientation = followedBy(item.orientation, property);
+                item.orientation = exifOfTurn(followedBy(turnOfExif(item.orientation), turnOf(property)));
             }
         }
     }

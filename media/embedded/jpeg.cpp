@@ -30,33 +30,6 @@ uint64_t behindEntropyCoded(std::string_view file, uint64_t at) {
     return file.size();
 }
 
-/// The value of Exif's orientation field, 0 where there is none.
-int orientationField(const Jpeg& jpeg) {
-    using namespace std::string_view_literals;
-    for (const JpegSegment& segment : jpeg.segments) {
-        if (segment.marker != kApp1 || !startsWith(segment.body, "Exif\0\0"sv)) continue;
-        const std::string_view tiff = segment.body.substr(6);
-        const bool big = startsWith(tiff, "MM"sv);
-        if (!big && !startsWith(tiff, "II"sv)) continue;
-        const auto number = [&](uint64_t offset, int bytes) {
-            return big ? bigEndian(tiff, offset, bytes) : littleEndian(tiff, offset, bytes);
-        };
-        const auto directory = number(4, 4);
-        const auto count = directory ? number(*directory, 2) : std::nullopt;
-        for (uint64_t i = 0; count && i < *count; ++i) {
-            const uint64_t entry = *directory + 2 + 12 * i;
-            const auto tag = number(entry, 2);
-            if (!tag) break;
-            constexpr uint64_t kOrientation = 0x0112, kLong = 4;
-            if (*tag != kOrientation) continue;
-            const int size = number(entry + 2, 2) == kLong ? 4 : 2;
-            const uint64_t value = number(entry + 8, size).value_or(0);
-            return value <= 8 ? static_cast<int>(value) : 0;
-        }
-    }
-    return 0;
-}
-
 }  // namespace
 
 std::optional<Jpeg> walkJpeg(std::string_view file, uint64_t begin) {
@@ -96,14 +69,45 @@ std::optional<Jpeg> walkJpeg(std::string_view file, uint64_t begin) {
     return jpeg;
 }
 
-int exifOrientation(const Jpeg& jpeg) {
-    const int field = orientationField(jpeg);
-    return field >= 1 && field <= 8 ? field : 1;
+int jpegScans(std::string_view file) {
+    if (!startsWith(file, "\xff\xd8")) return 0;
+    int scans = 0;
+    size_t at = 2;
+    // Between segments, as within a scan's data, the next marker counts.
+    while ((at = file.find('\xff', at)) < file.size() - 1) {
+        const auto marker = static_cast<uint8_t>(file[at + 1]);
+        if (marker == kEndOfImage) break;
+        scans += marker == kStartOfScan;
+        // A fill byte may be the start of a marker.
+        if (marker == 0xff)
+            ++at;
+        else if (marker == 0x00 || standsAlone(marker))
+            at += 2;
+        else
+            at += 2 + bigEndian(file, at + 2, 2).value_or(0);
+    }
+    return scans;
 }
 
-bool hasExifOrientation(const Jpeg& jpeg) {
-    const int field = orientationField(jpeg);
-    return field >= 1 && field <= 8;
+std::optional<TiffDirectory> exifDirectory(const Jpeg& jpeg) {
+    using namespace std::string_view_literals;
+    constexpr auto kSignature = "Exif\0\0"sv;
+    for (const JpegSegment& segment : jpeg.segments) {
+        if (segment.marker != kApp1 || !startsWith(segment.body, kSignature)) continue;
+        if (auto directory = TiffDirectory::read(segment.body.substr(kSignature.size()))) return directory;
+    }
+    return std::nullopt;
+}
+
+std::optional<int> exifOrientation(const Jpeg& jpeg) {
+    constexpr uint16_t kOrientation = 0x0112;
+    const auto directory = exifDirectory(jpeg);
+    if (!directory) return std::nullopt;
+    // Usually of 16 bit, but some writers take 32.
+    const std::string_view field = directory->field(kOrientation);
+    const auto value = directory->number(field, 0, field.size() < 4 ? 2 : 4);
+    if (!value || *value < 1 || *value > 8) return std::nullopt;
+    return static_cast<int>(*value);
 }
 
 PixelSize jpegSize(const Jpeg& jpeg) {

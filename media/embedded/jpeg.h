@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "media/embedded/tiff.h"
+
 namespace quorvane::media {
 
 struct JpegSegment {
@@ -25,11 +27,16 @@ struct Jpeg {
 /// thumbnail or of a picture behind it. Nothing where no JPEG starts there.
 std::optional<Jpeg> walkJpeg(std::string_view file, uint64_t begin = 0);
 
-/// Exif's orientation, 1 to 8; 1 where none is given or it makes no sense.
-int exifOrientation(const Jpeg& jpeg);
+/// How many scans a JPEG file makes over its picture; 0 for other files. A progressive one has about ten;
+/// each takes as long as decoding the whole picture, however short it is in the file. Damage is passed over
+/// as decoders pass over it, so that no scan hides behind it.
+int jpegScans(std::string_view file);
 
-/// Whether there is an Exif orientation at all.
-bool hasExifOrientation(const Jpeg& jpeg);
+/// Exif's directory of the photo; nothing where there is none that can be read.
+std::optional<TiffDirectory> exifDirectory(const Jpeg& jpeg);
+
+/// Exif's orientation, 1 to 8; nothing where none is given or it makes no sense.
+std::optional<int> exifOrientation(const Jpeg& jpeg);
 
 /// Pixels as its frame header says; zeroes without one.
 struct PixelSize {

@@ -10,6 +10,7 @@
 
 #include "media/embedded/bytes.h"
 #include "media/embedded/container.h"
+#include "media/embedded/orientation.h"
 
 namespace quorvane::media {
 namespace {
@@ -98,13 +99,6 @@ bool liesAcross(const Sides& plane, PixelSize photo) {
            (plane.width < plane.height && photo.width > photo.height);
 }
 
-/// Exif's code of a quarter turn and then what the photo's code does. Nothing tells in which direction;
-/// phones are mostly held so that it is to the right.
-int quarterThen(int exif) {
-    constexpr int kCodes[] = {6, 5, 8, 7, 4, 3, 2, 1};
-    return kCodes[exif - 1];
-}
-
 InnerImage innerImage(ImageRole role, std::string_view data, std::string_view file) {
     return {role, "SEF data at byte " + std::to_string(data.data() - file.data()), std::string(mimeOf(data)),
             data.size()};
@@ -149,7 +143,8 @@ void readSamsungTrailer(const PhotoFile& file, Contents* contents) {
     depth.polarity_reason = "Samsung stores larger for nearer";
     depth.orientation = contents->orientation;
     if (liesAcross(*sides, jpegSize(*file.jpeg))) {
-        depth.orientation = quarterThen(contents->orientation);
+        // Phones are mostly held so that the quarter is to the right.
+        depth.orientation = exifOfTurn(followedBy(kClockwise90, turnOfExif(contents->orientation)));
         depth.orientation_known = false;
         remark(
             "the depth lies across the photo and nothing says which way; taken as turned by a quarter to the "

@@ -211,19 +211,12 @@ std::string Xmp::add(std::string_view packet) {
     return error == XML_ERROR_NO_MEMORY ? "it takes too much memory" : XML_ErrorString(error);
 }
 
-std::vector<const XmpNode*> Xmp::findAll(std::string_view ns, std::string_view name,
-                                         const XmpNode* ancestor) const {
+const XmpNode* Xmp::find(std::string_view ns, std::string_view name, const XmpNode* ancestor) const {
     const size_t first = ancestor == nullptr ? 0 : static_cast<size_t>(ancestor - m_nodes.data()) + 1;
     const size_t last = ancestor == nullptr ? m_nodes.size() : ancestor->end;
-    std::vector<const XmpNode*> found;
     for (size_t i = first; i < last; ++i)
-        if (m_nodes[i].name == name && m_nodes[i].ns == ns) found.push_back(&m_nodes[i]);
-    return found;
-}
-
-const XmpNode* Xmp::find(std::string_view ns, std::string_view name, const XmpNode* ancestor) const {
-    const std::vector<const XmpNode*> all = findAll(ns, name, ancestor);
-    return all.empty() ? nullptr : all.front();
+        if (m_nodes[i].name == name && m_nodes[i].ns == ns) return &m_nodes[i];
+    return nullptr;
 }
 
 std::string_view Xmp::text(std::string_view ns, std::string_view name, const XmpNode* ancestor) const {

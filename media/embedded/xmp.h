@@ -30,10 +30,6 @@ class Xmp {
     /// The first node of that name among the descendants of `ancestor`, or of all; null where there is none.
     const XmpNode* find(std::string_view ns, std::string_view name, const XmpNode* ancestor = nullptr) const;
 
-    /// All of them.
-    std::vector<const XmpNode*> findAll(std::string_view ns, std::string_view name,
-                                        const XmpNode* ancestor = nullptr) const;
-
     /// The text of the first one without white space around it, "" where there is none.
     std::string_view text(std::string_view ns, std::string_view name,
                           const XmpNode* ancestor = nullptr) const;

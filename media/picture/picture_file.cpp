@@ -13,8 +13,9 @@
 #include <utility>
 #include <vector>
 
+#include "media/embedded/jpeg.h"
+#include "media/embedded/png.h"
 #include "media/picture/colour_map.h"
-#include "media/picture/file_cost.h"
 #include "media/picture/vips.h"
 #include "system/cancel.h"
 #include "system/pending_output.h"

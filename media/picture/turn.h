@@ -1,16 +1,10 @@
 #ifndef QUORVANE_MEDIA_PICTURE_TURN_H
 #define QUORVANE_MEDIA_PICTURE_TURN_H
 
+#include "media/embedded/orientation.h"
 #include "media/picture/image.h"
 
 namespace quorvane::media {
-
-/// How a plane can lie on its rectangle. Bits: mirror left to right, then mirror top to bottom, then exchange
-/// rows and columns.
-using Turn = unsigned;
-constexpr Turn kMirrored = 1, kFlipped = 2, kTransposed = 4;
-constexpr Turn kClockwise90 = kFlipped | kTransposed, kClockwise270 = kMirrored | kTransposed;
-constexpr Turn kTurns = 8;
 
 /// What a turn does, and its short name.
 struct TurnWords {
@@ -25,12 +19,6 @@ constexpr TurnWords kTurnWords[kTurns] = {{"left", "0"},
                                           {"turned clockwise by 270 degrees", "270"},
                                           {"turned clockwise by 90 degrees", "90"},
                                           {"transposed across the other diagonal", "transverse"}};
-
-/// What brings a picture of Exif's orientation, 1 to 8, upright.
-constexpr Turn turnOfExif(int orientation) {
-    constexpr Turn kTurnsOfExif[] = {0, 1, 3, 2, 4, 6, 7, 5};
-    return kTurnsOfExif[orientation - 1];
-}
 
 template <typename Sample>
 Image<Sample, 1> turned(const Image<Sample, 1>& plane, Turn turn) {

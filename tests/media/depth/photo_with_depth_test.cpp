@@ -347,7 +347,7 @@ TEST(DecodePhotoFile, PrefersTheUnblurredPhoto) {
     Contents contents;
     std::string remark;
     EXPECT_FALSE(isReddish(decodePhoto(kBluePhoto, contents, "a.jpg")));
-    contents.original = EmbeddedPhoto{"there", kRedPhoto, 0};
+    contents.original = EmbeddedPhoto{"there", kRedPhoto, 1};
     EXPECT_TRUE(isReddish(decodePhoto(kBluePhoto, contents, "a.jpg", kMostPixels, &remark)));
     EXPECT_EQ(remark, "");
 }
@@ -356,7 +356,7 @@ TEST(DecodePhotoFile, FallsBackToThePhotoAndSaysSo) {
     Contents contents;
     for (const std::string& broken : {kRedPhoto.substr(0, kRedPhoto.size() / 2), std::string("nothing"),
                                       std::string(), jpegFile(flat(400, 300, 200, 20, 20))}) {
-        contents.original = EmbeddedPhoto{"JPEG at byte 7", broken, 0};
+        contents.original = EmbeddedPhoto{"JPEG at byte 7", broken, 1};
         std::string remark;
         EXPECT_FALSE(isReddish(decodePhoto(kBluePhoto, contents, "a.jpg", 40 * 30, &remark)));
         EXPECT_THAT(remark, StartsWith("the unblurred photo is left out: JPEG at byte 7: "));

@@ -124,14 +124,49 @@ TEST(Jpeg, ListOfSegmentsIsBounded) {
     EXPECT_EQ(jpeg->segments.size(), 65'536u);
 }
 
+TEST(Jpeg, MarkersThatStandAloneHaveNoLength) {
+    // TEM and a restart: the two bytes behind would reach over the scan and the end.
+    for (const char alone : {'\x01', '\xd0'}) {
+        const std::string file = kStart + "\xff"s + alone + kScan + kEnd;
+        const auto jpeg = walkJpeg(file + "\xff\xd9 behind it");
+        ASSERT_TRUE(jpeg);
+        EXPECT_TRUE(jpeg->complete);
+        EXPECT_EQ(jpeg->end, file.size());
+        EXPECT_EQ(jpeg->segments.size(), 1u) << "the scan's own";
+        EXPECT_EQ(jpegScans(file), 1);
+    }
+}
+
+TEST(JpegScans, CountsTheScans) {
+    const std::string scan = "\xff\xda\0\x03!data"s;
+    EXPECT_EQ(jpegScans("\xff\xd8\xff\xdb\0\x04qq"s + scan + scan + scan + "\xff\xd9"), 3);
+}
+
+TEST(JpegScans, LooksNeitherIntoSegmentsNorPastTheEnd) {
+    // A preview within the Exif data, and another picture behind this one.
+    EXPECT_EQ(jpegScans("\xff\xd8\xff\xe1\0\x08\xff\xda\xff\xda\xff\xda\xff\xda\0\x02\xff\xd9\xff\xda"s), 1);
+}
+
+TEST(JpegScans, TakesStuffingRestartsAndFillForData) {
+    EXPECT_EQ(jpegScans("\xff\xd8\xff\xff\xff\xda\0\x02 \xff\0 \xff\xd0 \xff\xd7\xff\xff\xda\0\x02\xff\xd9"s),
+              2);
+}
+
+TEST(JpegScans, EndsWithTheFile) {
+    const std::string whole = "\xff\xd8\xff\xe1\0\x04qq\xff\xda\0\x02 \xff"s;
+    for (size_t length = 0; length <= whole.size(); ++length)
+        EXPECT_LE(jpegScans(whole.substr(0, length)), 1);
+    EXPECT_EQ(jpegScans("\xff\xd8\xff\xda\xff\xff"s), 1) << "a segment longer than the file";
+}
+
+TEST(JpegScans, OtherFilesHaveNone) { EXPECT_EQ(jpegScans("II*\0\xff\xda\0\x02"s), 0); }
+
 TEST(Jpeg, OrientationIsExifs) {
     const std::string photo = jpegFile(somePhoto(40, 30));
-    EXPECT_FALSE(hasExifOrientation(*walkJpeg(photo)));
-    EXPECT_EQ(exifOrientation(*walkJpeg(photo)), 1);
+    EXPECT_EQ(exifOrientation(*walkJpeg(photo)), std::nullopt);
     for (int code = 1; code <= 8; ++code) {
         const std::string big_endian = withSegments(photo, {exifSegment(code)});
         EXPECT_EQ(exifOrientation(*walkJpeg(big_endian)), code);
-        EXPECT_TRUE(hasExifOrientation(*walkJpeg(big_endian)));
         constexpr uint16_t kShort = 3, kLong = 4;
         for (const uint16_t type : {kShort, kLong}) {
             const std::string file =
@@ -157,8 +192,7 @@ TEST(Jpeg, SenselessOrientationIsNone) {
                                  segment(0xe1, "Exif\0\0XX*\0\x8\0\0\0"s)};
     for (const std::string& exif : exifs) {
         const std::string file = withSegments(photo, {exif});
-        EXPECT_EQ(exifOrientation(*walkJpeg(file)), 1);
-        EXPECT_FALSE(hasExifOrientation(*walkJpeg(file)));
+        EXPECT_EQ(exifOrientation(*walkJpeg(file)), std::nullopt);
     }
 }
 

@@ -1,6 +1,8 @@
-#include "media/picture/file_cost.h"
+#include "media/embedded/png.h"
 
 #include <gtest/gtest.h>
+
+#include "support/photo_writers/pictures.h"
 
 namespace quorvane::media {
 namespace {
@@ -17,29 +19,21 @@ std::string chunk(const std::string& type, const std::string& data) {
 /// The file as it is decoded.
 std::string lean(const std::string& file) { return withoutPngTexts(file).value_or(file); }
 
-TEST(JpegScans, CountsTheScans) {
-    const std::string scan = "\xff\xda\0\x03!data"s;
-    EXPECT_EQ(jpegScans("\xff\xd8\xff\xdb\0\x04qq"s + scan + scan + scan + "\xff\xd9"), 3);
+TEST(PngSize, EndsAtTheEndOfThePicture) {
+    const std::string png = test::pngFile(test::somePlane(9, 7));
+    EXPECT_EQ(pngSize(png), png.size());
+    EXPECT_EQ(pngSize(png + png), png.size());
+    for (size_t size = 0; size < png.size(); ++size) EXPECT_EQ(pngSize(png.substr(0, size)), std::nullopt);
+    EXPECT_EQ(pngSize(test::jpegFile(test::somePlane(9, 7))), std::nullopt);
 }
 
-TEST(JpegScans, LooksNeitherIntoSegmentsNorPastTheEnd) {
-    // A preview within the Exif data, and another picture behind this one.
-    EXPECT_EQ(jpegScans("\xff\xd8\xff\xe1\0\x08\xff\xda\xff\xda\xff\xda\xff\xda\0\x02\xff\xd9\xff\xda"s), 1);
+TEST(PngBits, AreThoseOfASample) {
+    EXPECT_EQ(pngBits(test::pngFile(test::somePlane(9, 7))), 8);
+    EXPECT_EQ(pngBits(test::pngFile(Image<uint16_t, 1>(9, 7))), 16);
+    EXPECT_EQ(pngBits(kSignature + chunk("IHDR", "12345678")), std::nullopt);
+    EXPECT_EQ(pngBits(kSignature + chunk("tEXt", "123456789")), std::nullopt);
+    EXPECT_EQ(pngBits(test::jpegFile(test::somePlane(9, 7))), std::nullopt);
 }
-
-TEST(JpegScans, TakesStuffingRestartsAndFillForData) {
-    EXPECT_EQ(jpegScans("\xff\xd8\xff\xff\xff\xda\0\x02 \xff\0 \xff\xd0 \xff\xd7\xff\xff\xda\0\x02\xff\xd9"s),
-              2);
-}
-
-TEST(JpegScans, EndsWithTheFile) {
-    const std::string whole = "\xff\xd8\xff\xe1\0\x04qq\xff\xda\0\x02 \xff"s;
-    for (size_t length = 0; length <= whole.size(); ++length)
-        EXPECT_LE(jpegScans(whole.substr(0, length)), 1);
-    EXPECT_EQ(jpegScans("\xff\xd8\xff\xda\xff\xff"s), 1) << "a segment longer than the file";
-}
-
-TEST(JpegScans, OtherFilesHaveNone) { EXPECT_EQ(jpegScans("II*\0\xff\xda\0\x02"s), 0); }
 
 TEST(WithoutPngTexts, DropsTheCompressedTextsOnly) {
     const std::string head = chunk("IHDR", "head"), plain = chunk("tEXt", "plain"),

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include "media/embedded/depth_terms.h"
 #include "support/photo_writers/pictures.h"
 
 namespace quorvane::media {
@@ -57,14 +58,14 @@ TEST(Xmp, SearchStaysBelowAnAncestor) {
     const Xmp xmp = read(packet("d:Near=\"0\"",
                                 "<d:Camera><d:Map d:Near=\"1\"/></d:Camera>"
                                 "<d:Camera><d:Map><d:Near>2</d:Near></d:Map></d:Camera><d:Near>3</d:Near>"));
-    const auto cameras = xmp.findAll(kNs, "Camera");
+    const auto cameras = nodesOf(xmp, {kNs, kNs}, "Camera");
     ASSERT_EQ(cameras.size(), 2u);
     EXPECT_EQ(xmp.text(kNs, "Near"), "0");
     EXPECT_EQ(xmp.text(kNs, "Near", cameras[0]), "1");
     EXPECT_EQ(xmp.text(kNs, "Near", cameras[1]), "2");
     EXPECT_EQ(xmp.find(kNs, "Far", cameras[1]), nullptr);
-    EXPECT_EQ(xmp.findAll(kNs, "Near").size(), 4u);
-    EXPECT_EQ(xmp.findAll(kNs, "Near", cameras[0]).size(), 1u);
+    EXPECT_EQ(nodesOf(xmp, {kNs, kNs}, "Near").size(), 4u);
+    EXPECT_EQ(nodesOf(xmp, {kNs, kNs}, "Near", cameras[0]).size(), 1u);
 }
 
 TEST(Xmp, ZeroesMayFollowAPacket) {
