@@ -10,6 +10,7 @@
 
 #include "media/depth/depth_holes.h"
 #include "media/depth/edge_agreement.h"
+#include "media/picture/resample.h"
 #include "media/picture/turn.h"
 
 namespace quorvane::media {
@@ -150,22 +151,9 @@ Region partOver(const Plane& plane, double photo_aspect, Cover cover) {
     return part;
 }
 
-/// `region` of `plane` in whole pixels; beyond its borders they go on.
-Plane cut(const Plane& plane, const Region& region) {
-    const int width = std::max(1, static_cast<int>(std::lround(region.width)));
-    const int height = std::max(1, static_cast<int>(std::lround(region.height)));
-    const int left = static_cast<int>(std::floor((plane.width - width) / 2.0));
-    const int top = static_cast<int>(std::floor((plane.height - height) / 2.0));
-    Plane out(width, height);
-    float* next = out.samples.data();
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            const int from_x = std::clamp(left + x, 0, plane.width - 1);
-            const int from_y = std::clamp(top + y, 0, plane.height - 1);
-            *next++ = plane.samples[static_cast<size_t>(from_y) * static_cast<size_t>(plane.width) +
-                                    static_cast<size_t>(from_x)];
-        }
-    return out;
+Size wholePixels(const Region& region) {
+    return {std::max(1, static_cast<int>(std::lround(region.width))),
+            std::max(1, static_cast<int>(std::lround(region.height)))};
 }
 
 /// How well edges agree for each way that the depth map can lie and what it can cover; 0 where not tried.
@@ -284,7 +272,7 @@ void examineCover(const std::array<double, 3>& scores, const RgbImage& photo, De
     if (cover == Cover::kMiddle) what = "shows its middle, its borders go on beyond";
     if (cover == Cover::kMore) what = "shows more, cut to the photo's part";
     if (cover != Cover::kStretched)
-        depth->plane = cut(depth->plane, partOver(depth->plane, photo_aspect, cover));
+        depth->plane = crop(depth->plane, wholePixels(partOver(depth->plane, photo_aspect, cover)));
     findings->push_back({FindingKind::kOtherAspect, choice.confidence, true, aspects + what});
 }
 

@@ -14,7 +14,6 @@ namespace quorvane::media {
 namespace {
 
 using vips::VImage;
-using Plane = Image<float, 1>;
 
 void setRemark(std::string* remark, std::string text) {
     if (remark != nullptr) *remark = std::move(text);

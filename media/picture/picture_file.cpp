@@ -237,8 +237,7 @@ void addUnknown(const GrayImage& known, GrayImage* to) {
 /// The levels of a colour-mapped depth map, or nothing where `rgb` is another colour picture.
 std::optional<DepthMap> readColourMapped(const VImage& rgb) {
     const RgbImage picture = fromVips<uint8_t, 3>(rgb);
-    const std::vector<ColourMap> maps = colour_map::known();
-    const ColourMap* map = recogniseColourMap(picture, maps);
+    const ColourMap* map = recogniseColourMap(picture);
     if (map == nullptr) return std::nullopt;
     DepthMap depth;
     depth.colour_map = map->name;
@@ -400,7 +399,7 @@ DepthMap toDepthMap(const RgbImage& picture, const std::string& name) {
     return reading(name, sides, [&] { return depthMapOf(toVips(picture), name, true); });
 }
 
-bool spread(Image<float, 1>* plane) {
+bool spread(Plane* plane) {
     const auto [lowest, highest] = std::minmax_element(plane->samples.begin(), plane->samples.end());
     const float floor = *lowest, range = *highest - floor;
     if (!(range > 0.0f)) return false;

@@ -18,7 +18,7 @@ constexpr long long kMostBytes = kMostPixels * 8;
 /// A depth map on the scale 0..255, larger = nearer, unrounded so that scaling loses nothing of 16-bit input.
 struct DepthMap {
     int bits = 8;  ///< of the file: 8 or 16
-    Image<float, 1> plane;
+    Plane plane;
     /// 255 where there is a depth, 0 where an alpha channel, or a colour that its colour map lacks, says that
     /// there is none; of the plane's size, or empty where there is a depth everywhere.
     GrayImage known;
@@ -74,7 +74,7 @@ RgbImage decodePhotoShrunk(std::string_view bytes, const std::string& name, int 
 DepthMap toDepthMap(const RgbImage& picture, const std::string& name);
 
 /// Brings the lowest level to 0 and the highest to 255. False, and nothing is done, where there is only one.
-bool spread(Image<float, 1>* plane);
+bool spread(Plane* plane);
 
 /// Writes a PNG file, whole or not at all. Throws Error.
 void writePng(const RgbImage& image, const std::string& path);

@@ -21,26 +21,27 @@ vips::VImage resized(const vips::VImage& image, Size size, VipsKernel kernel) {
                             ->set("kernel", kernel));
 }
 
-template <typename Picture>
-Picture part(const Picture& image, int from_left, int from_top, Size size) {
-    Picture out(size.width, size.height);
-    const size_t channels =
-        out.samples.size() / (static_cast<size_t>(size.width) * static_cast<size_t>(size.height));
-    const size_t left = static_cast<size_t>(from_left), top = static_cast<size_t>(from_top);
-    for (size_t y = 0; y < static_cast<size_t>(size.height); ++y) {
-        const auto row =
-            image.samples.begin() +
-            static_cast<std::ptrdiff_t>(((top + y) * static_cast<size_t>(image.width) + left) * channels);
-        std::copy_n(row, static_cast<size_t>(size.width) * channels,
-                    out.samples.begin() +
-                        static_cast<std::ptrdiff_t>(y * static_cast<size_t>(size.width) * channels));
+template <typename Sample, int kChannels>
+Image<Sample, kChannels> part(const Image<Sample, kChannels>& image, int left, int top, Size size) {
+    Image<Sample, kChannels> out(size.width, size.height);
+    const bool inside = left >= 0 && left + size.width <= image.width;
+    for (int y = 0; y < size.height; ++y) {
+        const int from_y = std::clamp(top + y, 0, image.height - 1);
+        if (inside) {
+            std::copy_n(&image.at(left, from_y), size.width * kChannels, out.row(y));
+            continue;
+        }
+        for (int x = 0; x < size.width; ++x)
+            std::copy_n(&image.at(std::clamp(left + x, 0, image.width - 1), from_y), kChannels,
+                        &out.at(x, y));
     }
     return out;
 }
 
 template <typename Picture>
 Picture cropMiddle(const Picture& image, Size size) {
-    return part(image, (image.width - size.width) / 2, (image.height - size.height) / 2, size);
+    const auto half = [](int length) { return static_cast<int>(std::floor(length / 2.0)); };
+    return part(image, half(image.width - size.width), half(image.height - size.height), size);
 }
 
 // Bayer's 4 x 4 thresholds for ordered dithering: what is lost by taking bytes comes back in the mean of
@@ -50,8 +51,8 @@ Picture cropMiddle(const Picture& image, Size size) {
 constexpr int kThresholdOrder[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
 
 /// Four rows of thresholds.
-Image<float, 1> ditherThresholds(int width) {
-    Image<float, 1> rows(width, 4);
+Plane ditherThresholds(int width) {
+    Plane rows(width, 4);
     float* next = rows.samples.data();
     for (const auto& order : kThresholdOrder)
         for (int x = 0; x < width; ++x) *next++ = (static_cast<float>(order[x % 4]) + 0.5f) / 16.0f;
@@ -71,7 +72,7 @@ Error notResized(const char* what, Size from, Size to) {
 RgbImage cut(const RgbImage& image, int left, int top, Size size) { return part(image, left, top, size); }
 
 RgbImage crop(const RgbImage& image, Size size) { return cropMiddle(image, size); }
-Image<float, 1> crop(const Image<float, 1>& image, Size size) { return cropMiddle(image, size); }
+Plane crop(const Plane& image, Size size) { return cropMiddle(image, size); }
 
 RgbImage resample(RgbImage image, Size size) {
     if (Size{image.width, image.height} == size) return image;
@@ -82,11 +83,11 @@ RgbImage resample(RgbImage image, Size size) {
     }
 }
 
-GrayImage toBytes(const Image<float, 1>& plane, Size size) {
+GrayImage toBytes(const Plane& plane, Size size) {
     try {
         vips::VImage image = toVips(plane);
         if (sizeOf(image) != size) image = resized(image, size, VIPS_KERNEL_LINEAR);
-        const Image<float, 1> rows = ditherThresholds(size.width);
+        const Plane rows = ditherThresholds(size.width);
         const vips::VImage thresholds = toVips(rows)
                                             .replicate(1, ceilDivide(size.height, rows.height))
                                             .crop(0, 0, size.width, size.height);

@@ -30,8 +30,7 @@ Image<Sample, 1> turned(const Image<Sample, 1>& plane, Turn turn) {
             int from_x = transposed ? y : x, from_y = transposed ? x : y;
             if ((turn & kMirrored) != 0) from_x = plane.width - 1 - from_x;
             if ((turn & kFlipped) != 0) from_y = plane.height - 1 - from_y;
-            *next++ = plane.samples[static_cast<size_t>(from_y) * static_cast<size_t>(plane.width) +
-                                    static_cast<size_t>(from_x)];
+            *next++ = plane.at(from_x, from_y);
         }
     return out;
 }

@@ -55,40 +55,24 @@ inline uint32_t scramble(uint32_t h) {
 
 inline float unitFloat(uint32_t h) { return static_cast<float>(h >> 8) / 16777216.0f; }
 
-inline float latticeValue(int x, int y, uint32_t seed) {
-    return unitFloat(scramble(static_cast<uint32_t>(x) * 0x9e3779b1u ^
-                              static_cast<uint32_t>(y) * 0x85ebca77u ^ seed * 0xc2b2ae3du));
-}
+/// A value of 0..1 for every point of a lattice.
+float latticeValue(int x, int y, uint32_t seed);
 
 /// Smooth noise, 0..1, one lattice cell a unit.
-inline float noise(float x, float y, uint32_t seed) {
-    const float fx = std::floor(x), fy = std::floor(y);
-    const int ix = static_cast<int>(fx), iy = static_cast<int>(fy);
-    const float tx = ramp(0, 1, x - fx), ty = ramp(0, 1, y - fy);
-    return mix(mix(latticeValue(ix, iy, seed), latticeValue(ix + 1, iy, seed), tx),
-               mix(latticeValue(ix, iy + 1, seed), latticeValue(ix + 1, iy + 1, seed), tx), ty);
-}
+float noise(float x, float y, uint32_t seed);
 
 /// Octaves of noise, each half as strong and twice as fine as the one before; about 0..1.
-inline float fractal(float x, float y, int octaves, uint32_t seed) {
-    float sum = 0, weight = 0, strength = 1;
-    for (int i = 0; i < octaves; ++i) {
-        sum += strength * noise(x, y, seed + static_cast<uint32_t>(i));
-        weight += strength;
-        strength *= 0.5f;
-        x = x * 2.0f + 17.3f;
-        y = y * 2.0f + 9.1f;
-    }
-    return sum / weight;
-}
+float fractal(float x, float y, int octaves, uint32_t seed);
 
 class Dice {
   public:
-    explicit Dice(uint32_t seed) : seed_(scramble(seed)) {}
-    float between(float low, float high) { return mix(low, high, unitFloat(scramble(seed_ += 0x9e3779b9u))); }
+    explicit Dice(uint32_t seed) : m_seed(scramble(seed)) {}
+    float between(float low, float high) {
+        return mix(low, high, unitFloat(scramble(m_seed += 0x9e3779b9u)));
+    }
 
   private:
-    uint32_t seed_;
+    uint32_t m_seed;
 };
 
 struct Paint {
@@ -99,26 +83,15 @@ struct Paint {
 /// The picture while it is painted, from far to near, with anti-aliased shapes. Lengths are in pixels.
 class Canvas {
   public:
-    Canvas(int width, int height) : photo_(width, height), depth_(width, height), share_(depth_.samples) {}
+    Canvas(int width, int height) : m_photo(width, height), m_depth(width, height), m_share(width, height) {}
 
-    int width() const { return photo_.width; }
-    int height() const { return photo_.height; }
+    int width() const { return m_photo.width; }
+    int height() const { return m_photo.height; }
 
-    Colour colourAt(int x, int y) const {
-        const uint8_t* p = &photo_.samples[index(x, y) * 3];
-        return Colour{static_cast<float>(p[0]), static_cast<float>(p[1]), static_cast<float>(p[2])} *
-               (1 / 255.0f);
-    }
+    Colour colourAt(int x, int y) const;
 
     /// Lays paint over the part `cover` (0..1) of a pixel.
-    void blend(int x, int y, float cover, const Paint& paint) {
-        const size_t i = index(x, y);
-        uint8_t* p = &photo_.samples[i * 3];
-        p[0] = toByte(mix(static_cast<float>(p[0]), paint.colour.r * 255.0f, cover));
-        p[1] = toByte(mix(static_cast<float>(p[1]), paint.colour.g * 255.0f, cover));
-        p[2] = toByte(mix(static_cast<float>(p[2]), paint.colour.b * 255.0f, cover));
-        claimDepth(i, cover, toByte(paint.depth));
-    }
+    void blend(int x, int y, float cover, const Paint& paint);
 
     /// Fills what lies below the line `top` (a row for each column) and above the row `bottom`.
     /// `shade` gives the paint of a pixel: Paint(int x, int y).
@@ -165,38 +138,26 @@ class Canvas {
     template <typename Shade>
     void ellipse(Point centre, float rx, float ry, float turn, Shade shade) {
         const float c = std::cos(turn), s = std::sin(turn);
-        const float wideX = std::max(rx, 0.5f), wideY = std::max(ry, 0.5f);
-        const float reach = std::max(wideX, wideY) + 1;
+        const float wide_x = std::max(rx, 0.5f), wide_y = std::max(ry, 0.5f);
+        const float reach = std::max(wide_x, wide_y) + 1;
         visit({centre.x - reach, centre.y - reach}, {centre.x + reach, centre.y + reach},
               [&](int x, int y, Point p) {
                   const float px = p.x - centre.x, py = p.y - centre.y;
-                  const Point q = {(px * c + py * s) / wideX, (py * c - px * s) / wideY};
+                  const Point q = {(px * c + py * s) / wide_x, (py * c - px * s) / wide_y};
                   const float norm = std::sqrt(q.x * q.x + q.y * q.y);
-                  const float cover =
-                      clamp01((1.0f - norm) * std::min(wideX, wideY) + 0.5f) * (rx * ry / (wideX * wideY));
+                  const float cover = clamp01((1.0f - norm) * std::min(wide_x, wide_y) + 0.5f) *
+                                      (rx * ry / (wide_x * wide_y));
                   if (cover > 0) blend(x, y, cover, shade(q));
               });
     }
 
-    const RgbImage& photo() const { return photo_; }
-    const GrayImage& depth() const { return depth_; }
+    const RgbImage& photo() const { return m_photo; }
+    const GrayImage& depth() const { return m_depth; }
 
   private:
-    static uint8_t toByte(float v) { return static_cast<uint8_t>(std::clamp(v, 0.0f, 255.0f) + 0.5f); }
-
-    size_t index(int x, int y) const {
-        return static_cast<size_t>(y) * static_cast<size_t>(width()) + static_cast<size_t>(x);
-    }
-
-    /// A pixel's depth goes to the layer that covers most of it; `share_` is the part its owner still covers.
-    void claimDepth(size_t i, float cover, uint8_t depth) {
-        constexpr int kSameLayer = 8;  // levels: the leaves of one tree count together
-        const float part = cover * 255.0f;
-        const float rest = static_cast<float>(share_[i]) * (1.0f - cover);
-        const bool same = std::abs(depth - depth_.samples[i]) <= kSameLayer;
-        if (part >= rest) depth_.samples[i] = depth;
-        share_[i] = toByte(same ? part + rest : std::max(part, rest));
-    }
+    /// A pixel's depth goes to the layer that covers most of it; `m_share` is the part its owner still
+    /// covers.
+    void claimDepth(int x, int y, float cover, uint8_t depth);
 
     /// Calls `each` (column, row, middle of the pixel) for the pixels of a box that lie on the canvas.
     template <typename Each>
@@ -211,9 +172,9 @@ class Canvas {
         }
     }
 
-    RgbImage photo_;
-    GrayImage depth_;
-    std::vector<uint8_t> share_;
+    RgbImage m_photo;
+    GrayImage m_depth;
+    GrayImage m_share;
 };
 
 }  // namespace quorvane::media::paint

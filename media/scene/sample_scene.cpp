@@ -35,18 +35,18 @@ struct Stage {
     /// Falls from 1 at the sun; `radius` is in units.
     float sunGlow(Point at, float radius) const { return std::exp(-distance(at, sun) / (unit * radius)); }
 
-    /// How many scattered things keep the density of `perUnit` a unit of width.
-    int count(float perUnit) const { return static_cast<int>(perUnit * width / unit); }
+    /// How many scattered things keep the density of `per_unit` a unit of width.
+    int count(float per_unit) const { return static_cast<int>(per_unit * width / unit); }
 
     float width, height, unit, horizon;
     Point sun;
 };
 
-/// A line across the picture, one row a column: float rowAt(float x).
+/// A line across the picture, one row a column: float row_at(float x).
 template <typename RowAt>
-std::vector<float> makeLine(const Stage& stage, RowAt rowAt) {
+std::vector<float> makeLine(const Stage& stage, RowAt row_at) {
     std::vector<float> rows(static_cast<size_t>(stage.width));
-    for (size_t i = 0; i < rows.size(); ++i) rows[i] = rowAt(static_cast<float>(i) + 0.5f);
+    for (size_t i = 0; i < rows.size(); ++i) rows[i] = row_at(static_cast<float>(i) + 0.5f);
     return rows;
 }
 
@@ -214,10 +214,10 @@ void paintLake(Canvas& canvas, const Stage& stage) {
         const float ripple = fractal(u * 7 * std::sqrt(far), far * 26, octaves, 61) - 0.5f;
 
         const float mirrored = edge - 0.9f * (y - edge) + ripple * stage.unit * (0.02f + 0.12f * near);
-        const int fromRow =
+        const int from_row =
             std::clamp(static_cast<int>(mirrored), 0, std::max(static_cast<int>(edge) - 1, 0));
-        const int fromColumn = static_cast<int>(x + ripple * stage.unit * 0.02f);
-        Colour colour = canvas.colourAt(std::clamp(fromColumn, 0, canvas.width() - 1), fromRow);
+        const int from_column = static_cast<int>(x + ripple * stage.unit * 0.02f);
+        Colour colour = canvas.colourAt(std::clamp(from_column, 0, canvas.width() - 1), from_row);
         colour = mix(colour * 0.93f, fromHex(0x355d80), 0.12f + 0.45f * near) * (1 + ripple * 0.6f);
         const float path = bell(u / (0.035f + 0.15f * near)) * ramp(0.04f, 0.2f, ripple + 0.06f * (1 - near));
         colour = mix(colour, fromHex(0xfff1c9), 0.85f * path);
@@ -361,7 +361,7 @@ void paintReeds(Canvas& canvas, const Stage& stage, const std::vector<float>& ba
 class Birch {
   public:
     Birch(Canvas& canvas, const Stage& stage, float depth, float size, uint32_t seed)
-        : canvas_(canvas), stage_(stage), depth_(depth), size_(size), dice_(seed) {}
+        : m_canvas(canvas), m_stage(stage), m_depth(depth), m_size(size), m_dice(seed) {}
 
     /// Draws a branch that starts at `from` towards `angle` (radians from straight up), and what grows on it.
     /// Level 0 is the trunk, 1 a limb, 2 a twig with leaves.
@@ -369,7 +369,7 @@ class Birch {
         constexpr int kPieces = 7;
         constexpr float kBend[] = {0.05f, 0.2f, 0.25f};
         for (int i = 0; i < kPieces; ++i) {
-            angle += dice_.between(-kBend[level], kBend[level]);
+            angle += m_dice.between(-kBend[level], kBend[level]);
             if (level == 2) angle += angle > 0 ? 0.14f : -0.14f;  // twigs hang
             const float step = length / kPieces;
             const Point to = {from.x + std::sin(angle) * step, from.y - std::cos(angle) * step};
@@ -381,8 +381,8 @@ class Birch {
             for (const float side : {-1.0f, 1.0f}) {
                 if (level == 1 && (i % 2 == 0) == (side > 0)) continue;
                 const float shorter = level == 0 ? 0.5f - 0.035f * static_cast<float>(i) : 0.5f;
-                const float spread = side * dice_.between(0.45f, 0.95f);
-                const float share = shorter * dice_.between(0.75f, 1.1f);
+                const float spread = side * m_dice.between(0.45f, 0.95f);
+                const float share = shorter * m_dice.between(0.75f, 1.1f);
                 grow(from, angle + spread, length * share, radius * 0.45f, level + 1);
             }
         }
@@ -390,37 +390,37 @@ class Birch {
 
   private:
     void paintBark(Point from, float ra, Point to, float rb, int level) {
-        canvas_.stroke(from, ra, to, rb, [&](float along, float across) {
+        m_canvas.stroke(from, ra, to, rb, [&](float along, float across) {
             const float lit = clamp01(0.5f + 0.5f * across);  // from the right, where the sun is
-            if (level > 0) return Paint{mix(fromHex(0x3a2f33), fromHex(0xa58a7c), lit), depth_};
-            const float row = mix(from.y, to.y, along) / size_;
+            if (level > 0) return Paint{mix(fromHex(0x3a2f33), fromHex(0xa58a7c), lit), m_depth};
+            const float row = mix(from.y, to.y, along) / m_size;
             const float scar = ramp(0.64f, 0.74f, noise(across * 0.9f + 7, row * 85, 131));
             const Colour bark = mix(fromHex(0x857f93), fromHex(0xfff0dc), lit) *
                                 mix(0.9f, 1.1f, noise(across * 4, row * 140, 133));
-            return Paint{mix(bark, fromHex(0x2c2528), scar * 0.8f), depth_};
+            return Paint{mix(bark, fromHex(0x2c2528), scar * 0.8f), m_depth};
         });
     }
 
     void paintLeaves(Point around) {
         for (int i = 0; i < 5; ++i) {
-            const Point at = {around.x + size_ * dice_.between(-0.026f, 0.026f),
-                              around.y + size_ * dice_.between(-0.02f, 0.03f)};
-            const float shine = clamp01(dice_.between(-0.2f, 0.75f) + 0.7f * stage_.sunGlow(at, 0.4f));
+            const Point at = {around.x + m_size * m_dice.between(-0.026f, 0.026f),
+                              around.y + m_size * m_dice.between(-0.02f, 0.03f)};
+            const float shine = clamp01(m_dice.between(-0.2f, 0.75f) + 0.7f * m_stage.sunGlow(at, 0.4f));
             const Colour colour = mix(mix(fromHex(0x44552a), fromHex(0xc08f2c), shine), fromHex(0xffdf80),
                                       ramp(0.6f, 1.2f, shine));
-            const float radius = size_ * dice_.between(0.0055f, 0.01f);
-            const float depth = depth_ + std::floor(dice_.between(-3, 4));
-            canvas_.ellipse(at, radius, radius * 0.55f, dice_.between(0, kPi), [&](Point p) {
+            const float radius = m_size * m_dice.between(0.0055f, 0.01f);
+            const float depth = m_depth + std::floor(m_dice.between(-3, 4));
+            m_canvas.ellipse(at, radius, radius * 0.55f, m_dice.between(0, kPi), [&](Point p) {
                 return Paint{colour * (1 + 0.2f * p.y - 0.12f * bell(p.y * 5)), depth};
             });
         }
     }
 
-    Canvas& canvas_;
-    const Stage& stage_;
-    float depth_;
-    float size_;
-    Dice dice_;
+    Canvas& m_canvas;
+    const Stage& m_stage;
+    float m_depth;
+    float m_size;
+    Dice m_dice;
 };
 
 void paintBirch(Canvas& canvas, const Stage& stage, Point place, float size, float lean, uint32_t seed) {

@@ -35,20 +35,6 @@ Size fitInto(Size image, Size box) {
     return {scaled(image.width), scaled(image.height)};
 }
 
-/// Calls put(pixel, index) for every pixel of an area of the sheet, index counting along the area's rows.
-template <typename Put>
-void forArea(RgbImage& sheet, int left, int top, int width, int height, Put put) {
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            uint8_t* pixel =
-                &sheet.samples[3 * (static_cast<size_t>(top + y) * static_cast<size_t>(sheet.width) +
-                                    static_cast<size_t>(left + x))];
-            const size_t source =
-                static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x);
-            put(pixel, source);
-        }
-}
-
 template <int kChannels>
 RgbImage threeChannels(const Image<uint8_t, kChannels>& image) {
     RgbImage rgb(image.width, image.height);
@@ -76,21 +62,18 @@ RgbImage contactSheet(const std::vector<Panel>& panels, int columns, int panel_w
         const Size size = fitInto({panels[i].image.width, panels[i].image.height}, box);
 
         const RgbImage image = resample(panels[i].image, size);
-        forArea(sheet, left + (box.width - size.width) / 2, top + (box.height - size.height) / 2, size.width,
-                size.height, [&image](uint8_t* pixel, size_t source) {
-                    std::copy_n(image.samples.begin() + static_cast<std::ptrdiff_t>(3 * source), 3, pixel);
-                });
+        const int image_left = left + (box.width - size.width) / 2;
+        const int image_top = top + (box.height - size.height) / 2;
+        for (int y = 0; y < size.height; ++y)
+            std::copy_n(image.row(y), 3 * size.width, &sheet.at(image_left, image_top + y));
 
         const GrayImage label = rendered(panels[i].label);
         const int label_top = top + box.height + std::max(0, kLabelHeight - label.height) / 2;
-        const int label_width = std::min(label.width, box.width);
-        const int label_height = std::min(label.height, kLabelHeight);
-        forArea(sheet, left, label_top, label_width, label_height, [&](uint8_t* pixel, size_t source) {
-            const size_t x = source % static_cast<size_t>(label_width);
-            const size_t y = source / static_cast<size_t>(label_width);
-            const int coverage = label.samples[y * static_cast<size_t>(label.width) + x];
-            std::fill_n(pixel, 3, static_cast<uint8_t>(kBackground + (kInk - kBackground) * coverage / 255));
-        });
+        for (int y = 0; y < std::min(label.height, kLabelHeight); ++y)
+            for (int x = 0; x < std::min(label.width, box.width); ++x) {
+                const int ink = (kInk - kBackground) * label.at(x, y) / 255;
+                std::fill_n(&sheet.at(left + x, label_top + y), 3, static_cast<uint8_t>(kBackground + ink));
+            }
     }
     return sheet;
 }

@@ -1,0 +1,191 @@
+#include "media/depth/edge_agreement.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdlib>
+
+namespace quorvane::media {
+namespace {
+
+/// The samples that an output sample averages, beginning with `first`.
+struct Taps {
+    int first = 0;
+    std::vector<float> weights;
+};
+
+/// How `count` samples cover the stretch from `start` of the length `length`: each averages its share of it,
+/// at least the width of a pixel, which is linear interpolation. Beyond the image its last pixel goes on.
+std::vector<Taps> tapsFor(int size, double start, double length, int count) {
+    std::vector<Taps> all(static_cast<size_t>(count));
+    const double half = std::max(1.0, length / count) / 2.0;
+    for (int i = 0; i < count; ++i) {
+        const double centre = start + length * (i + 0.5) / count;
+        const auto pixel = [size](double at) {
+            return static_cast<int>(std::clamp(std::floor(at), 0.0, size - 1.0));
+        };
+        const int first = pixel(centre - half), last = pixel(centre + half);
+        Taps& taps = all[static_cast<size_t>(i)];
+        taps.first = first;
+        for (int x = first; x <= last; ++x) {
+            const double from = x == first ? centre - half : x;
+            const double to = x == last ? centre + half : x + 1.0;
+            taps.weights.push_back(static_cast<float>((to - from) / (2.0 * half)));
+        }
+    }
+    return all;
+}
+
+template <typename Sample, int kChannels>
+std::vector<Plane> averaged(const Image<Sample, kChannels>& image, const Region& region, int width,
+                            int height) {
+    const std::vector<Taps> columns = tapsFor(image.width, region.left, region.width, width);
+    const std::vector<Taps> rows = tapsFor(image.height, region.top, region.height, height);
+    std::vector<Plane> planes(kChannels, Plane(width, height));
+    std::vector<float> row(static_cast<size_t>(image.width) * kChannels);
+    for (size_t y = 0; y < rows.size(); ++y) {
+        std::fill(row.begin(), row.end(), 0.0f);
+        for (size_t i = 0; i < rows[y].weights.size(); ++i) {
+            const Sample* samples = image.row(rows[y].first + static_cast<int>(i));
+            for (size_t x = 0; x < row.size(); ++x)
+                row[x] += rows[y].weights[i] * static_cast<float>(samples[x]);
+        }
+        for (size_t x = 0; x < columns.size(); ++x)
+            for (size_t i = 0; i < columns[x].weights.size(); ++i)
+                for (size_t c = 0; c < kChannels; ++c)
+                    planes[c].samples[y * columns.size() + x] +=
+                        columns[x].weights[i] *
+                        row[(static_cast<size_t>(columns[x].first) + i) * kChannels + c];
+    }
+    return planes;
+}
+
+/// Binomial, 3 x 3; borders repeat.
+void blur(Plane* plane) {
+    const int w = plane->width, h = plane->height;
+    Plane across(w, h);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            across.at(x, y) = 0.25f * plane->at(std::max(x - 1, 0), y) + 0.5f * plane->at(x, y) +
+                              0.25f * plane->at(std::min(x + 1, w - 1), y);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            plane->at(x, y) = 0.25f * across.at(x, std::max(y - 1, 0)) + 0.5f * across.at(x, y) +
+                              0.25f * across.at(x, std::min(y + 1, h - 1));
+}
+
+/// Every row twice, so that a row shifted around its end lies in one piece.
+Plane twice(const Plane& plane) {
+    Plane out(2 * plane.width, plane.height);
+    for (int y = 0; y < plane.height; ++y)
+        for (const int start : {0, plane.width}) std::copy_n(plane.row(y), plane.width, &out.at(start, y));
+    return out;
+}
+
+/// In eight partial sums, so that compilers may use vectors.
+float dot(const float* a, const float* b, size_t count) {
+    float sums[8] = {};
+    size_t i = 0;
+    for (; i + 8 <= count; i += 8)
+        for (size_t lane = 0; lane < 8; ++lane) sums[lane] += a[i + lane] * b[i + lane];
+    for (; i < count; ++i) sums[0] += a[i] * b[i];
+    return ((sums[0] + sums[1]) + (sums[2] + sums[3])) + ((sums[4] + sums[5]) + (sums[6] + sums[7]));
+}
+
+}  // namespace
+
+std::vector<Plane> reduced(const RgbImage& image, const Region& region, int width, int height) {
+    return averaged(image, region, width, height);
+}
+std::vector<Plane> reduced(const Plane& image, const Region& region, int width, int height) {
+    return averaged(image, region, width, height);
+}
+
+EdgeField edgeField(std::vector<Plane> channels) {
+    const int w = channels[0].width, h = channels[0].height;
+    EdgeField field = {Plane(w, h), Plane(w, h)};
+    Plane energy(w, h);
+    for (Plane& channel : channels) {
+        blur(&channel);
+        const auto at = [&channel, w, h](int x, int y) {
+            return channel.at(std::clamp(x, 0, w - 1), std::clamp(y, 0, h - 1));
+        };
+        size_t i = 0;
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x, ++i) {
+                const float gx = at(x + 1, y) - at(x - 1, y), gy = at(x, y + 1) - at(x, y - 1);
+                energy.samples[i] += gx * gx + gy * gy;
+                field.cosine.samples[i] += gx * gx - gy * gy;
+                field.sine.samples[i] += 2.0f * gx * gy;
+            }
+    }
+
+    // Strong edges count little more than middling ones.
+    double mean = 0.0;
+    for (const float e : energy.samples) mean += std::sqrt(e);
+    mean /= static_cast<double>(energy.samples.size());
+    const float knee = static_cast<float>(2.0 * mean);
+    for (size_t i = 0; i < energy.samples.size(); ++i) {
+        const float strength = std::sqrt(energy.samples[i]);
+        const float scale = strength > 0.0f ? 1.0f / (strength * (strength + knee)) : 0.0f;
+        field.cosine.samples[i] *= scale;
+        field.sine.samples[i] *= scale;
+    }
+
+    double squares = 0.0;
+    for (Plane* plane : {&field.cosine, &field.sine}) {
+        blur(plane);
+        double sum = 0.0;
+        for (const float v : plane->samples) sum += v;
+        const float level = static_cast<float>(sum / static_cast<double>(plane->samples.size()));
+        for (float& v : plane->samples) {
+            v -= level;
+            squares += v * v;
+        }
+    }
+    const float unit = squares > 0.0 ? static_cast<float>(1.0 / std::sqrt(squares)) : 0.0f;
+    for (Plane* plane : {&field.cosine, &field.sine})
+        for (float& v : plane->samples) v *= unit;
+    return field;
+}
+
+EdgeAgreement::EdgeAgreement(const EdgeField& photo)
+    : m_width(photo.cosine.width),
+      m_height(photo.cosine.height),
+      m_cosine(twice(photo.cosine)),
+      m_sine(twice(photo.sine)) {}
+
+double EdgeAgreement::of(const EdgeField& depth) const {
+    constexpr int kReach = 2;    // small misalignments
+    constexpr int kClearOf = 8;  // the peak's own width
+    constexpr int kStep = 9;
+    if (std::min(m_width, m_height) < 3 * kClearOf) return 0.0;
+    double peak = -1.0;
+    for (int dy = -kReach; dy <= kReach; ++dy)
+        for (int dx = -kReach; dx <= kReach; ++dx) peak = std::max(peak, correlation(depth, dx, dy));
+    double sum = 0.0, squares = 0.0;
+    int count = 0;
+    for (int dy = -m_height / 2; dy < m_height / 2; dy += kStep)
+        for (int dx = -m_width / 2; dx < m_width / 2; dx += kStep) {
+            if (std::max(std::abs(dx), std::abs(dy)) < kClearOf) continue;
+            const double other = correlation(depth, dx, dy);
+            sum += other;
+            squares += other * other;
+            ++count;
+        }
+    const double mean = sum / count, variance = squares / count - mean * mean;
+    return variance > 1e-12 ? (peak - mean) / std::sqrt(variance) : 0.0;
+}
+
+double EdgeAgreement::correlation(const EdgeField& depth, int dx, int dy) const {
+    const int from_x = (dx + m_width) % m_width;
+    double sum = 0.0;
+    for (int y = 0; y < m_height; ++y) {
+        const int from_y = (y + dy + m_height) % m_height;
+        sum += dot(&m_cosine.at(from_x, from_y), depth.cosine.row(y), static_cast<size_t>(m_width)) +
+               dot(&m_sine.at(from_x, from_y), depth.sine.row(y), static_cast<size_t>(m_width));
+    }
+    return sum;
+}
+
+}  // namespace quorvane::media
