@@ -279,6 +279,7 @@ TEST(DecodeDepth, TakesAHeifItem) {
     file = test::appleHeicFile(somePhoto(320, 256), deep, 10);
     depth.plane = DepthHeifItem{file, test::kHeicDepth};
     EXPECT_THAT(levels(depth), Each(FloatNear(170.0f, 1e-3f)));
+    EXPECT_EQ(decodeDepth(depth, "a.heic", 160 * 128).plane.width, 160);
     EXPECT_THAT(refusal([&] { decodeDepth(depth, "a.heic", 160 * 128 - 1); }), StartsWith("a.heic: "));
 }
 
@@ -316,6 +317,10 @@ TEST(DecodeDepth, RefusesSizesBeforeTheyTakeMemory) {
     EmbeddedDepth half = bare(somePlane(10, 10));
     std::get<DepthSamples>(half.plane).bits = 16;
     EXPECT_THAT(refusal([&] { decodeDepth(half, "a.jpg"); }), HasSubstr("too few for 10 x 10 samples"));
+
+    const EmbeddedDepth hundred = bare(somePlane(10, 10));
+    EXPECT_EQ(decodeDepth(hundred, "a.jpg", 100).plane.width, 10);
+    EXPECT_THAT(refusal([&] { decodeDepth(hundred, "a.jpg", 99); }), HasSubstr("10 x 10 pixels; at most"));
 
     EmbeddedDepth large = bare(GrayImage(5000, 4001));
     EXPECT_EQ(refusal([&] { decodeDepth(large, "a.jpg", 20'000'000); }),

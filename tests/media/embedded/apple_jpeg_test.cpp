@@ -185,6 +185,26 @@ TEST(AppleJpeg, FindsTheDepthBehindAnIndexThatDoesNotFit) {
     }
 }
 
+// The search gives up after pictures enough to hide a file's cost, and starts enough to hide that they are
+// none.
+TEST(AppleJpeg, SearchPassesOverSevenFalseStartsAndSixtyThreePictures) {
+    const AppleJpegOptions options;
+    const std::string payload = appleDepthJpeg(plane(), options), file = jpegWith(options);
+    const auto foundBehind = [&](const std::string& start, int count) {
+        std::string shifted = file;
+        std::string inserted = "x";
+        for (int i = 0; i < count; ++i) inserted += start;
+        shifted.insert(shifted.size() - payload.size(), inserted);
+        const Contents contents = lookInside(shifted);
+        return contents.depth && planeBytes(*contents.depth) == payload;
+    };
+    using namespace std::string_literals;
+    EXPECT_TRUE(foundBehind("\xff\xd8\xff\0"s, 7));
+    EXPECT_FALSE(foundBehind("\xff\xd8\xff\0"s, 8));
+    EXPECT_TRUE(foundBehind("\xff\xd8\xff\xd9"s, 63));
+    EXPECT_FALSE(foundBehind("\xff\xd8\xff\xd9"s, 64));
+}
+
 TEST(AppleJpeg, DoesNotTakeAThumbnailInThePhotoForAPictureBehindIt) {
     AppleJpegOptions options;
     options.thumbnail = test::jpegFile(test::somePhoto(16, 16));

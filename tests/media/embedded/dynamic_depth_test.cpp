@@ -238,6 +238,58 @@ TEST(DynamicDepth, DirectoryOfThousandsIsReadQuickly) {
     EXPECT_THAT(contents.remarks, ElementsAre(HasSubstr("not in its directory")));
 }
 
+/// A photo with this directory and a description of the depth item "d"; `behind` lies behind the photo.
+std::string listing(const std::vector<std::string>& items, const std::string& behind) {
+    std::string packet =
+        "<rdf:RDF xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\" "
+        "xmlns:c=\"http://ns.google.com/photos/dd/1.0/container/\"><c:Directory>"
+        "<rdf:li c:Mime=\"image/jpeg\"/>";
+    for (const std::string& item : items) packet += "<rdf:li c:Mime=\"image/png\" " + item + "/>";
+    packet += "</c:Directory><c:DepthMap c:DepthURI=\"d\"/></rdf:RDF>";
+    return test::withSegments(jpegFile(kPhoto), {test::xmpSegment(packet)}) + behind;
+}
+
+std::string itemOf(const std::string& file, const std::string& properties) {
+    return "c:Length=\"" + std::to_string(file.size()) + "\" " + properties;
+}
+
+TEST(DynamicDepth, PaddingBehindAnItemIsPassedOver) {
+    const std::string plane = pngFile(kPlane), other = pngFile(somePlane(20, 15)), zeroes(7, '\0');
+    EXPECT_THAT(
+        remarksBesideThePlane(listing({itemOf(other, "c:Padding=\"7\""), itemOf(plane, "c:DataURI=\"d\"")},
+                                      other + zeroes + plane)),
+        IsEmpty());
+    // Where only the file's end leads to it.
+    EXPECT_THAT(
+        remarksBesideThePlane(listing({itemOf(plane, "c:DataURI=\"d\" c:Padding=\"7\""), itemOf(other, "")},
+                                      "something else" + plane + zeroes + other)),
+        ElementsAre(HasSubstr("its depth item does not lie where its directory puts it")));
+}
+
+TEST(DynamicDepth, PictureOfOneItemIsNotTakenForAnother) {
+    // The unblurred photo is gone, and its wrong length leads to the plane.
+    const std::string plane = pngFile(kPlane);
+    const Contents contents = lookInside(
+        listing({"c:Length=\"100\" c:Semantic=\"Original\"", itemOf(plane, "c:DataURI=\"d\"")}, plane));
+    ASSERT_TRUE(contents.depth);
+    EXPECT_TRUE(planeBytes(*contents.depth) == plane);
+    EXPECT_FALSE(contents.original);
+    EXPECT_THAT(contents.remarks, testing::Contains(HasSubstr("its unblurred photo is no whole picture")));
+}
+
+TEST(DynamicDepth, ThirtyOneItemsAreRead) {
+    const std::string plane = pngFile(kPlane);
+    for (const size_t before : {30u, 31u}) {
+        std::vector<std::string> items(before, "c:Length=\"0\"");
+        items.push_back(itemOf(plane, "c:DataURI=\"d\""));
+        const std::string file = listing(items, plane);
+        if (before == 30)
+            EXPECT_THAT(remarksBesideThePlane(file), IsEmpty());
+        else
+            EXPECT_THAT(remarksWithoutPlane(file), ElementsAre(HasSubstr("not in its directory")));
+    }
+}
+
 TEST(DynamicDepth, EveryCutIsSurvived) {
     const std::string file = fileOf(three());
     for (size_t size = 0; size < file.size(); size += 37) lookInside(file.substr(0, size));

@@ -121,6 +121,13 @@ TEST(Xmp, LongNamespaceOfManyAttributesTakesLittleMemory) {
     EXPECT_LT(mostMegabytesHeld() - before, 20);
 }
 
+// Names within the limits, of which each attribute's is written out with its namespace: 15 MB of 0.6.
+TEST(Xmp, MemoryIsLimitedByTheSizeOfThePacket) {
+    std::string text = "<a xmlns:n=\"" + std::string(256, 'x') + "\"";
+    for (int i = 0; i < 60'000; ++i) text += " n:a" + std::to_string(i) + "=\"\"";
+    EXPECT_THAT(Xmp().add(text + "/>"), HasSubstr("too much memory"));
+}
+
 TEST(Xmp, LongValuesAreReadInOneGo) {
     std::string value;
     for (int i = 0; value.size() < (size_t{16} << 20); ++i)
@@ -178,6 +185,15 @@ TEST_F(ExtendedXmp, PiecesOfAnotherGuidAreNoneOfIt) {
     segments.insert(segments.end(), pieces.begin(), pieces.end());
     EXPECT_EQ(read(segments).text(kNs, "Data"), data);
     EXPECT_THAT(remarks, IsEmpty());
+}
+
+TEST_F(ExtendedXmp, SixteenPacketsAreRead) {
+    std::vector<std::string> segments(15, xmpSegment(packet("")));
+    segments.push_back(xmpSegment(packet("d:Near=\"1\"")));
+    segments.push_back(xmpSegment(packet("d:Far=\"2\"")));
+    const Xmp xmp = read(segments);
+    EXPECT_EQ(xmp.text(kNs, "Near"), "1");
+    EXPECT_EQ(xmp.text(kNs, "Far"), "");
 }
 
 TEST_F(ExtendedXmp, BrokenPacketsAreSaidAFewTimes) {
