@@ -12,7 +12,7 @@
 
 namespace quorvane::media {
 
-/// A file behind the photo that the photo's directory lists.
+/// A file appended to the photo and listed in the photo's directory.
 struct AppendedItem {
     std::string_view semantic, mime, uri;  ///< as the directory says; "" where it does not
     std::optional<uint64_t> length;
@@ -23,16 +23,16 @@ struct AppendedItem {
     std::string remark;      ///< what is wrong with it, such as "lies outside the file"
 };
 
-/// The items of the first directory in these namespaces, without the photo itself, which comes first there;
-/// at most 31. Empty without such a directory.
+/// The items of the first directory in these namespaces, at most 31; empty without such a directory. Its
+/// first entry, the photo itself, is left out.
 ///
-/// They lie in order behind the photo's own end, so one wrong length misplaces all behind it. An item is
-/// therefore looked for forwards from there, backwards from the file's end, and among the pictures that
-/// follow each other behind the photo, and is found where a picture of its length lies, else where one of
-/// its type starts.
+/// Items follow each other behind the photo, so one wrong length misplaces all that follow. Each item is
+/// therefore looked for at the place computed from the photo's end, at the place computed from the file's
+/// end, and among the pictures that follow the photo one after the other. A picture of the listed length is
+/// preferred; otherwise one of the listed type is taken at either computed place.
 std::vector<AppendedItem> appendedItems(const PhotoFile& file, const Namespaces& namespaces);
 
-/// Whether there is such a directory, be it empty.
+/// Whether there is such a directory, even an empty one.
 bool hasDirectory(const PhotoFile& file, const Namespaces& namespaces);
 
 /// Whether it was found and is a picture, not a film.
@@ -41,7 +41,7 @@ bool isPicture(const AppendedItem& item);
 /// The item as an inner image.
 InnerImage innerImage(const AppendedItem& item, ImageRole role);
 
-/// What to say of an item that was expected, such as "its depth item lies outside the file".
+/// Adds a remark if an expected item cannot be used, such as "its depth item lies outside the file".
 void addRemark(const AppendedItem& item, const char* what, Contents* contents);
 
 }  // namespace quorvane::media

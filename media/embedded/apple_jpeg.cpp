@@ -53,15 +53,15 @@ EmbeddedDepth depthIn(std::string_view file, const Jpeg& jpeg, const Xmp& xmp, i
     EmbeddedDepth depth;
     depth.plane = DepthPicture{std::string(file.substr(jpeg.begin, jpeg.end - jpeg.begin))};
     describeAppleDepth(xmp, 255, &depth);
-    // It is kept as the photo is, and seldom says itself how that is turned.
+    // It is stored the way the photo is, and seldom has an orientation of its own.
     depth.orientation = exifOrientation(jpeg).value_or(photo_orientation);
     return depth;
 }
 
-/// What JPEGs behind a photo hold, and whether one of them is Apple's.
+/// What the JPEGs behind a photo hold, and whether the XMP of one of them is Apple's.
 struct Found {
     Contents contents;
-    bool apples = false;
+    bool made_by_apple = false;
 };
 
 Found lookInto(std::string_view file, const std::vector<Jpeg>& jpegs, int photo_orientation) {
@@ -73,7 +73,7 @@ Found lookInto(std::string_view file, const std::vector<Jpeg>& jpegs, int photo_
         const Xmp xmp = xmpOf(jpeg, &faults);
         for (const std::string& fault : faults) contents.remarks.push_back(where + ": " + fault);
         const std::optional<ImageRole> role = appleRole(xmp);
-        found.apples = found.apples || role;
+        found.made_by_apple = found.made_by_apple || role;
         contents.images.push_back(
             {role.value_or(ImageRole::kOther), where, "image/jpeg", jpeg.end - jpeg.begin});
         if (role != ImageRole::kDepth || contents.depth) continue;
@@ -104,13 +104,13 @@ void readAppleJpeg(const PhotoFile& file, Contents* contents) {
     const int orientation = contents->orientation;
     Found found = lookInto(file.bytes, jpegsAt(file.bytes, offsets), orientation);
     bool by_search = false;
-    if (!true_index || (found.apples && !found.contents.depth)) {
+    if (!true_index || (found.made_by_apple && !found.contents.depth)) {
         Found more = lookInto(file.bytes, jpegsBehind(file.bytes, file.jpeg->end), orientation);
         by_search = more.contents.depth.has_value();
         if (by_search || more.contents.images.size() > found.contents.images.size()) found = std::move(more);
     }
     // Other makers' files have such an index for previews and gain maps.
-    if (!found.apples && !isMadeByApple(*file.jpeg)) return;
+    if (!found.made_by_apple && !isMadeByApple(*file.jpeg)) return;
     if (by_search)
         found.contents.remarks.push_back(
             "the multi-picture index does not fit the file; its depth was found by a search");

@@ -44,12 +44,12 @@ ImageRole appleRole(std::string_view type) {
 }
 
 std::optional<ImageRole> appleRole(const Xmp& xmp) {
-    bool apples = false, calls_itself_depth = false;
+    bool is_apples = false, calls_itself_depth = false;
     for (const XmpNode& node : xmp.nodes()) {
-        apples = apples || startsWith(node.ns, "http://ns.apple.com/");
+        is_apples = is_apples || startsWith(node.ns, "http://ns.apple.com/");
         calls_itself_depth = calls_itself_depth || startsWith(node.ns, "http://ns.apple.com/depthData/");
     }
-    if (!apples) return std::nullopt;
+    if (!is_apples) return std::nullopt;
     const std::string format = nativeFormat(xmp);
     if (isDisparity(format) || isDistance(format)) return ImageRole::kDepth;
     const ImageRole role = appleRole(xmp.text(kPixelData, "AuxiliaryImageType"));

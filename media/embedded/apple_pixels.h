@@ -6,7 +6,7 @@
 
 namespace quorvane::media {
 
-// What Apple's pictures say of themselves in their own XMP.
+// What the XMP in Apple's pictures says about their samples.
 
 /// The role of an auxiliary picture by the URN of its type; kOther for types that do not matter here.
 ImageRole appleRole(std::string_view type);

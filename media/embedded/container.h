@@ -10,19 +10,20 @@
 
 namespace quorvane::media {
 
-/// A file as all containers look at it.
+/// What every container reader is given.
 struct PhotoFile {
     std::string_view bytes;
-    std::optional<Jpeg> jpeg;  ///< that the file starts with
+    std::optional<Jpeg> jpeg;  ///< at the start of the file
     Xmp xmp;                   ///< of that JPEG
 };
 
-/// Faults of the XMP are added to `remarks`.
+/// Adds what is wrong with the XMP to `remarks`.
 PhotoFile openPhoto(std::string_view bytes, std::vector<std::string>* remarks);
 
-/// What one container adds: its images to `contents->images`, its faults to `contents->remarks`, and its
-/// depth and unblurred photo, which are ignored where an earlier container has found a depth. Files of
-/// another kind are none of its business: it returns without a remark. Never throws but std::bad_alloc.
+/// Reads one kind of container. Adds its images to `contents->images` and what is wrong with it to
+/// `contents->remarks`, and sets the depth and the unblurred photo; lookInside() ignores these two if an
+/// earlier container had a depth. Leaves files of other kinds alone, without a remark. Throws only
+/// std::bad_alloc.
 using ContainerReader = void (*)(const PhotoFile& file, Contents* contents);
 
 struct Container {

@@ -10,10 +10,10 @@
 
 namespace quorvane::media {
 
-// What phones keep in a photo's file beside the photo: the depth, the photo before its background was
+// Besides the photo itself a phone's photo file may hold its depth, the photo before its background was
 // blurred, and more. Nothing here decodes a picture or needs libvips.
 
-/// What a depth sample measures. It says how samples lie to the distance; which end is near stands apart.
+/// How depth samples relate to distance. Which end is near is given apart from it.
 enum class DepthKind {
     kDisparity,     ///< linear in 1 / distance; near and far may be unknown
     kInverseRange,  ///< linear in 1 / distance, from 1 / near to 1 / far
@@ -66,11 +66,11 @@ struct EmbeddedDepth {
 
     DepthKind kind = DepthKind::kUnknown;
     bool larger_is_nearer = true;     ///< of the samples as stored
-    std::string polarity_reason;      ///< why, such as "GDepth stores 0 for near"
+    std::string polarity_reason;      ///< how this is known, such as "GDepth stores 0 for near"
     std::optional<double> near, far;  ///< distances, both positive
     std::string units;                ///< of near and far: "m", "mm", "diopters" ...; empty: unknown
 
-    /// Exif's code (1 to 8) that turns the plane as it is stored upright.
+    /// Exif's orientation, 1 to 8, of the plane as it is stored.
     int orientation = 1;
     bool orientation_known = true;  ///< else a guess
 };
@@ -78,7 +78,7 @@ struct EmbeddedDepth {
 /// The bytes that hold the plane; for a HEIF item those of the whole file.
 std::string_view planeBytes(const EmbeddedDepth& depth);
 
-/// A photo kept beside the one that viewers show.
+/// A second photo in the file, which viewers do not show.
 struct EmbeddedPhoto {
     std::string where;
     std::string bytes;    ///< a whole picture file
@@ -92,18 +92,18 @@ struct Contents {
     std::vector<InnerImage> images;
     std::optional<EmbeddedDepth> depth;
     std::optional<EmbeddedPhoto> original;
-    /// One line for each container that was there and could not be used, and why.
+    /// One line for each thing that was found but could not be used, with the reason.
     std::vector<std::string> remarks;
 };
 
-/// Looks into the bytes of a picture file. Whatever they are, it returns: what is damaged becomes a remark.
-/// Where several containers hold a depth, the first of knownContainers() wins. Beside `file`, at most six
-/// times its size and 50 MB are taken, and what is kept of it at most three times. A DepthHeifItem refers to
-/// `file`; all else is copied out of it.
+/// Looks into the bytes of a picture file. Any bytes will do: damage becomes a remark. If several containers
+/// hold a depth, the first of knownContainers() wins. It allocates at most six times the size of `file` and
+/// 50 MB, and what it returns takes at most three times that size. A DepthHeifItem refers to `file`; all else
+/// is copied out of it.
 Contents lookInside(std::string_view file);
 
-/// The names of the containers that are looked for, in the order of preference; Apple's HEIC only where
-/// libheif was there when this was built.
+/// The names of the containers that are looked for, in order of preference. Apple's HEIC is one of them only
+/// if this was built with libheif.
 std::vector<std::string> knownContainers();
 
 }  // namespace quorvane::media

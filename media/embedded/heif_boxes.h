@@ -7,12 +7,12 @@
 
 namespace quorvane::media {
 
-// What libheif 1.15 knows of a file's items and does not tell.
+// Facts about a file's items that libheif 1.15 reads but has no functions for.
 
 struct HeifItem {
     std::string_view aux_type;  ///< of the auxC property; empty for what is no auxiliary picture
     bool turned = false;        ///< it has an irot or imir property
-    int orientation = 1;        ///< those as one of Exif's codes
+    int orientation = 1;        ///< their effect, as Exif's orientation
     uint64_t bytes = 0;         ///< that the file holds of it; 0 for what is made of other items
 };
 
@@ -20,14 +20,14 @@ struct HeifItems {
     uint32_t primary = 0;                ///< the ID of the photo
     std::map<uint32_t, HeifItem> by_id;  ///< at most 10,000
 
-    /// An item of which nothing is known for IDs that the boxes do not name.
+    /// For an ID that the boxes do not name, an item with nothing set.
     HeifItem at(uint32_t id) const {
         const auto found = by_id.find(id);
         return found == by_id.end() ? HeifItem() : found->second;
     }
 };
 
-/// Boxes that make no sense end the reading; what came before them is kept.
+/// Reading stops at the first broken box; what came before it is kept.
 HeifItems readHeifItems(std::string_view file);
 
 }  // namespace quorvane::media

@@ -26,7 +26,8 @@ int64_t pixels(const Jpeg& jpeg) {
     return int64_t{size.width} * size.height;
 }
 
-/// The first whole JPEG behind the photo and before the depth that is no mere preview of it.
+/// The first whole JPEG between the photo and the depth with at least half the photo's pixels; smaller ones
+/// are previews.
 std::optional<Jpeg> findUnblurred(std::string_view before_depth, const Jpeg& photo) {
     uint64_t at = photo.end;
     while (true) {

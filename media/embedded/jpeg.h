@@ -23,8 +23,8 @@ struct Jpeg {
     std::vector<JpegSegment> segments;  ///< those before the first scan, at most 65,536
 };
 
-/// Walks the JPEG that starts at `begin`: segments, entropy-coded data, to its own EOI and not to that of a
-/// thumbnail or of a picture behind it. Nothing where no JPEG starts there.
+/// Walks the JPEG that starts at `begin` to its own EOI, past those of thumbnails in its segments. Nothing if
+/// no JPEG starts there.
 std::optional<Jpeg> walkJpeg(std::string_view file, uint64_t begin = 0);
 
 /// How many scans a JPEG file makes over its picture; 0 for other files. A progressive one has about ten;
@@ -38,7 +38,7 @@ std::optional<TiffDirectory> exifDirectory(const Jpeg& jpeg);
 /// Exif's orientation, 1 to 8; nothing where none is given or it makes no sense.
 std::optional<int> exifOrientation(const Jpeg& jpeg);
 
-/// Pixels as its frame header says; zeroes without one.
+/// The size that the frame header gives; zeroes without one.
 struct PixelSize {
     int width = 0;
     int height = 0;

@@ -10,9 +10,9 @@
 
 namespace quorvane::media {
 
-/// Where the multi-picture index (CIPA DC-007) in an APP2 segment of the JPEG says that more pictures of
-/// `file` start, in its order and unchecked; nothing where there is no index that can be read. The size of
-/// each is left out: a JPEG knows its own end.
+/// The offsets in `file` at which the JPEG's multi-picture index (CIPA DC-007, in an APP2 segment) says that
+/// more pictures start, in its order and unchecked. Nothing if there is no index that can be read. Sizes are
+/// left out: a JPEG shows where it ends.
 std::optional<std::vector<uint64_t>> multiPictureOffsets(std::string_view file, const Jpeg& jpeg);
 
 }  // namespace quorvane::media

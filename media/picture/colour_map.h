@@ -17,10 +17,10 @@ struct ColourMap {
     std::vector<MapColour> curve;
 };
 
-/// The known map on whose curve the colours of `image` lie, or null. A photo's colours fill RGB too widely
+/// The known map that the colours of `image` were taken from, or null. A photo's colours fill RGB too widely
 /// for any: of the coloured pixels nine in ten must lie within 12 levels of the curve, half within 6, and
-/// they must use a quarter of it. Among several, such as jet and hot with their reds, the map on which most
-/// of all pixels lie.
+/// they must use a quarter of it. If several maps qualify, as jet and hot may with their reds, the one that
+/// is near most pixels, gray ones included.
 const ColourMap* recogniseColourMap(const RgbImage& image);
 
 /// Reads colours back through `map`: the position on its curve, 0 to 255, unrounded. `known` becomes 0 where

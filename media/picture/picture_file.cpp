@@ -25,8 +25,8 @@ namespace {
 
 using vips::VImage;
 
-// libvips reads far more than pictures (PDF, SVG, whole program dumps); strangers' files get these readers
-// only.
+// libvips reads far more than pictures (PDF, SVG, whole program dumps). Files of unknown origin get these
+// readers only.
 bool isPictureLoader(const char* loader) {
     for (const char* known : {"Jpeg", "Png", "Webp", "Heif", "Tiff"})
         if (std::strncmp(loader, (std::string("VipsForeignLoad") + known).c_str(), 15 + std::strlen(known)) ==
@@ -101,8 +101,7 @@ class OpenPicture {
         return upright(m_image);
     }
 
-    /// The pixels, upright and opaque, shrunk by the largest whole factor that leaves both sides
-    /// `least_side`.
+    /// The pixels, upright and opaque, shrunk as decodePhotoShrunk() says.
     VImage decodeShrunk(int least_side) const {
         requireFewScans();
         const auto factorFor = [least_side](const VImage& image) {

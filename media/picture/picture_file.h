@@ -11,18 +11,18 @@ namespace quorvane::media {
 /// Pictures with more pixels are refused before their pixels are allocated.
 constexpr long long kMostPixels = 16384LL * 16384LL;
 
-/// Larger files are refused, and pictures whose pixels take more: four samples of 16 bit for each of the most
-/// pixels.
+/// Larger files are refused, and pictures that take more memory: four samples of 16 bit for each of
+/// kMostPixels.
 constexpr long long kMostBytes = kMostPixels * 8;
 
 /// A depth map on the scale 0..255, larger = nearer, unrounded so that scaling loses nothing of 16-bit input.
 struct DepthMap {
     int bits = 8;  ///< of the file: 8 or 16
     Plane plane;
-    /// 255 where there is a depth, 0 where an alpha channel, or a colour that its colour map lacks, says that
-    /// there is none; of the plane's size, or empty where there is a depth everywhere.
+    /// 255 where there is a depth; 0 where an alpha channel, or a colour that is not in the colour map, shows
+    /// that there is none. It has the plane's size, or is empty if there is a depth everywhere.
     GrayImage known;
-    /// The colour map that the levels were read back through, such as "turbo"; empty for gray pictures.
+    /// The colour map from which the levels were read, such as "turbo"; empty for gray pictures.
     std::string colour_map;
 };
 
@@ -33,7 +33,7 @@ RgbImage readPhoto(const std::string& path);
 
 /// Reads a depth map of 8 or 16 bit, larger = nearer, from a gray picture (RGB will do where all channels
 /// agree) or from one in a known colour map: jet, turbo, viridis, plasma, inferno, magma or hot. 16-bit gray
-/// samples are spread over the range they use. What is less than half opaque is not `known`. Throws Error
+/// samples are spread over the range they use. Pixels less than half opaque are not `known`. Throws Error
 /// like readPhoto.
 DepthMap readDepthMap(const std::string& path);
 
@@ -42,8 +42,8 @@ DepthMap readDepthMap(const std::string& path);
 std::string readPictureFile(const std::string& path, const std::string& name);
 std::string readPictureFile(const std::string& path);
 
-// The same from a file's bytes; messages call them `name`. Pictures that say nothing of their orientation are
-// turned by `orientation`, one of Exif's codes.
+// The same from a file's bytes, which messages call `name`. `orientation`, Exif's, counts for pictures that
+// give none themselves.
 
 RgbImage decodePhoto(std::string_view bytes, const std::string& name, long long most_pixels = kMostPixels,
                      int orientation = 1);
@@ -70,10 +70,10 @@ PictureHeader readPictureHeader(std::string_view bytes, const std::string& name,
 RgbImage decodePhotoShrunk(std::string_view bytes, const std::string& name, int least_side,
                            long long most_pixels = kMostPixels, int orientation = 1);
 
-/// A picture that is read already, as a depth map.
+/// Takes a decoded picture for a depth map.
 DepthMap toDepthMap(const RgbImage& picture, const std::string& name);
 
-/// Brings the lowest level to 0 and the highest to 255. False, and nothing is done, where there is only one.
+/// Brings the lowest level to 0 and the highest to 255. False, with nothing done, if all levels are equal.
 bool spread(Plane* plane);
 
 /// Writes a PNG file, whole or not at all. Throws Error.
