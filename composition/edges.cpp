@@ -236,14 +236,16 @@ std::vector<uint8_t> cleanEdges(const uint8_t* depth, Size size, Size grid) {
                                    : reduced(enlarged(depth, size, at_least).samples.data(), at_least, grid);
 
     constexpr double kHardEnough = 1.7;
-    constexpr int kLargestRadius = 4;
+    constexpr int kLargestRadius = 3;
     const double blur = edgeBlur(plane.samples.data(), grid);
     const int radius = std::min(kLargestRadius, static_cast<int>(std::lround((blur - kHardEnough) / 2.0)));
     if (radius > 0) harden(&plane, radius);
 
     // A cell that is made of many samples is near as soon as a part of it is, which already is half a growth.
     const bool many_samples = 2 * int64_t{size.width} >= 3 * int64_t{grid.width};
-    const int growths = many_samples ? 1 : 2;
+    // The softer a map, the less it knows where outlines are; a near thing's rim is missed first.
+    const bool soft = radius >= 2;
+    const int growths = (many_samples ? 1 : 2) + (soft ? 1 : 0);
     for (int i = 0; i < growths; ++i) plane = grown(plane);
     return repeatedInCells(plane);
 }
