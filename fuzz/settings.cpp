@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <string>
 
-#include "apps/quorvane/terminal/arguments.h"
+#include "apps/quorvane/drawing/motion.h"
+#include "apps/quorvane/drawing/view_options.h"
+#include "apps/quorvane/terminal/numbers.h"
 #include "apps/quorvane/terminal/usage_error.h"
 #include "promise.h"
 #include "quorvane/host/ParallaxView.h"

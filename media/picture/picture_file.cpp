@@ -414,6 +414,24 @@ void savePng(const RgbaImage& image, int descriptor, const std::string& name) {
     savePicture(image, descriptor, name);
 }
 
+std::string grayPng(const Image<float, 1>& plane, int bits) {
+    const bool deep = bits > 8;
+    try {
+        const VImage scaled = toVips(plane) * (deep ? 257.0 : 1.0);
+        const VImage samples =
+            scaled.rint()
+                .cast(deep ? VIPS_FORMAT_USHORT : VIPS_FORMAT_UCHAR)
+                .copy(VImage::option()->set("interpretation",
+                                            deep ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_B_W));
+        return takeBytes(samples.pngsave_buffer(VImage::option()->set("strip", true)));
+    } catch (const vips::VError&) {
+        throw Error(
+            "the depth cannot be coded as PNG (" +
+            vipsReason(std::to_string(plane.width) + " x " + std::to_string(plane.height) + " samples") +
+            ")");
+    }
+}
+
 void writePng(const RgbImage& image, const std::string& path) { writePicture(image, path); }
 void writePng(const RgbaImage& image, const std::string& path) { writePicture(image, path); }
 void writePng(const GrayImage& image, const std::string& path) { writePicture(image, path); }

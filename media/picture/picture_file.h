@@ -76,6 +76,10 @@ DepthMap toDepthMap(const RgbImage& picture, const std::string& name);
 /// Brings the lowest level to 0 and the highest to 255. False, with nothing done, if all levels are equal.
 bool spread(Plane* plane);
 
+/// A depth map's plane, on the scale 0..255, as the bytes of a gray PNG file of 8 bits a sample, or of 16,
+/// over which the scale is spread. Throws Error.
+std::string grayPng(const Image<float, 1>& plane, int bits);
+
 /// Writes a PNG file, whole or not at all. Throws Error.
 void writePng(const RgbImage& image, const std::string& path);
 void writePng(const RgbaImage& image, const std::string& path);

@@ -1,8 +1,11 @@
-#include "apps/quorvane/terminal/arguments.h"
+// The values of options that are more than a word or a number.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "apps/quorvane/drawing/motion.h"
+#include "apps/quorvane/drawing/view_options.h"
+#include "apps/quorvane/terminal/numbers.h"
 #include "apps/quorvane/terminal/usage_error.h"
 
 namespace quorvane::app {

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -70,6 +71,83 @@ TEST_F(Failure, WrongUsageIsExitCode2) {
     expectRefused({"sample", folder / "s.jpg", folder / "t.png"}, 2, ".png");
     expectRefused({"sample", folder / "s.png", folder / "t.png", "--size", "9x9"}, 2, "64 to 8192");
     expectRefused({"stages", photo, depth, "-o", folder / "a.mp4"}, 2, ".png");
+}
+
+TEST_F(Failure, NumbersAreNumbers) {
+    for (const char* number : {"nan", "inf", "-inf", "0x1", "", "1 ", "half"}) {
+        const std::string said = std::string("--amount ") + number + ": a number from 0 to 1 is wanted";
+        expectRefused(render(folder / "a.mp4", {"--amount", number}), 2, said);
+    }
+    expectRefused(render(folder / "a.mp4", {"--frames", "1.5"}), 2, "--frames 1.5: a whole number");
+    expectRefused(render(folder / "a.mp4", {"--fps", "nan"}), 2, "--fps nan: a whole number");
+}
+
+TEST_F(Failure, OrientationIsADeviceOrientation) {
+    for (const char* code : {"99", "9", "-1", "4294967300", "4.5"})
+        expectRefused(render(folder / "a.png", {"--orientation", code}), 2,
+                      std::string("--orientation ") + code + ": a whole number from 0 to 8 is wanted");
+}
+
+TEST_F(Failure, LoopOfAStillIsRefused) {
+    for (const auto& [option, value] :
+         {std::pair{"--frames", "60"}, {"--fps", "10"}, {"--motion", "nod"}, {"--amount", "0.5"}})
+        expectRefused(render(folder / "a.png", {option, value}), 2,
+                      std::string(option) + ": " + (folder / "a.png") + " is one still");
+}
+
+TEST_F(Failure, StandardOutputIsNoFolder) {
+    const auto here = [this] {
+        if (chdir(folder.path().c_str()) != 0) _exit(99);
+    };
+    for (const std::vector<std::string>& arguments :
+         {render("-"),
+          {"stages", photo, depth, "-o", "-"},
+          {"inspect", photo, depth, "-o", "-"},
+          {"extract", photo, "-o", "-"},
+          {"extract", photo, "-o", "-", "--raw"},
+          {"extract", photo, "-o", folder / "d.png", "--photo", "-"},
+          {"sample", "-", "-"}}) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const Outcome outcome = quorvane(arguments, {}, here);
+        EXPECT_EQ(outcome.code, 2);
+        EXPECT_THAT(outcome.err, HasSubstr("-: nothing is written to standard output"));
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+        EXPECT_THAT(folder.names(), ElementsAre("depth.png", "photo.png"));
+    }
+}
+
+TEST_F(Failure, MistypedWordsAreAnsweredWithTheRightOnes) {
+    expectRefused({"rendr", photo, depth, "-o", folder / "a.png"}, 2,
+                  "rendr: no such command; did you mean render?");
+    expectRefused({"--verzion"}, 2, "--verzion: no such option; did you mean --version?");
+    expectRefused(render(folder / "a.mp4", {"--frmaes", "9"}), 2,
+                  "--frmaes: no such option; did you mean --frames?");
+    expectRefused(render(folder / "a.mp4", {"--frmaes=9"}), 2, "did you mean --frames?");
+    // The option that seems to be missing is the one that is mistyped.
+    expectRefused({"render", photo, depth, "--ou", folder / "a.mp4"}, 2, "did you mean --out?");
+    expectRefused({"inspect", photo, "--jason"}, 2, "did you mean --json?");
+    expectRefused(render(folder / "a.mp4", {"--motion", "swya"}), 2, "did you mean sway?");
+    expectRefused({"paint"}, 2, "render, stages, inspect, extract, info or sample");
+    expectRefused(render(folder / "a.mp4", {"--quality", "9"}), 2, "--quality: no such option (");
+    expectRefused({"render", photo, depth, "third.png", "-o", folder / "a.mp4"}, 2,
+                  "third.png: one argument too many");
+}
+
+TEST_F(Failure, NamesDoNothingToATerminal) {
+    // U+202E turns what follows it round, U+009B begins an order to the terminal.
+    for (const char* name : {"\xE2\x80\xAEgpj.png",
+                             "\xC2\x9B"
+                             "2J.png",
+                             "\x9B"
+                             "2J.png",
+                             "a\xE2\x80\xA8"
+                             "b.png"}) {
+        const Outcome outcome = quorvane({"render", folder / name, depth, "-o", folder / "a.png"});
+        EXPECT_EQ(outcome.code, 1);
+        EXPECT_THAT(outcome.err, testing::Not(HasSubstr(name)));
+        EXPECT_TRUE(std::all_of(outcome.err.begin(), outcome.err.end() - 1, [](char c) { return c >= ' '; }))
+            << testing::PrintToString(outcome.err);
+    }
 }
 
 TEST_F(Failure, MissingInputIsNamed) {

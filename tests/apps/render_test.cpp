@@ -504,11 +504,5 @@ TEST(Sample, WritesAPairOfTheSizeAskedFor) {
     EXPECT_EQ(media::readDepthMap(folder / "d.png").plane.height, 70);
 }
 
-TEST(Help, OpensWithExamples) {
-    const Outcome outcome = quorvane({"--help"});
-    EXPECT_EQ(outcome.code, 0);
-    EXPECT_THAT(outcome.out, HasSubstr("quorvane render photo.jpg depth.png -o sway.mp4"));
-}
-
 }  // namespace
 }  // namespace quorvane::test

@@ -1,17 +1,14 @@
-#include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <memory>
 #include <optional>
 #include <utility>
-#include <vips/vips8>
 
-#include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/commands/output_guard.h"
 #include "apps/quorvane/input/depth_source.h"
-#include "apps/quorvane/terminal/arguments.h"
 #include "apps/quorvane/terminal/ended_by_signals.h"
 #include "apps/quorvane/terminal/usage_error.h"
-#include "media/picture/vips.h"
 #include "system/cancel.h"
 #include "system/error.h"
 #include "system/pending_output.h"
@@ -19,25 +16,12 @@
 namespace quorvane::app {
 namespace {
 
-using vips::VImage;
-
-/// The plane in a PNG file, its scale 0..255 spread over 16 bits where `deep`.
-std::string pngOf(const media::Image<float, 1>& plane, bool deep) {
-    try {
-        const VImage scaled = media::toVips(plane) * (deep ? 257.0 : 1.0);
-        const VImage samples =
-            scaled.rint()
-                .cast(deep ? VIPS_FORMAT_USHORT : VIPS_FORMAT_UCHAR)
-                .copy(VImage::option()->set("interpretation",
-                                            deep ? VIPS_INTERPRETATION_GREY16 : VIPS_INTERPRETATION_B_W));
-        return media::takeBytes(samples.pngsave_buffer(VImage::option()->set("strip", true)));
-    } catch (const vips::VError&) {
-        throw Error("the depth cannot be coded as PNG (" +
-                    media::vipsReason(std::to_string(plane.width) + " x " + std::to_string(plane.height) +
-                                      " samples") +
-                    ")");
-    }
-}
+struct ExtractOptions {
+    std::string file;
+    std::string depth;  ///< the file to write
+    std::string photo;  ///< the file to write, or empty
+    bool raw = false;
+};
 
 void fill(const PendingOutput& output, const std::string& path, const std::string& bytes) {
     std::ofstream file(output.temporary(), std::ios::binary);
@@ -66,9 +50,8 @@ std::string photoBytes(const std::string& file, const media::Contents& contents)
     return file;
 }
 
-}  // namespace
-
 void extract(const ExtractOptions& options) {
+    refuseStandardOutput({options.depth, options.photo});
     if (!options.raw && parseOutput(options.depth).kind != media::OutputKind::kStill)
         throw UsageError("-o " + options.depth + ": the depth is written as .png (or as it is, with --raw)");
     refuseSameOutput(options.depth, options.photo, "photo and depth map");
@@ -92,7 +75,7 @@ void extract(const ExtractOptions& options) {
         const media::DepthMap map = endedBySignals([&] { return media::decodeDepth(depth, options.file); });
         // A distance of 8 bit becomes more steps of 1 / distance than 8 bit hold.
         const bool deep = map.bits > 8 || depth.kind == media::DepthKind::kLinearRange;
-        bytes = pngOf(map.plane, deep);
+        bytes = media::grayPng(map.plane, deep ? 16 : 8);
     }
 
     // Both are filled before either is moved to its place.
@@ -106,6 +89,37 @@ void extract(const ExtractOptions& options) {
     throwIfCancelled();
     depth_file.commit();
     if (photo_file) photo_file->commit();
+}
+
+std::function<void()> prepare(CommandLine* line) {
+    const auto options = std::make_shared<ExtractOptions>();
+    line->text("PHOTO", &options->file, "a photo with depth inside").required();
+    line->text("-o,--out", &options->depth,
+               "a gray .png: upright, larger = nearer; of 16 bit where the photo's file has more than 8 or "
+               "measures distances, which are spread over the range they use")
+        .called("FILE")
+        .required();
+    line->text(
+            "--photo", &options->photo,
+            "also write the unblurred photo inside to FILE, its bytes as they are; where there is none, the "
+            "photo itself: of a JPEG without what is appended to it, else the whole file")
+        .called("FILE");
+    line->flag(
+        "--raw", &options->raw,
+        "write the depth's bytes as they are in the photo's file: a picture file, or bare samples, with "
+        "their size said on standard error");
+    return [options] { extract(*options); };
+}
+
+}  // namespace
+
+Command extractCommand() {
+    return {"extract",
+            "write the depth inside a photo to a file of its own",
+            {{"the depth inside a phone's photo, as a file", "quorvane extract portrait.jpg -o depth.png"},
+             {"and the photo without the phone's blur",
+              "quorvane extract portrait.jpg -o depth.png --photo unblurred.jpg"}},
+            prepare};
 }
 
 }  // namespace quorvane::app

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/commands/command.h"
 #include "quorvane/host/OffscreenContext.h"
 #include "quorvane/version.h"
 #include "system/error.h"
@@ -21,8 +21,6 @@ int glInteger(GLenum name) {
     return value;
 }
 
-}  // namespace
-
 void info() {
     std::printf("quorvane %s\n", QUORVANE_VERSION);
     std::unique_ptr<OffscreenContext> context;
@@ -38,6 +36,16 @@ void info() {
     std::printf("largest renderbuffer   %d\n", glInteger(GL_MAX_RENDERBUFFER_SIZE));
     std::printf("largest viewport       %d x %d\n", viewport[0], viewport[1]);
     std::printf("vertex texture units   %d\n", glInteger(GL_MAX_VERTEX_TEXTURE_IMAGE_UNITS));
+}
+
+}  // namespace
+
+Command infoCommand() {
+    return {"info",
+            "version, graphics driver and its limits",
+            {{"the driver and its limits", "quorvane info"}},
+            [](CommandLine*) -> std::function<void()> { return info; },
+            false};
 }
 
 }  // namespace quorvane::app

@@ -1,42 +1,78 @@
 #include <cstdio>
+#include <memory>
+#include <optional>
 #include <utility>
 
-#include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/commands/output_guard.h"
 #include "apps/quorvane/commands/report.h"
-#include "apps/quorvane/commands/stages.h"
-#include "apps/quorvane/terminal/arguments.h"
+#include "apps/quorvane/drawing/stages_sheet.h"
 #include "apps/quorvane/terminal/ended_by_signals.h"
 #include "apps/quorvane/terminal/usage_error.h"
-#include "quorvane/esRenderer.h"
+#include "media/embedded/jpeg.h"
 #include "system/cancel.h"
 #include "system/error.h"
 #include "system/pending_output.h"
+#include "system/standard_streams.h"
 
 namespace quorvane::app {
 namespace {
 
-template <typename Picture>
-Size sizeOf(const Picture& image) {
-    return {image.width, image.height};
-}
+struct InspectOptions {
+    InputOptions input;
+    std::string sheet;  ///< a .png file for the stages, or empty
+    bool json = false;
+};
 
 DepthReport reportOn(const Input& input) {
     DepthReport report;
-    report.size = sizeOf(input.depth.plane);
+    report.size = {input.depth.plane.width, input.depth.plane.height};
     report.bits = input.depth.bits;
     report.findings = input.findings;
-    const Size photo = sizeOf(input.photo);
-    report.plan = planFit(photo, report.size, photo, kReportedTexture);
+    report.plan = planFit(input.photo_size, report.size, input.photo_size, kReportedTexture);
     const Fit& fit = report.plan.fit;
-    // It is only asked for a sum, and names no GL object: it needs no context.
-    ESRenderer renderer;
-    report.block_bytes =
-        renderer.getRequiredMemSize(fit.photo.width, fit.photo.height, fit.depth.width, fit.depth.height);
+    report.block_bytes = blockBytes(fit.photo, fit.grid);
     return report;
 }
 
-}  // namespace
+/// The size of the file's own picture, of which no pixel is decoded.
+Size sizeInHeader(const std::string& file, const std::string& name) {
+    return endedBySignals([&]() -> Size {
+        // A header says nothing of what is missing behind it; decoding does.
+        const std::optional<media::Jpeg> jpeg = media::walkJpeg(file);
+        if (jpeg && !jpeg->complete) media::decodePhoto(file, name);
+        const media::PictureHeader header = media::readPictureHeader(file, name);
+        return {header.width, header.height};
+    });
+}
+
+/// Reads what is in the file into the report. Returns both images, the photo in full where `options` want a
+/// sheet of them; or nothing where there is no depth.
+std::optional<Input> look(const InspectOptions& options, const DepthSource& source, Report* report) {
+    const std::string& name = options.input.photo;
+    const bool draws = !options.sheet.empty();
+    std::optional<Input> input;
+    if (source.origin == DepthOrigin::kNone) {
+        report->no_depth = noDepthAnywhere(source.contents, name);
+        if (draws) throw Error(name + ": " + report->no_depth);
+    } else {
+        try {
+            input = readInput(options.input, source, draws ? PhotoDetail::kFull : PhotoDetail::kPreview);
+            report->depth = reportOn(*input);
+        } catch (const Error& error) {
+            // What is damaged inside is what one inspects a photo for; all else was asked for by name.
+            if (source.origin != DepthOrigin::kInside || draws) throw;
+            input.reset();
+            report->origin = DepthOrigin::kNone;
+            report->no_depth = error.what();
+        }
+    }
+    report->photo = input ? input->photo_size : sizeInHeader(source.file, name);
+    report->contents = source.contents;
+    if (input)
+        for (const std::string& remark : input->remarks) report->contents.remarks.push_back(remark);
+    return input;
+}
 
 void inspect(const InspectOptions& options) {
     const InputOptions& asked = options.input;
@@ -46,7 +82,7 @@ void inspect(const InspectOptions& options) {
         refuseInputAsOutput({asked.photo, asked.depth}, {options.sheet});
         const PendingOutput place(options.sheet);
     }
-    DepthSource source = findDepth(asked);
+    const DepthSource source = findDepth(asked);
     refuseInputAsOutput({source.depth}, {options.sheet});
 
     Report report;
@@ -54,39 +90,39 @@ void inspect(const InspectOptions& options) {
     report.bytes = source.file.size();
     report.origin = source.origin;
     report.depth_file = source.depth;
-    Input input;
-    if (source.origin == DepthOrigin::kNone) {
-        report.no_depth = noDepthAnywhere(source.contents, asked.photo);
-        if (!options.sheet.empty()) throw Error(asked.photo + ": " + report.no_depth);
-    } else {
-        try {
-            input = readInput(asked, source);
-            report.depth = reportOn(input);
-        } catch (const Error& error) {
-            // What is damaged inside is what one inspects a photo for; all else was asked for by name.
-            if (source.origin != DepthOrigin::kInside || !options.sheet.empty()) throw;
-            report.origin = DepthOrigin::kNone;
-            report.no_depth = error.what();
-        }
-    }
-    if (!report.depth)
-        input.photo = endedBySignals([&] { return media::decodePhoto(source.file, asked.photo); });
-    report.photo = sizeOf(input.photo);
-    report.contents = std::move(source.contents);
-    for (const std::string& remark : input.remarks) report.contents.remarks.push_back(remark);
+    std::optional<Input> input = look(options, source, &report);
 
     if (!options.sheet.empty()) {
-        ViewOptions view;
-        view.input = asked;
         const media::RgbImage sheet = [&] {
             const StandardOutputTo nowhere("");
-            return stagesSheet(view, std::move(input));
+            return stagesSheet({}, {}, std::move(input->photo), std::move(input->depth.plane));
         }();
         throwIfCancelled();
         media::writePng(sheet, options.sheet);
     }
     const std::string text = options.json ? reportJson(report) : reportText(report);
     std::fputs(text.c_str(), stdout);
+}
+
+std::function<void()> prepare(CommandLine* line) {
+    const auto options = std::make_shared<InspectOptions>();
+    addInputOptions(line, &options->input);
+    line->flag("--json", &options->json, "for programs");
+    line->text("-o,--out", &options->sheet,
+               "also write the stages, as the stages command does, to a .png file")
+        .called("FILE");
+    return [options] { inspect(*options); };
+}
+
+}  // namespace
+
+Command inspectCommand() {
+    return {"inspect",
+            "what a photo's file holds, and what would be made of it",
+            {{"what a photo's file holds, and what would be made of it", "quorvane inspect portrait.jpg"},
+             {"the same for a program, of a photo and a depth map",
+              "quorvane inspect photo.jpg depth.png --json"}},
+            prepare};
 }
 
 }  // namespace quorvane::app

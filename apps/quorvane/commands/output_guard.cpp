@@ -22,6 +22,20 @@ fs::path realPlace(const std::string& path) {
 
 }  // namespace
 
+void refuseStandardOutput(const std::vector<std::string>& outputs) {
+    for (const std::string& output : outputs)
+        if (output == "-") throw UsageError("-: nothing is written to standard output; name a file");
+}
+
+const media::OutputFormat& parseOutput(const std::string& path) {
+    refuseStandardOutput({path});
+    try {
+        return media::outputFormat(path);
+    } catch (const Error& error) {
+        throw UsageError(error.what());
+    }
+}
+
 void refuseInputAsOutput(const std::vector<std::string>& inputs, const std::vector<std::string>& outputs) {
     for (const std::string& input : inputs)
         for (const std::string& output : outputs) {

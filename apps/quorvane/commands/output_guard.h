@@ -4,7 +4,17 @@
 #include <string>
 #include <vector>
 
+#include "media/clip/output_format.h"
+
 namespace quorvane::app {
+
+/// Throws UsageError where one of `outputs` is "-", the usual name of standard output, which nothing is
+/// written to.
+void refuseStandardOutput(const std::vector<std::string>& outputs);
+
+/// What a path given to -o asks to be made. Throws UsageError for an extension that nothing is written in,
+/// and for "-".
+const media::OutputFormat& parseOutput(const std::string& path);
 
 // No output replaces an input, whatever links lead there. Empty paths name nothing.
 

@@ -1,20 +1,15 @@
-#include <algorithm>
-#include <cstdint>
 #include <cstdio>
 #include <memory>
-#include <thread>
+#include <optional>
 #include <utility>
 
-#include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/commands/output_guard.h"
-#include "apps/quorvane/drawing/frame_queue.h"
-#include "apps/quorvane/drawing/stage_times.h"
-#include "apps/quorvane/drawing/view.h"
+#include "apps/quorvane/drawing/clip_drawing.h"
 #include "apps/quorvane/input/depth_source.h"
-#include "apps/quorvane/terminal/arguments.h"
+#include "apps/quorvane/terminal/numbers.h"
 #include "apps/quorvane/terminal/progress.h"
 #include "apps/quorvane/terminal/usage_error.h"
-#include "media/clip/clip_writer.h"
 #include "system/cancel.h"
 #include "system/error.h"
 #include "system/standard_streams.h"
@@ -26,19 +21,55 @@ using media::OutputKind;
 
 constexpr int kLongestSide = 1920;
 constexpr int kNoLimit = 1 << 30;
-constexpr int64_t kMostHeldBytes = int64_t{512} << 20;
+
+struct RenderOptions {
+    InputOptions input;
+    ViewOptions view;
+    Talk talk;
+    std::string out;
+    std::optional<Size> size;
+    bool photo_size = false;  ///< without `size`: the photo's own instead of its aspect, at most kLongestSide
+    int frames = 120;
+    int fps = 30;
+    const Motion* motion = &motions().front();
+    double amount = 1.0;
+    Position at;
+    int supersample = 1;
+    bool force = false;
+    bool stats = false;
+    std::vector<const Option*> of_loops;  ///< the options that say nothing of a still
+};
+
+/// What can be refused before the images are read. Returns what is to be written.
+const media::OutputFormat& check(const RenderOptions& options) {
+    refuseStandardOutput({options.view.timings});
+    const media::OutputFormat& format = parseOutput(options.out);
+    if (format.even_sides && options.size) {
+        const Size even = pictureSize(*options.size, kNoLimit, true);
+        if (even != *options.size)
+            throw UsageError("--size " + std::to_string(options.size->width) + "x" +
+                             std::to_string(options.size->height) + ": " + std::string(format.name) +
+                             " has even sides, such as " + std::to_string(even.width) + "x" +
+                             std::to_string(even.height));
+    }
+    if (format.kind == OutputKind::kStill)
+        for (const Option* option : options.of_loops)
+            if (option->given())
+                throw UsageError(option->name() + ": " + options.out + " is one still; write a clip (" +
+                                 media::extensionsOf(OutputKind::kClip, " or ") + ") or a folder/ of frames");
+    return format;
+}
+
+/// Throws Error where `inputs` would be overwritten.
+void keep(const std::vector<std::string>& inputs, const RenderOptions& options,
+          const media::OutputFormat& format) {
+    refuseInputAsOutput(inputs, {options.out, options.view.timings});
+    if (format.kind == OutputKind::kFolder) refuseInputAsFrame(inputs, options.out);
+}
 
 Size chooseSize(const RenderOptions& options, Size photo, const media::OutputFormat& format) {
-    const bool even = format.even_sides;
-    if (options.size.empty()) return pictureSize(photo, kLongestSide, even);
-    if (options.size == "photo") return pictureSize(photo, kNoLimit, even);
-    const Size size = parseSize(options.size);
-    const Size fits = pictureSize(size, kNoLimit, even);
-    if (fits != size)
-        throw UsageError("--size " + options.size + ": " + std::string(format.name) +
-                         " has even sides, such as " + std::to_string(fits.width) + "x" +
-                         std::to_string(fits.height));
-    return size;
+    if (options.size) return *options.size;
+    return pictureSize(photo, options.photo_size ? kNoLimit : kLongestSide, format.even_sides);
 }
 
 std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, const media::OutputFormat& format,
@@ -50,105 +81,114 @@ std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, cons
     }
 }
 
-/// Averages the n x n samples that were drawn for each pixel.
-void average(const media::RgbaImage& drawn, Size size, media::RgbaImage* out) {
-    if (out->samples.empty()) *out = media::RgbaImage(size.width, size.height);
-    const int n = drawn.width / size.width;
-    const size_t stride = static_cast<size_t>(drawn.width) * 4;
-    uint8_t* next = out->samples.data();
-    for (int y = 0; y < size.height; ++y)
-        for (int x = 0; x < size.width; ++x)
-            for (size_t c = 0; c < 4; ++c) {
-                const uint8_t* block =
-                    &drawn.samples[static_cast<size_t>(y * n) * stride + static_cast<size_t>(x * n) * 4 + c];
-                int sum = 0;
-                for (size_t j = 0; j < static_cast<size_t>(n); ++j)
-                    for (size_t i = 0; i < static_cast<size_t>(n); ++i) sum += block[j * stride + i * 4];
-                *next++ = static_cast<uint8_t>((sum + n * n / 2) / (n * n));
-            }
+std::vector<Position> positionsFor(const RenderOptions& options, const media::OutputFormat& format) {
+    if (format.kind == OutputKind::kStill) return {options.at};
+    return loopAround(options.at, *options.motion, options.amount, options.frames);
 }
-
-/// Who writes the frames.
-struct Crew {
-    int writers;  ///< threads
-    int frames;   ///< held for them
-};
-
-Crew crewFor(const media::OutputFormat& format, int frames, Size size, int supersample) {
-    // Compressing a picture keeps one core busy for longer than drawing it keeps all.
-    const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-    const int writers = format.any_order ? std::min(cores, frames) : 1;
-    // One more waits when a writer is done with its last, and one is filled meanwhile.
-    const int64_t bytes = int64_t{4} * size.width * size.height * (supersample * supersample + 1);
-    const int held = static_cast<int>(std::clamp<int64_t>(kMostHeldBytes / bytes, 1, writers + 2));
-    return {std::min(writers, held), held};
-}
-
-}  // namespace
 
 void render(const RenderOptions& options) {
-    // Everything that can be refused at once is refused before the images are read.
-    const media::OutputFormat& format = parseOutput(options.out);
-    const Position centre = options.at.empty() ? Position{} : parsePosition(options.at);
-    if (!options.size.empty() && options.size != "photo") chooseSize(options, {}, format);
-    const auto keep = [&](const std::vector<std::string>& inputs) {
-        refuseInputAsOutput(inputs, {options.out, options.view.timings});
-        if (format.kind == OutputKind::kFolder) refuseInputAsFrame(inputs, options.out);
-    };
+    const media::OutputFormat& format = check(options);
     refuseSameOutput(options.out, options.view.timings, "picture and timings");
-    const InputOptions& asked = options.view.input;
-    keep({asked.photo, asked.depth});
+    keep({options.input.photo, options.input.depth}, options, format);
 
     StageTimes times;
-    DepthSource source = times.measure(Stage::kDecode, [&] { return findDepth(asked); });
-    keep({source.depth});
+    DepthSource source = times.measure(Stage::kDecode, [&] { return findDepth(options.input); });
+    keep({source.depth}, options, format);
     StandardOutputTo timings(options.view.timings);
-    Input input = times.measure(Stage::kDecode, [&] { return readInput(options.view, source); });
+    Input input =
+        times.measure(Stage::kDecode, [&] { return readInput(options.input, options.talk, source); });
     source = {};
     throwIfCancelled();
+
     const Size size = chooseSize(options, {input.photo.width, input.photo.height}, format);
     const std::unique_ptr<media::ClipWriter> writer =
         times.measure(Stage::kSetUp, [&] { return openOutput(options, format, size); });
-    const bool still = format.kind == OutputKind::kStill;
-    const int frames = still ? 1 : options.frames;
-    const Crew crew = crewFor(format, frames, size, options.supersample);
-    View view = times.measure(Stage::kSetUp, [&] { return View(options.view, size, options.supersample); });
+    View view = times.measure(Stage::kSetUp,
+                              [&] { return View(options.view, options.talk, size, options.supersample); });
     {
-        const FittedInput fitted = times.measure(Stage::kFit, [&] { return view.fit(std::move(input)); });
+        const FittedInput fitted = times.measure(
+            Stage::kFit, [&] { return view.fit(std::move(input.photo), std::move(input.depth.plane)); });
         times.measure(Stage::kUpload, [&] { view.upload(fitted); });
     }
 
-    FrameQueue queue(crew.writers, crew.frames, [&](Frame& frame) {
-        const media::RgbaImage* picture = &frame.drawn;
-        if (options.supersample > 1) {
-            times.measure(Stage::kAverage, [&] { average(frame.drawn, size, &frame.averaged); });
-            picture = &frame.averaged;
-        }
-        times.measure(Stage::kEncode, [&] { writer->add(frame.number, *picture); });
-    });
+    const std::vector<Position> positions = positionsFor(options, format);
+    const int frames = static_cast<int>(positions.size());
+    const Writers writers = planWriters(format, frames, size, options.supersample);
     {
-        Progress progress(frames, options.view.quiet);
-        for (int number = 0; number < frames; ++number) {
-            throwIfCancelled();
-            Position position = centre;
-            if (!still) {
-                const Position swing = motionAt(options.motion, number, frames);
-                position = {centre.x + options.amount * swing.x, centre.y + options.amount * swing.y};
-            }
-            times.measure(Stage::kDraw, [&] { view.draw(position); });
-            Frame frame = queue.take();
-            frame.number = number;
-            times.measure(Stage::kReadBack, [&] { view.readBack(&frame.drawn); });
-            queue.push(std::move(frame));
-            if (number == 0) times.noteFirstFrame();
-            progress.step(number + 1);
-        }
-        queue.finish();
+        Progress progress(frames, options.talk.quiet);
+        drawFrames(positions, size, writers, &view, writer.get(), &times,
+                   [&progress](int drawn) { progress.step(drawn); });
         timings.require();
         times.measure(Stage::kEncode, [&] { writer->finish(); });
         timings.commit();
     }
-    if (options.stats) std::fputs(times.table(frames, crew.writers).c_str(), stderr);
+    if (options.stats) std::fputs(times.table(frames, writers.threads).c_str(), stderr);
+}
+
+void addMotionOptions(CommandLine* line, RenderOptions* options) {
+    options->of_loops.push_back(&line->whole("--frames", &options->frames, 1, 99999, "frames in the loop"));
+    options->of_loops.push_back(&line->whole("--fps", &options->fps, 1, 240, "frames a second"));
+    std::vector<std::string> names;
+    std::vector<std::pair<std::string, std::string>> rows;
+    for (const Motion& motion : motions()) {
+        names.emplace_back(motion.name);
+        rows.emplace_back(motion.name, motion.meaning);
+    }
+    options->of_loops.push_back(&line->word(
+        "--motion", names, [options](size_t i) { options->motion = &motions()[i]; },
+        "path of the view, see below (default " + names.front() + ")"));
+    options->of_loops.push_back(
+        &line->number("--amount", &options->amount, 0.0, 1.0, "how far the view swings"));
+    line->parsed(
+            "--at", [options](const std::string& text) { options->at = parsePosition(text); },
+            "the still's view position, or the middle of the motion: -1 from the left or below to 1 from the "
+            "right or above (default 0,0)")
+        .called("X,Y");
+    line->table("Motions:", std::move(rows));
+}
+
+std::function<void()> prepare(CommandLine* line) {
+    const auto options = std::make_shared<RenderOptions>();
+    addInputOptions(line, &options->input);
+    line->text("-o,--out", &options->out,
+               media::extensionsOf(OutputKind::kClip, ", ") + ": a looping clip; " +
+                   media::extensionsOf(OutputKind::kStill, ", ") + ": a still; else a folder")
+        .called("PATH")
+        .required();
+    const auto take_size = [options](const std::string& text) {
+        options->photo_size = text == "photo";
+        if (!options->photo_size) options->size = parseSize(text);
+    };
+    line->parsed("--size", take_size,
+                 "picture size, or 'photo' for the photo's own (default: its aspect, at most 1920)")
+        .called("WxH");
+    addMotionOptions(line, options.get());
+    line->whole("--supersample", &options->supersample, 1, 4, "draw this many times as large, then average");
+    line->flag("--force", &options->force, "replace the numbered frames in a folder that is not empty");
+    line->flag(
+        "--stats", &options->stats,
+        "say at the end what each stage took; with several frames, encoding runs while the next ones are "
+        "drawn, and for a clip it is the wait for ffmpeg");
+    addTalkOptions(line, &options->talk);
+    addViewOptions(line, &options->view);
+    return [options] { render(*options); };
+}
+
+}  // namespace
+
+Command renderCommand() {
+    return {"render",
+            "make a clip, a still or numbered frames",
+            {{"a clip from a phone's photo with depth inside", "quorvane render portrait.jpg -o sway.mp4"},
+             {"from a photo and a depth map", "quorvane render photo.jpg depth.png -o sway.mp4"},
+             {"from a photo and your own depth estimator",
+              "quorvane render photo.jpg --depth-cmd 'estimate {in} {out}' -o sway.mp4"},
+             {"a small GIF of another motion",
+              "quorvane render photo.jpg depth.png -o a.gif --size 480x360 --motion circle"},
+             {"one still, seen from the left", "quorvane render photo.jpg depth.png -o left.png --at -1,0"},
+             {"numbered frames with more of the photo in view",
+              "quorvane render photo.jpg depth.png -o frames/ --set fov_scale=0.9"}},
+            prepare};
 }
 
 }  // namespace quorvane::app

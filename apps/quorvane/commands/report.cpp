@@ -1,7 +1,6 @@
 #include "apps/quorvane/commands/report.h"
 
-#include <cstdarg>
-#include <cstdio>
+#include <cstdint>
 #include <nlohmann/json.hpp>
 
 #include "apps/quorvane/terminal/text.h"
@@ -80,66 +79,48 @@ const char* turnFor(int orientation) {
     return orientation >= 1 && orientation <= 8 ? kTurns[orientation - 1] : kTurns[0];
 }
 
-/// Lines in the manner of printf, made printable.
-class Lines {
-  public:
-    __attribute__((format(printf, 2, 3))) void add(const char* format, ...) {
-        va_list values;
-        va_start(values, format);
-        va_list again;
-        va_copy(again, values);
-        std::string line(static_cast<size_t>(std::vsnprintf(nullptr, 0, format, values)), '\0');
-        std::vsnprintf(line.data(), line.size() + 1, format, again);
-        va_end(again);
-        va_end(values);
-        m_text += printable(line) + '\n';
-    }
-    const std::string& text() const { return m_text; }
+/// A line that does nothing to a terminal.
+void add(std::string* text, const std::string& line) { *text += printable(line) + '\n'; }
 
-  private:
-    std::string m_text;
-};
+std::string number(double value) { return formatted("%.6g", value); }
 
-std::string number(double value) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.6g", value);
-    return text;
-}
-
-void addDepth(const Report& report, Lines* lines) {
+void addDepth(const Report& report, std::string* text) {
     const DepthReport& depth = *report.depth;
     if (report.origin == DepthOrigin::kInside) {
         const media::EmbeddedDepth& inside = *report.contents.depth;
-        lines->add("depth    %s, %s: %d x %d, %d bit", inside.container.c_str(), inside.where.c_str(),
-                   depth.size.width, depth.size.height, depth.bits);
+        add(text, formatted("depth    %s, %s: %d x %d, %d bit", inside.container.c_str(),
+                            inside.where.c_str(), depth.size.width, depth.size.height, depth.bits));
         std::string kind = wordFor(inside.kind);
         if (inside.near) kind += ", near " + number(*inside.near);
         if (inside.far) kind += ", far " + number(*inside.far);
         if (inside.near || inside.far)
             kind += inside.units.empty() ? ", unit unknown" : " (" + inside.units + ")";
-        lines->add("         kind %s", kind.c_str());
-        lines->add("         stored with larger = %s: %s", inside.larger_is_nearer ? "nearer" : "farther",
-                   inside.polarity_reason.c_str());
+        add(text, "         kind " + kind);
+        add(text, formatted("         stored with larger = %s: %s",
+                            inside.larger_is_nearer ? "nearer" : "farther", inside.polarity_reason.c_str()));
         if (inside.orientation != 1)
-            lines->add("         stored in orientation %d, shown %s", inside.orientation,
-                       turnFor(inside.orientation));
+            add(text, formatted("         stored in orientation %d, shown %s", inside.orientation,
+                                turnFor(inside.orientation)));
     } else {
-        lines->add("depth    %s%s%s: %d x %d, %d bit", wordFor(report.origin),
-                   report.depth_file.empty() ? "" : ", ", report.depth_file.c_str(), depth.size.width,
-                   depth.size.height, depth.bits);
+        add(text, formatted("depth    %s%s%s: %d x %d, %d bit", wordFor(report.origin),
+                            report.depth_file.empty() ? "" : ", ", report.depth_file.c_str(),
+                            depth.size.width, depth.size.height, depth.bits));
     }
     for (const media::Finding& finding : depth.findings)
-        lines->add("doctor   %s%s (confidence %.2f)",
-                   finding.corrected ? "" : "doubtful: ", textOf(finding).c_str(), finding.confidence);
+        add(text, formatted("doctor   %s%s (confidence %.2f)", finding.corrected ? "" : "doubtful: ",
+                            textOf(finding).c_str(), finding.confidence));
     const Fit& fit = depth.plan.fit;
-    lines->add("fitted   photo %d x %d -> %d x %d%s", depth.plan.photo.width, depth.plan.photo.height,
-               fit.photo.width, fit.photo.height, fit.photo == depth.plan.photo ? "" : ", resampled");
-    lines->add("         depth %d x %d -> %d x %d%s", depth.plan.depth.width, depth.plan.depth.height,
-               fit.depth.width, fit.depth.height, fit.depth == depth.plan.depth ? "" : ", scaled");
-    lines->add(
-        "grid     %d x %d cells, %d photo pixels a cell, %.1f MB of working memory (for textures of "
-        "up to %d)",
-        fit.grid.width, fit.grid.height, fit.ratio, depth.block_bytes / 1e6, kReportedTexture);
+    add(text,
+        formatted("fitted   photo %d x %d -> %d x %d%s", depth.plan.photo.width, depth.plan.photo.height,
+                  fit.photo.width, fit.photo.height, fit.photo == depth.plan.photo ? "" : ", resampled"));
+    add(text,
+        formatted("         depth %d x %d -> %d x %d%s", depth.plan.depth.width, depth.plan.depth.height,
+                  fit.depth.width, fit.depth.height, fit.depth == depth.plan.depth ? "" : ", scaled"));
+    add(text,
+        formatted(
+            "grid     %d x %d cells, %d photo pixels a cell, %.1f MB of working memory (for textures of "
+            "up to %d)",
+            fit.grid.width, fit.grid.height, fit.ratio, depth.block_bytes / 1e6, kReportedTexture));
 }
 
 Json sides(Size size) { return {{"width", size.width}, {"height", size.height}}; }
@@ -180,7 +161,7 @@ Json planJson(const DepthReport& depth) {
     return {{"largest_texture", kReportedTexture},
             {"grid", sides(fit.grid)},
             {"photo_pixels_a_cell", fit.ratio},
-            {"working_memory_bytes", depth.block_bytes},
+            {"working_memory_bytes", static_cast<int64_t>(depth.block_bytes)},
             {"photo", {{"from", sides(depth.plan.photo)}, {"to", sides(fit.photo)}}},
             {"depth", {{"from", sides(depth.plan.depth)}, {"to", sides(fit.depth)}}}};
 }
@@ -189,24 +170,25 @@ Json planJson(const DepthReport& depth) {
 
 std::string reportText(const Report& report) {
     const media::Contents& contents = report.contents;
-    Lines lines;
-    lines.add("photo    %s: %s, %llu bytes, %d x %d", report.name.c_str(), contents.file_kind.c_str(),
-              static_cast<unsigned long long>(report.bytes), report.photo.width, report.photo.height);
+    std::string text;
+    add(&text,
+        formatted("photo    %s: %s, %llu bytes, %d x %d", report.name.c_str(), contents.file_kind.c_str(),
+                  static_cast<unsigned long long>(report.bytes), report.photo.width, report.photo.height));
     if (contents.orientation != 1)
-        lines.add("         stored in orientation %d, shown %s", contents.orientation,
-                  turnFor(contents.orientation));
+        add(&text, formatted("         stored in orientation %d, shown %s", contents.orientation,
+                             turnFor(contents.orientation)));
     if (report.origin == DepthOrigin::kInside && contents.original)
-        lines.add("         the unblurred one, %s", contents.original->where.c_str());
+        add(&text, formatted("         the unblurred one, %s", contents.original->where.c_str()));
     for (const media::InnerImage& image : contents.images)
-        lines.add("inside   %-10s  %s, %s, %llu bytes", wordFor(image.role), image.where.c_str(),
-                  image.mime.empty() ? "bare samples" : image.mime.c_str(),
-                  static_cast<unsigned long long>(image.bytes));
-    for (const std::string& remark : contents.remarks) lines.add("damaged  %s", remark.c_str());
+        add(&text, formatted("inside   %-10s  %s, %s, %llu bytes", wordFor(image.role), image.where.c_str(),
+                             image.mime.empty() ? "bare samples" : image.mime.c_str(),
+                             static_cast<unsigned long long>(image.bytes)));
+    for (const std::string& remark : contents.remarks) add(&text, "damaged  " + remark);
     if (report.depth)
-        addDepth(report, &lines);
+        addDepth(report, &text);
     else
-        lines.add("depth    none: %s", report.no_depth.c_str());
-    return lines.text();
+        add(&text, "depth    none: " + report.no_depth);
+    return text;
 }
 
 std::string reportJson(const Report& report) {
@@ -222,6 +204,7 @@ std::string reportJson(const Report& report) {
         {"images", Json::array()},
         {"remarks", contents.remarks},
         {"depth", nullptr},
+        {"plan", nullptr},
     };
     for (const media::InnerImage& image : contents.images)
         json["images"].push_back({{"role", wordFor(image.role)},
@@ -234,8 +217,8 @@ std::string reportJson(const Report& report) {
     } else {
         json["no_depth"] = report.no_depth;
     }
-    // Names and a file's own words need not be UTF-8, which JSON is.
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+    // In ASCII: names and a file's own words need not be UTF-8, and may hold what a terminal obeys.
+    return json.dump(2, ' ', true, Json::error_handler_t::replace) + '\n';
 }
 
 }  // namespace quorvane::app

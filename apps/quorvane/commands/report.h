@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "apps/quorvane/drawing/view.h"
 #include "apps/quorvane/input/depth_source.h"
+#include "sizes/sizes.h"
 
 namespace quorvane::app {
 
@@ -16,7 +16,7 @@ struct DepthReport {
     int bits = 8;  ///< of a sample as it is stored
     std::vector<media::Finding> findings;
     FitPlan plan;
-    int block_bytes = 0;  ///< working memory
+    double block_bytes = 0.0;  ///< working memory
 };
 
 /// What a photo's file holds, and what would be made of it.

@@ -1,8 +1,10 @@
 #include <unistd.h>
 
-#include "apps/quorvane/commands/commands.h"
+#include <memory>
+
+#include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/commands/output_guard.h"
-#include "apps/quorvane/terminal/arguments.h"
+#include "apps/quorvane/terminal/numbers.h"
 #include "apps/quorvane/terminal/usage_error.h"
 #include "media/picture/picture_file.h"
 #include "media/scene/sample_scene.h"
@@ -12,31 +14,60 @@
 namespace quorvane::app {
 namespace {
 
-constexpr Size kDefaultSize = {1600, 1200};
 constexpr int kSmallest = 64;
 constexpr int kLargest = 8192;
 
-}  // namespace
+struct SampleOptions {
+    std::string photo;  ///< the file to write
+    std::string depth;  ///< the file to write
+    Size size = {1600, 1200};
+};
 
-void sample(const std::string& photo, const std::string& depth, const std::string& size_text) {
-    for (const std::string& path : {photo, depth})
+Size parseSampleSize(const std::string& text) {
+    const Size size = parseSize(text);
+    if (size.width < kSmallest || size.height < kSmallest || size.width > kLargest || size.height > kLargest)
+        throw UsageError("--size " + text + ": the sample's sides are 64 to 8192 pixels");
+    return size;
+}
+
+void sample(const SampleOptions& options) {
+    for (const std::string& path : {options.photo, options.depth})
         if (parseOutput(path).kind != media::OutputKind::kStill)
             throw UsageError(path + ": the sample's two files are .png");
-    refuseSameOutput(photo, depth, "photo and depth map");
-    const Size size = size_text.empty() ? kDefaultSize : parseSize(size_text);
-    if (size.width < kSmallest || size.height < kSmallest || size.width > kLargest || size.height > kLargest)
-        throw UsageError("--size " + size_text + ": the sample's sides are 64 to 8192 pixels");
+    refuseSameOutput(options.photo, options.depth, "photo and depth map");
 
     // Asked before any work is done.
-    for (const std::string& path : {photo, depth}) const PendingOutput place(path);
+    for (const std::string& path : {options.photo, options.depth}) const PendingOutput place(path);
 
-    const media::SampleScene scene = [size] {
+    const media::SampleScene scene = [&options] {
         const EndingAtOnce painting(STDERR_FILENO, "quorvane: interrupted\n");
-        return media::makeSampleScene(size.width, size.height);
+        return media::makeSampleScene(options.size.width, options.size.height);
     }();
-    media::writePng(scene.photo, photo);
+    media::writePng(scene.photo, options.photo);
     throwIfCancelled();
-    media::writePng(scene.depth, depth);
+    media::writePng(scene.depth, options.depth);
+}
+
+std::function<void()> prepare(CommandLine* line) {
+    const auto options = std::make_shared<SampleOptions>();
+    line->text("PHOTO", &options->photo, "a .png file to write").required();
+    line->text("DEPTH", &options->depth, "a .png file to write").required();
+    line->parsed(
+            "--size", [options](const std::string& text) { options->size = parseSampleSize(text); },
+            "sides from 64 to 8192 (default 1600x1200)")
+        .called("WxH");
+    return [options] { sample(*options); };
+}
+
+}  // namespace
+
+Command sampleCommand() {
+    return {"sample",
+            "write a made-up photo and its exact depth map",
+            {{"a made-up photo and its exact depth map, to try things with",
+              "quorvane sample photo.png depth.png"},
+             {"a small one", "quorvane sample photo.png depth.png --size 320x240"}},
+            prepare};
 }
 
 }  // namespace quorvane::app

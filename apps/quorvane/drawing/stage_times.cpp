@@ -1,6 +1,6 @@
 #include "apps/quorvane/drawing/stage_times.h"
 
-#include <cstdio>
+#include "apps/quorvane/terminal/text.h"
 
 namespace quorvane::app {
 namespace {
@@ -13,26 +13,19 @@ constexpr const char* kNames[] = {"decode", "set up",    "fit",     "upload",
 
 std::string StageTimes::table(int frames, int writers) const {
     const double seconds = std::chrono::duration<double>(Clock::now() - m_start).count();
-    char line[160];
-    std::snprintf(line, sizeof line, "%-10s %10s %10s\n", "stage", "ms", "ms/frame");
-    std::string text = line;
+    std::string text = formatted("%-10s %10s %10s\n", "stage", "ms", "ms/frame");
     for (size_t stage = 0; stage < m_nanoseconds.size(); ++stage) {
         const double ms = static_cast<double>(m_nanoseconds[stage]) / 1e6;
         if (ms == 0.0) continue;
-        std::snprintf(line, sizeof line, "%-10s %10.1f", kNames[stage], ms);
-        text += line;
-        if (stage >= static_cast<size_t>(Stage::kDraw)) {
-            std::snprintf(line, sizeof line, " %10.2f", ms / frames);
-            text += line;
-        }
+        text += formatted("%-10s %10.1f", kNames[stage], ms);
+        if (stage >= static_cast<size_t>(Stage::kDraw)) text += formatted(" %10.2f", ms / frames);
         if (stage == static_cast<size_t>(Stage::kEncode) && writers > 1)
-            text += "  on " + std::to_string(writers) + " threads together";
+            text += formatted("  on %d threads together", writers);
         text += '\n';
     }
-    std::snprintf(line, sizeof line, "%d frame%s in %.2f s: %.1f a second, the first after %.2f s\n", frames,
-                  frames == 1 ? "" : "s", seconds, frames / seconds,
-                  std::chrono::duration<double>(m_first_frame).count());
-    return text + line;
+    return text + formatted("%d frame%s in %.2f s: %.1f a second, the first after %.2f s\n", frames,
+                            frames == 1 ? "" : "s", seconds, frames / seconds,
+                            std::chrono::duration<double>(m_first_frame).count());
 }
 
 }  // namespace quorvane::app

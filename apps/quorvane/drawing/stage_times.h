@@ -9,7 +9,7 @@
 
 namespace quorvane::app {
 
-/// The stages of a render. Averaging and encoding run on threads of their own, beside the others.
+/// The stages of a render. Averaging and encoding run on other threads while the next frame is drawn.
 enum class Stage { kDecode, kSetUp, kFit, kUpload, kDraw, kReadBack, kAverage, kEncode };
 
 /// What every stage took, and the whole since this was made. Any thread may measure.

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "apps/quorvane/terminal/text.h"
 #include "system/error.h"
 
 namespace quorvane::app {
@@ -25,50 +26,49 @@ media::GrayImage plane(const void* bytes, int width, int height) {
 
 }  // namespace
 
-View::View(const ViewOptions& options, Size picture, int supersample)
-    : m_picture(picture), m_orientation(options.orientation), m_talks(options.verbosity > 0) {
-    if (options.verbosity > 1) __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
+View::View(const ViewOptions& options, const Talk& talk, Size picture, int supersample)
+    : m_picture(picture), m_orientation(options.orientation), m_talks(talk.verbosity > 0) {
+    if (talk.verbosity > 1) __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
     require(OffscreenContext::create(&m_context));
     const Status made = ParallaxView::create(picture.width * supersample, picture.height * supersample,
-                                             options.orientation, &m_view);
+                                             static_cast<uint32_t>(options.orientation), &m_view);
     if (!made && supersample > 1)
         throw Error(made.message() + " (--supersample " + std::to_string(supersample) + " multiplies them)");
     require(made);
     for (const auto& [field, value] : options.settings) require(m_view->setParameter(field, value));
 }
 
-template <typename... Values>
-void View::say(const char* format, Values... values) const {
-    if (m_talks) std::fprintf(stderr, format, values...);
+void View::say(const std::string& line) const {
+    if (m_talks) std::fputs(line.c_str(), stderr);
 }
 
-FittedInput View::fit(Input input) const {
+FittedInput View::fit(media::RgbImage photo, media::Image<float, 1> depth) const {
     GLint largest_texture = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest_texture);
     const FitPlan plan =
-        planFit({input.photo.width, input.photo.height}, {input.depth.plane.width, input.depth.plane.height},
-                m_picture, largest_texture);
+        planFit({photo.width, photo.height}, {depth.width, depth.height}, m_picture, largest_texture);
     if (plan.cut) {
-        input.photo = media::crop(input.photo, plan.photo);
-        input.depth.plane = media::crop(input.depth.plane, plan.depth);
-        say("cut      the middle %d x %d of the photo, for the picture's aspect\n", plan.photo.width,
-            plan.photo.height);
+        photo = media::crop(photo, plan.photo);
+        depth = media::crop(depth, plan.depth);
+        say(formatted("cut      the middle %d x %d of the photo, for the picture's aspect\n",
+                      plan.photo.width, plan.photo.height));
     }
     const Fit& fit = plan.fit;
-    say("fitted   photo %d x %d%s, depth %d x %d%s, %d photo pixels a cell\n", fit.photo.width,
-        fit.photo.height, fit.photo == plan.photo ? "" : " (resampled)", fit.depth.width, fit.depth.height,
-        fit.depth == plan.depth ? "" : " (scaled)", fit.ratio);
-    return {media::resample(std::move(input.photo), fit.photo), media::toBytes(input.depth.plane, fit.depth)};
+    say(formatted("fitted   photo %d x %d%s, depth %d x %d%s, %d photo pixels a cell\n", fit.photo.width,
+                  fit.photo.height, fit.photo == plan.photo ? "" : " (resampled)", fit.depth.width,
+                  fit.depth.height, fit.depth == plan.depth ? "" : " (scaled)", fit.ratio));
+    return {media::resample(std::move(photo), fit.photo), media::toBytes(depth, fit.depth)};
 }
 
 void View::upload(const FittedInput& input) {
     require(m_view->setPhoto({input.photo.samples, input.photo.width, input.photo.height}));
     require(m_view->setDepth({input.depth.samples, input.depth.width, input.depth.height}));
     const Geometry geometry = m_view->geometry();
-    say("grid     %d x %d cells, %.1f MB of working memory\n", geometry.grid_width, geometry.grid_height,
-        geometry.block_bytes / 1e6);
-    say("view     %d x %d, orientation %u, shaped depth %.0f of 255 stands still\n", m_picture.width,
-        m_picture.height, m_orientation, static_cast<double>(geometry.still_depth));
+    say(formatted("grid     %d x %d cells, %.1f MB of working memory\n", geometry.grid_width,
+                  geometry.grid_height, geometry.block_bytes / 1e6));
+    say(formatted("view     %d x %d, orientation %d, shaped depth %.0f of 255 stands still\n",
+                  m_picture.width, m_picture.height, m_orientation,
+                  static_cast<double>(geometry.still_depth)));
 }
 
 void View::draw(Position position) {

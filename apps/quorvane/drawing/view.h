@@ -3,9 +3,9 @@
 
 #include <memory>
 
-#include "apps/quorvane/commands/commands.h"
 #include "apps/quorvane/drawing/motion.h"
-#include "apps/quorvane/input/depth_source.h"
+#include "apps/quorvane/drawing/view_options.h"
+#include "apps/quorvane/terminal/talk.h"
 #include "media/picture/image.h"
 #include "media/picture/resample.h"
 #include "quorvane/host/OffscreenContext.h"
@@ -24,10 +24,11 @@ struct FittedInput {
 class View {
   public:
     /// Pictures are drawn `supersample` times as large on either axis, for the caller to average.
-    View(const ViewOptions& options, Size picture, int supersample);
+    View(const ViewOptions& options, const Talk& talk, Size picture, int supersample);
 
-    /// Cuts the images to the picture's aspect and fits their sizes to each other.
-    FittedInput fit(Input input) const;
+    /// Cuts the images to the picture's aspect and fits their sizes to each other. `depth` is on the scale
+    /// 0..255, larger = nearer.
+    FittedInput fit(media::RgbImage photo, media::Image<float, 1> depth) const;
 
     void upload(const FittedInput& input);
 
@@ -41,13 +42,12 @@ class View {
     media::GrayImage shapedDepth() const;  ///< at grid size
 
   private:
-    template <typename... Values>
-    void say(const char* format, Values... values) const;
+    void say(const std::string& line) const;
 
     std::unique_ptr<OffscreenContext> m_context;
     std::unique_ptr<ParallaxView> m_view;
     Size m_picture;
-    unsigned m_orientation;
+    int m_orientation;
     bool m_talks;
 };
 

@@ -24,6 +24,60 @@ std::string inShort(const std::vector<std::string>& remarks) {
     return text;
 }
 
+// Several pixels for each cell that the doctor compares edges in.
+constexpr int kPreviewSide = 1024;
+
+template <typename Picture>
+Size sizeOf(const Picture& image) {
+    return {image.width, image.height};
+}
+
+/// The photo of a file, the unblurred one where `contents` are given.
+void decodePhotoInto(Input* input, const std::string& file, const media::Contents& contents,
+                     const std::string& name, PhotoDetail detail) {
+    std::string remark;
+    if (detail == PhotoDetail::kFull) {
+        input->photo = media::decodePhoto(file, contents, name, media::kMostPixels, &remark);
+        input->photo_size = sizeOf(input->photo);
+    } else {
+        media::PhotoPreview preview =
+            media::previewPhoto(file, contents, name, kPreviewSide, media::kMostPixels, &remark);
+        input->photo = std::move(preview.shrunk);
+        input->photo_size = {preview.header.width, preview.header.height};
+    }
+    if (!remark.empty()) input->remarks.push_back(remark);
+}
+
+/// Both images as they are in their files; without the depth of an estimator.
+Input decodeBoth(const InputOptions& options, const DepthSource& source, PhotoDetail detail) {
+    const std::string& name = options.photo;
+    Input input;
+    switch (source.origin) {
+        case DepthOrigin::kSideBySide: {
+            media::SplitPicture split = media::decodeSideBySide(source.file, *options.depth_half, name);
+            input.photo = std::move(split.photo);
+            input.photo_size = sizeOf(input.photo);
+            input.depth = std::move(split.depth);
+            break;
+        }
+        case DepthOrigin::kInside: {
+            decodePhotoInto(&input, source.file, source.contents, name, detail);
+            std::string remark;
+            input.depth = media::decodeDepth(*source.contents.depth, name, media::kMostPixels, &remark);
+            if (!remark.empty()) input.remarks.push_back(remark);
+            break;
+        }
+        case DepthOrigin::kCommand: decodePhotoInto(&input, source.file, {}, name, PhotoDetail::kFull); break;
+        case DepthOrigin::kGiven:
+        case DepthOrigin::kNeighbour:
+            decodePhotoInto(&input, source.file, {}, name, detail);
+            input.depth = media::readDepthMap(source.depth);
+            break;
+        case DepthOrigin::kNone: break;
+    }
+    return input;
+}
+
 }  // namespace
 
 DepthSource findDepth(const InputOptions& options) {
@@ -69,31 +123,14 @@ std::string noDepthAnywhere(const media::Contents& contents, const std::string& 
            "); give a depth map as DEPTH, or an estimator with --depth-cmd";
 }
 
-Input readInput(const InputOptions& options, const DepthSource& source) {
+Input readInput(const InputOptions& options, const DepthSource& source, PhotoDetail detail) {
     const std::string& name = options.photo;
-    Input input;
     if (source.origin == DepthOrigin::kNone) {
         // A damaged photo is told as such first.
         endedBySignals([&] { media::decodePhoto(source.file, source.contents, name); });
         throw Error(name + ": " + noDepthAnywhere(source.contents, name));
     }
-    endedBySignals([&] {
-        if (source.origin == DepthOrigin::kSideBySide) {
-            media::SplitPicture split = media::decodeSideBySide(source.file, *options.depth_half, name);
-            input.photo = std::move(split.photo);
-            input.depth = std::move(split.depth);
-        } else if (source.origin == DepthOrigin::kInside) {
-            std::string photo_remark, depth_remark;
-            input.photo =
-                media::decodePhoto(source.file, source.contents, name, media::kMostPixels, &photo_remark);
-            input.depth = media::decodeDepth(*source.contents.depth, name, media::kMostPixels, &depth_remark);
-            for (const std::string& remark : {photo_remark, depth_remark})
-                if (!remark.empty()) input.remarks.push_back(remark);
-        } else {
-            input.photo = media::decodePhoto(source.file, name);
-            if (!source.depth.empty()) input.depth = media::readDepthMap(source.depth);
-        }
-    });
+    Input input = endedBySignals([&] { return decodeBoth(options, source, detail); });
     if (source.origin == DepthOrigin::kCommand)
         input.depth = estimateDepth(options.depth_command, input.photo);
     endedBySignals([&] {
@@ -115,26 +152,25 @@ Input readInput(const InputOptions& options, const DepthSource& source) {
     return input;
 }
 
-Input readInput(const ViewOptions& options, const DepthSource& source) {
-    const InputOptions& asked = options.input;
-    if (source.origin == DepthOrigin::kNeighbour && !options.quiet)
+Input readInput(const InputOptions& options, const Talk& talk, const DepthSource& source) {
+    if (source.origin == DepthOrigin::kNeighbour && !talk.quiet)
         std::fprintf(stderr, "depth: %s, found beside the photo\n", printable(source.depth).c_str());
-    Input input = readInput(asked, source);
-    if (!options.quiet) {
+    Input input = readInput(options, source);
+    if (!talk.quiet) {
         for (const std::string& remark : input.remarks)
             std::fprintf(stderr, "inside: %s\n", printable(remark).c_str());
         for (const media::Finding& finding : input.findings)
             std::fprintf(stderr, "depth: %s\n", printable(textOf(finding)).c_str());
     }
-    if (options.verbosity == 0) return input;
+    if (talk.verbosity == 0) return input;
 
     const bool inside = source.origin == DepthOrigin::kInside;
     const media::Contents& contents = source.contents;
     std::string from = source.depth;
     if (inside) from = contents.depth->where + " (" + contents.depth->container + ")";
-    if (source.origin == DepthOrigin::kCommand) from = asked.depth_command[0];
+    if (source.origin == DepthOrigin::kCommand) from = options.depth_command[0];
     if (source.origin == DepthOrigin::kSideBySide) from = "a half of the photo";
-    std::fprintf(stderr, "photo    %s%s: %d x %d\n", printable(asked.photo).c_str(),
+    std::fprintf(stderr, "photo    %s%s: %d x %d\n", printable(options.photo).c_str(),
                  inside && contents.original
                      ? printable(", the unblurred one, " + contents.original->where).c_str()
                      : "",
@@ -142,7 +178,7 @@ Input readInput(const ViewOptions& options, const DepthSource& source) {
     std::fprintf(stderr, "depth    %s: %d x %d, %d bit%s%s\n", printable(from).c_str(),
                  input.depth.plane.width, input.depth.plane.height, input.depth.bits,
                  input.depth.bits > 8 ? " spread over its used range" : "",
-                 asked.invert_depth ? ", inverted" : "");
+                 options.invert_depth ? ", inverted" : "");
     return input;
 }
 

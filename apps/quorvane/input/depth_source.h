@@ -4,11 +4,13 @@
 #include <string>
 #include <vector>
 
-#include "apps/quorvane/commands/commands.h"
+#include "apps/quorvane/input/input_options.h"
+#include "apps/quorvane/terminal/talk.h"
 #include "media/depth/depth_doctor.h"
 #include "media/embedded/embedded.h"
 #include "media/picture/image.h"
 #include "media/picture/picture_file.h"
+#include "sizes/sizes.h"
 
 namespace quorvane::app {
 
@@ -32,13 +34,15 @@ struct DepthSource {
 /// Both images, upright, as the user wants them.
 struct Input {
     media::RgbImage photo;
+    Size photo_size;        ///< what `photo` has, or had before it was shrunk
     media::DepthMap depth;  ///< larger = nearer
     std::vector<media::Finding> findings;
     std::vector<std::string> remarks;  ///< on what was inside and could not be used as it should be
 };
 
-/// What the options name comes first, then what is inside the file, then a neighbour. Throws Error
-/// where the photo's file cannot be read or is no picture; a signal meanwhile ends the process.
+/// Reads the photo's file and looks for its depth: first what the options name, then inside the file, then a
+/// neighbour. Throws Error where the file cannot be read or is no picture. A signal meanwhile ends the
+/// process.
 DepthSource findDepth(const InputOptions& options);
 
 /// The doctor's line, with the option that puts right what the doctor has left alone.
@@ -47,16 +51,24 @@ std::string textOf(const media::Finding& finding);
 /// One line for a photo without depth: what was looked for, what was damaged, and why there may be none.
 std::string noDepthInside(const media::Contents& contents);
 
-/// The same, with what was looked for beside the photo, and what to do.
+/// The same, with the names that were looked for next to the photo, and what to do.
 std::string noDepthAnywhere(const media::Contents& contents, const std::string& photo);
 
-/// Both images, the depth turned and inverted as the options say and then checked by the doctor. With depth
-/// from inside goes the unblurred photo where the file has one, with any other the file's own picture. A
-/// signal while it decodes ends the process. Throws Error, also where there is no depth.
-Input readInput(const InputOptions& options, const DepthSource& source);
+/// How much of the photo is wanted.
+enum class PhotoDetail {
+    kFull,
+    kPreview,  ///< shrunk while it is decoded where its format can be: enough for the doctor
+};
 
-/// The same, and tells standard error what the user did not ask for by name and, when told to, what was read.
-Input readInput(const ViewOptions& options, const DepthSource& source);
+/// Decodes both images; turns and inverts the depth as the options say, then has the doctor check it. The
+/// photo is the file's own picture; for depth from inside, the unblurred original where the file has one. A
+/// signal while it decodes ends the process. Throws Error, also where there is no depth.
+Input readInput(const InputOptions& options, const DepthSource& source,
+                PhotoDetail detail = PhotoDetail::kFull);
+
+/// The same, and prints notes to standard error: for a depth map that was guessed by its name and for what
+/// was found or mended, unless told to be quiet; with -v for everything that was read.
+Input readInput(const InputOptions& options, const Talk& talk, const DepthSource& source);
 
 }  // namespace quorvane::app
 

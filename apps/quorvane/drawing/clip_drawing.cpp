@@ -1,0 +1,80 @@
+#include "apps/quorvane/drawing/clip_drawing.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <thread>
+#include <utility>
+
+#include "apps/quorvane/drawing/frame_queue.h"
+#include "system/cancel.h"
+
+namespace quorvane::app {
+namespace {
+
+constexpr int64_t kMostHeldBytes = int64_t{512} << 20;
+
+/// Averages the n x n samples that were drawn for each pixel.
+void average(const media::RgbaImage& drawn, Size size, media::RgbaImage* out) {
+    if (out->samples.empty()) *out = media::RgbaImage(size.width, size.height);
+    const int n = drawn.width / size.width;
+    const size_t stride = static_cast<size_t>(drawn.width) * 4;
+    uint8_t* next = out->samples.data();
+    for (int y = 0; y < size.height; ++y)
+        for (int x = 0; x < size.width; ++x)
+            for (size_t c = 0; c < 4; ++c) {
+                const uint8_t* block =
+                    &drawn.samples[static_cast<size_t>(y * n) * stride + static_cast<size_t>(x * n) * 4 + c];
+                int sum = 0;
+                for (size_t j = 0; j < static_cast<size_t>(n); ++j)
+                    for (size_t i = 0; i < static_cast<size_t>(n); ++i) sum += block[j * stride + i * 4];
+                *next++ = static_cast<uint8_t>((sum + n * n / 2) / (n * n));
+            }
+}
+
+}  // namespace
+
+std::vector<Position> loopAround(Position centre, const Motion& motion, double amount, int frames) {
+    std::vector<Position> positions;
+    positions.reserve(static_cast<size_t>(frames));
+    for (int frame = 0; frame < frames; ++frame) {
+        const Position swing = motionAt(motion, frame, frames);
+        positions.push_back({centre.x + amount * swing.x, centre.y + amount * swing.y});
+    }
+    return positions;
+}
+
+Writers planWriters(const media::OutputFormat& format, int frames, Size size, int supersample) {
+    // Compressing a picture keeps one core busy for longer than drawing it keeps all.
+    const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+    const int threads = format.any_order ? std::min(cores, frames) : 1;
+    // One more waits when a writer is done with its last, and one is filled meanwhile.
+    const int64_t bytes = int64_t{4} * size.width * size.height * (supersample * supersample + 1);
+    const int held = static_cast<int>(std::clamp<int64_t>(kMostHeldBytes / bytes, 1, threads + 2));
+    return {std::min(threads, held), held};
+}
+
+void drawFrames(const std::vector<Position>& positions, Size size, Writers writers, View* view,
+                media::ClipWriter* writer, StageTimes* times, const std::function<void(int)>& drawn) {
+    FrameQueue queue(writers.threads, writers.held_frames, [&](Frame& frame) {
+        const media::RgbaImage* picture = &frame.drawn;
+        if (frame.drawn.width > size.width) {
+            times->measure(Stage::kAverage, [&] { average(frame.drawn, size, &frame.averaged); });
+            picture = &frame.averaged;
+        }
+        times->measure(Stage::kEncode, [&] { writer->add(frame.number, *picture); });
+    });
+    const int frames = static_cast<int>(positions.size());
+    for (int number = 0; number < frames; ++number) {
+        throwIfCancelled();
+        times->measure(Stage::kDraw, [&] { view->draw(positions[static_cast<size_t>(number)]); });
+        Frame frame = queue.take();
+        frame.number = number;
+        times->measure(Stage::kReadBack, [&] { view->readBack(&frame.drawn); });
+        queue.push(std::move(frame));
+        if (number == 0) times->noteFirstFrame();
+        drawn(number + 1);
+    }
+    queue.finish();
+}
+
+}  // namespace quorvane::app

@@ -1,0 +1,35 @@
+#ifndef QUORVANE_APPS_DRAWING_CLIP_DRAWING_H
+#define QUORVANE_APPS_DRAWING_CLIP_DRAWING_H
+
+#include <functional>
+#include <vector>
+
+#include "apps/quorvane/drawing/motion.h"
+#include "apps/quorvane/drawing/stage_times.h"
+#include "apps/quorvane/drawing/view.h"
+#include "media/clip/clip_writer.h"
+
+namespace quorvane::app {
+
+/// The positions of a loop around `centre`, that `motion` swings `amount` times as far as it could.
+std::vector<Position> loopAround(Position centre, const Motion& motion, double amount, int frames);
+
+/// Threads that write frames.
+struct Writers {
+    int threads;
+    int held_frames;  ///< in memory at most, those being drawn and written included
+};
+
+/// As many threads as `format` and this machine have a use for, and no more frames than half a gigabyte
+/// holds. `size` is the picture's, which is drawn `supersample` times as large.
+Writers planWriters(const media::OutputFormat& format, int frames, Size size, int supersample);
+
+/// Draws a frame from every position in turn. Meanwhile others are averaged to `size` and given to `writer`,
+/// which has them all at the end, though it is not finished. Calls `drawn` with the number of frames drawn so
+/// far. Throws Error, and Cancelled after a signal.
+void drawFrames(const std::vector<Position>& positions, Size size, Writers writers, View* view,
+                media::ClipWriter* writer, StageTimes* times, const std::function<void(int)>& drawn);
+
+}  // namespace quorvane::app
+
+#endif

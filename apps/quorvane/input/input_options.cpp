@@ -1,0 +1,63 @@
+#include "apps/quorvane/input/input_options.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "apps/quorvane/input/depth_command.h"
+
+namespace quorvane::app {
+namespace {
+
+struct Half {
+    const char* name;
+    media::DepthHalf half;
+};
+
+constexpr Half kHalves[] = {{"right", media::DepthHalf::kRight},
+                            {"left", media::DepthHalf::kLeft},
+                            {"below", media::DepthHalf::kBelow},
+                            {"above", media::DepthHalf::kAbove}};
+
+// The first turn changes nothing.
+constexpr media::Turn kFirstTurn = 1;
+
+}  // namespace
+
+void addInputOptions(CommandLine* line, InputOptions* options) {
+    line->text("PHOTO", &options->photo, "JPEG, PNG, WebP, HEIC, AVIF or TIFF").required();
+    Option& depth = line->text(
+        "DEPTH", &options->depth,
+        "gray picture of 8 or 16 bit, any size, larger = nearer (default: the depth inside PHOTO, else "
+        "NAME_depth.*, NAME-depth.* or depth/NAME.* next to it)");
+    Option& estimator =
+        line->parsed(
+                "--depth-cmd",
+                [options](const std::string& text) { options->depth_command = parseDepthCommand(text); },
+                "run your own estimator instead: it reads {in}, a PNG of the photo, and writes {out}, a .png "
+                "depth map; words and quotes as in a shell, but no shell runs it")
+            .called("'PROG {in} {out}'");
+    std::vector<std::string> halves;
+    for (const Half& half : kHalves) halves.emplace_back(half.name);
+    Option& half =
+        line->word(
+                "--rgbd", halves, [options](size_t i) { options->depth_half = kHalves[i].half; },
+                "PHOTO has colour and depth side by side; the half that is the depth: right, left, "
+                "below or above")
+            .called("SIDE");
+    estimator.excludes(depth);
+    half.excludes(depth).excludes(estimator);
+    std::vector<std::string> turns;
+    for (media::Turn turn = kFirstTurn; turn < media::kTurns; ++turn)
+        turns.emplace_back(media::kTurnWords[turn].name);
+    line->word(
+            "--rotate-depth", turns,
+            [options](size_t i) { options->depth_turn = static_cast<media::Turn>(i) + kFirstTurn; },
+            "turn the depth map clockwise by 90, 180 or 270 degrees, mirror it left to right (mirror) or top "
+            "to "
+            "bottom (flip), or exchange rows and columns (transpose, or transverse for the other diagonal)")
+        .called("HOW");
+    line->flag("--invert-depth", &options->invert_depth, "the depth map's larger values are farther");
+    line->unset("--no-doctor", &options->doctor, "take the depth map as it is, unchecked against the photo");
+}
+
+}  // namespace quorvane::app

@@ -1,0 +1,284 @@
+#include "apps/quorvane/terminal/command_line.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+#include "apps/quorvane/terminal/numbers.h"
+#include "apps/quorvane/terminal/text.h"
+#include "apps/quorvane/terminal/usage_error.h"
+
+namespace quorvane::app {
+namespace {
+
+/// Columns of the terminal that help is printed to.
+size_t terminalWidth() {
+    constexpr size_t kNarrowest = 40, kUsual = 80;
+    double columns = 0.0;
+    const char* const told = std::getenv("COLUMNS");
+    winsize size = {};
+    if (told != nullptr && parseNumber(told, &columns) && columns >= 1.0 && columns <= 10000.0)
+        return std::max(kNarrowest, static_cast<size_t>(columns));
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+        return std::max<size_t>(kNarrowest, size.ws_col);
+    return kUsual;
+}
+
+/// "a, b or c".
+std::string either(const std::vector<std::string>& words) {
+    std::string text;
+    for (size_t i = 0; i < words.size(); ++i)
+        text += (i == 0 ? "" : i + 1 < words.size() ? ", " : " or ") + words[i];
+    return text;
+}
+
+std::string didYouMean(const std::string& word, const std::vector<std::string>& known) {
+    const std::string nearest = nearestWord(word, known);
+    return nearest.empty() ? "" : "; did you mean " + nearest + "?";
+}
+
+/// The longest of "-o,--out", by which messages call an option.
+std::string longName(const std::string& names) { return names.substr(names.rfind(',') + 1); }
+
+/// Whether `option` is known by its place.
+bool isArgument(const std::string& names) { return names[0] != '-'; }
+
+/// A word and what it means, in two columns, of which the second begins at `column`.
+std::string row(const std::string& word, const std::string& meaning, size_t width, size_t column) {
+    std::string text = "  " + word;
+    if (text.size() + 2 > column)
+        text += '\n' + std::string(column, ' ');
+    else
+        text.resize(column, ' ');
+    return text + wrapped(meaning, width, column, column) + '\n';
+}
+
+/// Examples are not wrapped, so that they can be copied.
+std::string listed(const Example& example, size_t width) {
+    return "  # " + wrapped(example.task, width, 4, 4) + "\n  " + example.line + '\n';
+}
+
+}  // namespace
+
+Option& Option::required() {
+    m_option->required();
+    m_required = true;
+    return *this;
+}
+
+Option& Option::called(const std::string& value) {
+    m_value = value;
+    m_option->type_name(value);
+    return *this;
+}
+
+Option& Option::excludes(const Option& other) {
+    m_option->excludes(other.m_option);
+    return *this;
+}
+
+bool Option::given() const { return m_option->count() > 0; }
+
+std::string Option::name() const { return longName(m_names); }
+
+CommandLine::CommandLine(CLI::App* app) : m_app(app) {}
+
+Option& CommandLine::add(CLI::Option* option, const std::string& names, std::string value, std::string help) {
+    Option added;
+    added.m_option = option;
+    added.m_names = names;
+    added.m_value = std::move(value);
+    added.m_help = std::move(help);
+    m_options.push_back(std::move(added));
+    return m_options.back();
+}
+
+Option& CommandLine::parsed(const std::string& names, std::function<void(const std::string&)> take,
+                            const std::string& help) {
+    return add(m_app->add_option_function<std::string>(names, std::move(take)), names, "TEXT", help);
+}
+
+Option& CommandLine::repeated(const std::string& names, std::function<void(const std::string&)> take,
+                              const std::string& help) {
+    const auto take_each = [take = std::move(take)](const std::vector<std::string>& texts) {
+        for (const std::string& text : texts) take(text);
+    };
+    CLI::Option* const option = m_app->add_option_function<std::vector<std::string>>(names, take_each);
+    option->allow_extra_args(false)->take_all();
+    return add(option, names, "TEXT", help);
+}
+
+Option& CommandLine::text(const std::string& names, std::string* to, const std::string& help) {
+    return parsed(
+        names, [to](const std::string& text) { *to = text; }, help);
+}
+
+Option& CommandLine::whole(const std::string& names, int* to, int least, int most, const std::string& help) {
+    const std::string range = std::to_string(least) + " to " + std::to_string(most);
+    const auto take = [=](const std::string& text) {
+        double value = 0.0;
+        if (!parseNumber(text, &value) || value < least || value > most || value != std::floor(value))
+            throw UsageError(longName(names) + " " + text + ": a whole number from " + range + " is wanted");
+        *to = static_cast<int>(value);
+    };
+    return parsed(names, take, help + " (" + range + ", default " + std::to_string(*to) + ")").called("N");
+}
+
+Option& CommandLine::number(const std::string& names, double* to, double least, double most,
+                            const std::string& help) {
+    const std::string range = formatted("%g to %g", least, most);
+    const auto take = [=](const std::string& text) {
+        double value = 0.0;
+        if (!parseNumber(text, &value) || value < least || value > most)
+            throw UsageError(longName(names) + " " + text + ": a number from " + range + " is wanted");
+        *to = value;
+    };
+    return parsed(names, take, help + formatted(" (%s, default %g)", range.c_str(), *to)).called("X");
+}
+
+Option& CommandLine::word(const std::string& names, const std::vector<std::string>& words,
+                          std::function<void(size_t)> take, const std::string& help) {
+    const auto take_place = [=, take = std::move(take)](const std::string& text) {
+        const auto found = std::find(words.begin(), words.end(), text);
+        if (found == words.end())
+            throw UsageError(longName(names) + " " + text + ": " + either(words) + " is wanted" +
+                             didYouMean(text, words));
+        take(static_cast<size_t>(found - words.begin()));
+    };
+    return parsed(names, take_place, help).called("WORD");
+}
+
+Option& CommandLine::flag(const std::string& names, bool* to, const std::string& help) {
+    return add(m_app->add_flag_callback(names, [to] { *to = true; }), names, "", help);
+}
+
+Option& CommandLine::unset(const std::string& names, bool* to, const std::string& help) {
+    return add(m_app->add_flag_callback(names, [to] { *to = false; }), names, "", help);
+}
+
+Option& CommandLine::count(const std::string& names, int* to, const std::string& help) {
+    return add(m_app->add_flag(names, *to), names, "", help);
+}
+
+void CommandLine::table(const std::string& heading, std::vector<std::pair<std::string, std::string>> rows) {
+    m_tables.push_back({heading, std::move(rows)});
+}
+
+CommandLines::CommandLines(const std::string& program, const std::string& summary, const std::string& version)
+    : m_program(program),
+      m_summary(summary),
+      m_version(version),
+      m_app(std::make_unique<CLI::App>(summary, program)) {
+    m_app->set_version_flag("--version", version);
+    m_app->require_subcommand(1);
+}
+
+CommandLines::~CommandLines() = default;
+
+CommandLine* CommandLines::add(const std::string& name, const std::string& summary,
+                               std::vector<Example> examples) {
+    m_lines.emplace_back(new CommandLine(m_app->add_subcommand(name, summary)));
+    m_lines.back()->m_summary = summary;
+    m_lines.back()->m_examples = std::move(examples);
+    return m_lines.back().get();
+}
+
+void CommandLines::note(const std::string& text) { m_note = text; }
+
+bool CommandLines::parse(int argc, const char* const* argv, size_t* chosen) {
+    const auto parsed_line = [this] {
+        return static_cast<size_t>(std::find_if(m_lines.begin(), m_lines.end(),
+                                                [](const auto& line) { return line->m_app->parsed(); }) -
+                                   m_lines.begin());
+    };
+    try {
+        m_app->parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        const size_t asked = parsed_line();
+        const size_t width = terminalWidth();
+        std::fputs((asked < m_lines.size() ? help(*m_lines[asked], width) : help(width)).c_str(), stdout);
+        return false;
+    } catch (const CLI::CallForVersion&) {
+        std::puts(m_version.c_str());
+        return false;
+    } catch (const CLI::ParseError& error) {
+        refuse(error.what());
+    }
+    *chosen = parsed_line();
+    return true;
+}
+
+void CommandLines::refuse(const std::string& fault) const {
+    std::vector<std::string> commands;
+    std::vector<std::string> options = {"--help"};
+    const CommandLine* chosen = nullptr;
+    for (const auto& line : m_lines) {
+        commands.push_back(line->m_app->get_name());
+        if (line->m_app->parsed()) chosen = line.get();
+    }
+    // A word that nothing takes is the mistake, whatever else is missing because of it.
+    const std::vector<std::string> unknown = m_app->remaining(true);
+    if (unknown.empty())
+        throw UsageError(chosen == nullptr ? "a subcommand is wanted: " + either(commands) : fault);
+    const std::string& word = unknown.front();
+    const bool is_option = word.size() > 1 && word[0] == '-';
+    if (!is_option && chosen == nullptr) {
+        const std::string meant = didYouMean(word, commands);
+        throw UsageError(word + ": no such command" +
+                         (meant.empty() ? "; the commands are " + either(commands) : meant));
+    }
+    if (!is_option) throw UsageError(word + ": one argument too many");
+    if (chosen == nullptr)
+        options.emplace_back("--version");
+    else
+        for (const Option& option : chosen->m_options)
+            if (!isArgument(option.m_names)) options.push_back(option.name());
+    const std::string name = word.substr(0, word.find('='));
+    throw UsageError(name + ": no such option" + didYouMean(name, options));
+}
+
+std::string CommandLines::help(size_t width) const {
+    std::string text = wrapped(m_summary, width, 0) + "\n\n";
+    for (const auto& line : m_lines)
+        for (const Example& example : line->m_examples) text += listed(example, width);
+    text += "\nCommands:\n";
+    for (const auto& line : m_lines) text += row(line->m_app->get_name(), line->m_summary, width, 11);
+    text += '\n' + wrapped(m_program + " COMMAND --help: a command's options and more examples.", width, 0) +
+            '\n';
+    text += wrapped(m_program + " --version: the version.", width, 0) + '\n';
+    return text + '\n' + wrapped(m_note, width, 0) + '\n';
+}
+
+std::string CommandLines::help(const CommandLine& line, size_t width) const {
+    const size_t column = width < 72 ? 16 : 26;
+    std::string text =
+        wrapped(m_program + " " + line.m_app->get_name() + ": " + line.m_summary, width, 2) + "\n\n";
+    for (const Example& example : line.m_examples) text += listed(example, width);
+    std::string usage = m_program + " " + line.m_app->get_name();
+    std::string arguments, options;
+    for (const Option& option : line.m_options) {
+        const std::string help = (option.m_required ? "required: " : "") + option.m_help;
+        if (isArgument(option.m_names)) {
+            usage += option.m_required ? " " + option.m_names : " [" + option.m_names + "]";
+            arguments += row(option.m_names, option.m_help, width, column);
+            continue;
+        }
+        std::string names = option.m_names;
+        if (const size_t comma = names.find(','); comma != std::string::npos) names.insert(comma + 1, " ");
+        options += row(names + (option.m_value.empty() ? "" : " " + option.m_value), help, width, column);
+    }
+    text += '\n' + wrapped(usage + " [OPTIONS]", width, 2) + "\n\n" + arguments;
+    text += (arguments.empty() ? "" : "\n") + options + row("-h, --help", "this text", width, column);
+    for (const CommandLine::Table& table : line.m_tables) {
+        text += '\n' + wrapped(table.heading, width, 2) + '\n';
+        for (const auto& [word, meaning] : table.rows) text += row(word, meaning, width, column);
+    }
+    return text;
+}
+
+}  // namespace quorvane::app

@@ -1,0 +1,41 @@
+#include "apps/quorvane/terminal/numbers.h"
+
+#include <cmath>
+#include <cstdlib>
+
+#include "apps/quorvane/terminal/usage_error.h"
+
+namespace quorvane::app {
+namespace {
+
+constexpr double kLongestSide = 16384.0;
+
+}  // namespace
+
+bool parseNumber(const std::string& text, double* value) {
+    // strtod skips blanks and reads hexadecimal, which nobody means here.
+    if (text.empty() || text.find_first_not_of("0123456789+-.eE") != std::string::npos) return false;
+    char* end = nullptr;
+    const double number = std::strtod(text.c_str(), &end);
+    if (*end != '\0' || !std::isfinite(number)) return false;
+    *value = number;
+    return true;
+}
+
+bool parsePair(const std::string& text, char separator, double* first, double* second) {
+    const size_t at = text.find(separator);
+    return at != std::string::npos && parseNumber(text.substr(0, at), first) &&
+           parseNumber(text.substr(at + 1), second);
+}
+
+Size parseSize(const std::string& text) {
+    double width = 0.0, height = 0.0;
+    const auto is_side = [](double side) {
+        return side >= 1.0 && side <= kLongestSide && side == std::floor(side);
+    };
+    if (!parsePair(text, 'x', &width, &height) || !is_side(width) || !is_side(height))
+        throw UsageError("--size " + text + ": WxH in pixels is wanted, each 1 to 16384, such as 1280x720");
+    return {static_cast<int>(width), static_cast<int>(height)};
+}
+
+}  // namespace quorvane::app
