@@ -18,6 +18,9 @@
 namespace quorvane {
 namespace {
 
+/// More cost more than they show.
+constexpr int kGoodSamples = 4;
+
 /// OpenGL ES 3 has them without an extension.
 bool hasUnsignedIntIndices() { return glVersion() >= 30 || hasGlExtension("GL_OES_element_index_uint"); }
 
@@ -66,16 +69,21 @@ ParallaxView::~ParallaxView() {
 
 Status ParallaxView::create(int width, int height, uint32_t orientation,
                             std::unique_ptr<ParallaxView>* view) {
+    return create(width, height, ViewOptions{orientation, 1}, view);
+}
+
+Status ParallaxView::create(int width, int height, const ViewOptions& options,
+                            std::unique_ptr<ParallaxView>* view) {
     view->reset();
     if (eglGetCurrentContext() == EGL_NO_CONTEXT)
         return Status::failure("no OpenGL ES context is current on this thread");
     std::unique_ptr<ParallaxView> made(new ParallaxView);
-    Status status = made->open(width, height, orientation);
+    Status status = made->open(width, height, options);
     if (status) *view = std::move(made);
     return status;
 }
 
-Status ParallaxView::open(int width, int height, uint32_t orientation) {
+Status ParallaxView::open(int width, int height, const ViewOptions& options) {
     if (glInteger(GL_MAX_VERTEX_TEXTURE_IMAGE_UNITS) < 1)
         return Status::failure("this graphics driver has no texture unit for vertex shaders; one is needed");
     if (!hasUnsignedIntIndices())
@@ -87,8 +95,8 @@ Status ParallaxView::open(int width, int height, uint32_t orientation) {
     m_largest_output = std::min(
         {m_largest_texture, glInteger(GL_MAX_RENDERBUFFER_SIZE), std::min(viewport[0], viewport[1])});
 
-    m_renderer.getProperties(orientation);
-    return resize(width, height);
+    m_renderer.getProperties(options.orientation);
+    return makeOutput(width, height, options.samples);
 }
 
 Status ParallaxView::checkCaller() const {
@@ -99,11 +107,20 @@ Status ParallaxView::checkCaller() const {
     return Status::success();
 }
 
-Status ParallaxView::resize(int width, int height) {
+Status ParallaxView::resize(int width, int height) { return makeOutput(width, height, m_samples_wanted); }
+
+Status ParallaxView::setSamples(int samples) { return makeOutput(m_width, m_height, samples); }
+
+int ParallaxView::samples() const noexcept { return m_output->samples(); }
+
+Status ParallaxView::makeOutput(int width, int height, int samples) {
     Status status = checkCaller();
     if (!status) return status;
     status = checkSides("output", width, height, 1, m_largest_output);
     if (!status) return status;
+    if (samples != kAutoSamples && samples != 1 && samples != 2 && samples != 4 && samples != 8)
+        return Status::failure(text("%d samples a pixel; 1, 2, 4, 8 and %d (as many as are good) are known",
+                                    samples, kAutoSamples));
 
     m_gl_state->setForUploads();
     std::unique_ptr<Output> output;
@@ -125,7 +142,10 @@ Status ParallaxView::resize(int width, int height) {
         }
         return status;
     }
+    const int most_samples = samples == kAutoSamples ? kGoodSamples : samples;
+    if (most_samples > 1) output->addSamples(m_renderer, most_samples);
     m_output = std::move(output);
+    m_samples_wanted = samples;
     m_width = width;
     m_height = height;
     m_has_picture = false;
@@ -270,11 +290,10 @@ Status ParallaxView::render() {
     if (!m_has_depth) return Status::failure("nothing to draw: no depth map is set for this photo");
 
     m_gl_state->setForDrawing();
-    // The renderer clears what is bound on entry.
-    m_gl_state->bindFramebuffer(m_renderer.m_fbo);
+    m_output->begin(m_renderer, *m_gl_state);
     forgetGlErrors();
     m_renderer.renderFrame();
-    status = glStatus("drawing");
+    status = m_output->finish(*m_gl_state);
     m_has_picture = status.ok();
     return status;
 }
@@ -294,7 +313,7 @@ Status ParallaxView::readPixels(const WritablePixels& rgba) const {
     if (!status) return status;
 
     m_gl_state->setForReading();
-    m_gl_state->bindFramebuffer(m_renderer.m_fbo);
+    m_gl_state->bindFramebuffer(m_output->readable(m_renderer));
     forgetGlErrors();
     // The photo's first row is drawn at the framebuffer's bottom, so GL's row order is the picture's.
     glReadPixels(0, 0, m_width, m_height, GL_RGBA, GL_UNSIGNED_BYTE, rows.data());

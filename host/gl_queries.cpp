@@ -44,8 +44,9 @@ void forgetGlErrors() noexcept {
     }
 }
 
-Status glStatus(const char* doing) {
-    const GLenum error = glGetError();
+Status glStatus(const char* doing) { return glStatus(doing, glGetError()); }
+
+Status glStatus(const char* doing, GLenum error) {
     if (error == GL_NO_ERROR) return Status::success();
     if (error == GL_OUT_OF_MEMORY)
         return Status::failure(text("%s: the graphics driver is out of memory", doing));

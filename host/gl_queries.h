@@ -1,6 +1,7 @@
 #ifndef QUORVANE_HOST_GL_QUERIES_H
 #define QUORVANE_HOST_GL_QUERIES_H
 
+#include <EGL/egl.h>
 #include <GLES2/gl2.h>
 
 #include "quorvane/host/Status.h"
@@ -19,8 +20,17 @@ int glVersion() noexcept;
 
 GLint glInteger(GLenum name) noexcept;
 
+/// Null where the driver does not give it out.
+template <typename Function>
+void loadFunction(const char* name, Function* function) noexcept {
+    *function = reinterpret_cast<Function>(eglGetProcAddress(name));
+}
+
 /// Errors that the app left behind are not ours to report.
 void forgetGlErrors() noexcept;
+
+/// Failure for an error but GL_NO_ERROR; `doing` begins the sentence.
+Status glStatus(const char* doing, GLenum error);
 
 /// The error that the calls since `forgetGlErrors` have left; `doing` begins the sentence.
 Status glStatus(const char* doing);

@@ -1,7 +1,5 @@
 #include "host/gl_state.h"
 
-#include <EGL/egl.h>
-
 #include "host/gl_queries.h"
 
 namespace quorvane {
@@ -17,11 +15,6 @@ constexpr GLenum kDepthClamp = 0x864F;
 constexpr GLenum kPackReverseRowOrder = 0x93A4;
 constexpr GLenum kLowerLeft = 0x8CA1;
 constexpr GLenum kNegativeOneToOne = 0x935E;
-
-template <typename Function>
-void load(const char* name, Function* function) {
-    *function = reinterpret_cast<Function>(eglGetProcAddress(name));
-}
 
 /// A driver that does not give a function out has no app that called it.
 template <typename Function, typename... Arguments>
@@ -45,14 +38,14 @@ GlState::GlState()
     if (m_version >= 31) m_switches.push_back(kSampleMask);
     if (hasGlExtension("GL_EXT_clip_cull_distance"))
         for (GLenum i = 0; i < 8; ++i) m_switches.push_back(kClipDistance0 + i);
-    load("glBindSampler", &m_bind_sampler);
-    load("glBindVertexArray", &m_bind_vertex_array);
-    load("glDrawBuffers", &m_draw_buffers);
-    load("glPauseTransformFeedback", &m_pause_transform_feedback);
-    load("glReadBuffer", &m_read_buffer);
-    load("glVertexAttribDivisor", &m_vertex_attrib_divisor);
-    if (m_version >= 32) load("glPrimitiveBoundingBox", &m_primitive_bounding_box);
-    if (hasGlExtension("GL_EXT_clip_control")) load("glClipControlEXT", &m_clip_control);
+    loadFunction("glBindSampler", &m_bind_sampler);
+    loadFunction("glBindVertexArray", &m_bind_vertex_array);
+    loadFunction("glDrawBuffers", &m_draw_buffers);
+    loadFunction("glPauseTransformFeedback", &m_pause_transform_feedback);
+    loadFunction("glReadBuffer", &m_read_buffer);
+    loadFunction("glVertexAttribDivisor", &m_vertex_attrib_divisor);
+    if (m_version >= 32) loadFunction("glPrimitiveBoundingBox", &m_primitive_bounding_box);
+    if (hasGlExtension("GL_EXT_clip_control")) loadFunction("glClipControlEXT", &m_clip_control);
 }
 
 void GlState::setForUploads() const {

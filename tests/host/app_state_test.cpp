@@ -255,6 +255,7 @@ const std::vector<AppState>& appStates() {
              glEnable(GL_SAMPLE_MASK);
              glSampleMaski(0, 0);
          }},
+        {"no multisampling", [](App&) { glDisable(GL_MULTISAMPLE_EXT); }, "GL_EXT_multisample_compatibility"},
         {"sample shading",
          [](App&) {
              glEnable(GL_SAMPLE_SHADING);
@@ -422,7 +423,7 @@ class AppStateTest : public DriverTest {
     }
 
     /// A picture of a whole life, in a context of its own; the app does `set` before each call.
-    Bytes pictureOf(const std::function<void(App&)>& set) {
+    Bytes pictureOf(const std::function<void(App&)>& set, int samples = 1) {
         context.reset();
         EXPECT_TRUE(OffscreenContext::create(&context).ok());
         App app;
@@ -438,7 +439,10 @@ class AppStateTest : public DriverTest {
         constexpr size_t kBehind = 1 << 16;
         Bytes pixels(kPicture + kBehind, 0xcd);
         std::unique_ptr<ParallaxView> view;
-        const bool drawn = call([&] { return ParallaxView::create(20, 30, 4, &view); }) && call([&] {
+        const bool drawn = call([&] {
+                               return ParallaxView::create(20, 30, ViewOptions{4, samples}, &view);
+                           }) &&
+                           call([&] {
                                return view->setPhoto({photo, kPhoto, kPhoto});
                            }) &&
                            call([&] {
@@ -473,17 +477,18 @@ class AppStateTest : public DriverTest {
 };
 
 TEST_F(AppStateTest, NoStateOfTheAppChangesThePicture) {
-    const Bytes wanted = pictureOf([](App&) {});
-    ASSERT_FALSE(wanted.empty());
-    for (const AppState& state : appStates()) {
-        SCOPED_TRACE(state.name);
-        if (*state.extension != '\0' && !hasExtension(state.extension)) continue;
-        EXPECT_TRUE(pictureOf(state.set) == wanted) << "another picture";
+    for (const int samples : {1, 4}) {
+        const Bytes wanted = pictureOf([](App&) {}, samples);
+        ASSERT_FALSE(wanted.empty());
+        for (const AppState& state : appStates()) {
+            SCOPED_TRACE(state.name);
+            if (*state.extension != '\0' && !hasExtension(state.extension)) continue;
+            EXPECT_TRUE(pictureOf(state.set, samples) == wanted) << "another picture of " << samples;
+        }
     }
 }
 
 TEST_F(AppStateTest, AllStatesTogetherChangeNoPicture) {
-    const Bytes wanted = pictureOf([](App&) {});
     std::vector<const AppState*> usable;
     for (const AppState& state : appStates())
         if (*state.extension == '\0' || hasExtension(state.extension)) usable.push_back(&state);
@@ -492,10 +497,12 @@ TEST_F(AppStateTest, AllStatesTogetherChangeNoPicture) {
         const std::string name = state->name;
         return name.rfind("transform feedback", 0) == 0 || name == "a conservative occlusion query";
     };
-    EXPECT_TRUE(pictureOf([&](App& app) {
-                    for (const AppState* state : usable)
-                        if (!excludes(state)) state->set(app);
-                }) == wanted);
+    const auto setAll = [&](App& app) {
+        for (const AppState* state : usable)
+            if (!excludes(state)) state->set(app);
+    };
+    for (const int samples : {1, 4})
+        EXPECT_TRUE(pictureOf(setAll, samples) == pictureOf([](App&) {}, samples)) << samples;
 }
 
 TEST_F(AppStateTest, WhatTheClassDoesNotNameStays) {

@@ -57,13 +57,14 @@ EGLBoolean queryDevices(EGLint limit, EGLDeviceEXT* devices, EGLint* count) {
 
 }  // namespace
 
-__eglMustCastToProperFunctionPointerType eglGetProcAddress(const char* name) {
+EglDouble::Function eglGetProcAddress(const char* name) {
     if (auto* real = DRIVER(eglGetProcAddress)) return real(name);
-    using Pointer = __eglMustCastToProperFunctionPointerType;
+    using Pointer = EglDouble::Function;
     if (egl().missing_functions.count(name) != 0) return nullptr;
     if (std::strcmp(name, "eglGetPlatformDisplayEXT") == 0) return reinterpret_cast<Pointer>(platformDisplay);
     if (std::strcmp(name, "eglQueryDevicesEXT") == 0) return reinterpret_cast<Pointer>(queryDevices);
-    return nullptr;
+    const auto more = egl().functions.find(name);
+    return more != egl().functions.end() ? more->second : nullptr;
 }
 
 const char* eglQueryString(EGLDisplay display, EGLint name) {

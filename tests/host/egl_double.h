@@ -20,13 +20,16 @@ struct EglDouble {
     static EGLDisplay handle(uintptr_t value) { return reinterpret_cast<EGLDisplay>(value); }
     static constexpr uintptr_t kSurfaceless = 0xe0, kDevice0 = 0xe1, kDevice1 = 0xe2, kDefault = 0xd1;
 
+    using Function = __eglMustCastToProperFunctionPointerType;
+
     // Scripts.
 
     std::string client_extensions = "EGL_EXT_platform_device EGL_MESA_platform_surfaceless";
     std::string display_extensions = "EGL_KHR_image EGL_KHR_surfaceless_context";
-    std::set<std::string> failing;            ///< functions that fail
-    std::set<EGLDisplay> broken_displays;     ///< on which eglInitialize fails
-    std::set<std::string> missing_functions;  ///< for eglGetProcAddress
+    std::set<std::string> failing;              ///< functions that fail
+    std::set<EGLDisplay> broken_displays;       ///< on which eglInitialize fails
+    std::set<std::string> missing_functions;    ///< for eglGetProcAddress
+    std::map<std::string, Function> functions;  ///< more that eglGetProcAddress has
     EGLint configurations = 1;
     EGLDisplay default_display = handle(kDefault);
     uintptr_t next_context = 0xc1;  ///< 0xc1 is what the GL recorder calls current

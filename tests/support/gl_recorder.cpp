@@ -30,6 +30,7 @@ void GlRecorder::reset(Mode mode) {
     integers = {{GL_MAX_TEXTURE_SIZE, 4096}};
     pixel_byte = [](size_t) { return uint8_t{0}; };
     created_sync = reinterpret_cast<EGLSyncKHR>(uintptr_t{0x5a});
+    current_context = reinterpret_cast<EGLContext>(uintptr_t{0xc1});
 }
 
 void GlRecorder::noteCall(const std::string& function) {
@@ -829,7 +830,7 @@ EGLDisplay eglGetCurrentDisplay() {
 EGLContext eglGetCurrentContext() {
     call("eglGetCurrentContext");
     if (auto* driver = DRIVER(eglGetCurrentContext)) return driver();
-    return reinterpret_cast<EGLContext>(uintptr_t{0xc1});
+    return state().current_context;
 }
 
 EGLint eglGetError() {

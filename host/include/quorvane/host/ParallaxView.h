@@ -48,6 +48,17 @@ struct Geometry {
     float still_depth;
 };
 
+/// Leaves the number of samples to the view: 4, or as many as the driver has.
+constexpr int kAutoSamples = 0;
+
+struct ViewOptions {
+    /// Chooses the tuned parameter set as in `ESRenderer::getProperties`: 4 and 7 the first, every other code
+    /// the second.
+    uint32_t orientation = 4;
+    /// How many a pixel, so that silhouettes are smooth: 1, 2, 4, 8 or `kAutoSamples`. See `samples`.
+    int samples = kAutoSamples;
+};
+
 /// A ready-made host: owns the renderer, its working memory, the output texture and a depth buffer, so that
 /// near things hide far things, and checks everything that the renderer trusts.
 ///
@@ -59,6 +70,10 @@ struct Geometry {
 /// texture. The result depends on these inputs alone and not on the GL state that the app left, be the
 /// context of OpenGL ES 2 or 3.
 ///
+/// Several samples a pixel take EXT_multisampled_render_to_texture or OpenGL ES 3. While the renderer's debug
+/// switch is on, one is drawn. The use of the extension has been tested against recorded calls, not yet on a
+/// driver that has it.
+///
 /// Of the app's own GL state these are changed afterwards:
 ///   - by every call that uploads, draws or reads: the bindings of the vertex array object (to 0), the array,
 ///     element array, pixel pack and pixel unpack buffer, the program, the framebuffer, the renderbuffer, the
@@ -68,12 +83,15 @@ struct Geometry {
 ///     the viewport, the depth range, the clear values, the masks of colour and depth, the depth test (on);
 ///     off are blending, culling, scissor and stencil test, polygon offset, sample coverage and mask, clip
 ///     distances, clamping of depths and discarding of primitives; clip control and the primitive bounding
-///     box are as at first
+///     box are as at first; with several samples also: multisampling is on and sample shading off
 ///   - transform feedback that is running is paused, and a query that is running counts what `render` draws
 class ParallaxView {
   public:
-    /// Makes a view whose pictures are width x height pixels. `orientation` chooses the tuned parameter set
-    /// as in `ESRenderer::getProperties`: 4 and 7 the first, every other code the second.
+    /// Makes a view whose pictures are width x height pixels.
+    static Status create(int width, int height, const ViewOptions& options,
+                         std::unique_ptr<ParallaxView>* view);
+
+    /// The same with one sample a pixel.
     static Status create(int width, int height, uint32_t orientation, std::unique_ptr<ParallaxView>* view);
 
     /// Where the view's context is not current, its GL objects are left to go with that context, and one line
@@ -124,14 +142,23 @@ class ParallaxView {
     /// Changes the pictures' size, 1 x 1 to the driver's limit. The images stay.
     Status resize(int width, int height);
 
+    /// Changes how many samples a pixel are drawn: 1, 2, 4, 8 or `kAutoSamples`. As `resize` does, it makes a
+    /// new texture. The images stay.
+    Status setSamples(int samples);
+
+    /// How many samples a pixel are drawn: as many as were asked for, or half of that as often as the driver
+    /// does not know the count or has too little memory for it. 1 where the driver cannot draw several;
+    /// pictures of twice the size, reduced, are as smooth then.
+    int samples() const noexcept;
+
     /// Draws the picture and waits until it is finished. Needs a photo and a depth map.
     Status render();
 
     /// Copies the last picture, 4 bytes a pixel: R, G, B, A. `rgba` has the picture's size.
     Status readPixels(const WritablePixels& rgba) const;
 
-    /// The last picture's texture, RGBA, its first row the picture's top. Deleted by `resize` and the
-    /// destructor.
+    /// The last picture's texture, RGBA, its first row the picture's top. Deleted by `resize`,
+    /// `setSamples` and the destructor.
     GLuint texture() const noexcept;
 
     int width() const noexcept { return m_width; }
@@ -145,7 +172,8 @@ class ParallaxView {
 
   private:
     ParallaxView();
-    Status open(int width, int height, uint32_t orientation);
+    Status open(int width, int height, const ViewOptions& options);
+    Status makeOutput(int width, int height, int samples);
     Status checkCaller() const;
     Status checkSample(float x, float y, float z) const;
     Status setPhoto(const Pixels& pixels, int bytes_per_pixel);
@@ -159,6 +187,7 @@ class ParallaxView {
     std::unique_ptr<Output> m_output;
     int m_width = 0;
     int m_height = 0;
+    int m_samples_wanted = 1;
     int m_largest_texture = 0;
     int m_largest_output = 0;
     bool m_has_photo = false;

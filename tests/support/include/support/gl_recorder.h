@@ -83,6 +83,7 @@ class GlRecorder {
     EGLSyncKHR created_sync = nullptr;
     EGLint wait_result = EGL_CONDITION_SATISFIED_KHR;
     EGLint egl_error = EGL_SUCCESS;
+    EGLContext current_context = nullptr;
 
     /// Makes `error` pending now.
     void queueError(GLenum error) { m_errors.push_back(error); }
