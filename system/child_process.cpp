@@ -74,6 +74,8 @@ class Attributes {
 
 }  // namespace
 
+int ExitStatus::signal() const noexcept { return WIFSIGNALED(m_status) ? WTERMSIG(m_status) : 0; }
+
 std::string ExitStatus::words() const {
     if (WIFSIGNALED(m_status)) {
         const int signal = WTERMSIG(m_status);

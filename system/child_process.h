@@ -21,6 +21,9 @@ class ExitStatus {
 
     bool succeeded() const noexcept { return m_status == 0; }
 
+    /// The signal that ended it; 0 where it ended by itself.
+    int signal() const noexcept;
+
     /// "ended with exit code 3" or "was ended by signal 9 (Killed)".
     std::string words() const;
 
