@@ -83,8 +83,8 @@ double inverseRange(double t, double near, double far) {
 
 /// decode(bytes, name, orientation) of the unblurred original; where that is missing or fails, of the file.
 template <typename Decode>
-auto originalOr(const std::string& file, const Contents& contents, const std::string& name,
-                std::string* remark, Decode decode) {
+auto originalOr(std::string_view file, const Contents& contents, const std::string& name, std::string* remark,
+                Decode decode) {
     if (contents.original) {
         const EmbeddedPhoto& original = *contents.original;
         try {
@@ -98,22 +98,21 @@ auto originalOr(const std::string& file, const Contents& contents, const std::st
 
 }  // namespace
 
-RgbImage decodePhoto(const std::string& file, const Contents& contents, const std::string& name,
+RgbImage decodePhoto(std::string_view file, const Contents& contents, const std::string& name,
                      long long most_pixels, std::string* remark) {
     return originalOr(file, contents, name, remark,
-                      [&](const std::string& bytes, const std::string& where, int orientation) {
+                      [&](std::string_view bytes, const std::string& where, int orientation) {
                           return decodePhoto(bytes, where, most_pixels, orientation);
                       });
 }
 
-PhotoPreview previewPhoto(const std::string& file, const Contents& contents, const std::string& name,
+PhotoPreview previewPhoto(std::string_view file, const Contents& contents, const std::string& name,
                           int least_side, long long most_pixels, std::string* remark) {
-    return originalOr(
-        file, contents, name, remark,
-        [&](const std::string& bytes, const std::string& where, int orientation) -> PhotoPreview {
-            return {readPictureHeader(bytes, where, most_pixels, orientation),
-                    decodePhotoShrunk(bytes, where, least_side, most_pixels, orientation)};
-        });
+    return originalOr(file, contents, name, remark,
+                      [&](std::string_view bytes, const std::string& where, int orientation) -> PhotoPreview {
+                          return {readPictureHeader(bytes, where, most_pixels, orientation),
+                                  decodePhotoShrunk(bytes, where, least_side, most_pixels, orientation)};
+                      });
 }
 
 DepthMap decodeDepth(const EmbeddedDepth& depth, const std::string& name, long long most_pixels,
@@ -139,7 +138,7 @@ DepthMap decodeDepth(const EmbeddedDepth& depth, const std::string& name, long l
     return map;
 }
 
-SplitPicture decodeSideBySide(const std::string& file, DepthHalf half, const std::string& name,
+SplitPicture decodeSideBySide(std::string_view file, DepthHalf half, const std::string& name,
                               long long most_pixels) {
     const RgbImage whole = decodePhoto(file, name, most_pixels);
     const bool across = half == DepthHalf::kRight || half == DepthHalf::kLeft;

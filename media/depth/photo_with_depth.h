@@ -2,6 +2,7 @@
 #define QUORVANE_MEDIA_DEPTH_PHOTO_WITH_DEPTH_H
 
 #include <string>
+#include <string_view>
 
 #include "media/embedded/embedded.h"
 #include "media/picture/image.h"
@@ -14,7 +15,7 @@ namespace quorvane::media {
 
 /// The photo to show, upright: the unblurred original in `contents`, or the file's own picture if there is no
 /// original or it cannot be decoded.
-RgbImage decodePhoto(const std::string& file, const Contents& contents, const std::string& name,
+RgbImage decodePhoto(std::string_view file, const Contents& contents, const std::string& name,
                      long long most_pixels = kMostPixels, std::string* remark = nullptr);
 
 /// The same photo's header, and the photo shrunk as decodePhotoShrunk() does.
@@ -22,7 +23,7 @@ struct PhotoPreview {
     PictureHeader header;
     RgbImage shrunk;
 };
-PhotoPreview previewPhoto(const std::string& file, const Contents& contents, const std::string& name,
+PhotoPreview previewPhoto(std::string_view file, const Contents& contents, const std::string& name,
                           int least_side, long long most_pixels = kMostPixels, std::string* remark = nullptr);
 
 /// An embedded plane as a depth map: upright, larger = nearer, and linear in 1 / distance if its kind is
@@ -40,7 +41,7 @@ struct SplitPicture {
     RgbImage photo;
     DepthMap depth;
 };
-SplitPicture decodeSideBySide(const std::string& file, DepthHalf half, const std::string& name,
+SplitPicture decodeSideBySide(std::string_view file, DepthHalf half, const std::string& name,
                               long long most_pixels = kMostPixels);
 
 }  // namespace quorvane::media
