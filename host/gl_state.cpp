@@ -55,8 +55,9 @@ void GlState::setForUploads() const {
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
     if (m_version < 30) return;
     glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
-    for (const GLenum place : {GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS})
-        glPixelStorei(place, 0);
+    glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+    glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
+    glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
 }
 
 void GlState::setForDrawing() const {
@@ -89,8 +90,9 @@ void GlState::setForReading() const {
 void GlState::setPlaceToRead() const {
     if (m_version < 30) return;
     glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
-    for (const GLenum place : {GL_PACK_ROW_LENGTH, GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS})
-        glPixelStorei(place, 0);
+    glPixelStorei(GL_PACK_ROW_LENGTH, 0);
+    glPixelStorei(GL_PACK_SKIP_ROWS, 0);
+    glPixelStorei(GL_PACK_SKIP_PIXELS, 0);
 }
 
 void GlState::bindFramebuffer(GLuint framebuffer) const {

@@ -25,16 +25,13 @@ class CurrentContext {
     CurrentContext(const CurrentContext&) = delete;
     CurrentContext& operator=(const CurrentContext&) = delete;
 
-    EGLContext context() const { return m_context; }
-
-    /// Leaves the thread without a context until the scope ends.
+  private:
     static void release() {
         const EGLDisplay display = eglGetCurrentDisplay();
         if (display != EGL_NO_DISPLAY)
             eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     }
 
-  private:
     const EGLDisplay m_display;
     const EGLSurface m_draw;
     const EGLSurface m_read;

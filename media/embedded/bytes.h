@@ -11,7 +11,7 @@ namespace quorvane::media {
 /// `size` bytes at `offset`, or nothing where they do not all lie inside.
 inline std::optional<std::string_view> part(std::string_view bytes, uint64_t offset, uint64_t size) {
     if (offset > bytes.size() || size > bytes.size() - offset) return std::nullopt;
-    return bytes.substr(offset, size);
+    return bytes.substr(static_cast<size_t>(offset), static_cast<size_t>(size));
 }
 
 inline bool startsWith(std::string_view bytes, std::string_view start) {
