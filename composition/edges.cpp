@@ -242,7 +242,8 @@ std::vector<uint8_t> cleanEdges(const uint8_t* depth, Size size, Size grid) {
     if (radius > 0) harden(&plane, radius);
 
     // A cell that is made of many samples is near as soon as a part of it is, which already is half a growth.
-    const bool many_samples = 2 * int64_t{size.width} >= 3 * int64_t{grid.width};
+    const auto has_many = [](int samples, int cells) { return 2 * int64_t{samples} >= 3 * int64_t{cells}; };
+    const bool many_samples = has_many(size.width, grid.width) && has_many(size.height, grid.height);
     // The softer a map, the less it knows where outlines are; a near thing's rim is missed first.
     const bool soft = radius >= 2;
     const int growths = (many_samples ? 1 : 2) + (soft ? 1 : 0);

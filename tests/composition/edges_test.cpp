@@ -237,6 +237,27 @@ TEST(CleanEdges, TakeTheSmallestMapsAndGrids) {
         }
 }
 
+TEST(CleanEdges, StayWithinTheMapsRangeForAllSizes) {
+    std::mt19937 random(1);
+    const auto side = [&] { return 1 + static_cast<int>(random() % 60); };
+    for (int i = 0; i < 400; ++i) {
+        const bool noise = i % 2 == 0;
+        const Map map({side(), side()}, [&](int x, int y) {
+            if (noise) return 20.0 + static_cast<int>(random() % 200);
+            return (x / 9 + y / 7) % 2 == 0 ? 30.0 + static_cast<int>(random() % 3) : 200.0;
+        });
+        const Size grid = {side(), side()};
+        SCOPED_TRACE(testing::Message() << map.size.width << " x " << map.size.height << " to " << grid.width
+                                        << " x " << grid.height);
+        const auto [least, most] = std::minmax_element(map.samples.begin(), map.samples.end());
+        const Map result = clean(map, grid);
+        const auto [farthest, nearest] = std::minmax_element(result.samples.begin(), result.samples.end());
+        ASSERT_GE(*farthest, *least);
+        ASSERT_LE(*nearest, *most);
+        ASSERT_GE(blurOf(map), 0.0);
+    }
+}
+
 TEST(CleanEdges, GiveACellTheSameSampleThroughout) {
     const Map map({30, 20}, [](int x, int y) { return (x * 37 + y * 91) % 256; });
     const Map result = clean(map, {15, 20});

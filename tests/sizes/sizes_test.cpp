@@ -180,6 +180,14 @@ TEST(FitSizes, KeepsItsPromisesForAllBudgets) {
                 }
 }
 
+TEST(PlanFit, KeepsToTheBudgetForThePartThatIsUsed) {
+    // The middle 1000 x 1000 of the photo: 250000 cells of 2 x 2 pixels are 500000 triangles.
+    const FitPlan plan = planFit({1500, 1000}, {300, 200}, {500, 500}, kLargest, kAutoGrid);
+    EXPECT_EQ(plan.photo, (Size{1000, 1000}));
+    EXPECT_EQ(plan.fit.grid, (Size{250, 250}));
+    EXPECT_EQ(planFit({1500, 1000}, {300, 200}, {500, 500}, kLargest, kFineGrid).fit.grid, (Size{500, 500}));
+}
+
 TEST(FitSizes, StaysWithinTwoGigabytesOnAFineGrid) {
     const Fit fit = fitSizes({20000, 20000}, {64, 64}, 20000, GridBudget{std::numeric_limits<int>::max()});
     EXPECT_EQ(fit.photo, (Size{20000, 20000}));
