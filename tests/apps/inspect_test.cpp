@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "media/picture/picture_file.h"
+#include "media/picture/vips.h"
 #include "phone_photos.h"
 #include "process.h"
 #include "support/temporary_folder.h"
@@ -173,6 +174,43 @@ TEST_F(Inspect, PhotoWithoutDepthIsNoError) {
     EXPECT_TRUE(report["depth"].is_null());
     EXPECT_THAT(std::string(report["no_depth"]), HasSubstr("messengers"));
     EXPECT_TRUE(report.at("plan").is_null());
+}
+
+/// A picture file of 108 megapixels, black: 324 MB as a photo.
+constexpr int kHugeWidth = 12000, kHugeHeight = 9000;
+constexpr double kFarFromWholeMb = 200.0;
+
+std::string hugeFile(const std::string& path) {
+    media::startVips();
+    vips::VImage::black(kHugeWidth, kHugeHeight).write_to_file(path.c_str());
+    return path;
+}
+
+TEST_F(Inspect, WithoutDepthOnlyTheHeaderIsRead) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "A SANITIZED PROGRAM TAKES MORE, MEMORY WAS NOT MEASURED";
+#endif
+    for (const char* name : {"a.jpg", "a.png"}) {
+        SCOPED_TRACE(name);
+        const Outcome outcome = quorvane({"inspect", hugeFile(folder / name), "--json"});
+        ASSERT_EQ(outcome.code, 0) << outcome.err;
+        EXPECT_EQ(json::parse(outcome.out)["photo"], json({{"width", kHugeWidth}, {"height", kHugeHeight}}));
+        EXPECT_LT(outcome.peak_mb, kFarFromWholeMb);
+    }
+}
+
+TEST_F(Inspect, WithDepthThePhotoIsShrunkWhileItIsDecoded) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "A SANITIZED PROGRAM TAKES MORE, MEMORY WAS NOT MEASURED";
+#endif
+    const std::string depth = write("d.png", pngFile(plane));
+    const Outcome outcome = quorvane({"inspect", hugeFile(folder / "a.jpg"), depth, "--json"});
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
+    const json report = json::parse(outcome.out);
+    const json whole = {{"width", kHugeWidth}, {"height", kHugeHeight}};
+    EXPECT_EQ(report["photo"], whole);
+    EXPECT_EQ(report["plan"]["photo"]["from"], whole);
+    EXPECT_LT(outcome.peak_mb, kFarFromWholeMb);
 }
 
 TEST_F(Inspect, DamageIsReported) {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -83,8 +84,10 @@ Outcome Process::wait() {
         }
     }
     int status = 0;
-    waitpid(m_pid, &status, 0);
+    rusage used = {};
+    wait4(m_pid, &status, 0, &used);
     m_pid = -1;
+    outcome.peak_mb = static_cast<double>(used.ru_maxrss) / 1024.0;
     outcome.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     return outcome;
 }

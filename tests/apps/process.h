@@ -14,6 +14,7 @@ struct Outcome {
     int code = -1;  ///< exit code, or 128 + the signal that ended it
     std::string out;
     std::string err;
+    double peak_mb = 0.0;  ///< most memory it held; at least what this process held when it started
 };
 
 /// The quorvane program with arguments; `environment` is added to this process's, and `prepare` is called in
