@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "picture/reference_renderer.h"
+#include "picture/model_renderer.h"
 
 namespace quorvane {
 namespace {
@@ -49,7 +49,7 @@ struct Scene {
 /// How many pixels of the picture of a white photo are not white, drawn by a renderer that knows nothing of
 /// frames.
 int borderPixels(const Scene& scene, const Camera& camera, ViewPosition position, double fov_scale) {
-    test::ReferenceScene drawn;
+    test::ModelScene drawn;
     drawn.photo_width = drawn.photo_height = 2;
     drawn.photo.assign(12, 255);
     drawn.grid_width = scene.grid.depth.width;
@@ -69,7 +69,7 @@ int borderPixels(const Scene& scene, const Camera& camera, ViewPosition position
     drawn.pivot = camera.pivot_distance;
     drawn.fov_scale = fov_scale;
     drawn.far_plane = camera.far_distance;
-    const std::vector<double> picture = referencePicture(drawn);
+    const std::vector<double> picture = modelPicture(drawn);
     return static_cast<int>(
         std::count_if(picture.begin(), picture.end(), [](double sample) { return sample < 254.5; }));
 }

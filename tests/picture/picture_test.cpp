@@ -1,11 +1,11 @@
-// The driver's pictures against the reference renderer, which knows nothing of the renderer's code: it starts
+// The driver's pictures against the model renderer, which knows nothing of the renderer's code: it starts
 // from the planes that were uploaded.
 
 #include <algorithm>
 #include <cmath>
 
 #include "../host/host_test.h"
-#include "reference_renderer.h"
+#include "model_renderer.h"
 #include "stored_picture.h"
 
 namespace quorvane::test {
@@ -57,8 +57,8 @@ void PrintTo(const Case& c, std::ostream* out) { *out << c.name; }
 
 class Picture : public DriverTest, public testing::WithParamInterface<Case> {
   protected:
-    ReferenceScene sceneOf(const ESRenderer& renderer, bool depth_tested) const {
-        ReferenceScene scene = {};
+    ModelScene sceneOf(const ESRenderer& renderer, bool depth_tested) const {
+        ModelScene scene = {};
         // The last two uploads of their formats are the photo and the shaped depth.
         for (const TextureUpload& upload : gl.texture_uploads) {
             if (upload.format == GL_RGB) {
@@ -98,10 +98,10 @@ constexpr double kTolerance = 2.5;
 constexpr double kShareOfContrast = 1.0 / 16;
 constexpr double kOutliers = 0.0002;
 
-/// Whether a pixel has the reference's colour there or next to there.
-bool agrees(const std::vector<double>& reference, const Bytes& rgba, int width, int height, int x, int y) {
+/// Whether a pixel has the model's colour there or next to there.
+bool agrees(const std::vector<double>& model, const Bytes& rgba, int width, int height, int x, int y) {
     const auto at = [&](int column, int row, size_t channel) {
-        return reference[3 * static_cast<size_t>(row * width + column) + channel];
+        return model[3 * static_cast<size_t>(row * width + column) + channel];
     };
     double contrast = 0;
     for (size_t c = 0; c < 3; ++c) {
@@ -125,7 +125,7 @@ bool agrees(const std::vector<double>& reference, const Bytes& rgba, int width, 
     return false;
 }
 
-TEST_P(Picture, AgreesWithTheReference) {
+TEST_P(Picture, AgreesWithTheModel) {
     const Case& c = GetParam();
     std::unique_ptr<ParallaxView> view;
     Bytes pixels(4 * static_cast<size_t>(c.width) * static_cast<size_t>(c.height));
@@ -149,22 +149,22 @@ TEST_P(Picture, AgreesWithTheReference) {
         ASSERT_TRUE(view->readPixels({pixels, view->width(), view->height()}).ok());
     }
 
-    const std::vector<double> reference = referencePicture(sceneOf(view->renderer(), c.depth_buffer));
+    const std::vector<double> model = modelPicture(sceneOf(view->renderer(), c.depth_buffer));
     std::vector<std::pair<int, int>> outliers;
     for (int y = 0; y < c.height; ++y)
         for (int x = 0; x < c.width; ++x) {
             ASSERT_EQ(pixels[4 * static_cast<size_t>(y * c.width + x) + 3], 255)
                 << "alpha at " << x << ", " << y;
-            if (!agrees(reference, pixels, c.width, c.height, x, y)) outliers.emplace_back(x, y);
+            if (!agrees(model, pixels, c.width, c.height, x, y)) outliers.emplace_back(x, y);
         }
     const double share = static_cast<double>(outliers.size()) / (c.width * c.height);
     EXPECT_LE(share, kOutliers) << "the first at " << outliers.front().first << ", "
                                 << outliers.front().second;
     if (share > kOutliers) {
         Bytes wanted(pixels.size(), 255);
-        for (size_t i = 0; i < reference.size(); ++i)
-            wanted[i / 3 * 4 + i % 3] = static_cast<uint8_t>(reference[i] + 0.5);
-        writeEvidence(std::string("reference-") + c.name, c.width, c.height, pixels, wanted);
+        for (size_t i = 0; i < model.size(); ++i)
+            wanted[i / 3 * 4 + i % 3] = static_cast<uint8_t>(model[i] + 0.5);
+        writeEvidence(std::string("model-") + c.name, c.width, c.height, pixels, wanted);
     }
 }
 

@@ -4,7 +4,7 @@
 
 #include <limits>
 
-#include "support/reference_models.h"
+#include "support/models.h"
 
 namespace quorvane::test {
 namespace {

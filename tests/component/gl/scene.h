@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "support/component_test.h"
-#include "support/reference_models.h"
+#include "support/models.h"
 
 namespace quorvane::test {
 

@@ -9,7 +9,7 @@
 
 #include "../each_path.h"
 #include "support/guarded_bytes.h"
-#include "support/reference_models.h"
+#include "support/models.h"
 
 namespace quorvane::test {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "support/component_test.h"
 #include "support/guarded_bytes.h"
-#include "support/reference_models.h"
+#include "support/models.h"
 
 namespace quorvane::test {
 namespace {

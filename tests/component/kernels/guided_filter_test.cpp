@@ -10,7 +10,7 @@
 #include <type_traits>
 
 #include "support/guarded_bytes.h"
-#include "support/reference_models.h"
+#include "support/models.h"
 
 namespace quorvane::test {
 namespace {

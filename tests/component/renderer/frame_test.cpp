@@ -4,7 +4,7 @@
 #include "support/clock.h"
 #include "support/component_test.h"
 #include "support/dump_directory.h"
-#include "support/reference_models.h"
+#include "support/models.h"
 
 namespace quorvane::test {
 namespace {

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "support/guarded_bytes.h"
-#include "support/reference_models.h"
+#include "support/models.h"
 
 namespace quorvane::test {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "support/reference_models.h"
+#include "support/models.h"
 
 namespace quorvane::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "support/reference_models.h"
+#include "support/models.h"
 
 #include <algorithm>
 #include <cmath>

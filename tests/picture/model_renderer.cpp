@@ -1,4 +1,4 @@
-#include "reference_renderer.h"
+#include "model_renderer.h"
 
 #include <algorithm>
 #include <array>
@@ -36,7 +36,7 @@ double lookUp(const std::vector<uint8_t>& texels, int width, int height, int cha
            (texel(left, bottom + 1) * (1 - fx) + texel(left + 1, bottom + 1) * fx) * fy;
 }
 
-Vertex projected(const ReferenceScene& scene, int column, int row) {
+Vertex projected(const ModelScene& scene, int column, int row) {
     const double u = static_cast<double>(column) / scene.grid_width;
     const double v = static_cast<double>(row) / scene.grid_height;
     const double depth = lookUp(scene.depth, scene.grid_width, scene.grid_height, 1, 0, u, v) / 255.0;
@@ -74,7 +74,7 @@ Vertex projected(const ReferenceScene& scene, int column, int row) {
 
 class Target {
   public:
-    explicit Target(const ReferenceScene& scene)
+    explicit Target(const ModelScene& scene)
         : m_scene(scene),
           m_colour(3 * static_cast<size_t>(scene.width) * static_cast<size_t>(scene.height), 0.0),
           m_depth(m_colour.size() / 3, 1.0) {}
@@ -124,14 +124,14 @@ class Target {
                 lookUp(m_scene.photo, m_scene.photo_width, m_scene.photo_height, 3, channel, u, v);
     }
 
-    const ReferenceScene& m_scene;
+    const ModelScene& m_scene;
     std::vector<double> m_colour;
     std::vector<double> m_depth;
 };
 
 }  // namespace
 
-std::vector<double> referencePicture(const ReferenceScene& scene) {
+std::vector<double> modelPicture(const ModelScene& scene) {
     std::vector<Vertex> vertices;
     for (int j = 0; j <= scene.grid_height; ++j)
         for (int i = 0; i <= scene.grid_width; ++i) vertices.push_back(projected(scene, i, j));

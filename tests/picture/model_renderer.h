@@ -1,5 +1,5 @@
-#ifndef QUORVANE_TESTS_REFERENCE_RENDERER_H
-#define QUORVANE_TESTS_REFERENCE_RENDERER_H
+#ifndef QUORVANE_TESTS_MODEL_RENDERER_H
+#define QUORVANE_TESTS_MODEL_RENDERER_H
 
 #include <cstdint>
 #include <vector>
@@ -7,7 +7,7 @@
 namespace quorvane::test {
 
 /// Everything that a picture depends on.
-struct ReferenceScene {
+struct ModelScene {
     int photo_width, photo_height;
     std::vector<uint8_t> photo;  ///< R, G, B as uploaded
     int grid_width, grid_height;
@@ -26,7 +26,7 @@ struct ReferenceScene {
 /// The picture in double precision, R, G, B, the photo's first row first: the displaced mesh through the
 /// camera, pixel centres sampled, perspective-correct texture coordinates, bilinear lookups clamped at the
 /// edges. Where the mesh is not, black.
-std::vector<double> referencePicture(const ReferenceScene& scene);
+std::vector<double> modelPicture(const ModelScene& scene);
 
 }  // namespace quorvane::test
 
