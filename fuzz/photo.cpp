@@ -1,4 +1,5 @@
-// Photos: whatever the bytes, an upright RGB picture or one line.
+// Photos: whatever the bytes, an upright RGB picture or one line; and the same size by its header alone, and
+// a smaller picture where it is shrunk while it is decoded.
 
 #include <cstddef>
 #include <cstdint>
@@ -16,18 +17,35 @@ namespace {
 // Larger pictures only cost time.
 constexpr long long kMostFuzzedPixels = 4'000'000;
 
+constexpr int kLeastSide = 20;
+
+/// Runs `read`; a refusal has to be one line.
+template <typename Read>
+void orOneLine(Read read) {
+    try {
+        read();
+    } catch (const Error& error) {
+        promised(std::string(error.what()).find('\n') == std::string::npos, "a refusal is one line");
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string bytes(reinterpret_cast<const char*>(data), size);
-    try {
+    orOneLine([&] { media::readPictureHeader(bytes, "photo", kMostFuzzedPixels); });
+    orOneLine([&] {
+        const media::RgbImage photo = media::decodePhotoShrunk(bytes, "photo", kLeastSide, kMostFuzzedPixels);
+        promised(photo.width >= 1 && photo.height >= 1, "a shrunk photo has pixels");
+    });
+    orOneLine([&] {
         const media::RgbImage photo = media::decodePhoto(bytes, "photo", kMostFuzzedPixels);
         promised(photo.width >= 1 && photo.height >= 1, "a photo has pixels");
         promised(
             photo.samples.size() == static_cast<size_t>(photo.width) * static_cast<size_t>(photo.height) * 3,
             "a photo has three bytes a pixel");
-    } catch (const Error& error) {
-        promised(std::string(error.what()).find('\n') == std::string::npos, "a refusal is one line");
-    }
+        const media::PictureHeader header = media::readPictureHeader(bytes, "photo", kMostFuzzedPixels);
+        promised(header.width == photo.width && header.height == photo.height, "the header gives the size");
+    });
     return 0;
 }

@@ -414,7 +414,7 @@ void savePng(const RgbaImage& image, int descriptor, const std::string& name) {
     savePicture(image, descriptor, name);
 }
 
-std::string grayPng(const Image<float, 1>& plane, int bits) {
+std::string grayPng(const Plane& plane, int bits) {
     const bool deep = bits > 8;
     try {
         const VImage scaled = toVips(plane) * (deep ? 257.0 : 1.0);

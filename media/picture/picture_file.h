@@ -78,7 +78,7 @@ bool spread(Plane* plane);
 
 /// A depth map's plane, on the scale 0..255, as the bytes of a gray PNG file of 8 bits a sample, or of 16,
 /// over which the scale is spread. Throws Error.
-std::string grayPng(const Image<float, 1>& plane, int bits);
+std::string grayPng(const Plane& plane, int bits);
 
 /// Writes a PNG file, whole or not at all. Throws Error.
 void writePng(const RgbImage& image, const std::string& path);

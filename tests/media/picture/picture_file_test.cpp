@@ -629,6 +629,16 @@ TEST_F(PictureFile, WrittenPngReadsBackTheSame) {
     EXPECT_THAT(readDepthMap(folder / "gray.png").plane.samples, ElementsAre(3.0f, 254.0f));
 }
 
+TEST_F(PictureFile, CodedPlaneKeepsItsLevels) {
+    Plane plane(4, 1);
+    plane.samples = {0.0f, 100.4f, 127.5f, 255.0f};
+    EXPECT_THAT(decodeDepthLevels(grayPng(plane, 8), "it").plane.samples,
+                ElementsAre(0.0f, 100.0f, 128.0f, 255.0f));
+    EXPECT_THAT(decodeDepthLevels(grayPng(plane, 16), "it").plane.samples,
+                testing::Pointwise(testing::FloatNear(0.002f), plane.samples));
+    EXPECT_EQ(decodeDepthLevels(grayPng(plane, 16), "it").bits, 16);
+}
+
 TEST_F(PictureFile, SamePictureGivesTheSameFile) {
     RgbaImage rgba(9, 9);
     for (size_t i = 0; i < rgba.samples.size(); ++i) rgba.samples[i] = static_cast<uint8_t>(i * 7);
