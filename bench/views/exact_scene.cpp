@@ -182,8 +182,8 @@ ExactView ExactScene::view(Sweep sweep, double position) {
             const Hit hit = seenAt(x + 0.5, y + 0.5);
             // The textures' features are larger than a pixel, so that only outlines need samples within it.
             bool whole = true;
-            for (const int corner : {0, 1, 2, 3})
-                whole = whole && seenAt(x + corner % 2, y + corner / 2).surface == hit.surface;
+            for (const int j : {y, y + 1})
+                for (const int i : {x, x + 1}) whole = whole && seenAt(i, j).surface == hit.surface;
             Colour colour = colourOf(hit);
             if (!whole) {
                 colour = {};

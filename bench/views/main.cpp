@@ -140,6 +140,7 @@ void measureScene(const Report& report, const std::string& pictures) {
     for (const Sweep sweep : {Sweep::kHorizontal, Sweep::kVertical}) {
         const char* direction = sweep == Sweep::kHorizontal ? "horizontal" : "vertical";
         std::vector<ExactView> truths;
+        truths.reserve(kViews);
         for (int i = 0; i < kViews; ++i) truths.push_back(ExactScene::view(sweep, position(i)));
         if (!pictures.empty())
             writePng(pictures + "/scene " + direction + ", true.png", truths.back().picture);

@@ -37,8 +37,9 @@ Plane blurred(const Plane& plane, double sigma) {
         for (int y = 0; y < from.height; ++y)
             for (int x = 0; x < from.width; ++x) {
                 double value = 0.0;
+                size_t weight = 0;
                 for (int i = -radius; i <= radius; ++i)
-                    value += weights[static_cast<size_t>(i + radius)] *
+                    value += weights[weight++] *
                              static_cast<double>(from.at(std::clamp(x + i * step_x, 0, from.width - 1),
                                                          std::clamp(y + i * step_y, 0, from.height - 1)));
                 to.at(x, y) = static_cast<float>(value / sum);

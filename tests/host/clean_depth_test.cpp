@@ -8,10 +8,14 @@ namespace {
 constexpr int kWidth = 640, kHeight = 480;
 constexpr int kPoleLeft = 318, kPoleRight = 326;
 
+size_t pixelAt(int x, int y, int width) {
+    return static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x);
+}
+
 Bytes poleDepth(uint8_t wall) {
     Bytes depth(kWidth * kHeight, wall);
     for (int y = 0; y < kHeight; ++y)
-        for (int x = kPoleLeft; x < kPoleRight; ++x) depth[static_cast<size_t>(y * kWidth + x)] = 200;
+        for (int x = kPoleLeft; x < kPoleRight; ++x) depth[pixelAt(x, y, kWidth)] = 200;
     return depth;
 }
 
@@ -63,7 +67,7 @@ class CleanDepthOnDriver : public DriverTest {
         Bytes photo(3 * kWidth * kHeight, 0);
         for (int y = 0; y < kHeight; ++y)
             for (int x = kPoleLeft; x < kPoleRight; ++x)
-                for (int c = 0; c < 3; ++c) photo[static_cast<size_t>(3 * (y * kWidth + x) + c)] = 255;
+                for (size_t c = 0; c < 3; ++c) photo[3 * pixelAt(x, y, kWidth) + c] = 255;
         std::unique_ptr<ParallaxView> view;
         EXPECT_TRUE(ParallaxView::create(2 * kWidth, 2 * kHeight, 4, &view));
         EXPECT_TRUE(view->setPhoto({photo, kWidth, kHeight}));
@@ -76,10 +80,8 @@ class CleanDepthOnDriver : public DriverTest {
         Bytes picture(16 * kWidth * kHeight);
         EXPECT_TRUE(view->readPixels({picture, 2 * kWidth, 2 * kHeight}));
         int white = 0;
-        for (int x = 0; x < 2 * kWidth; ++x) {
-            const size_t pixel = static_cast<size_t>(kHeight * 2 * kWidth + x);
-            white += picture[4 * pixel] > 127 ? 1 : 0;
-        }
+        for (int x = 0; x < 2 * kWidth; ++x)
+            white += picture[4 * pixelAt(x, kHeight, 2 * kWidth)] > 127 ? 1 : 0;
         return white;
     }
 };
