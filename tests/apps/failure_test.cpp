@@ -88,13 +88,6 @@ TEST_F(Failure, OrientationIsADeviceOrientation) {
                       std::string("--orientation ") + code + ": a whole number from 0 to 8 is wanted");
 }
 
-TEST_F(Failure, LoopOfAStillIsRefused) {
-    for (const auto& [option, value] :
-         {std::pair{"--frames", "60"}, {"--fps", "10"}, {"--motion", "nod"}, {"--amount", "0.5"}})
-        expectRefused(render(folder / "a.png", {option, value}), 2,
-                      std::string(option) + ": " + (folder / "a.png") + " is one still");
-}
-
 TEST_F(Failure, StandardOutputIsNoFolder) {
     const auto here = [this] {
         if (chdir(folder.path().c_str()) != 0) _exit(99);

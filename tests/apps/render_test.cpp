@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
@@ -437,6 +438,26 @@ TEST_F(Render, OrientationChoosesTheTunedSet) {
     EXPECT_EQ(bytesOf(folder / "a.png"), bytesOf(folder / "four.png"));
     EXPECT_EQ(bytesOf(folder / "a.png"), bytesOf(folder / "seven.png"));
     EXPECT_NE(bytesOf(folder / "a.png"), bytesOf(folder / "zero.png"));
+}
+
+TEST_F(Render, OptionsOfLoopsAreSaidToBeIdleInAStill) {
+    const auto said = [this](const std::vector<std::string>& options) {
+        std::vector<std::string> arguments = {"render", scene("photo.png"), scene("depth.png"), "-o",
+                                              folder / "a.png"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const Outcome outcome = quorvane(arguments);
+        EXPECT_EQ(outcome.code, 0) << outcome.err;
+        return outcome.err;
+    };
+    for (const auto& [option, value] :
+         {std::pair{"--frames", "60"}, {"--fps", "10"}, {"--motion", "nod"}, {"--amount", "0.5"}}) {
+        const std::string line = said({option, value});
+        EXPECT_THAT(line, testing::StartsWith(std::string("still: ") + option + ": of no effect"));
+        EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1) << line;
+        EXPECT_EQ(said({option, value, "--quiet"}), "");
+    }
+    EXPECT_THAT(said({"--frames", "60", "--motion", "nod"}), HasSubstr("--frames, --motion"));
+    EXPECT_EQ(said({"--frames", "1"}), "") << "which a still has";
 }
 
 TEST_F(Render, PropertyFileTunesLikeSet) {

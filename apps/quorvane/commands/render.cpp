@@ -52,12 +52,19 @@ const media::OutputFormat& check(const RenderOptions& options) {
                              " has even sides, such as " + std::to_string(even.width) + "x" +
                              std::to_string(even.height));
     }
-    if (format.kind == OutputKind::kStill)
-        for (const Option* option : options.of_loops)
-            if (option->given())
-                throw UsageError(option->name() + ": " + options.out + " is one still; write a clip (" +
-                                 media::extensionsOf(OutputKind::kClip, " or ") + ") or a folder/ of frames");
     return format;
+}
+
+/// Prints a note that names the options which change nothing in a still.
+void noteIdleOptions(const RenderOptions& options) {
+    std::string idle;
+    for (const Option* option : options.of_loops) {
+        const bool right = option->name() == "--frames" && options.frames == 1;
+        if (option->given() && !right) idle += (idle.empty() ? "" : ", ") + option->name();
+    }
+    if (!idle.empty())
+        std::fprintf(stderr, "still: %s: of no effect; a clip (%s) or a folder/ has frames\n", idle.c_str(),
+                     media::extensionsOf(OutputKind::kClip, " or ").c_str());
 }
 
 /// Throws Error where `inputs` would be overwritten.
@@ -122,6 +129,7 @@ void render(const RenderOptions& options) {
         times.measure(Stage::kEncode, [&] { writer->finish(); });
         timings.commit();
     }
+    if (format.kind == OutputKind::kStill && !options.talk.quiet) noteIdleOptions(options);
     if (options.stats) std::fputs(times.table(frames, writers.threads).c_str(), stderr);
 }
 
