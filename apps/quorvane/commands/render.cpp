@@ -144,7 +144,7 @@ void addMotionOptions(CommandLine* line, RenderOptions* options) {
     }
     options->of_loops.push_back(&line->word(
         "--motion", names, [options](size_t i) { options->motion = &motions()[i]; },
-        "path of the view, see below (default " + names.front() + ")"));
+        "how the view moves, see below (default " + names.front() + ")"));
     options->of_loops.push_back(
         &line->number("--amount", &options->amount, 0.0, 1.0, "how far the view swings"));
     line->parsed(
