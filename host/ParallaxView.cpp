@@ -9,6 +9,7 @@
 
 #include "host/gl_queries.h"
 #include "host/gl_state.h"
+#include "host/look_at.h"
 #include "host/output.h"
 #include "host/rows.h"
 #include "host/text.h"
@@ -232,10 +233,8 @@ Status ParallaxView::setDepth(const Pixels& depth) {
 
 Status ParallaxView::lookAt(float x, float y) {
     if (!(std::isfinite(x) && std::isfinite(y))) return Status::failure("view position: not a finite number");
-    const auto pixels = [](float position, int extent) {
-        return (std::clamp(position, -1.0f, 1.0f) * 0.5f + 0.5f) * static_cast<float>(extent);
-    };
-    return setRotation(pixels(x, m_width), pixels(y, m_height), 0.0f);
+    return setRotation(placeOnPicture(x, static_cast<float>(m_width)),
+                       placeOnPicture(y, static_cast<float>(m_height)), 0.0f);
 }
 
 Status ParallaxView::setAccelerometerData(float x, float y, float z) {
@@ -279,8 +278,15 @@ Status ParallaxView::checkSample(float x, float y, float z) const {
 
 Status ParallaxView::applyProperties(uint32_t orientation) {
     Status status = checkCaller();
-    if (status) m_renderer.getProperties(orientation);
+    if (status) {
+        m_renderer.getProperties(orientation);
+        usePivot();
+    }
     return status;
+}
+
+void ParallaxView::usePivot() {
+    if (m_has_depth) m_renderer.m_z_factor = m_renderer.params.rotate_z_trans;
 }
 
 Status ParallaxView::render() {

@@ -33,7 +33,7 @@ struct Range {
 // Wide enough for every tuning that makes a picture; beyond lie divisions by zero, empty frusta and views
 // past the mesh's edge.
 constexpr Range kRanges[] = {
-    {&LibParam::rotate_z_trans, 1.0, 1000.0, TakesEffect::kNextDepth,
+    {&LibParam::rotate_z_trans, 1.0, 1000.0, TakesEffect::kEachFrame,
      "pivot distance in front of the camera, object units"},
     {&LibParam::rotate_x_boundary, -45.0, 45.0, TakesEffect::kEachFrame,
      "degrees about the vertical axis at full swing"},
@@ -130,6 +130,7 @@ Status ParallaxView::setParameter(const std::string& name, double value) {
     if (status) status = checkParameter(name, value);
     if (!status) return status;
     if (const Parameter* found = field(name)) found->store(value, &m_renderer.params);
+    usePivot();
     return Status::success();
 }
 

@@ -582,7 +582,7 @@ TEST_F(ParallaxViewTest, ParametersHaveTheirDocumentedRanges) {
         double minimum, maximum;
         TakesEffect takes_effect;
     };
-    constexpr Row kTable[] = {{"rotate_z_trans", false, 1, 1000, TakesEffect::kNextDepth},
+    constexpr Row kTable[] = {{"rotate_z_trans", false, 1, 1000, TakesEffect::kEachFrame},
                               {"rotate_x_boundary", false, -45, 45, TakesEffect::kEachFrame},
                               {"rotate_y_boundary", false, -45, 45, TakesEffect::kEachFrame},
                               {"trans_to_rotate_scale", false, -2, 2, TakesEffect::kEachFrame},

@@ -59,6 +59,18 @@ struct ViewOptions {
     int samples = kAutoSamples;
 };
 
+/// What `lookAt` takes.
+struct LookPosition {
+    float x = 0.0f;
+    float y = 0.0f;
+};
+
+/// How much of the photo is shown, and how far the view swings.
+struct SuggestedFrame {
+    double fov_scale = 1.0;  ///< the parameter
+    double swing = 1.0;      ///< what every position is to be multiplied by; below 1 where it has to be less
+};
+
 /// A ready-made host: owns the renderer, its working memory, the output texture and a depth buffer, so that
 /// near things hide far things, and checks everything that the renderer trusts.
 ///
@@ -139,6 +151,21 @@ class ParallaxView {
     /// Sets the tuned set for `orientation` and the device's property overrides again.
     Status applyProperties(uint32_t orientation);
 
+    // For the photo, depth map, parameters and picture size in force; a frame depends on the pivot.
+
+    /// The largest frame with which none of the pictures from these positions shows a border: `fov_scale` is
+    /// at least 0.5, and where that does not suffice the swing is reduced.
+    Status suggestFrame(const std::vector<LookPosition>& path, SuggestedFrame* frame) const;
+
+    /// The same for every position that `lookAt` takes.
+    Status suggestFrame(SuggestedFrame* frame) const;
+
+    /// The `rotate_z_trans` with which the subject stays in place: the nearest large thing near the middle.
+    Status suggestPivot(double* rotate_z_trans) const;
+
+    /// The same for what the photo shows at (x, y): 0 to 1, from its left and its top.
+    Status suggestPivot(double x, double y, double* rotate_z_trans) const;
+
     /// Changes the pictures' size, 1 x 1 to the driver's limit. The images stay.
     Status resize(int width, int height);
 
@@ -178,6 +205,7 @@ class ParallaxView {
     Status checkSample(float x, float y, float z) const;
     Status setPhoto(const Pixels& pixels, int bytes_per_pixel);
     bool holdsPhoto(int width, int height) const;
+    void usePivot();
 
     const std::thread::id m_thread;
     const EGLContext m_context;
