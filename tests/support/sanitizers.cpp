@@ -1,4 +1,4 @@
-// Linked into every program of a sanitized build: which leaks are not ours.
+// Linked into every program of a sanitized build: which leaks and races are other libraries' own.
 
 #include <dlfcn.h>
 
@@ -22,4 +22,11 @@ extern "C" const char* __lsan_default_suppressions() {
         "leak:libx265\n"
         // The AV1 decoder loses a small block when libheif gives it no data.
         "leak:libdav1d\n";
+}
+
+// Libraries that are not built for the thread sanitizer: it does not see their locks and takes what they hand
+// from one of their threads to another for races.
+extern "C" const char* __tsan_default_suppressions() {
+    return "race:libvips\nrace:libpng16\nrace:libz.so\nrace:libglib\nrace:libgobject\n"
+           "race:swrast_dri\nrace:libLLVM\nrace:libEGL\nrace:libGLES\nrace:libglapi\n";
 }
