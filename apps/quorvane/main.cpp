@@ -1,10 +1,12 @@
 #include <cstdio>
+#include <cstring>
 #include <new>
 #include <vector>
 
 #include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/terminal/text.h"
 #include "apps/quorvane/terminal/usage_error.h"
+#include "media/decoder/decoder.h"
 #include "quorvane/version.h"
 #include "system/cancel.h"
 #include "system/error.h"
@@ -44,7 +46,10 @@ void complain(const std::string& message) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 2 && std::strcmp(argv[1], quorvane::media::kDecodingWorker) == 0)
+        return quorvane::media::serveDecoding();
     quorvane::fillStandardStreams();
+    quorvane::media::decodeInWorker("/proc/self/exe");
     try {
         const int code = run(argc, argv);
         quorvane::requireStandardOutput();

@@ -3,6 +3,7 @@
 #include <libheif/heif.h>
 #include <signal.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -181,12 +182,9 @@ class Worker {
         static std::unique_ptr<Worker> worker;
         if (worker && (worker->m_lost || worker->m_program != g_program)) worker.reset();
         if (worker || g_program.empty()) return worker.get();
-        worker.reset(new Worker());
-        // Before it has seen any file it says that it works here: in an emulator, say, it may not.
-        if (receive(worker->m_connection.here.number(), kMostTime)) return worker.get();
-        worker.reset();
-        g_program.clear();
-        return nullptr;
+        worker = started();
+        if (!worker) g_program.clear();
+        return worker.get();
     }
 
     /// Sends a request for the file called `name`, and waits for the answer. Throws Error.
@@ -205,6 +203,20 @@ class Worker {
         : m_program(g_program), m_connection(connection()), m_process({m_program, kDecodingWorker}, files()) {
         // The worker's own: with ours open too, its end would go unnoticed.
         m_connection.there.close();
+    }
+
+    /// A worker that is ready; null where none works.
+    static std::unique_ptr<Worker> started() {
+        // A limit of what files may hold is one of memory files too.
+        rlimit file_size = {};
+        if (getrlimit(RLIMIT_FSIZE, &file_size) != 0 || file_size.rlim_cur != RLIM_INFINITY) return nullptr;
+        try {
+            std::unique_ptr<Worker> worker(new Worker());
+            // It says so before it has seen any file: in an emulator, say, it may not get that far.
+            return receive(worker->m_connection.here.number(), kMostTime) ? std::move(worker) : nullptr;
+        } catch (const StartError&) {
+            return nullptr;
+        }
     }
 
     ChildFiles files() {

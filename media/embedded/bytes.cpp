@@ -16,7 +16,7 @@ std::string_view mimeOf(std::string_view bytes) {
         const std::string_view brand = bytes.substr(8, 4);
         if (brand == "avif"sv || brand == "avis"sv) return "image/avif";
         for (const std::string_view heif :
-             {"heic"sv, "heix"sv, "heim"sv, "heis"sv, "hevc"sv, "mif1"sv, "msf1"sv})
+             {"heic"sv, "heix"sv, "heim"sv, "heis"sv, "hevc"sv, "hevm"sv, "hevs"sv, "mif1"sv, "msf1"sv})
             if (brand == heif) return "image/heic";
         return "video/mp4";
     }

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "media/embedded/bytes.h"
 #include "media/embedded/jpeg.h"
 #include "media/embedded/png.h"
 #include "media/picture/colour_map.h"
@@ -35,11 +36,8 @@ bool isPictureLoader(const char* loader) {
     return false;
 }
 
-/// A TIFF's directory may come last, where libvips looks for it: its first bytes are all there is to see.
-bool startsAsTiff(std::string_view bytes) {
-    using namespace std::string_view_literals;
-    const std::string_view start = bytes.substr(0, 4);
-    return start == "II*\0"sv || start == "MM\0*"sv;
+Error notAPicture(const std::string& name) {
+    return Error(name + ": not a JPEG, PNG, WebP, HEIC, AVIF or TIFF picture");
 }
 
 /// The name of libvips' reader for `bytes`. Throws Error unless they start as a picture does.
@@ -47,8 +45,7 @@ std::string requirePicture(std::string_view bytes, const std::string& name) {
     startVips();
     const char* loader = vips_foreign_find_load_buffer(bytes.data(), bytes.size());
     vips_error_clear();
-    if (loader == nullptr || !isPictureLoader(loader))
-        throw Error(name + ": not a JPEG, PNG, WebP, HEIC, AVIF or TIFF picture");
+    if (loader == nullptr || !isPictureLoader(loader)) throw notAPicture(name);
     return loader;
 }
 
@@ -350,7 +347,7 @@ std::string readPictureFile(const std::string& path, const std::string& name) {
         throwIfCancelled();
         bytes.append(chunk, got);
         // Other files may be endless.
-        if (bytes.size() == got && !startsAsTiff(bytes)) requirePicture(bytes, name);
+        if (bytes.size() == got && !startsWith(mimeOf(bytes), "image/")) throw notAPicture(name);
         if (static_cast<long long>(bytes.size()) > kMostBytes) throw too_large();
     }
     if (std::ferror(file.get())) fail();

@@ -9,6 +9,7 @@
 #include "apps/quorvane/input/depth_source.h"
 #include "apps/quorvane/terminal/ended_by_signals.h"
 #include "apps/quorvane/terminal/usage_error.h"
+#include "media/decoder/decoder.h"
 #include "system/cancel.h"
 #include "system/error.h"
 #include "system/pending_output.h"
@@ -64,7 +65,7 @@ void extract(const ExtractOptions& options) {
     media::Contents contents;
     endedBySignals([&] {
         file = media::readPictureFile(options.file);
-        contents = media::lookInside(file);
+        contents = media::decoder::lookInside(file, options.file);
     });
     if (!contents.depth) throw Error(options.file + ": " + noDepthInside(contents));
     const media::EmbeddedDepth& depth = *contents.depth;
@@ -72,7 +73,8 @@ void extract(const ExtractOptions& options) {
     if (options.raw) {
         bytes = rawBytes(depth, options.file);
     } else {
-        const media::DepthMap map = endedBySignals([&] { return media::decodeDepth(depth, options.file); });
+        const media::DepthMap map =
+            endedBySignals([&] { return media::decoder::decodeDepth(depth, options.file, nullptr); });
         // A distance of 8 bit becomes more steps of 1 / distance than 8 bit hold.
         const bool deep = map.bits > 8 || depth.kind == media::DepthKind::kLinearRange;
         bytes = media::grayPng(map.plane, deep ? 16 : 8);

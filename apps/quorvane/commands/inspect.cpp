@@ -9,6 +9,7 @@
 #include "apps/quorvane/drawing/stages_sheet.h"
 #include "apps/quorvane/terminal/ended_by_signals.h"
 #include "apps/quorvane/terminal/usage_error.h"
+#include "media/decoder/decoder.h"
 #include "media/embedded/jpeg.h"
 #include "system/cancel.h"
 #include "system/error.h"
@@ -40,8 +41,8 @@ Size sizeInHeader(const std::string& file, const std::string& name) {
     return endedBySignals([&]() -> Size {
         // A header says nothing of what is missing behind it; decoding does.
         const std::optional<media::Jpeg> jpeg = media::walkJpeg(file);
-        if (jpeg && !jpeg->complete) media::decodePhoto(file, name);
-        const media::PictureHeader header = media::readPictureHeader(file, name);
+        if (jpeg && !jpeg->complete) media::decoder::decodePhoto(file, name);
+        const media::PictureHeader header = media::decoder::readPictureHeader(file, name);
         return {header.width, header.height};
     });
 }

@@ -12,6 +12,7 @@
 
 #include "apps/quorvane/terminal/ended_by_signals.h"
 #include "apps/quorvane/terminal/usage_error.h"
+#include "media/decoder/decoder.h"
 #include "system/cancel.h"
 #include "system/child_process.h"
 #include "system/error.h"
@@ -119,7 +120,7 @@ media::DepthMap estimateDepth(const std::vector<std::string>& command, const med
         if (!fs::is_regular_file(out, ignored)) throw Error(name + " has written no {out}");
         return media::readPictureFile(out, name + ": " + kOut);
     }();
-    return endedBySignals([&] { return media::decodeDepthMap(bytes, name + ": " + kOut); });
+    return endedBySignals([&] { return media::decoder::decodeDepthMap(bytes, name + ": " + kOut); });
 }
 
 }  // namespace quorvane::app

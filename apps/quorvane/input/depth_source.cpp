@@ -8,6 +8,7 @@
 #include "apps/quorvane/input/neighbour.h"
 #include "apps/quorvane/terminal/ended_by_signals.h"
 #include "apps/quorvane/terminal/text.h"
+#include "media/decoder/decoder.h"
 #include "system/error.h"
 
 namespace quorvane::app {
@@ -37,11 +38,11 @@ void decodePhotoInto(Input* input, const std::string& file, const media::Content
                      const std::string& name, PhotoDetail detail) {
     std::string remark;
     if (detail == PhotoDetail::kFull) {
-        input->photo = media::decodePhoto(file, contents, name, media::kMostPixels, &remark);
+        input->photo = media::decoder::decodePhoto(file, contents, name, &remark);
         input->photo_size = sizeOf(input->photo);
     } else {
         media::PhotoPreview preview =
-            media::previewPhoto(file, contents, name, kPreviewSide, media::kMostPixels, &remark);
+            media::decoder::previewPhoto(file, contents, name, kPreviewSide, &remark);
         input->photo = std::move(preview.shrunk);
         input->photo_size = {preview.header.width, preview.header.height};
     }
@@ -54,7 +55,8 @@ Input decodeBoth(const InputOptions& options, const DepthSource& source, PhotoDe
     Input input;
     switch (source.origin) {
         case DepthOrigin::kSideBySide: {
-            media::SplitPicture split = media::decodeSideBySide(source.file, *options.depth_half, name);
+            media::SplitPicture split =
+                media::decoder::decodeSideBySide(source.file, *options.depth_half, name);
             input.photo = std::move(split.photo);
             input.photo_size = sizeOf(input.photo);
             input.depth = std::move(split.depth);
@@ -63,7 +65,7 @@ Input decodeBoth(const InputOptions& options, const DepthSource& source, PhotoDe
         case DepthOrigin::kInside: {
             decodePhotoInto(&input, source.file, source.contents, name, detail);
             std::string remark;
-            input.depth = media::decodeDepth(*source.contents.depth, name, media::kMostPixels, &remark);
+            input.depth = media::decoder::decodeDepth(*source.contents.depth, name, &remark);
             if (!remark.empty()) input.remarks.push_back(remark);
             break;
         }
@@ -71,7 +73,7 @@ Input decodeBoth(const InputOptions& options, const DepthSource& source, PhotoDe
         case DepthOrigin::kGiven:
         case DepthOrigin::kNeighbour:
             decodePhotoInto(&input, source.file, {}, name, detail);
-            input.depth = media::readDepthMap(source.depth);
+            input.depth = media::decoder::decodeDepthMap(media::readPictureFile(source.depth), source.depth);
             break;
         case DepthOrigin::kNone: break;
     }
@@ -84,7 +86,7 @@ DepthSource findDepth(const InputOptions& options) {
     DepthSource source;
     endedBySignals([&] {
         source.file = media::readPictureFile(options.photo);
-        source.contents = media::lookInside(source.file);
+        source.contents = media::decoder::lookInside(source.file, options.photo);
     });
     if (!options.depth.empty()) {
         source.origin = DepthOrigin::kGiven;
@@ -127,7 +129,7 @@ Input readInput(const InputOptions& options, const DepthSource& source, PhotoDet
     const std::string& name = options.photo;
     if (source.origin == DepthOrigin::kNone) {
         // A damaged photo is told as such first.
-        endedBySignals([&] { media::decodePhoto(source.file, source.contents, name); });
+        endedBySignals([&] { media::decoder::decodePhoto(source.file, source.contents, name, nullptr); });
         throw Error(name + ": " + noDepthAnywhere(source.contents, name));
     }
     Input input = endedBySignals([&] { return decodeBoth(options, source, detail); });
