@@ -100,7 +100,7 @@ class Packer {
             raw(&value, sizeof value);
         else
             eachMember(
-                value, [this](const auto&... members) { pack(members...); },
+                value, [this](const auto&... members) { this->pack(members...); },
                 static_cast<const Value*>(nullptr));
     }
     void one(std::string_view text) {
@@ -124,7 +124,7 @@ class Packer {
     template <typename... Values>
     void one(const std::variant<Values...>& value) {
         count(value.index());
-        std::visit([this](const auto& held) { one(held); }, value);
+        std::visit([this](const auto& held) { this->one(held); }, value);
     }
     template <typename Sample, int kChannels>
     void one(const Image<Sample, kChannels>& image) {
@@ -170,7 +170,8 @@ class Unpacker {
             std::memcpy(&value, raw(sizeof value).data(), sizeof value);
         else
             eachMember(
-                value, [this](auto&... members) { unpack(members...); }, static_cast<const Value*>(nullptr));
+                value, [this](auto&... members) { this->unpack(members...); },
+                static_cast<const Value*>(nullptr));
     }
     void one(std::string_view& text) { text = raw(count()); }
     void one(std::string& text) { text = raw(count()); }
