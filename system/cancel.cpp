@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <csignal>
-#include <cstring>
 
 #include "system/error.h"
 
@@ -16,12 +15,13 @@ std::atomic<bool> g_cancelled{false};
 std::atomic<bool> g_at_once{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler cannot wait");
 int g_descriptor = -1;
-const char* g_last_words = "";
+// What a signal during such work is answered with.
+constexpr char kLastWords[] = "quorvane: interrupted\n";
 
 void onSignal(int) {
     g_cancelled = true;
     if (!g_at_once) return;
-    [[maybe_unused]] const ssize_t written = write(g_descriptor, g_last_words, std::strlen(g_last_words));
+    [[maybe_unused]] const ssize_t written = write(g_descriptor, kLastWords, sizeof kLastWords - 1);
     _exit(1);
 }
 
@@ -50,9 +50,8 @@ void throwIfCancelled() {
     if (cancelled()) throw Cancelled();
 }
 
-EndingAtOnce::EndingAtOnce(int descriptor, const char* last_words) {
+EndingAtOnce::EndingAtOnce(int descriptor) {
     g_descriptor = descriptor;
-    g_last_words = last_words;
     g_at_once = true;
     // From here on the handler ends the process; a signal that came before is for us to answer.
     if (!cancelled()) return;

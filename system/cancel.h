@@ -13,12 +13,12 @@ bool cancelled() noexcept;
 /// Throws Cancelled once a signal has asked for the end.
 void throwIfCancelled();
 
-/// While it lives, such a signal writes `last_words` to the file `descriptor` and ends the process with exit
-/// code 1 at once: for work that nothing can stop halfway, that has nothing to tidy up, and that may take
-/// long. One at a time; its constructor throws Cancelled once a signal has asked for the end.
+/// While it lives, such a signal writes "quorvane: interrupted" to the file `descriptor` and ends the process
+/// with exit code 1 at once: for work that nothing can stop halfway, that has nothing to tidy up, and that
+/// may take long. One at a time; its constructor throws Cancelled once a signal has asked for the end.
 class EndingAtOnce {
   public:
-    EndingAtOnce(int descriptor, const char* last_words);
+    explicit EndingAtOnce(int descriptor);
     ~EndingAtOnce();
 
     EndingAtOnce(const EndingAtOnce&) = delete;

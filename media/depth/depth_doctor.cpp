@@ -10,6 +10,7 @@
 
 #include "media/depth/depth_holes.h"
 #include "media/depth/edge_agreement.h"
+#include "media/depth/polarity.h"
 #include "media/picture/resample.h"
 #include "media/picture/turn.h"
 
@@ -68,23 +69,39 @@ double holesConfidence(const Extreme& extreme, size_t pixels, bool low, int bits
     return extreme.pieces.size() >= 2 ? 0.5 : 0.2;
 }
 
+std::string holesIn(const DepthMap& depth, const Extreme& extreme, bool low) {
+    return percent(static_cast<double>(extreme.pixels) / static_cast<double>(depth.plane.samples.size())) +
+           " of it, at its " + (low ? "lowest" : "highest") + " level, ";
+}
+
+/// Says that they are filled in place of what was said of them before.
+void fillHoles(Extreme extreme, bool low, double confidence, DepthMap* depth,
+               std::vector<Finding>* findings) {
+    const Finding filled = {
+        FindingKind::kHoles, confidence, true,
+        holesIn(*depth, extreme, low) + "stands for \"unknown\" and is filled from the neighbours"};
+    const auto before = std::find_if(findings->begin(), findings->end(), [](const Finding& finding) {
+        return finding.kind == FindingKind::kHoles && !finding.corrected;
+    });
+    fillFromNeighbours(std::move(extreme.others), &depth->plane);
+    spreadAgain(depth);
+    if (before != findings->end())
+        *before = filled;
+    else
+        findings->push_back(filled);
+}
+
 void examineHoles(DepthMap* depth, std::vector<Finding>* findings) {
     for (const bool low : {true, false}) {
         Extreme extreme = findExtreme(depth->plane, low);
         if (extreme.pixels == 0) continue;
-        const size_t pixels = depth->plane.samples.size();
-        const double confidence = holesConfidence(extreme, pixels, low, depth->bits);
-        const std::string holes = percent(static_cast<double>(extreme.pixels) / static_cast<double>(pixels)) +
-                                  " of it, at its " + (low ? "lowest" : "highest") + " level, ";
-        if (confidence >= kCertain) {
-            fillFromNeighbours(std::move(extreme.others), &depth->plane);
-            spreadAgain(depth);
-            findings->push_back({FindingKind::kHoles, confidence, true,
-                                 holes + "stands for \"unknown\" and is filled from the neighbours"});
-        } else if (confidence >= 0.3) {
+        const double confidence = holesConfidence(extreme, depth->plane.samples.size(), low, depth->bits);
+        if (confidence >= kCertain)
+            fillHoles(std::move(extreme), low, confidence, depth, findings);
+        else if (confidence >= 0.3)
             findings->push_back({FindingKind::kHoles, confidence, false,
-                                 holes + "may stand for \"unknown\"; make it transparent to have it filled"});
-        }
+                                 holesIn(*depth, extreme, low) +
+                                     "may stand for \"unknown\"; make it transparent to have it filled"});
     }
 }
 
@@ -278,41 +295,25 @@ void examineCover(const std::array<double, 3>& scores, const RgbImage& photo, De
 
 // Which end is near.
 
-/// How the levels go with a weight a place, as Pearson's correlation.
-template <typename Weight>
-double correlationWith(const Plane& plane, Weight weight) {
-    double sum_w = 0, sum_v = 0, sum_ww = 0, sum_vv = 0, sum_wv = 0;
-    size_t i = 0;
-    for (int y = 0; y < plane.height; ++y)
-        for (int x = 0; x < plane.width; ++x, ++i) {
-            const double w =
-                weight((x + 0.5) / plane.width * 2.0 - 1.0, (y + 0.5) / plane.height * 2.0 - 1.0);
-            const double v = plane.samples[i];
-            sum_w += w;
-            sum_v += v;
-            sum_ww += w * w;
-            sum_vv += v * v;
-            sum_wv += w * v;
-        }
-    const double n = static_cast<double>(plane.samples.size());
-    const double spread = (sum_ww - sum_w * sum_w / n) * (sum_vv - sum_v * sum_v / n);
-    return spread > 1e-9 ? (sum_wv - sum_w * sum_v / n) / std::sqrt(spread) : 0.0;
-}
+// Where it is not even sure how the map lies, most of the evidence is less worth.
+constexpr double kDoublyCertain = 0.98;
 
-/// Most photos show the nearer ground below and their subject in the middle. `upright` is how sure it is that
-/// the depth map lies as the photo: where below is.
-void examinePolarity(double upright, DepthMap* depth, std::vector<Finding>* findings) {
-    constexpr double kWeightOfMiddle = 0.3;
-    const Plane small = thumbnail(depth->plane, 96);
-    const double layout =
-        correlationWith(small, [](double, double y) { return y; }) +
-        kWeightOfMiddle * correlationWith(small, [](double x, double y) { return -(x * x + y * y); });
-    const double inverted = confidenceOf(-5.0 * layout);
-    if (inverted >= kCertain && upright >= 0.5) {
+/// `upright` is how sure it is that the depth map lies as the photo: where below is. What may be holes is not
+/// asked; once larger is farther, a level of 0 is no distance, and is filled.
+void examinePolarity(const RgbImage& photo, double upright, DepthMap* depth, std::vector<Finding>* findings) {
+    Extreme lowest = findExtreme(depth->plane, true);
+    const Extreme highest = findExtreme(depth->plane, false);
+    GrayImage known = lowest.pixels > 0 ? lowest.others : highest.others;
+    if (lowest.pixels > 0 && highest.pixels > 0)
+        for (size_t i = 0; i < known.samples.size(); ++i) known.samples[i] &= highest.others.samples[i];
+    const double inverted = confidenceLargerIsFarther(photo, depth->plane, known);
+    if (inverted >= (upright >= 0.5 ? kCertain : kDoublyCertain)) {
+        if (lowest.pixels > 0 && depth->bits == 16)
+            fillHoles(std::move(lowest), true, kCertain, depth, findings);
         for (float& level : depth->plane.samples) level = 255.0f - level;
         findings->push_back(
             {FindingKind::kPolarity, inverted, true, "inverted: its larger levels were the farther ones"});
-    } else if (inverted >= 0.25) {
+    } else if (inverted > 1.0 - kCertain) {
         findings->push_back({FindingKind::kPolarity,
                              inverted,
                              false,
@@ -341,7 +342,7 @@ std::vector<Finding> examine(const RgbImage& photo, const DepthKnowledge& known,
     // What it covers and which end is near shows once it lies right.
     if (placement.doubtful) return findings;
     examineCover(scores[placement.turn], photo, depth, &findings);
-    if (!known.polarity) examinePolarity(placement.confidence, depth, &findings);
+    if (!known.polarity) examinePolarity(photo, placement.confidence, depth, &findings);
     return findings;
 }
 

@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "apps/quorvane/commands/command.h"
+#include "apps/quorvane/commands/inspect_report.h"
 #include "apps/quorvane/commands/output_guard.h"
-#include "apps/quorvane/commands/report.h"
 #include "apps/quorvane/drawing/stages_sheet.h"
 #include "apps/quorvane/terminal/ended_by_signals.h"
 #include "apps/quorvane/terminal/usage_error.h"

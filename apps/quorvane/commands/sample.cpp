@@ -40,7 +40,7 @@ void sample(const SampleOptions& options) {
     for (const std::string& path : {options.photo, options.depth}) const PendingOutput place(path);
 
     const media::SampleScene scene = [&options] {
-        const EndingAtOnce painting(STDERR_FILENO, "quorvane: interrupted\n");
+        const EndingAtOnce painting(STDERR_FILENO);
         return media::makeSampleScene(options.size.width, options.size.height);
     }();
     media::writePng(scene.photo, options.photo);

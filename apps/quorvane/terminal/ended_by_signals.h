@@ -12,7 +12,7 @@ namespace quorvane::app {
 template <typename Work>
 auto endedBySignals(Work work) {
     const StandardErrorNowhere silence;
-    const EndingAtOnce ending(silence.descriptor(), "quorvane: interrupted\n");
+    const EndingAtOnce ending(silence.descriptor());
     return work();
 }
 

@@ -1,4 +1,4 @@
-#include "apps/quorvane/commands/report.h"
+#include "apps/quorvane/commands/inspect_report.h"
 
 #include <cstdint>
 #include <nlohmann/json.hpp>
