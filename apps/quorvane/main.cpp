@@ -30,6 +30,7 @@ int run(int argc, char** argv) {
                        "quorvane " QUORVANE_VERSION);
     lines.note(kNote);
     std::vector<std::function<void()>> work;
+    work.reserve(commands.size());
     for (const Command& command : commands)
         work.push_back(command.prepare(lines.add(command.name, command.summary, command.examples)));
     size_t chosen = 0;

@@ -1,13 +1,13 @@
 #include "media/decoder/decoder.h"
 
 #include <libheif/heif.h>
-#include <signal.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <initializer_list>
 #include <memory>

@@ -295,9 +295,6 @@ void examineCover(const std::array<double, 3>& scores, const RgbImage& photo, De
 
 // Which end is near.
 
-// Where it is not even sure how the map lies, most of the evidence is less worth.
-constexpr double kDoublyCertain = 0.98;
-
 /// `upright` is how sure it is that the depth map lies as the photo: where below is. What may be holes is not
 /// asked; once larger is farther, a level of 0 is no distance, and is filled.
 void examinePolarity(const RgbImage& photo, double upright, DepthMap* depth, std::vector<Finding>* findings) {
@@ -307,7 +304,7 @@ void examinePolarity(const RgbImage& photo, double upright, DepthMap* depth, std
     if (lowest.pixels > 0 && highest.pixels > 0)
         for (size_t i = 0; i < known.samples.size(); ++i) known.samples[i] &= highest.others.samples[i];
     const double inverted = confidenceLargerIsFarther(photo, depth->plane, known);
-    if (inverted >= (upright >= 0.5 ? kCertain : kDoublyCertain)) {
+    if (inverted >= kCertain && upright >= 0.5) {
         if (lowest.pixels > 0 && depth->bits == 16)
             fillHoles(std::move(lowest), true, kCertain, depth, findings);
         for (float& level : depth->plane.samples) level = 255.0f - level;

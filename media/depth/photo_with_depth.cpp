@@ -13,8 +13,6 @@
 namespace quorvane::media {
 namespace {
 
-using vips::VImage;
-
 void setRemark(std::string* remark, std::string text) {
     if (remark != nullptr) *remark = std::move(text);
 }

@@ -365,6 +365,7 @@ TEST_F(SamplesCalls, PhonesMakeNoErrorThatIsOurs) {
 }
 
 TEST_F(SamplesCalls, PhonesDumpFramesOfOneSample) {
+    const DumpDirectory nowhere(DumpDirectory::State::absent);
     isPhone();
     create(4);
     properties.set("quorvane.debug", "1");

@@ -98,14 +98,14 @@ Option& CommandLine::add(CLI::Option* option, const std::string& names, std::str
     return m_options.back();
 }
 
-Option& CommandLine::parsed(const std::string& names, std::function<void(const std::string&)> take,
+Option& CommandLine::parsed(const std::string& names, const std::function<void(const std::string&)>& take,
                             const std::string& help) {
-    return add(m_app->add_option_function<std::string>(names, std::move(take)), names, "TEXT", help);
+    return add(m_app->add_option_function<std::string>(names, take), names, "TEXT", help);
 }
 
-Option& CommandLine::repeated(const std::string& names, std::function<void(const std::string&)> take,
+Option& CommandLine::repeated(const std::string& names, const std::function<void(const std::string&)>& take,
                               const std::string& help) {
-    const auto take_each = [take = std::move(take)](const std::vector<std::string>& texts) {
+    const auto take_each = [take](const std::vector<std::string>& texts) {
         for (const std::string& text : texts) take(text);
     };
     CLI::Option* const option = m_app->add_option_function<std::vector<std::string>>(names, take_each);

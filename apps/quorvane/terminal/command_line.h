@@ -58,11 +58,11 @@ class CommandLine {
     Option& number(const std::string& names, double* to, double least, double most, const std::string& help);
 
     /// `take` gets what the user gave, and throws UsageError where it is not what is wanted.
-    Option& parsed(const std::string& names, std::function<void(const std::string&)> take,
+    Option& parsed(const std::string& names, const std::function<void(const std::string&)>& take,
                    const std::string& help);
 
     /// The same for an option that may be given several times.
-    Option& repeated(const std::string& names, std::function<void(const std::string&)> take,
+    Option& repeated(const std::string& names, const std::function<void(const std::string&)>& take,
                      const std::string& help);
 
     /// One of `words`, of which `take` gets the place.
