@@ -214,6 +214,9 @@ TEST_F(Fault, FolderMayBeADiskOfItsOwn) {
 }
 
 TEST_F(Fault, NamedTemporaryFilesAreRemovedToo) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers need /proc";
+#endif
     // Without /proc there is no path to an unnamed file.
     const auto prepare = [] {
         if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
