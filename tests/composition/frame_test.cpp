@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "picture/model_renderer.h"
+#include "support/model_renderer.h"
 
 namespace quorvane {
 namespace {

@@ -5,8 +5,8 @@
 #include <cmath>
 
 #include "../host/host_test.h"
-#include "model_renderer.h"
 #include "stored_picture.h"
+#include "support/model_renderer.h"
 
 namespace quorvane::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "model_renderer.h"
+#include "support/model_renderer.h"
 
 #include <algorithm>
 #include <array>
