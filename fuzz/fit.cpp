@@ -15,6 +15,7 @@
 namespace {
 
 using quorvane::fuzz::promised;
+using namespace quorvane;
 using namespace quorvane::media;
 
 constexpr int kLargestInt = std::numeric_limits<int>::max();
