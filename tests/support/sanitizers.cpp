@@ -20,8 +20,8 @@ extern "C" const char* __lsan_default_suppressions() {
         "leak:libglib\n"
         // The HEIC encoder, which only tests use, to make pictures.
         "leak:libx265\n"
-        // Mesa's software driver loses some blocks of a context that ends with every state of an app's set. What
-        // we leave alive in a context is counted by the tests' GL recorder.
+        // Mesa's software driver loses some blocks of a context that ends with every state of an app's set.
+        // What we leave alive in a context is counted by the tests' GL recorder.
         "leak:swrast_dri\n"
         // The AV1 decoder loses a small block when libheif gives it no data.
         "leak:libdav1d\n";
