@@ -356,6 +356,8 @@ TEST_F(FrameDump, ThatMemoryDoesNotSufficeForIsNotReadBackAndTheFrameCounts) {
 }
 
 TEST_F(FrameDump, LeavesNoMemoryBehind) {
+    const DumpDirectory directory(DumpDirectory::State::present);
+    if (!directory.obstacle().empty()) GTEST_SKIP() << directory.obstacle();
     renderer.m_debugEnable = 1;
     renderer.m_width = renderer.m_height = 128.0f;
     EXPECT_LT(bytesKept([this] { render(); }), 1 << 18) << "32 frames are 2 MB";
