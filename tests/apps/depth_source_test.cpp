@@ -274,6 +274,34 @@ TEST_F(DepthSource, InvertDepthWorksOnDepthInside) {
               still({file, write("d.png", pngFile(plane)), "--no-doctor"}));
 }
 
+TEST_F(DepthSource, InvertDepthMayHaveAnAnswerBehindEquals) {
+    const media::SampleScene scene = media::makeSampleScene(320, 240);
+    media::writePng(scene.photo, folder / "a.png");
+    media::writePng(scene.depth, folder / "near.png");
+    media::writePng(inverted(scene.depth), folder / "far.png");
+    const auto with = [&](const std::string& depth, const Arguments& options) {
+        Arguments all = {folder / "a.png", folder / depth};
+        all.insert(all.end(), options.begin(), options.end());
+        return still(all);
+    };
+    const std::string right = with("near.png", {"--no-doctor"});
+    const std::string inside_out = with("far.png", {"--no-doctor"});
+    ASSERT_NE(right, inside_out);
+    EXPECT_EQ(with("far.png", {"--invert-depth"}), right);
+    EXPECT_EQ(with("far.png", {"--invert-depth=yes"}), right);
+    EXPECT_EQ(with("far.png", {"--invert-depth=no"}), inside_out);
+    EXPECT_EQ(with("far.png", {"--invert-depth=auto"}), right);
+    EXPECT_EQ(with("near.png", {"--invert-depth=auto"}), right);
+    // The last one counts, as a script's own option before the user's.
+    EXPECT_EQ(with("far.png", {"--invert-depth=no", "--invert-depth"}), right);
+    const Arguments call = {"render", folder / "a.png", folder / "far.png", "-o", folder / "b.png"};
+    Arguments maybe = call, apart = call;
+    maybe.emplace_back("--invert-depth=maybe");
+    expectRefused(maybe, 2, HasSubstr("--invert-depth=maybe: yes, no or auto is wanted"));
+    apart.insert(apart.end(), {"--invert-depth", "no"});
+    expectRefused(apart, 2, HasSubstr("no: one argument too many"));
+}
+
 TEST_F(DepthSource, DoctorPutsATurnedDepthRightAndSaysSo) {
     const media::SampleScene scene = media::makeSampleScene(320, 240);
     media::writePng(scene.photo, folder / "a.png");

@@ -140,7 +140,7 @@ Input readInput(const InputOptions& options, const DepthSource& source, PhotoDet
             input.depth.plane = media::turned(input.depth.plane, *options.depth_turn);
             input.depth.known = media::turned(input.depth.known, *options.depth_turn);
         }
-        if (options.invert_depth)
+        if (options.invert_depth.value_or(false))
             for (float& sample : input.depth.plane.samples) sample = 255.0f - sample;
         if (!options.doctor) return;
         const bool inside = source.origin == DepthOrigin::kInside;
@@ -148,7 +148,7 @@ Input readInput(const InputOptions& options, const DepthSource& source, PhotoDet
         // Halves of one picture lie as they are.
         known.orientation = (inside && source.contents.depth->orientation_known) ||
                             source.origin == DepthOrigin::kSideBySide || options.depth_turn;
-        known.polarity = inside || options.invert_depth;
+        known.polarity = inside || options.invert_depth.has_value();
         input.findings = media::examine(input.photo, known, &input.depth);
     });
     return input;
@@ -180,7 +180,7 @@ Input readInput(const InputOptions& options, const Talk& talk, const DepthSource
     std::fprintf(stderr, "depth    %s: %d x %d, %d bit%s%s\n", printable(from).c_str(),
                  input.depth.plane.width, input.depth.plane.height, input.depth.bits,
                  input.depth.bits > 8 ? " spread over its used range" : "",
-                 options.invert_depth ? ", inverted" : "");
+                 options.invert_depth.value_or(false) ? ", inverted" : "");
     return input;
 }
 

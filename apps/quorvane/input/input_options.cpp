@@ -18,6 +18,13 @@ constexpr Half kHalves[] = {{"right", media::DepthHalf::kRight},
                             {"below", media::DepthHalf::kBelow},
                             {"above", media::DepthHalf::kAbove}};
 
+struct Answer {
+    const char* name;
+    std::optional<bool> inverted;
+};
+
+constexpr Answer kAnswers[] = {{"yes", true}, {"no", false}, {"auto", std::nullopt}};
+
 // The first turn changes nothing.
 constexpr media::Turn kFirstTurn = 1;
 
@@ -56,7 +63,12 @@ void addInputOptions(CommandLine* line, InputOptions* options) {
             "to "
             "bottom (flip), or exchange rows and columns (transpose, or transverse for the other diagonal)")
         .called("HOW");
-    line->flag("--invert-depth", &options->invert_depth, "the depth map's larger values are farther");
+    std::vector<std::string> answers;
+    for (const Answer& answer : kAnswers) answers.emplace_back(answer.name);
+    line->flagOrWord(
+        "--invert-depth", answers, 0, [options](size_t i) { options->invert_depth = kAnswers[i].inverted; },
+        "exchange near and far in the depth map (yes, or nothing behind it), leave them (no), or see from the "
+        "photo whether its larger values are farther (auto, the default)");
     line->unset("--no-doctor", &options->doctor, "take the depth map as it is, unchecked against the photo");
 }
 

@@ -19,8 +19,8 @@ struct InputOptions {
     std::vector<std::string> depth_command;  ///< words, as parseDepthCommand gives them
     std::optional<media::DepthHalf> depth_half;
     std::optional<media::Turn> depth_turn;  ///< to lie as the photo does
-    bool invert_depth = false;
-    bool doctor = true;  ///< check the depth map against the photo
+    std::optional<bool> invert_depth;       ///< empty: where the doctor finds it so
+    bool doctor = true;                     ///< check the depth map against the photo
 };
 
 /// Adds PHOTO, DEPTH and what else says where the depth comes from and how it lies.

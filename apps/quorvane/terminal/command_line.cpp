@@ -45,6 +45,14 @@ std::string didYouMean(const std::string& word, const std::vector<std::string>& 
 /// The longest of "-o,--out", by which messages call an option.
 std::string longName(const std::string& names) { return names.substr(names.rfind(',') + 1); }
 
+/// Which of `words` the text is; messages begin with `option` and the text.
+size_t placeOf(const std::string& text, const std::vector<std::string>& words, const std::string& option) {
+    const auto found = std::find(words.begin(), words.end(), text);
+    if (found == words.end())
+        throw UsageError(option + text + ": " + either(words) + " is wanted" + didYouMean(text, words));
+    return static_cast<size_t>(found - words.begin());
+}
+
 /// Whether `option` is known by its place.
 bool isArgument(const std::string& names) { return names[0] != '-'; }
 
@@ -144,13 +152,21 @@ Option& CommandLine::number(const std::string& names, double* to, double least, 
 Option& CommandLine::word(const std::string& names, const std::vector<std::string>& words,
                           std::function<void(size_t)> take, const std::string& help) {
     const auto take_place = [=, take = std::move(take)](const std::string& text) {
-        const auto found = std::find(words.begin(), words.end(), text);
-        if (found == words.end())
-            throw UsageError(longName(names) + " " + text + ": " + either(words) + " is wanted" +
-                             didYouMean(text, words));
-        take(static_cast<size_t>(found - words.begin()));
+        take(placeOf(text, words, longName(names) + " "));
     };
     return parsed(names, take_place, help).called("WORD");
+}
+
+Option& CommandLine::flagOrWord(const std::string& names, const std::vector<std::string>& words, size_t alone,
+                                std::function<void(size_t)> take, const std::string& help) {
+    const auto take_place = [=, take = std::move(take)](const std::string& text) {
+        take(placeOf(text, words, longName(names) + "="));
+    };
+    CLI::Option* const option = m_app->add_flag(names + "{" + words[alone] + "}");
+    option->take_last()->each(take_place);
+    std::string value;
+    for (const std::string& word : words) value += (value.empty() ? "[=" : "|") + word;
+    return add(option, names, value + "]", help);
 }
 
 Option& CommandLine::flag(const std::string& names, bool* to, const std::string& help) {
@@ -270,7 +286,8 @@ std::string CommandLines::help(const CommandLine& line, size_t width) const {
         }
         std::string names = option.m_names;
         if (const size_t comma = names.find(','); comma != std::string::npos) names.insert(comma + 1, " ");
-        options += row(names + (option.m_value.empty() ? "" : " " + option.m_value), help, width, column);
+        const bool apart = !option.m_value.empty() && option.m_value[0] != '[';
+        options += row(names + (apart ? " " : "") + option.m_value, help, width, column);
     }
     text += '\n' + wrapped(usage + " [OPTIONS]", width, 2) + "\n\n" + arguments;
     text += (arguments.empty() ? "" : "\n") + options + row("-h, --help", "this text", width, column);

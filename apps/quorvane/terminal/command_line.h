@@ -69,6 +69,10 @@ class CommandLine {
     Option& word(const std::string& names, const std::vector<std::string>& words,
                  std::function<void(size_t)> take, const std::string& help);
 
+    /// A flag that may have one of `words` behind '=', as in --name=word; alone it means the word `alone`.
+    Option& flagOrWord(const std::string& names, const std::vector<std::string>& words, size_t alone,
+                       std::function<void(size_t)> take, const std::string& help);
+
     Option& flag(const std::string& names, bool* to, const std::string& help);   ///< sets `*to`
     Option& unset(const std::string& names, bool* to, const std::string& help);  ///< clears `*to`
     Option& count(const std::string& names, int* to, const std::string& help);
