@@ -1,11 +1,12 @@
-// A container of depth, CONTAINER by name: whatever the bytes, what is found decodes to levels from 0 to 255,
-// or there is one line.
+// A container of depth or a stereo pair, CONTAINER by name: whatever the bytes, what is found decodes to
+// levels from 0 to 255 and to views of one size, or there is one line.
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
 #include "media/depth/photo_with_depth.h"
+#include "media/depth/stereo_views.h"
 #include "media/embedded/container.h"
 #include "promise.h"
 #include "system/error.h"
@@ -32,6 +33,21 @@ void checkDepth(const media::EmbeddedDepth& depth) {
     }
 }
 
+void checkPair(std::string_view file, const media::StereoPair& pair) {
+    for (const media::StereoView* view : {&pair.left, &pair.right}) {
+        promised(!view->where.empty(), "a view is somewhere");
+        promised(view->orientation >= 1 && view->orientation <= 8, "a view has one of Exif's orientations");
+    }
+    try {
+        const media::StereoViews views = media::decodeViews(file, pair, "photo", kMostFuzzedPixels);
+        promised(views.left.width >= 1 && views.left.height >= 1, "a view has pixels");
+        promised(views.left.width == views.right.width && views.left.height == views.right.height,
+                 "views of one size");
+    } catch (const Error& error) {
+        promised(isOneLine(error.what()), "a refusal is one line");
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -46,7 +62,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (contents.original) held += contents.original->bytes.size();
     if (contents.depth && !std::holds_alternative<media::DepthHeifItem>(contents.depth->plane))
         held += media::planeBytes(*contents.depth).size();
+    if (contents.pair) held += contents.pair->left.bytes.size() + contents.pair->right.bytes.size();
     promised(held <= 3 * bytes.size(), "at most three times the file is kept");
     if (contents.depth) checkDepth(*contents.depth);
+    if (contents.pair) checkPair(bytes, *contents.pair);
     return 0;
 }

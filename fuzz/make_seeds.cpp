@@ -16,6 +16,7 @@
 #include "support/photo_writers/apple_heic.h"
 #include "support/photo_writers/apple_jpeg.h"
 #include "support/photo_writers/pictures.h"
+#include "support/photo_writers/stereo.h"
 #include "support/photo_writers/trailers.h"
 #include "support/photo_writers/xmp_depth.h"
 #include "system/error.h"
@@ -170,8 +171,39 @@ void writeContainers(const std::string& root) {
                                       sideBySideFile(photo, beside, DepthHalf::kAbove) + '\3'});
 }
 
+/// Files with a stereo pair inside, of every container, some of them broken.
+void writePairs(const std::string& root) {
+    using namespace quorvane::test;
+    const std::string left = jpegFile(somePhoto(32, 24)), right = jpegFile(somePhoto(16, 12));
+    MpoOptions several, misplaced;
+    several.preview = several.third = right;
+    several.big_endian = false;
+    misplaced.offset_error = 3;
+    writeTexts(root + "/mpo",
+               {mpoFile(left, right), mpoFile(left, right, several), mpoFile(left, right, misplaced)});
+
+    LifOptions disparity, compact;
+    disparity.disparity = pngFile(somePlane(16, 12));
+    disparity.jpeg_is_right = true;
+    compact.spaces = false;
+    writeTexts(root + "/lif", {lifFile(left, right), lifFile(left, right, disparity),
+                               lifFile(left, right, compact), lifXmpFile(left, right)});
+    writeTexts(root + "/vrphoto", {vrPhotoFile(left, right), vrPhotoFile(left, right, false)});
+    writeTexts(root + "/jps", {jpsFile(left, 4), jpsFile(left, 0), jpsFile(left, 6), jpsFile(left, 5, 3),
+                               jpsFile(left, 4, 4), jpsFile(left, 4, 2, 0)});
+
+    const RgbImage large_left = somePhoto(128, 128), large_right = somePhoto(128, 128);
+    StereoHeicOptions avif, missing;
+    avif.avif = avif.photo_is_right = true;
+    missing.second_view = 77;
+    writeTexts(root + "/stereoheic",
+               {stereoHeicFile(large_left, large_right), stereoHeicFile(large_left, large_right, avif),
+                stereoHeicFile(large_left, large_right, missing)});
+}
+
 void makeSeeds(const std::string& root) {
     writeContainers(root);
+    writePairs(root);
     writeTexts(root + "/properties",
                {"# tuned\nquorvane.para1=40\n\nquorvane.para12 = 0.81\r\n", "key=a=b\nnonsense\n=none\nlast",
                 "long=" + std::string(92, 'x') + "\n"});

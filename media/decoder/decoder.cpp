@@ -38,6 +38,7 @@ enum class Call : uint32_t {
     kDepthMap,
     kDepth,
     kSideBySide,
+    kViews,
 };
 
 enum class Outcome : uint32_t { kDone, kError, kNoMemory };
@@ -147,6 +148,16 @@ void answer(Call call, Unpacker* in, Packer* out) {
             allowFor({bytes}, true);
             const SplitPicture split = decodeSideBySide(bytes, half, name);
             return out->pack(kDone, split);
+        }
+        case Call::kViews: {
+            StereoPair pair;
+            in->unpack(bytes, pair, name);
+            const auto pictureOf = [bytes](const StereoView& view) {
+                return view.bytes.empty() ? bytes : std::string_view(view.bytes);
+            };
+            allowFor({pictureOf(pair.left), pictureOf(pair.right)}, true);
+            const StereoViews views = decodeViews(bytes, pair, name);
+            return out->pack(kDone, views);
         }
     }
     throw Malformed();
@@ -350,6 +361,11 @@ DepthMap decodeDepth(const EmbeddedDepth& depth, const std::string& name, std::s
 SplitPicture decodeSideBySide(std::string_view file, DepthHalf half, const std::string& name) {
     if (!workerIsThere()) return media::decodeSideBySide(file, half, name);
     return std::get<0>(ask<SplitPicture>(Call::kSideBySide, name, file, half, name));
+}
+
+StereoViews decodeViews(std::string_view file, const StereoPair& pair, const std::string& name) {
+    if (!workerIsThere()) return media::decodeViews(file, pair, name);
+    return std::get<0>(ask<StereoViews>(Call::kViews, name, file, pair, name));
 }
 
 }  // namespace decoder

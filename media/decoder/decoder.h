@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "media/depth/photo_with_depth.h"
+#include "media/depth/stereo_views.h"
 #include "media/embedded/embedded.h"
 #include "media/picture/picture_file.h"
 
@@ -53,6 +54,7 @@ PhotoPreview previewPhoto(std::string_view file, const Contents& contents, const
 DepthMap decodeDepthMap(std::string_view bytes, const std::string& name);
 DepthMap decodeDepth(const EmbeddedDepth& depth, const std::string& name, std::string* remark);
 SplitPicture decodeSideBySide(std::string_view file, DepthHalf half, const std::string& name);
+StereoViews decodeViews(std::string_view file, const StereoPair& pair, const std::string& name);
 
 }  // namespace decoder
 

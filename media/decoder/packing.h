@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "media/depth/photo_with_depth.h"
+#include "media/depth/stereo_views.h"
 #include "media/embedded/embedded.h"
 #include "media/picture/image.h"
 #include "media/picture/picture_file.h"
@@ -59,9 +60,25 @@ void eachMember(Self& photo, Visit visit, const EmbeddedPhoto*) {
     visit(photo.where, photo.bytes, photo.orientation);
 }
 template <typename Self, typename Visit>
+void eachMember(Self& layout, Visit visit, const PairLayout*) {
+    visit(layout.one_above_other, layout.squeezed, layout.right_first);
+}
+template <typename Self, typename Visit>
+void eachMember(Self& view, Visit visit, const StereoView*) {
+    visit(view.where, view.bytes, view.heif_item, view.orientation);
+}
+template <typename Self, typename Visit>
+void eachMember(Self& pair, Visit visit, const StereoPair*) {
+    visit(pair.container, pair.left, pair.right, pair.layout);
+}
+template <typename Self, typename Visit>
+void eachMember(Self& views, Visit visit, const StereoViews*) {
+    visit(views.left, views.right);
+}
+template <typename Self, typename Visit>
 void eachMember(Self& contents, Visit visit, const Contents*) {
     visit(contents.file_kind, contents.orientation, contents.images, contents.depth, contents.original,
-          contents.remarks);
+          contents.pair, contents.remarks);
 }
 template <typename Self, typename Visit>
 void eachMember(Self& header, Visit visit, const PictureHeader*) {

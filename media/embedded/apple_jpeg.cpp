@@ -91,13 +91,17 @@ Found lookInto(std::string_view file, const std::vector<Jpeg>& jpegs, int photo_
 
 void readAppleJpeg(const PhotoFile& file, Contents* contents) {
     if (!file.jpeg) return;
-    const auto listed = multiPictureOffsets(file.bytes, *file.jpeg);
-    if (!listed) return;
+    const auto index = multiPictureIndex(file.bytes, *file.jpeg);
+    if (!index) return;
 
     std::vector<uint64_t> offsets;
-    for (const uint64_t offset : *listed)
-        if (offset >= file.jpeg->end && startsJpeg(file.bytes, offset)) offsets.push_back(offset);
-    const bool true_index = !listed->empty() && offsets.size() == listed->size();
+    size_t listed = 0;
+    for (const IndexedPicture& picture : *index) {
+        listed += picture.offset != 0;
+        if (picture.offset >= file.jpeg->end && startsJpeg(file.bytes, picture.offset))
+            offsets.push_back(picture.offset);
+    }
+    const bool true_index = listed > 0 && offsets.size() == listed;
     std::sort(offsets.begin(), offsets.end());
     offsets.erase(std::unique(offsets.begin(), offsets.end()), offsets.end());
 

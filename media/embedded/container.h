@@ -21,8 +21,8 @@ struct PhotoFile {
 PhotoFile openPhoto(std::string_view bytes, std::vector<std::string>* remarks);
 
 /// Reads one kind of container. Adds its images to `contents->images` and what is wrong with it to
-/// `contents->remarks`, and sets the depth and the unblurred photo; lookInside() ignores these two if an
-/// earlier container had a depth. Leaves files of other kinds alone, without a remark. Throws only
+/// `contents->remarks`, and sets the depth, the unblurred photo and the stereo pair; lookInside() ignores
+/// what an earlier container had. Leaves files of other kinds alone, without a remark. Throws only
 /// std::bad_alloc.
 using ContainerReader = void (*)(const PhotoFile& file, Contents* contents);
 
@@ -39,6 +39,11 @@ void readAppleHeic(const PhotoFile& file, Contents* contents);
 void readAppleJpeg(const PhotoFile& file, Contents* contents);
 void readSamsungTrailer(const PhotoFile& file, Contents* contents);
 void readHuaweiTrailer(const PhotoFile& file, Contents* contents);
+void readLif(const PhotoFile& file, Contents* contents);
+void readStereoHeic(const PhotoFile& file, Contents* contents);
+void readMpo(const PhotoFile& file, Contents* contents);
+void readVrPhoto(const PhotoFile& file, Contents* contents);
+void readJps(const PhotoFile& file, Contents* contents);
 
 }  // namespace quorvane::media
 

@@ -19,6 +19,8 @@ using Namespaces = std::array<std::string_view, 2>;
 
 constexpr Namespaces kGDepth = {"http://ns.google.com/photos/1.0/depthmap",
                                 "http://ns.google.com/photos/1.0/depthmap"};
+constexpr Namespaces kGImage = {"http://ns.google.com/photos/1.0/image",
+                                "http://ns.google.com/photos/1.0/image"};
 constexpr Namespaces kXdm = {"http://ns.xdm.org/photos/1.0/", "http://ns.xdm.org/photos/1.0/"};
 constexpr Namespaces kDynamicDepth = {"http://ns.google.com/photos/dd/1.0/",
                                       "http://ns.google.com/photos/dd/1.0/"};

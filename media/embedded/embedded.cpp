@@ -21,6 +21,14 @@ constexpr Container kContainers[] = {
     {"Apple JPEG", readAppleJpeg},
     {"Samsung SEF trailer", readSamsungTrailer},
     {"Huawei edof trailer", readHuaweiTrailer},
+    // Stereo pairs; one may come with a depth map.
+    {"LIF", readLif},
+#ifdef QUORVANE_EMBEDDED_HEIF
+    {"stereo HEIC", readStereoHeic},
+#endif
+    {"MPO", readMpo},
+    {"VR photo", readVrPhoto},
+    {"JPS", readJps},
 };
 
 /// Adds an image, unless it is known already: newer phones list the same one in several containers.
@@ -37,6 +45,16 @@ std::string_view planeBytes(const EmbeddedDepth& depth) {
     if (const auto* item = std::get_if<DepthHeifItem>(&depth.plane)) return item->file;
     if (const auto* samples = std::get_if<DepthSamples>(&depth.plane)) return samples->bytes;
     return std::get<DepthPicture>(depth.plane).bytes;
+}
+
+StereoPair pairOfHalves(PairLayout layout) {
+    StereoPair pair;
+    const char* const first = layout.one_above_other ? "upper half" : "left half";
+    const char* const second = layout.one_above_other ? "lower half" : "right half";
+    pair.left.where = layout.right_first ? second : first;
+    pair.right.where = layout.right_first ? first : second;
+    pair.layout = layout;
+    return pair;
 }
 
 PhotoFile openPhoto(std::string_view bytes, std::vector<std::string>* remarks) {
@@ -69,6 +87,10 @@ Contents lookInside(std::string_view bytes) {
         for (InnerImage& image : found.images) addImage(std::move(image), &places, &contents.images);
         for (std::string& remark : found.remarks)
             contents.remarks.push_back(std::string(container.name) + ": " + std::move(remark));
+        if (found.pair && !contents.pair) {
+            found.pair->container = container.name;
+            contents.pair = std::move(found.pair);
+        }
         if (!found.depth) continue;
         if (contents.depth) {
             if (planeBytes(*found.depth) != planeBytes(*contents.depth))

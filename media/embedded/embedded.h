@@ -23,6 +23,7 @@ enum class DepthKind {
 
 enum class ImageRole {
     kPhoto,     ///< what a viewer shows
+    kView,      ///< a view of a stereo pair, which viewers do not show
     kOriginal,  ///< the photo before its background was blurred
     kDepth,
     kConfidence,
@@ -85,6 +86,29 @@ struct EmbeddedPhoto {
     int orientation = 1;  ///< Exif's, 1 to 8, for a picture file that gives none itself
 };
 
+/// How the two views of a stereo pair share one picture.
+struct PairLayout {
+    bool one_above_other = false;  ///< else side by side
+    bool squeezed = false;         ///< each shrunk to half of its width, or height, to fit in
+    bool right_first = false;      ///< the right eye's view is the left, or upper, one
+};
+
+/// One view of a stereo pair.
+struct StereoView {
+    std::string where;  ///< such as "JPEG at byte 812345", "HEIF item 52", "left half"
+    /// A whole picture file; empty: the file's own picture, or its `heif_item`, or a half of it.
+    std::string bytes;
+    uint32_t heif_item = 0;  ///< of a HEIC or AVIF file; 0: none
+    int orientation = 1;     ///< Exif's, 1 to 8, for a picture file that gives none itself
+};
+
+/// Two views of one scene, side by side.
+struct StereoPair {
+    std::string container;  ///< as knownContainers() names it
+    StereoView left, right;
+    std::optional<PairLayout> layout;  ///< where both are halves of the file's own picture
+};
+
 /// What a file was found to hold.
 struct Contents {
     std::string file_kind;  ///< "JPEG", "HEIC", "PNG" ...; "" for what is no picture
@@ -92,14 +116,18 @@ struct Contents {
     std::vector<InnerImage> images;
     std::optional<EmbeddedDepth> depth;
     std::optional<EmbeddedPhoto> original;
+    std::optional<StereoPair> pair;
     /// One line for each thing that was found but could not be used, with the reason.
     std::vector<std::string> remarks;
 };
 
+/// A pair whose views are the halves of a picture, with a name for each half.
+StereoPair pairOfHalves(PairLayout layout);
+
 /// Looks into the bytes of a picture file. Any bytes will do: damage becomes a remark. If several containers
-/// hold a depth, the first of knownContainers() wins. It allocates at most six times the size of `file` and
-/// 50 MB, and what it returns takes at most three times that size. A DepthHeifItem refers to `file`; all else
-/// is copied out of it.
+/// hold a depth, the first of knownContainers() wins; likewise for a stereo pair. It allocates at most six
+/// times the size of `file` and 50 MB, and what it returns takes at most three times that size. A
+/// DepthHeifItem refers to `file`; all else is copied out of it.
 Contents lookInside(std::string_view file);
 
 /// The names of the containers that are looked for, in order of preference. Apple's HEIC is one of them only

@@ -5,9 +5,6 @@
 namespace quorvane::media {
 namespace {
 
-constexpr Namespaces kGImage = {"http://ns.google.com/photos/1.0/image",
-                                "http://ns.google.com/photos/1.0/image"};
-
 void addImage(ImageRole role, const char* where, const std::string& bytes, Contents* contents) {
     contents->images.push_back({role, where, std::string(mimeOf(bytes)), bytes.size()});
 }

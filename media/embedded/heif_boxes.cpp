@@ -125,6 +125,35 @@ void readLocations(std::string_view file, std::string_view body, Items* items) {
     }
 }
 
+/// Gives a picture that is put together of others, such as a grid of tiles, the bytes of those.
+void addPieces(std::string_view iref, Items* items) {
+    const int id_bytes = bigEndian(iref, 0, 1) == 0u ? 2 : 4;
+    iref.remove_prefix(iref.size() < 4 ? iref.size() : 4);
+    while (const auto box = takeBox(&iref)) {
+        if (box->type != "dimg") continue;
+        Reader reference = {box->body};
+        const auto whole = items->find(static_cast<uint32_t>(reference.next(id_bytes)));
+        uint64_t bytes = 0;
+        for (uint64_t left = reference.next(2); left > 0 && !reference.failed; --left) {
+            const auto piece = items->find(static_cast<uint32_t>(reference.next(id_bytes)));
+            if (piece != items->end()) bytes += piece->second.bytes;
+        }
+        if (whole != items->end() && whole->second.bytes == 0) whole->second.bytes = bytes;
+    }
+}
+
+/// Of ISO/IEC 23008-12's stereo pair groups, which name the left view first, the first one.
+void readStereoGroup(std::string_view grpl, HeifItems* items) {
+    Reader group = {bodyOf("ster", grpl)};
+    group.next(4);  // version and flags
+    group.next(4);  // the group's own ID
+    if (group.next(4) < 2) return;
+    const auto left = static_cast<uint32_t>(group.next(4)), right = static_cast<uint32_t>(group.next(4));
+    if (group.failed) return;
+    items->left_view = left;
+    items->right_view = right;
+}
+
 }  // namespace
 
 HeifItems readHeifItems(std::string_view file) {
@@ -136,6 +165,8 @@ HeifItems readHeifItems(std::string_view file) {
     items.primary = static_cast<uint32_t>(bigEndian(pitm, 4, id_bytes).value_or(0));
     readProperties(bodyOf("iprp", meta), &items.by_id);
     readLocations(file, bodyOf("iloc", meta), &items.by_id);
+    addPieces(bodyOf("iref", meta), &items.by_id);
+    readStereoGroup(bodyOf("grpl", meta), &items);
     return items;
 }
 

@@ -20,6 +20,9 @@ struct HeifItems {
     uint32_t primary = 0;                ///< the ID of the photo
     std::map<uint32_t, HeifItem> by_id;  ///< at most 10,000
 
+    /// The left and the right view of the first stereo pair; zeroes without one.
+    uint32_t left_view = 0, right_view = 0;
+
     /// For an ID that the boxes do not name, an item with nothing set.
     HeifItem at(uint32_t id) const {
         const auto found = by_id.find(id);

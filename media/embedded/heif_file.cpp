@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 #include <stdexcept>
+#include <vector>
 
 namespace quorvane::media {
 
@@ -24,6 +25,16 @@ HeifFile openHeif(std::string_view file) {
     throwIfFailed(heif_context_get_primary_image_handle(opened.context.get(), &handle));
     opened.primary.reset(handle);
     return opened;
+}
+
+int pageOf(heif_context* context, uint32_t item) {
+    const int count = heif_context_get_number_of_top_level_images(context);
+    std::vector<heif_item_id> ids(static_cast<size_t>(std::max(count, 0)));
+    heif_context_get_list_of_top_level_image_IDs(context, ids.data(), count);
+    const auto found = std::find(ids.begin(), ids.end(), item);
+    if (found == ids.end())
+        throw std::runtime_error("HEIF item " + std::to_string(item) + " is no picture of its own");
+    return static_cast<int>(found - ids.begin());
 }
 
 HeifHandle auxiliaryPicture(const heif_image_handle* primary, uint32_t item) {

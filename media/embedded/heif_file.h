@@ -29,6 +29,10 @@ struct HeifFile {
 /// Opens a file, which must outlive what is returned. Throws std::runtime_error.
 HeifFile openHeif(std::string_view file);
 
+/// The place of a picture that stands for itself among those that do, from 0. Throws std::runtime_error where
+/// it is none of them.
+int pageOf(heif_context* context, uint32_t item);
+
 /// An auxiliary picture of `primary`, the depth or another. Throws std::runtime_error.
 HeifHandle auxiliaryPicture(const heif_image_handle* primary, uint32_t item);
 

@@ -10,10 +10,18 @@
 
 namespace quorvane::media {
 
-/// The offsets in `file` at which the JPEG's multi-picture index (CIPA DC-007, in an APP2 segment) says that
-/// more pictures start, in its order and unchecked. Nothing if there is no index that can be read. Sizes are
-/// left out: a JPEG shows where it ends.
-std::optional<std::vector<uint64_t>> multiPictureOffsets(std::string_view file, const Jpeg& jpeg);
+/// A picture in a JPEG's multi-picture index.
+struct IndexedPicture {
+    uint64_t offset;  ///< in the file, unchecked; 0: the JPEG that holds the index
+    uint32_t type;    ///< such as kDisparityPicture
+};
+
+/// A view of a scene that other views show from other places.
+constexpr uint32_t kDisparityPicture = 0x020002;
+
+/// What the JPEG's multi-picture index (CIPA DC-007, in an APP2 segment) lists, in its order. Nothing if
+/// there is no index that can be read. Sizes are left out: a JPEG shows where it ends.
+std::optional<std::vector<IndexedPicture>> multiPictureIndex(std::string_view file, const Jpeg& jpeg);
 
 }  // namespace quorvane::media
 

@@ -61,13 +61,15 @@ VImage overWhite(const VImage& image) {
 /// A picture's file of which only the header has been read.
 class OpenPicture {
   public:
-    /// `bytes` must outlive this. A picture that does not say how it lies is turned by `orientation`.
-    OpenPicture(std::string_view bytes, const std::string& name, long long most_pixels, int orientation)
+    /// `bytes` must outlive this. A picture that does not say how it lies is turned by `orientation`. `page`
+    /// chooses one of several in a HEIC or AVIF file, instead of its primary one.
+    OpenPicture(std::string_view bytes, const std::string& name, long long most_pixels, int orientation,
+                std::optional<int> page = std::nullopt)
         : m_loader(requirePicture(bytes, name)),
           m_without_texts(withoutPngTexts(bytes)),
           m_bytes(m_without_texts ? *m_without_texts : bytes),
           m_name(name),
-          m_image(fromBytes()) {
+          m_image(fromBytes(page ? VImage::option()->set("page", *page) : VImage::option())) {
         const long long pixels = static_cast<long long>(m_image.width()) * m_image.height();
         if (pixels > most_pixels)
             throw Error(name + ": " + std::to_string(m_image.width()) + " x " +
@@ -365,6 +367,11 @@ RgbImage decodePhoto(std::string_view bytes, const std::string& name, long long 
                      int orientation) {
     return readingFile(bytes, name,
                        [&] { return toPhoto(OpenPicture(bytes, name, most_pixels, orientation).decode()); });
+}
+
+RgbImage decodePhotoPage(std::string_view bytes, int page, const std::string& name, long long most_pixels) {
+    return readingFile(bytes, name,
+                       [&] { return toPhoto(OpenPicture(bytes, name, most_pixels, 1, page).decode()); });
 }
 
 RgbImage decodePhotoShrunk(std::string_view bytes, const std::string& name, int least_side,

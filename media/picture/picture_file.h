@@ -70,6 +70,10 @@ PictureHeader readPictureHeader(std::string_view bytes, const std::string& name,
 RgbImage decodePhotoShrunk(std::string_view bytes, const std::string& name, int least_side,
                            long long most_pixels = kMostPixels, int orientation = 1);
 
+/// Like decodePhoto, of one of the pictures in a HEIC or AVIF file: `page` counts them from 0.
+RgbImage decodePhotoPage(std::string_view bytes, int page, const std::string& name,
+                         long long most_pixels = kMostPixels);
+
 /// Takes a decoded picture for a depth map.
 DepthMap toDepthMap(const RgbImage& picture, const std::string& name);
 

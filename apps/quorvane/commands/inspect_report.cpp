@@ -25,6 +25,7 @@ const char* wordFor(DepthOrigin origin) {
 const char* wordFor(media::ImageRole role) {
     switch (role) {
         case media::ImageRole::kPhoto: return "photo";
+        case media::ImageRole::kView: return "view";
         case media::ImageRole::kOriginal: return "original";
         case media::ImageRole::kDepth: return "depth";
         case media::ImageRole::kConfidence: return "confidence";

@@ -191,7 +191,8 @@ std::string infoOf(const Item& item, bool avif) {
 std::string referenceOf(const Item& item) {
     const std::string id = big(item.id, 2), one = big(1, 2);
     if (item.id == kHeicDepthXmp) return box("cdsc", id + one + big(kHeicDepth, 2));
-    return item.id == kHeicPhoto ? "" : box("auxl", id + one + big(kHeicPhoto, 2));
+    return item.id == kHeicPhoto || item.id == kHeicSecondView ? ""
+                                                               : box("auxl", id + one + big(kHeicPhoto, 2));
 }
 
 std::vector<std::string> propertiesOf(const Item& item, Fault fault) {
@@ -206,7 +207,9 @@ std::vector<std::string> propertiesOf(const Item& item, Fault fault) {
     return properties;
 }
 
-std::string fileOf(const std::vector<Item>& items, const AppleHeicOptions& options) {
+/// `groups` are the boxes of the entity groups.
+std::string fileOf(const std::vector<Item>& items, const AppleHeicOptions& options,
+                   const std::string& groups = "") {
     std::string infos, references, properties, associations, data;
     size_t property_count = 0;
     for (const Item& item : items) {
@@ -236,6 +239,7 @@ std::string fileOf(const std::vector<Item>& items, const AppleHeicOptions& optio
             fullBox("hdlr", big(0, 4) + "pict" + std::string(13, '\0')) +
                 fullBox("pitm", big(kHeicPhoto, 2)) + fullBox("iinf", big(items.size(), 2) + infos) +
                 (references.empty() ? "" : fullBox("iref", references)) +
+                (groups.empty() ? "" : box("grpl", groups)) +
                 box("iprp", box("ipco", properties) + fullBox("ipma", big(items.size(), 4) + associations)) +
                 fullBox("iloc", big(0x4400, 2) + big(items.size(), 2) + locations));
     };
@@ -269,6 +273,22 @@ std::string appleHeicFile(const media::RgbImage& photo, const media::GrayImage& 
     media::Image<uint16_t, 1> plane(depth.width, depth.height);
     plane.samples.assign(depth.samples.begin(), depth.samples.end());
     return appleHeicFile(photo, plane, 8, options);
+}
+
+std::string stereoHeicFile(const media::RgbImage& left, const media::RgbImage& right,
+                           const StereoHeicOptions& options) {
+    AppleHeicOptions file;
+    file.avif = options.avif;
+    const media::RgbImage& shown = options.photo_is_right ? right : left;
+    const media::RgbImage& other = options.photo_is_right ? left : right;
+    const std::vector<Item> items = {
+        {kHeicPhoto, coded(pictureOf(shown), false, options.avif), "", "", 0, {}},
+        {kHeicSecondView, coded(pictureOf(other), false, options.avif), "", "", 0, {}}};
+    const uint32_t first_id = options.photo_is_right ? options.second_view : kHeicPhoto;
+    const uint32_t second_id = options.photo_is_right ? kHeicPhoto : options.second_view;
+    constexpr uint64_t kGroup = 99;
+    return fileOf(items, file,
+                  fullBox("ster", big(kGroup, 4) + big(2, 4) + big(first_id, 4) + big(second_id, 4)));
 }
 
 }  // namespace quorvane::test

@@ -9,7 +9,8 @@
 namespace quorvane::test {
 
 /// Item IDs of the files below; those that a file lacks are left out.
-constexpr uint32_t kHeicPhoto = 1, kHeicDepth = 2, kHeicMatte = 3, kHeicGainMap = 4, kHeicDepthXmp = 5;
+constexpr uint32_t kHeicPhoto = 1, kHeicDepth = 2, kHeicMatte = 3, kHeicGainMap = 4, kHeicDepthXmp = 5,
+                   kHeicSecondView = 6;
 
 struct AppleHeicOptions {
     bool matte = false, gain_map = false;  ///< beside the depth, of its size, listed before it
@@ -50,6 +51,16 @@ std::string appleHeicFile(const media::RgbImage& photo, const media::GrayImage& 
 /// The same with samples of `bits` bits, 8, 10 or 12.
 std::string appleHeicFile(const media::RgbImage& photo, const media::Image<uint16_t, 1>& depth, int bits,
                           const AppleHeicOptions& options = {});
+
+struct StereoHeicOptions {
+    bool avif = false;
+    bool photo_is_right = false;             ///< what viewers show is the right view
+    uint32_t second_view = kHeicSecondView;  ///< what the group calls the second view
+};
+
+/// A HEIC file of two pictures and a stereo pair group, as headsets write it.
+std::string stereoHeicFile(const media::RgbImage& left, const media::RgbImage& right,
+                           const StereoHeicOptions& options = {});
 
 }  // namespace quorvane::test
 
