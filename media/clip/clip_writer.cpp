@@ -1,30 +1,20 @@
 #include "media/clip/clip_writer.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
-#include <atomic>
 #include <cctype>
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <filesystem>
 #include <iterator>
-#include <set>
 #include <sstream>
-#include <system_error>
 
 #include "media/clip/ffmpeg.h"
 #include "media/picture/picture_file.h"
 #include "system/cancel.h"
-#include "system/descriptor.h"
 #include "system/error.h"
+#include "system/pending_folder.h"
 #include "system/pending_output.h"
 
 namespace quorvane::media {
 namespace {
-
-namespace fs = std::filesystem;
 
 class StillWriter : public ClipWriter {
   public:
@@ -51,81 +41,22 @@ std::string frameName(int number) {
 
 class FolderWriter : public ClipWriter {
   public:
-    FolderWriter(const std::string& path, bool force)
-        : m_path(withoutSlash(path)), m_folder(placeOf(m_path)) {
-        std::error_code failed;
-        requireFolderFor(m_folder, path);
-        if (fs::exists(m_folder, failed) && !fs::is_directory(m_folder, failed))
-            throw Error(path + ": is a file, not a folder");
-        if (!force && fs::is_directory(m_folder, failed) && !fs::is_empty(m_folder, failed))
-            throw FolderNotEmpty(path + ": the folder is not empty");
-        // Inside the folder where there is one: it may be another disk than what it lies in.
-        m_was_there = fs::is_directory(m_folder, failed);
-        std::string pending;
-        do {
-            pending = temporaryBeside(m_was_there ? m_folder + "/frames" : m_folder);
-        } while (!fs::create_directory(pending, failed) && !failed);
-        if (failed) throw Error(path + ": cannot be written (" + failed.message() + ")");
-        m_pending = pending;
-    }
-
-    ~FolderWriter() override {
-        std::error_code ignored;
-        if (!m_pending.empty()) fs::remove_all(m_pending, ignored);
-    }
+    FolderWriter(const std::string& path, bool force) : m_folder(path, force) {}
 
     void add(int number, const RgbaImage& frame) override {
         throwIfCancelled();
-        const std::string name = "/" + frameName(number + 1);
-        const Descriptor file(
-            open((m_pending + name).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-        const auto fail = [&] {
-            throw Error(m_path + name + ": cannot be written (" + std::strerror(errno) + ")");
-        };
-        if (!file) fail();
-        savePng(frame, file.number(), m_path + name);
-        if (!reachesDisk(file.number())) fail();
-        ++m_frames;
+        m_folder.add(frameName(number + 1),
+                     [&frame](int descriptor, const std::string& name) { savePng(frame, descriptor, name); });
     }
 
     void finish() override {
         throwIfCancelled();
-        try {
-            if (m_was_there)
-                fillFolder();
-            else
-                fs::rename(m_pending, m_folder);
-        } catch (const fs::filesystem_error& failed) {
-            throw Error(m_path + ": cannot be written (" + failed.code().message() + ")");
-        }
-        m_pending.clear();
+        // Frames of an earlier, longer clip would be taken for this one's.
+        m_folder.commit(isFrameName);
     }
 
   private:
-    static std::string withoutSlash(std::string path) {
-        while (path.size() > 1 && path.back() == '/') path.pop_back();
-        return path;
-    }
-
-    void fillFolder() {
-        std::set<std::string> names;
-        for (int number = 1; number <= m_frames; ++number) {
-            const std::string& name = *names.insert(frameName(number)).first;
-            fs::rename(m_pending + "/" + name, m_folder + "/" + name);
-        }
-        // Frames of an earlier, longer clip would be taken for this one's.
-        for (const auto& entry : fs::directory_iterator(m_folder)) {
-            const std::string name = entry.path().filename().string();
-            if (isFrameName(name) && names.count(name) == 0) fs::remove(entry.path());
-        }
-        fs::remove(m_pending);
-    }
-
-    std::string m_path;
-    std::string m_folder;   ///< where the path leads
-    bool m_was_there;       ///< before this writer
-    std::string m_pending;  ///< empty until it is made and again once it is moved
-    std::atomic<int> m_frames{0};
+    PendingFolder m_folder;
 };
 
 class FfmpegWriter : public ClipWriter {

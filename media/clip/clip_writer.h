@@ -7,7 +7,7 @@
 #include "media/clip/output_format.h"
 #include "media/picture/image.h"
 #include "sizes/sizes.h"
-#include "system/error.h"
+#include "system/pending_folder.h"
 
 namespace quorvane::media {
 
@@ -30,12 +30,6 @@ struct ClipSettings {
     Size size;           ///< even sides where the format has them
     int fps = 30;        ///< frames a second, 1..240; stills and folders ignore it
     bool force = false;  ///< write into a folder that is not empty, replacing its numbered frames
-};
-
-/// A folder holds files, and `ClipSettings::force` was not set.
-class FolderNotEmpty : public Error {
-  public:
-    using Error::Error;
 };
 
 /// Whether a folder's writer may take a file of this name for a frame of an earlier clip, and replace it.

@@ -414,7 +414,13 @@ bool spread(Plane* plane) {
 RgbImage readPhoto(const std::string& path) { return decodePhoto(readPictureFile(path), path); }
 DepthMap readDepthMap(const std::string& path) { return decodeDepthMap(readPictureFile(path), path); }
 
+void savePng(const RgbImage& image, int descriptor, const std::string& name) {
+    savePicture(image, descriptor, name);
+}
 void savePng(const RgbaImage& image, int descriptor, const std::string& name) {
+    savePicture(image, descriptor, name);
+}
+void savePng(const GrayImage& image, int descriptor, const std::string& name) {
     savePicture(image, descriptor, name);
 }
 

@@ -90,7 +90,9 @@ void writePng(const RgbaImage& image, const std::string& path);
 void writePng(const GrayImage& image, const std::string& path);
 
 /// Writes a PNG file into an open one; messages call it `name`. Throws Error.
+void savePng(const RgbImage& image, int descriptor, const std::string& name);
 void savePng(const RgbaImage& image, int descriptor, const std::string& name);
+void savePng(const GrayImage& image, int descriptor, const std::string& name);
 
 }  // namespace quorvane::media
 

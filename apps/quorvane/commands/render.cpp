@@ -83,7 +83,7 @@ std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, cons
                                               Size size) {
     try {
         return media::openClip(options.out, format, {size, options.fps, options.force});
-    } catch (const media::FolderNotEmpty& error) {
+    } catch (const FolderNotEmpty& error) {
         throw Error(error.what() + std::string("; --force replaces the numbered frames in it"));
     }
 }
