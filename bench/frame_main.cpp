@@ -13,11 +13,13 @@
 #include <cstring>
 #include <ctime>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "content.h"
 #include "quorvane/esRenderer.h"
 #include "quorvane/host/OffscreenContext.h"
+#include "render_target.h"
 
 namespace quorvane::bench {
 namespace {
@@ -49,21 +51,7 @@ class Scene {
         m_renderer.setupVertices();
         m_renderer.setTexture(kPhotoWidth, kPhotoHeight, scenePhoto(kPhotoWidth, kPhotoHeight).data());
         m_renderer.setDepth(kDepthWidth, kDepthHeight, sceneDepth(kDepthWidth, kDepthHeight).data());
-
-        glGenTextures(1, &m_output);
-        glBindTexture(GL_TEXTURE_2D, m_output);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-        glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
-        glGenRenderbuffers(1, &m_depth_buffer);
-        glBindRenderbuffer(GL_RENDERBUFFER, m_depth_buffer);
-        glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH_COMPONENT16, width, height);
-        glBindFramebuffer(GL_FRAMEBUFFER, m_renderer.m_fbo);
-        glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, m_depth_buffer);
-        m_renderer.setOutTexture(m_output);
-    }
-    ~Scene() {
-        glDeleteTextures(1, &m_output);
-        glDeleteRenderbuffers(1, &m_depth_buffer);
+        m_target.emplace(&m_renderer, width, height);
     }
     Scene(const Scene&) = delete;
     Scene& operator=(const Scene&) = delete;
@@ -129,8 +117,7 @@ class Scene {
     int m_height;
     Bytes m_block;
     ESRenderer m_renderer;
-    GLuint m_output = 0;
-    GLuint m_depth_buffer = 0;
+    std::optional<RenderTarget> m_target;
 };
 
 template <typename Draw>

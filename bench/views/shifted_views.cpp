@@ -44,22 +44,7 @@ ShiftedViews::ShiftedViews(const Picture& photo, const DepthMap& depth, bool gui
     m_renderer.setupVertices();
     m_renderer.setTexture(photo.width, photo.height, const_cast<uint8_t*>(photo.samples.data()));
     m_renderer.setDepth(depth.width, depth.height, const_cast<uint8_t*>(depth.samples.data()));
-
-    glGenTextures(1, &m_output);
-    glBindTexture(GL_TEXTURE_2D, m_output);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
-    glGenRenderbuffers(1, &m_depth_buffer);
-    glBindRenderbuffer(GL_RENDERBUFFER, m_depth_buffer);
-    glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH_COMPONENT16, width, height);
-    glBindFramebuffer(GL_FRAMEBUFFER, m_renderer.m_fbo);
-    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, m_depth_buffer);
-    m_renderer.setOutTexture(m_output);
-}
-
-ShiftedViews::~ShiftedViews() {
-    glDeleteTextures(1, &m_output);
-    glDeleteRenderbuffers(1, &m_depth_buffer);
+    m_target.emplace(&m_renderer, width, height);
 }
 
 Picture ShiftedViews::draw(double strength_right, double strength_down, int left, int top) {

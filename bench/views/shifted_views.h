@@ -1,11 +1,11 @@
 #ifndef QUORVANE_BENCH_VIEWS_SHIFTED_VIEWS_H
 #define QUORVANE_BENCH_VIEWS_SHIFTED_VIEWS_H
 
-#include <GLES2/gl2.h>
-
 #include <cstdint>
+#include <optional>
 #include <vector>
 
+#include "bench/render_target.h"
 #include "bench/views/picture.h"
 #include "quorvane/esRenderer.h"
 
@@ -22,9 +22,6 @@ class ShiftedViews {
     /// `depth` has four samples a cell on each axis, and the photo's sides are 1, 2, 4 .. 32 times the
     /// grid's. Needs a current GL context.
     ShiftedViews(const Picture& photo, const DepthMap& depth, bool guided);
-    ~ShiftedViews();
-    ShiftedViews(const ShiftedViews&) = delete;
-    ShiftedViews& operator=(const ShiftedViews&) = delete;
 
     /// The photo's pixels, moved to the right and down; then the whole picture moved back by (left, top)
     /// pixels, up to half of the photo's size. Where the photo does not reach, black.
@@ -34,7 +31,7 @@ class ShiftedViews {
     int m_width, m_height;
     std::vector<uint8_t> m_block;
     ESRenderer m_renderer;
-    GLuint m_output = 0, m_depth_buffer = 0;
+    std::optional<RenderTarget> m_target;
 };
 
 /// The byte of a depth map that the renderer draws at distance `distance`, or the nearest one.
