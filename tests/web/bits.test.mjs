@@ -1,0 +1,51 @@
+// The element's arithmetic against the renderer's, bit by bit: node --test bits.test.mjs, with the output of native_bits
+// in the file that QUORVANE_NATIVE_BITS names.
+import assert from 'node:assert';
+import {readFileSync} from 'node:fs';
+import {test} from 'node:test';
+
+import {FRAGMENT_SHADER, VERTEX_SHADER} from '../../web/element/class.js';
+import * as geometry from '../../web/element/geometry.js';
+
+const native = JSON.parse(readFileSync(process.env.QUORVANE_NATIVE_BITS, 'utf8'));
+const bytes = (hex) => Uint8Array.from(Buffer.from(hex, 'hex'));
+const words = (hex) => new Uint32Array(bytes(hex).buffer);
+const bitsOf = (floats) => new Uint32Array(Float32Array.from(floats).buffer);
+const float = (bits) => new Float32Array(Uint32Array.of(bits).buffer)[0];
+
+test('the shaders are the renderer\'s but for the blanks at the ends of lines', () => {
+  const trimmed = (hex) => Buffer.from(hex, 'hex').toString().replace(/ +\n/g, '\n');
+  assert.strictEqual(VERTEX_SHADER, trimmed(native.shaders[0]));
+  assert.strictEqual(FRAGMENT_SHADER, trimmed(native.shaders[1]));
+});
+
+test('view positions, mesh widths and matrices have the renderer\'s bits', () => {
+  assert.ok(native.views.length >= 2000);
+  for (const view of native.views) {
+    const [width, height] = view.size;
+    const held = view.look.map((at, axis) => geometry.heldPosition(at, view.size[axis], view.params.border_deadzone));
+    assert.deepStrictEqual([...bitsOf(held)], view.held, JSON.stringify(view));
+    const half_width = geometry.halfWidth(width, height);
+    assert.deepStrictEqual([...bitsOf([half_width])], [view.half_width], JSON.stringify(view));
+    const matrix = geometry.viewMatrix({...geometry.DEFAULTS, ...view.params}, ...held, half_width);
+    assert.deepStrictEqual(bitsOf(matrix), words(view.matrix), JSON.stringify(view));
+  }
+});
+
+test('every triangle has the renderer\'s vertices, in its order', () => {
+  for (const {columns, rows, half_width, vertices, indices} of native.meshes) {
+    const theirs = words(vertices), their_corners = words(indices);
+    const ours = bitsOf(geometry.vertices(columns, rows, float(half_width)));
+    const our_corners = geometry.indices(columns, rows);
+    assert.strictEqual(our_corners.length, their_corners.length);
+    let different = 0;
+    for (let i = 0; i < our_corners.length; ++i)
+      for (let k = 0; k < 5; ++k) different += ours[5 * our_corners[i] + k] !== theirs[5 * their_corners[i] + k];
+    assert.strictEqual(different, 0, `${columns} x ${rows}`);
+  }
+});
+
+test('indices have 16 bits as long as they suffice', () => {
+  assert.ok(geometry.indices(255, 255) instanceof Uint16Array);
+  assert.ok(geometry.indices(256, 255) instanceof Uint32Array);
+});

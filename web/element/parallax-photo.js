@@ -1,0 +1,6 @@
+import {ParallaxPhoto} from './class.js';
+
+export {ParallaxPhoto};
+
+if (globalThis.customElements && !customElements.get('parallax-photo'))
+  customElements.define('parallax-photo', ParallaxPhoto);
