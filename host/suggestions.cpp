@@ -1,4 +1,4 @@
-// What ParallaxView suggests for the images in use: how much is shown, and what stands still.
+#include "host/suggestions.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,20 +16,10 @@ namespace {
 
 constexpr char kNoDepth[] = "nothing to suggest: no depth map is set for this photo";
 
-ShapedDepth shapedDepthOf(const ESRenderer& renderer) {
-    return {renderer.m_vtxW, renderer.m_vtxH, reinterpret_cast<const uint8_t*>(renderer.m_pDepthData)};
-}
-
-BentGrid gridOf(const ESRenderer& renderer) {
-    return {shapedDepthOf(renderer), static_cast<double>(renderer.m_OBJ_CORD_X),
-            static_cast<double>(renderer.m_OBJ_CORD_Y)};
-}
-
-Camera cameraOf(const ESRenderer& renderer) {
-    const LibParam& params = renderer.params;
+Camera cameraOf(const LibParam& params) {
     const double gain = static_cast<double>(params.trans_to_rotate_scale);
     Camera camera;
-    camera.pivot_distance = static_cast<double>(renderer.m_z_factor);
+    camera.pivot_distance = static_cast<double>(params.rotate_z_trans);
     camera.x_turn_deg = gain * static_cast<double>(params.rotate_x_boundary);
     camera.y_turn_deg = gain * static_cast<double>(params.rotate_y_boundary);
     camera.far_distance = 64.0 + static_cast<double>(params.far_offset_ext);
@@ -37,14 +27,14 @@ Camera cameraOf(const ESRenderer& renderer) {
 }
 
 /// Where the renderer stands after ParallaxView::lookAt(x, y).
-ViewPosition positionOf(const ESRenderer& renderer, double x, double y) {
+ViewPosition positionOf(const Composed& composed, double x, double y) {
     const auto axis = [&](double position, float extent) {
-        const float border = extent / static_cast<float>(renderer.params.border_deadzone);
+        const float border = extent / static_cast<float>(composed.parameters.border_deadzone);
         const float place =
             heldOffBorder(placeOnPicture(static_cast<float>(position), extent), extent, border);
         return static_cast<double>(viewPosition(place, extent));
     };
-    return {axis(x, renderer.m_width), axis(y, renderer.m_height)};
+    return {axis(x, composed.width), axis(y, composed.height)};
 }
 
 /// `frame_at(swing)` is the frame for positions multiplied by `swing`. Those that the dead zone holds back
@@ -63,24 +53,60 @@ SuggestedFrame reducedFrame(FrameAt frame_at) {
     return {kLeastVisiblePart, 0.0};
 }
 
+ShapedDepth shapedDepthOf(const ESRenderer& renderer) {
+    return {renderer.m_vtxW, renderer.m_vtxH, reinterpret_cast<const uint8_t*>(renderer.m_pDepthData)};
+}
+
+Composed composedFrom(const ESRenderer& renderer) {
+    return {{shapedDepthOf(renderer), static_cast<double>(renderer.m_OBJ_CORD_X),
+             static_cast<double>(renderer.m_OBJ_CORD_Y)},
+            renderer.params,
+            renderer.m_width,
+            renderer.m_height};
+}
+
 }  // namespace
+
+Status checkPath(const std::vector<LookPosition>& path) {
+    for (const LookPosition& position : path)
+        if (!(std::isfinite(position.x) && std::isfinite(position.y)))
+            return Status::failure("view position: not a finite number");
+    return Status::success();
+}
+
+Status checkPhotoPoint(double x, double y) {
+    if (x >= 0.0 && x <= 1.0 && y >= 0.0 && y <= 1.0) return Status::success();
+    return Status::failure(text("photo's point (%g, %g): both go from 0 to 1", x, y));
+}
+
+SuggestedFrame frameFor(const Composed& composed, const std::vector<LookPosition>& path) {
+    return reducedFrame([&](double swing) {
+        std::vector<ViewPosition> positions;
+        positions.reserve(path.size());
+        for (const LookPosition& position : path)
+            positions.push_back(positionOf(composed, swing * static_cast<double>(position.x),
+                                           swing * static_cast<double>(position.y)));
+        return suggestFrame(composed.grid, cameraOf(composed.parameters), positions);
+    });
+}
+
+SuggestedFrame frameFor(const Composed& composed) {
+    return reducedFrame([&](double swing) {
+        const ViewPosition least = positionOf(composed, -swing, -swing);
+        const ViewPosition most = positionOf(composed, swing, swing);
+        const ViewPosition reach = {std::max(std::abs(least.x), std::abs(most.x)),
+                                    std::max(std::abs(least.y), std::abs(most.y))};
+        return suggestFrame(composed.grid, cameraOf(composed.parameters), reach);
+    });
+}
 
 Status ParallaxView::suggestFrame(const std::vector<LookPosition>& path, SuggestedFrame* frame) const {
     Status status = checkCaller();
     if (!status) return status;
     if (!m_has_depth) return Status::failure(kNoDepth);
-    for (const LookPosition& position : path)
-        if (!(std::isfinite(position.x) && std::isfinite(position.y)))
-            return Status::failure("view position: not a finite number");
-
-    *frame = reducedFrame([&](double swing) {
-        std::vector<ViewPosition> positions;
-        positions.reserve(path.size());
-        for (const LookPosition& position : path)
-            positions.push_back(positionOf(m_renderer, swing * static_cast<double>(position.x),
-                                           swing * static_cast<double>(position.y)));
-        return quorvane::suggestFrame(gridOf(m_renderer), cameraOf(m_renderer), positions);
-    });
+    status = checkPath(path);
+    if (!status) return status;
+    *frame = frameFor(composedFrom(m_renderer), path);
     return status;
 }
 
@@ -88,14 +114,7 @@ Status ParallaxView::suggestFrame(SuggestedFrame* frame) const {
     Status status = checkCaller();
     if (!status) return status;
     if (!m_has_depth) return Status::failure(kNoDepth);
-
-    *frame = reducedFrame([&](double swing) {
-        const ViewPosition least = positionOf(m_renderer, -swing, -swing);
-        const ViewPosition most = positionOf(m_renderer, swing, swing);
-        const ViewPosition reach = {std::max(std::abs(least.x), std::abs(most.x)),
-                                    std::max(std::abs(least.y), std::abs(most.y))};
-        return quorvane::suggestFrame(gridOf(m_renderer), cameraOf(m_renderer), reach);
-    });
+    *frame = frameFor(composedFrom(m_renderer));
     return status;
 }
 
@@ -111,8 +130,8 @@ Status ParallaxView::suggestPivot(double x, double y, double* rotate_z_trans) co
     Status status = checkCaller();
     if (!status) return status;
     if (!m_has_depth) return Status::failure(kNoDepth);
-    if (!(x >= 0.0 && x <= 1.0 && y >= 0.0 && y <= 1.0))
-        return Status::failure(text("photo's point (%g, %g): both go from 0 to 1", x, y));
+    status = checkPhotoPoint(x, y);
+    if (!status) return status;
     *rotate_z_trans = distanceOf(depthAt(shapedDepthOf(m_renderer), x, y));
     return status;
 }

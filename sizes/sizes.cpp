@@ -10,14 +10,19 @@ namespace {
 
 int ceilDivide(int value, int divisor) { return (value - 1) / divisor + 1; }
 
-Size scaledInto(Size size, int longest) {
+Size scaledTo(Size size, int longest) {
     const int side = std::max(size.width, size.height);
-    if (side <= longest) return size;
     const auto scaled = [=](int length) {
         return std::max(1, static_cast<int>(std::lround(static_cast<double>(length) * longest / side)));
     };
     return {scaled(size.width), scaled(size.height)};
 }
+
+Size scaledInto(Size size, int longest) {
+    return std::max(size.width, size.height) <= longest ? size : scaledTo(size, longest);
+}
+
+Size evenSize(Size size) { return {std::max(2, size.width & ~1), std::max(2, size.height & ~1)}; }
 
 }  // namespace
 
@@ -91,9 +96,13 @@ Fit fitSizes(Size photo, Size depth, int largest_photo_side, const GridBudget& b
 }
 
 Size pictureSize(Size photo, int longest, bool even) {
-    Size size = scaledInto(photo, longest);
-    if (even) size = {std::max(2, size.width & ~1), std::max(2, size.height & ~1)};
-    return size;
+    const Size size = scaledInto(photo, longest);
+    return even ? evenSize(size) : size;
+}
+
+Size scaledPictureSize(Size photo, int longest, bool even) {
+    const Size size = scaledTo(photo, longest);
+    return even ? evenSize(size) : size;
 }
 
 Size croppedSize(Size image, Size wanted) {

@@ -69,6 +69,9 @@ Fit fitSizes(Size photo, Size depth, int largest_photo_side, const GridBudget& b
 /// `even` rounds both sides down to even numbers (2 at least), as 4:2:0 video needs.
 Size pictureSize(Size photo, int longest, bool even);
 
+/// The same with the long side exactly `longest`, however large the photo is.
+Size scaledPictureSize(Size photo, int longest, bool even);
+
 /// The largest part of `image` that has the aspect of `wanted`.
 Size croppedSize(Size image, Size wanted);
 

@@ -13,13 +13,44 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST(ParseSize, TakesWidthAndHeight) { EXPECT_EQ(parseSize("1280x720"), (Size{1280, 720})); }
+TEST(ParsePictureSize, TakesBothSidesTheLongerOneOrThePhotos) {
+    EXPECT_EQ(parsePictureSize("1280x720").exact, (Size{1280, 720}));
+    EXPECT_EQ(parsePictureSize("960").longest, 960);
+    EXPECT_FALSE(parsePictureSize("960").exact);
+    EXPECT_FALSE(parsePictureSize("photo").exact || parsePictureSize("photo").longest);
+}
 
-TEST(ParseSize, RefusesEverythingElse) {
-    for (const char* text :
-         {"", "x", "10", "10x", "x10", "0x10", "-3x5", "10x16385", "1.5x2", "10x10x10", "ten x 10", "10 x 10",
-          "0x10x10", "1e9x1", "nanx1", "999999999999999999999x1", "10X10"})
-        EXPECT_THROW(parseSize(text), UsageError) << text;
+TEST(ParsePictureSize, RefusesEverythingElse) {
+    for (const char* text : {"",
+                             "x",
+                             "0",
+                             "16385",
+                             "9.5",
+                             "-3",
+                             "10x",
+                             "x10",
+                             "0x10",
+                             "-3x5",
+                             "10x16385",
+                             "1.5x2",
+                             "10x10x10",
+                             "ten x 10",
+                             "10 x 10",
+                             "0x10x10",
+                             "1e9x1",
+                             "nanx1",
+                             "999999999999999999999x1",
+                             "10X10",
+                             "Photo"})
+        EXPECT_THROW(parsePictureSize(text), UsageError) << text;
+}
+
+TEST(ParseFrame, TakesAutoOrAPart) {
+    EXPECT_FALSE(parseFrame("auto"));
+    EXPECT_EQ(parseFrame("0.9"), 0.9);
+    EXPECT_EQ(parseFrame("1"), 1.0);
+    for (const char* text : {"", "0", "0.01", "1.01", "-1", "half", "nan", "0.9x"})
+        EXPECT_THROW(parseFrame(text), UsageError) << text;
 }
 
 TEST(ParsePosition, TakesTwoNumbers) {

@@ -68,9 +68,31 @@ TEST_F(Failure, WrongUsageIsExitCode2) {
     expectRefused(render(folder / "a.png", {"--set", "fov=1"}), 2, "known are rotate_z_trans,");
     expectRefused(render(folder / "a.png", {"--set", "fov_scale=7"}), 2, "from 0.05 to 1");
     expectRefused(render(folder / "a.png", {"--set", "fov_scale=wide"}), 2, "'wide' is not a number");
+    expectRefused(render(folder / "a.png", {"--frame", "60"}), 2, "did you mean --frames 60?");
+    expectRefused(render(folder / "a.png", {"--frames", "0.9"}), 2, "did you mean --frame 0.9?");
+    expectRefused(render(folder / "a.png", {"--pivot", "1.5,0"}), 2, "--pivot 1.5,0");
+    expectRefused(render(folder / "a.png", {"--edges", "hard"}), 2, "clean or soft is wanted");
+    expectRefused(render(folder / "a.png", {"--grid", "huge"}), 2, "auto, fine or coarse is wanted");
     expectRefused({"sample", folder / "s.jpg", folder / "t.png"}, 2, ".png");
     expectRefused({"sample", folder / "s.png", folder / "t.png", "--size", "9x9"}, 2, "64 to 8192");
     expectRefused({"stages", photo, depth, "-o", folder / "a.mp4"}, 2, ".png");
+}
+
+TEST_F(Failure, OneParameterIsGivenInOneWay) {
+    const std::vector<std::vector<std::string>> commands = {render(folder / "a.png"),
+                                                            {"stages", photo, depth, "-o", folder / "a.png"},
+                                                            {"inspect", photo, depth}};
+    const auto refused = [&](const std::string& option, const std::string& value,
+                             const std::string& setting) {
+        for (std::vector<std::string> arguments : commands) {
+            arguments.insert(arguments.end(), {option, value, "--set", setting});
+            expectRefused(arguments, 2, option + " " + value + " and --set " + setting + ": one of the two");
+        }
+    };
+    refused("--frame", "0.9", "fov_scale=0.8");
+    refused("--frame", "auto", "fov_scale=0.8");
+    refused("--pivot", "0.5,0.5", "rotate_z_trans=33");
+    refused("--edges", "clean", "guided_filter_ry=1");
 }
 
 TEST_F(Failure, NumbersAreNumbers) {

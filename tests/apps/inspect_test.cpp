@@ -102,13 +102,13 @@ TEST_F(Inspect, JsonHoldsAllThatIsKnown) {
 // Two samples a pixel's worth: 304 x 400 pixels in cells of 16 are 19 x 25, and 19 * 4 = 76 samples are kept.
 TEST_F(Inspect, PlanIsWhatTheRendererTakes) {
     const std::string file = write("a.jpg", gdepthFile(somePhoto(304, 400), somePlane(76, 100)));
-    const json plan = parsed({file})["plan"];
+    const json plan = parsed({file, "--grid", "coarse"})["plan"];
     EXPECT_EQ(plan["grid"], json({{"width", 19}, {"height", 25}}));
     EXPECT_EQ(plan["photo_pixels_a_cell"], 16);
     EXPECT_EQ(plan["photo"]["from"], json({{"width", 304}, {"height", 400}}));
     EXPECT_EQ(plan["photo"]["to"], json({{"width", 304}, {"height", 400}}));
     EXPECT_EQ(plan["depth"]["to"], json({{"width", 76}, {"height", 100}}));
-    const Outcome rendered = quorvane({"render", file, "-o", folder / "a.png", "-v"});
+    const Outcome rendered = quorvane({"render", file, "-o", folder / "a.png", "-v", "--grid", "coarse"});
     EXPECT_THAT(rendered.err, HasSubstr("grid     19 x 25 cells"));
     char memory[40];
     std::snprintf(memory, sizeof memory, "%.1f MB", double{plan["working_memory_bytes"]} / 1e6);
@@ -121,7 +121,8 @@ TEST_F(Inspect, PlanIsWhatTheRendererTakes) {
                 HasSubstr("fitted   photo " + whole["width"].dump() + " x " + whole["height"].dump()));
     EXPECT_THAT(drawn.err, Not(HasSubstr("cut")));
     // Neither divides into cells: both are resampled.
-    const json odd = parsed({write("b.jpg", gdepthFile(somePhoto(301, 203), somePlane(50, 33)))})["plan"];
+    const json odd = parsed(
+        {write("b.jpg", gdepthFile(somePhoto(301, 203), somePlane(50, 33))), "--grid", "coarse"})["plan"];
     EXPECT_EQ(odd["photo"]["from"], json({{"width", 301}, {"height", 203}}));
     EXPECT_EQ(int{odd["photo"]["to"]["width"]} % int{odd["photo_pixels_a_cell"]}, 0);
     EXPECT_EQ(int{odd["depth"]["to"]["width"]}, 4 * int{odd["grid"]["width"]});
@@ -129,14 +130,15 @@ TEST_F(Inspect, PlanIsWhatTheRendererTakes) {
 
 TEST_F(Inspect, TextSaysTheSameToPeople) {
     const std::string file = write("a.jpg", gdepthFile(somePhoto(304, 400), somePlane(76, 100)));
-    const std::string said = text({file});
+    const std::string said = text({file, "--grid", "coarse"});
     for (const char* part :
          {"a.jpg: JPEG, ", "304 x 400", "GDepth:Data, image/png, ", "76 x 100, 8 bit",
           "inverse range, near 0.5, far 8 (m)", "larger = farther: ", "photo 304 x 400 -> 304 x 400\n",
           "grid     19 x 25 cells, 16 photo pixels a cell", "MB of working memory"})
         EXPECT_THAT(said, HasSubstr(part));
-    EXPECT_THAT(text({write("b.jpg", gdepthFile(somePhoto(301, 203), somePlane(50, 33)))}),
-                AllOf(HasSubstr(", resampled\n"), HasSubstr(", scaled\n")));
+    EXPECT_THAT(
+        text({write("b.jpg", gdepthFile(somePhoto(301, 203), somePlane(50, 33))), "--grid", "coarse"}),
+        AllOf(HasSubstr(", resampled\n"), HasSubstr(", scaled\n")));
 }
 
 TEST_F(Inspect, EveryContainerIsNamed) {

@@ -12,7 +12,11 @@
 #include <thread>
 
 #include "media/picture/picture_file.h"
+#include "media/picture/resample.h"
+#include "media/scene/sheet.h"
 #include "process.h"
+#include "quorvane/host/OffscreenContext.h"
+#include "quorvane/host/ParallaxView.h"
 #include "support/temporary_folder.h"
 
 namespace quorvane::test {
@@ -40,6 +44,9 @@ GrayImage shaded(int width, int height, const std::function<int(int x, int y)>& 
         for (int x = 0; x < width; ++x) image.samples[i++] = static_cast<uint8_t>(level(x, y));
     return image;
 }
+
+// The tuned set's pivot lies among the depths, and no thing stands still.
+const std::vector<std::string> kTunedPivot = {"--pivot", "off"};
 
 /// The sample at (x, y) in pixels, bilinear, pixel centres at .5.
 double sampleAt(const RgbImage& image, double x, double y, size_t channel) {
@@ -108,7 +115,8 @@ TemporaryFolder* Render::s_scene = nullptr;
 TEST_F(Render, RestShowsTheMiddleOfThePhoto) {
     const RgbImage photo = media::readPhoto(scene("photo.png"));
     for (const int level : {0, 100, 255}) {
-        const RgbImage seen = still(photo, shaded(240, 180, [=](int, int) { return level; }), "0,0");
+        const RgbImage seen =
+            still(photo, shaded(240, 180, [=](int, int) { return level; }), "0,0", {"--frame", "0.81"});
         ASSERT_EQ(seen.width, 240);
         ASSERT_EQ(seen.height, 180);
         double worst = 0;
@@ -150,9 +158,9 @@ TEST_F(Render, NearThingsMoveAgainstFarOnes) {
         return x >= 95 && x < 105 ? std::array{255, 255, 255} : std::array{0, 0, 0};
     });
     const GrayImage depth = shaded(200, 200, [](int, int y) { return y < 100 ? 230 : 10; });
-    const auto [near_left, far_left] = barPositions(still(photo, depth, "-1,0"));
-    const auto [near_rest, far_rest] = barPositions(still(photo, depth, "0,0"));
-    const auto [near_right, far_right] = barPositions(still(photo, depth, "1,0"));
+    const auto [near_left, far_left] = barPositions(still(photo, depth, "-1,0", kTunedPivot));
+    const auto [near_rest, far_rest] = barPositions(still(photo, depth, "0,0", kTunedPivot));
+    const auto [near_right, far_right] = barPositions(still(photo, depth, "1,0", kTunedPivot));
     // Seen from the right, near things stand further left.
     EXPECT_LT(near_right, near_rest - 2);
     EXPECT_GT(near_left, near_rest + 2);
@@ -165,7 +173,7 @@ TEST_F(Render, SeenFromAboveNearThingsStandLower) {
         return y >= 95 && y < 105 ? std::array{255, 255, 255} : std::array{0, 0, 0};
     });
     const auto bar = [&](const std::string& at) {
-        const RgbImage seen = still(photo, shaded(200, 200, [](int, int) { return 230; }), at);
+        const RgbImage seen = still(photo, shaded(200, 200, [](int, int) { return 230; }), at, kTunedPivot);
         double sum = 0, weight = 0;
         for (int y = 0; y < 200; ++y) {
             const double light = seen.samples[3 * static_cast<size_t>(y * 200 + 100)];
@@ -369,7 +377,7 @@ TEST_F(Render, StatsNameEveryStageAndCountTheFrames) {
 
 TEST_F(Render, AmountScalesTheSwing) {
     render("frames", {"--frames", "4", "--amount", "0.5"});
-    render("half.png", {"--at", "0.5,0"});
+    render("half.png", {"--at", "0.5,0", "--amount", "0.5"});
     EXPECT_EQ(bytesOf(folder / "frames/00002.png"), bytesOf(folder / "half.png"));
 }
 
@@ -387,6 +395,9 @@ TEST_F(Render, SizeIsTheOneAskedFor) {
     EXPECT_EQ(media::readPhoto(folder / "a.png").height, 95);
     render("b.png", {"--size", "photo"});
     EXPECT_EQ(media::readPhoto(folder / "b.png").width, 240);
+    render("c.png", {"--size", "320"});
+    EXPECT_EQ(media::readPhoto(folder / "c.png").width, 320);
+    EXPECT_EQ(media::readPhoto(folder / "c.png").height, 240);
 }
 
 // A square picture of a wide photo shows its middle, undistorted.
@@ -395,8 +406,8 @@ TEST_F(Render, AnotherAspectCutsThePhoto) {
         const bool disc = std::hypot(x + 0.5 - 150, y + 0.5 - 50) < 20;
         return disc ? std::array{255, 255, 255} : std::array{0, 0, 0};
     });
-    const RgbImage seen =
-        still(photo, shaded(300, 100, [](int, int) { return 128; }), "0,0", {"--size", "100x100"});
+    const RgbImage seen = still(photo, shaded(300, 100, [](int, int) { return 128; }), "0,0",
+                                {"--size", "100x100", "--frame", "0.81"});
     int across = 0, down = 0;
     for (int i = 0; i < 100; ++i) {
         across += seen.samples[3 * static_cast<size_t>(50 * 100 + i)] > 127;
@@ -422,6 +433,158 @@ TEST_F(Render, SupersamplingSmoothsAndKeepsThePicture) {
     double difference = 0;
     for (size_t i = 0; i < a.samples.size(); ++i) difference += std::abs(a.samples[i] - b.samples[i]);
     EXPECT_LT(difference / static_cast<double>(a.samples.size()), 20);
+}
+
+// Composition
+
+/// What gives the picture of version 0.1.0's first builds, which the tuned parameters alone made.
+const std::vector<std::string> kAsTuned = {"--frame", "0.81", "--pivot", "off",
+                                           "--edges", "soft", "--grid",  "coarse"};
+
+/// That picture by the host alone.
+RgbImage tunedStill(const RgbImage& photo, const media::Plane& depth, float x, float y) {
+    const Fit fit =
+        planFit({photo.width, photo.height}, {depth.width, depth.height}, {photo.width, photo.height}, 4096)
+            .fit;
+    const RgbImage fitted = media::resample(photo, fit.photo);
+    const GrayImage plane = media::toBytes(depth, fit.depth);
+    std::unique_ptr<OffscreenContext> context;
+    std::unique_ptr<ParallaxView> view;
+    media::RgbaImage drawn(photo.width, photo.height);
+    testing::internal::CaptureStdout();
+    Status status = OffscreenContext::create(&context);
+    if (status) status = ParallaxView::create(photo.width, photo.height, 4, &view);
+    if (status) status = view->setPhoto({fitted.samples, fitted.width, fitted.height});
+    if (status) status = view->setDepth({plane.samples, plane.width, plane.height});
+    if (status) status = view->lookAt(x, y);
+    if (status) status = view->render();
+    if (status) status = view->readPixels({drawn.samples, drawn.width, drawn.height});
+    testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(status.ok()) << status.message();
+    return media::toRgb(drawn);
+}
+
+TEST_F(Render, PictureOfTheTunedParametersAloneIsStillToBeHad) {
+    const RgbImage photo = media::readPhoto(scene("photo.png"));
+    const media::Plane depth = media::readDepthMap(scene("depth.png")).plane;
+    for (const auto& [at, x, y] : {std::tuple{"-1,0", -1.0f, 0.0f}, {"0.5,1", 0.5f, 1.0f}}) {
+        std::vector<std::string> options = kAsTuned;
+        options.push_back("--at=" + std::string(at));
+        render("a.png", options);
+        EXPECT_EQ(media::readPhoto(folder / "a.png").samples, tunedStill(photo, depth, x, y).samples) << at;
+    }
+}
+
+uint8_t darkest(const RgbImage& image) {
+    return *std::min_element(image.samples.begin(), image.samples.end());
+}
+
+// On a white photo, whatever the depth, a border is all that is not white.
+TEST_F(Render, NoPictureOfAMotionShowsABorder) {
+    const auto white = [](int, int) { return std::array{255, 255, 255}; };
+    const std::function<int(int, int)> depths[] = {
+        [](int x, int y) { return (x * 7919 + y * 104729) % 256; },
+        [](int x, int y) { return (x / 20 + y / 20) % 2 == 0 ? 255 : 0; }};
+    const char* const motions[] = {"sway", "nod", "circle", "eight"};
+    size_t motion = 0;
+    for (const auto& [width, height] : {std::pair{60, 180}, {120, 96}, {180, 60}})
+        for (const auto& depth : depths)
+            for (const char* set : {"4", "0"}) {
+                const std::string name = motions[motion++ % 4];
+                SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height) + ", " + name + ", set " +
+                             set);
+                writePng(painted(width, height, white), folder / "p.png");
+                writePng(shaded(width, height, depth), folder / "d.png");
+                const auto drawn = [&](const std::vector<std::string>& options) {
+                    std::vector<std::string> arguments = {"render",      folder / "p.png",  folder / "d.png",
+                                                          "-o",          folder / "frames", "--force",
+                                                          "--no-doctor", "--orientation",   set};
+                    arguments.insert(arguments.end(), options.begin(), options.end());
+                    EXPECT_EQ(quorvane(arguments).code, 0);
+                    for (const std::string& frame : TemporaryFolder::names(folder / "frames"))
+                        EXPECT_EQ(darkest(media::readPhoto(folder / "frames/" + frame)), 255) << frame;
+                };
+                drawn({"--motion", name, "--frames", "9"});
+                drawn({"--motion", name, "--frames", "5", "--at=-1,1"});
+                EXPECT_EQ(darkest(still(painted(width, height, white), shaded(width, height, depth), "1,-1",
+                                        {"--orientation", set, "--no-doctor"})),
+                          255);
+            }
+}
+
+TEST_F(Render, MoreIsSeenThanWithTheTunedFrameAndNotMoreThanThereIs) {
+    const RgbImage photo = painted(240, 180, [](int, int) { return std::array{255, 255, 255}; });
+    const GrayImage depth =
+        shaded(240, 180, [](int x, int y) { return std::hypot(x - 120, y - 90) < 50 ? 200 : 60; });
+    const auto border = [&](const std::string& frame) {
+        return darkest(still(photo, depth, "-1,0", {"--frame", frame})) < 255;
+    };
+    const auto part = [&] {
+        const Outcome outcome =
+            quorvane({"render", folder / "p.png", folder / "d.png", "-o", folder / "a.png", "-v"});
+        const size_t seen = outcome.err.find(" of each side seen");
+        return seen == std::string::npos ? 0.0 : std::stod(outcome.err.substr(seen - 5, 5));
+    };
+    border("auto");
+    const double seen = part();
+    EXPECT_GT(seen, 0.85);
+    EXPECT_FALSE(border(std::to_string(seen - 0.001)));
+    EXPECT_TRUE(border(std::to_string(std::min(1.0, seen + 0.03))));
+}
+
+TEST_F(Render, ReducedSwingIsSaid) {
+    const std::vector<std::string> arguments = {"render",
+                                                scene("photo.png"),
+                                                scene("depth.png"),
+                                                "-o",
+                                                folder / "a.png",
+                                                "--set",
+                                                "rotate_x_boundary=45",
+                                                "--set",
+                                                "trans_to_rotate_scale=2"};
+    const Outcome outcome = quorvane(arguments);
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_THAT(outcome.err, testing::StartsWith("frame: the view swings 0."));
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1);
+    std::vector<std::string> quiet = arguments;
+    quiet.emplace_back("-q");
+    EXPECT_EQ(quorvane(quiet).err, "");
+}
+
+// The still's place is framed with the motion, so all places of the motion have one frame.
+TEST_F(Render, StillsOfOneMotionMatch) {
+    const auto part = [&](const std::string& at) {
+        const Outcome outcome = quorvane(
+            {"render", scene("photo.png"), scene("depth.png"), "-o", folder / "a.png", "-v", "--at=" + at});
+        const size_t seen = outcome.err.find(" of each side seen");
+        return seen == std::string::npos ? "" : outcome.err.substr(seen - 5, 5);
+    };
+    EXPECT_NE(part("0,0"), "");
+    EXPECT_EQ(part("-1,0"), part("0,0"));
+    EXPECT_EQ(part("1,0"), part("0,0"));
+    EXPECT_LT(part("1,1"), part("0,0"));
+}
+
+TEST_F(Render, PivotIsTheDepthThatStays) {
+    const RgbImage photo = painted(200, 200, [](int x, int) {
+        return x >= 95 && x < 105 ? std::array{255, 255, 255} : std::array{0, 0, 0};
+    });
+    const GrayImage depth = shaded(200, 200, [](int, int y) { return y < 100 ? 230 : 10; });
+    const auto moved = [&](const std::string& pivot) {
+        const std::vector<std::string> options = {"--pivot", pivot};
+        const auto [near_left, far_left] = barPositions(still(photo, depth, "-1,0", options));
+        const auto [near_right, far_right] = barPositions(still(photo, depth, "1,0", options));
+        return std::pair{std::abs(near_left - near_right), std::abs(far_left - far_right)};
+    };
+    const auto [near_with_near, far_with_near] = moved("0.5,0.2");
+    EXPECT_LT(near_with_near, 0.8);
+    EXPECT_GT(far_with_near, 6.0);
+    const auto [near_with_far, far_with_far] = moved("0.5,0.8");
+    EXPECT_GT(near_with_far, 6.0);
+    EXPECT_LT(far_with_far, 0.8);
+    const auto [near_by_itself, far_by_itself] = moved("auto");
+    EXPECT_LT(near_by_itself, 0.8);
+    EXPECT_GT(far_by_itself, 6.0);
 }
 
 TEST_F(Render, SetChangesThePicture) {
@@ -451,12 +614,13 @@ TEST_F(Render, OptionsOfLoopsAreSaidToBeIdleInAStill) {
     };
     for (const auto& [option, value] :
          {std::pair{"--frames", "60"}, {"--fps", "10"}, {"--motion", "nod"}, {"--amount", "0.5"}}) {
-        const std::string line = said({option, value});
+        const std::string line = said({option, value, "--frame", "0.81"});
         EXPECT_THAT(line, testing::StartsWith(std::string("still: ") + option + ": of no effect"));
         EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1) << line;
         EXPECT_EQ(said({option, value, "--quiet"}), "");
     }
-    EXPECT_THAT(said({"--frames", "60", "--motion", "nod"}), HasSubstr("--frames, --motion"));
+    EXPECT_THAT(said({"--frames", "60", "--motion", "nod", "--frame", "0.81"}),
+                HasSubstr("--frames, --motion"));
     EXPECT_EQ(said({"--frames", "1"}), "") << "which a still has";
 }
 
@@ -478,12 +642,13 @@ TEST_F(Render, TimingsGoToTheirFileOnly) {
 }
 
 TEST_F(Render, VerboseSaysWhatWasChosen) {
-    const Outcome outcome =
-        quorvane({"render", scene("photo.png"), scene("depth.png"), "-o", folder / "a.png", "--verbose"});
+    const Outcome outcome = quorvane({"render", scene("photo.png"), scene("depth.png"), "-o",
+                                      folder / "a.png", "--verbose", "--grid", "coarse", "--frame", "0.75"});
     EXPECT_EQ(outcome.code, 0);
     EXPECT_EQ(outcome.out, "");
     EXPECT_THAT(outcome.err, HasSubstr("240 x 180"));
     EXPECT_THAT(outcome.err, HasSubstr("grid     60 x 45 cells"));
+    EXPECT_THAT(outcome.err, HasSubstr("0.750 of each side seen"));
 }
 
 TEST_F(Render, TerminalShowsProgressUnlessQuiet) {

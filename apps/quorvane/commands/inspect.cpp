@@ -6,11 +6,13 @@
 #include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/commands/inspect_report.h"
 #include "apps/quorvane/commands/output_guard.h"
+#include "apps/quorvane/drawing/clip_drawing.h"
 #include "apps/quorvane/drawing/stages_sheet.h"
 #include "apps/quorvane/terminal/ended_by_signals.h"
 #include "apps/quorvane/terminal/usage_error.h"
 #include "media/decoder/decoder.h"
 #include "media/embedded/jpeg.h"
+#include "media/picture/resample.h"
 #include "system/cancel.h"
 #include "system/error.h"
 #include "system/pending_output.h"
@@ -21,16 +23,23 @@ namespace {
 
 struct InspectOptions {
     InputOptions input;
+    ViewOptions view;
     std::string sheet;  ///< a .png file for the stages, or empty
     bool json = false;
 };
 
-DepthReport reportOn(const Input& input) {
+DepthReport reportOn(const ViewOptions& options, const Input& input) {
     DepthReport report;
     report.size = {input.depth.plane.width, input.depth.plane.height};
     report.bits = input.depth.bits;
     report.findings = input.findings;
-    report.plan = planFit(input.photo_size, report.size, input.photo_size, kReportedTexture);
+    const Target target = {pictureSize(input.photo_size, kLongestSide, false), 1,
+                           pathAround({}, motions().front(), 1.0, 1), kReportedTexture};
+    report.plan = fitFor(options, target, input.photo_size, report.size);
+    report.clean_edges = options.clean_edges;
+    const media::RgbImage photo =
+        planReadsPhoto(options) ? media::resample(input.photo, report.plan.fit.photo) : media::RgbImage();
+    report.picture = planFor(options, target, report.plan, photo, input.depth.plane);
     const Fit& fit = report.plan.fit;
     report.block_bytes = blockBytes(fit.photo, fit.grid);
     return report;
@@ -58,8 +67,10 @@ std::optional<Input> look(const InspectOptions& options, const DepthSource& sour
         if (draws) throw Error(name + ": " + report->no_depth);
     } else {
         try {
-            input = readInput(options.input, source, draws ? PhotoDetail::kFull : PhotoDetail::kPreview);
-            report->depth = reportOn(*input);
+            input =
+                readInput(options.input, source,
+                          draws || planReadsPhoto(options.view) ? PhotoDetail::kFull : PhotoDetail::kPreview);
+            report->depth = reportOn(options.view, *input);
         } catch (const Error& error) {
             // What is damaged inside is what one inspects a photo for; all else was asked for by name.
             if (source.origin != DepthOrigin::kInside || draws) throw;
@@ -76,6 +87,7 @@ std::optional<Input> look(const InspectOptions& options, const DepthSource& sour
 }
 
 void inspect(const InspectOptions& options) {
+    refuseTwoWays(options.view);
     const InputOptions& asked = options.input;
     if (!options.sheet.empty()) {
         if (parseOutput(options.sheet).kind != media::OutputKind::kStill)
@@ -96,7 +108,7 @@ void inspect(const InspectOptions& options) {
     if (!options.sheet.empty()) {
         const media::RgbImage sheet = [&] {
             const StandardOutputTo nowhere("");
-            return stagesSheet({}, {}, std::move(input->photo), std::move(input->depth.plane));
+            return stagesSheet(options.view, {}, std::move(input->photo), std::move(input->depth.plane));
         }();
         throwIfCancelled();
         media::writePng(sheet, options.sheet);
@@ -112,6 +124,7 @@ std::function<void()> prepare(CommandLine* line) {
     line->text("-o,--out", &options->sheet,
                "also write the stages, as the stages command does, to a .png file")
         .called("FILE");
+    addViewOptions(line, &options->view);
     return [options] { inspect(*options); };
 }
 

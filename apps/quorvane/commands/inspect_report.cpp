@@ -122,6 +122,11 @@ void addDepth(const Report& report, std::string* text) {
             "grid     %d x %d cells, %d photo pixels a cell, %.1f MB of working memory (for textures of "
             "up to %d)",
             fit.grid.width, fit.grid.height, fit.ratio, depth.block_bytes / 1e6, kReportedTexture));
+    const PicturePlan& picture = depth.picture;
+    std::string seen = formatted("%.3f of each side is seen", picture.fov_scale);
+    if (picture.swing < 1.0) seen += formatted(", at %.2f of the swing", picture.swing);
+    add(text, formatted("picture  %s edges; %s; distance %.2f stays in place",
+                        depth.clean_edges ? "clean" : "soft", seen.c_str(), picture.rotate_z_trans));
 }
 
 Json sides(Size size) { return {{"width", size.width}, {"height", size.height}}; }
@@ -162,6 +167,10 @@ Json planJson(const DepthReport& depth) {
     return {{"largest_texture", kReportedTexture},
             {"grid", sides(fit.grid)},
             {"photo_pixels_a_cell", fit.ratio},
+            {"edges", depth.clean_edges ? "clean" : "soft"},
+            {"frame", depth.picture.fov_scale},
+            {"swing", depth.picture.swing},
+            {"pivot", depth.picture.rotate_z_trans},
             {"working_memory_bytes", static_cast<int64_t>(depth.block_bytes)},
             {"photo", {{"from", sides(depth.plan.photo)}, {"to", sides(fit.photo)}}},
             {"depth", {{"from", sides(depth.plan.depth)}, {"to", sides(fit.depth)}}}};

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "apps/quorvane/input/depth_source.h"
+#include "quorvane/host/PicturePlan.h"
 #include "sizes/sizes.h"
 
 namespace quorvane::app {
@@ -16,6 +17,8 @@ struct DepthReport {
     int bits = 8;  ///< of a sample as it is stored
     std::vector<media::Finding> findings;
     FitPlan plan;
+    bool clean_edges = true;
+    PicturePlan picture;
     double block_bytes = 0.0;  ///< working memory
 };
 

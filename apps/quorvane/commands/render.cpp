@@ -19,7 +19,6 @@ namespace {
 
 using media::OutputKind;
 
-constexpr int kLongestSide = 1920;
 constexpr int kNoLimit = 1 << 30;
 
 struct RenderOptions {
@@ -27,8 +26,7 @@ struct RenderOptions {
     ViewOptions view;
     Talk talk;
     std::string out;
-    std::optional<Size> size;
-    bool photo_size = false;  ///< without `size`: the photo's own instead of its aspect, at most kLongestSide
+    std::optional<PictureSize> size;  ///< without one the photo's aspect, at most kLongestSide
     int frames = 120;
     int fps = 30;
     const Motion* motion = &motions().front();
@@ -37,20 +35,20 @@ struct RenderOptions {
     int supersample = 1;
     bool force = false;
     bool stats = false;
-    std::vector<const Option*> of_loops;  ///< the options that say nothing of a still
+    std::vector<const Option*> of_loops;   ///< the options that say nothing of a still
+    std::vector<const Option*> of_motion;  ///< those that frame a still too, unless its frame is given
 };
 
 /// What can be refused before the images are read. Returns what is to be written.
 const media::OutputFormat& check(const RenderOptions& options) {
+    refuseTwoWays(options.view);
     refuseStandardOutput({options.view.timings});
     const media::OutputFormat& format = parseOutput(options.out);
-    if (format.even_sides && options.size) {
-        const Size even = pictureSize(*options.size, kNoLimit, true);
-        if (even != *options.size)
-            throw UsageError("--size " + std::to_string(options.size->width) + "x" +
-                             std::to_string(options.size->height) + ": " + std::string(format.name) +
-                             " has even sides, such as " + std::to_string(even.width) + "x" +
-                             std::to_string(even.height));
+    if (format.even_sides && options.size && options.size->exact) {
+        const Size size = *options.size->exact, even = pictureSize(size, kNoLimit, true);
+        if (even != size)
+            throw UsageError("--size " + textOf(size) + ": " + std::string(format.name) +
+                             " has even sides, such as " + textOf(even));
     }
     return format;
 }
@@ -58,7 +56,10 @@ const media::OutputFormat& check(const RenderOptions& options) {
 /// Prints a note that names the options which change nothing in a still.
 void noteIdleOptions(const RenderOptions& options) {
     std::string idle;
-    for (const Option* option : options.of_loops) {
+    std::vector<const Option*> of_clips = options.of_loops;
+    if (hasFrame(options.view))
+        of_clips.insert(of_clips.end(), options.of_motion.begin(), options.of_motion.end());
+    for (const Option* option : of_clips) {
         const bool right = option->name() == "--frames" && options.frames == 1;
         if (option->given() && !right) idle += (idle.empty() ? "" : ", ") + option->name();
     }
@@ -75,8 +76,10 @@ void keep(const std::vector<std::string>& inputs, const RenderOptions& options,
 }
 
 Size chooseSize(const RenderOptions& options, Size photo, const media::OutputFormat& format) {
-    if (options.size) return *options.size;
-    return pictureSize(photo, options.photo_size ? kNoLimit : kLongestSide, format.even_sides);
+    if (!options.size) return pictureSize(photo, kLongestSide, format.even_sides);
+    if (options.size->exact) return *options.size->exact;
+    if (options.size->longest) return scaledPictureSize(photo, *options.size->longest, format.even_sides);
+    return pictureSize(photo, kNoLimit, format.even_sides);
 }
 
 std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, const media::OutputFormat& format,
@@ -91,6 +94,16 @@ std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, cons
 std::vector<Position> positionsFor(const RenderOptions& options, const media::OutputFormat& format) {
     if (format.kind == OutputKind::kStill) return {options.at};
     return loopAround(options.at, *options.motion, options.amount, options.frames);
+}
+
+/// Where the picture is seen from: a still is framed as the motion's frames are, so that it matches them and
+/// other stills.
+std::vector<Position> pathFor(const RenderOptions& options, const media::OutputFormat& format) {
+    const bool is_still = format.kind == OutputKind::kStill;
+    std::vector<Position> path = pathAround(is_still ? Position() : options.at, *options.motion,
+                                            options.amount, is_still ? 1 : options.frames);
+    if (is_still) path.push_back(options.at);
+    return path;
 }
 
 void render(const RenderOptions& options) {
@@ -113,9 +126,10 @@ void render(const RenderOptions& options) {
     View view = times.measure(Stage::kSetUp,
                               [&] { return View(options.view, options.talk, size, options.supersample); });
     {
-        const FittedInput fitted = times.measure(
-            Stage::kFit, [&] { return view.fit(std::move(input.photo), std::move(input.depth.plane)); });
-        times.measure(Stage::kUpload, [&] { view.upload(fitted); });
+        const PlannedInput planned = times.measure(Stage::kFit, [&] {
+            return view.plan(std::move(input.photo), std::move(input.depth.plane), pathFor(options, format));
+        });
+        times.measure(Stage::kUpload, [&] { view.upload(planned); });
     }
 
     const std::vector<Position> positions = positionsFor(options, format);
@@ -133,8 +147,18 @@ void render(const RenderOptions& options) {
     if (options.stats) std::fputs(times.table(frames, writers.threads).c_str(), stderr);
 }
 
+int parseFrames(const std::string& text) {
+    double part = 0.0;
+    if (text == "auto" || (parseNumber(text, &part) && part > 0.0 && part < 1.0))
+        throw UsageError("--frames " + text + ": a whole number of frames is wanted; did you mean --frame " +
+                         text + "?");
+    return parseWhole("--frames", text, 1, 99999);
+}
+
 void addMotionOptions(CommandLine* line, RenderOptions* options) {
-    options->of_loops.push_back(&line->whole("--frames", &options->frames, 1, 99999, "frames in the loop"));
+    const auto take_frames = [options](const std::string& text) { options->frames = parseFrames(text); };
+    options->of_loops.push_back(
+        &line->parsed("--frames", take_frames, "frames in the loop (1 to 99999, default 120)").called("N"));
     options->of_loops.push_back(&line->whole("--fps", &options->fps, 1, 240, "frames a second"));
     std::vector<std::string> names;
     std::vector<std::pair<std::string, std::string>> rows;
@@ -142,10 +166,10 @@ void addMotionOptions(CommandLine* line, RenderOptions* options) {
         names.emplace_back(motion.name);
         rows.emplace_back(motion.name, motion.meaning);
     }
-    options->of_loops.push_back(&line->word(
+    options->of_motion.push_back(&line->word(
         "--motion", names, [options](size_t i) { options->motion = &motions()[i]; },
         "how the view moves, see below (default " + names.front() + ")"));
-    options->of_loops.push_back(
+    options->of_motion.push_back(
         &line->number("--amount", &options->amount, 0.0, 1.0, "how far the view swings"));
     line->parsed(
             "--at", [options](const std::string& text) { options->at = parsePosition(text); },
@@ -163,12 +187,10 @@ std::function<void()> prepare(CommandLine* line) {
                    media::extensionsOf(OutputKind::kStill, ", ") + ": a still; else a folder")
         .called("PATH")
         .required();
-    const auto take_size = [options](const std::string& text) {
-        options->photo_size = text == "photo";
-        if (!options->photo_size) options->size = parseSize(text);
-    };
-    line->parsed("--size", take_size,
-                 "picture size, or 'photo' for the photo's own (default: its aspect, at most 1920)")
+    line->parsed(
+            "--size", [options](const std::string& text) { options->size = parsePictureSize(text); },
+            "picture size: WxH, the longer side alone, or 'photo' for the photo's own (default: the photo's "
+            "aspect, at most 1920)")
         .called("WxH");
     addMotionOptions(line, options.get());
     line->whole("--supersample", &options->supersample, 1, 4, "draw this many times as large, then average");
@@ -179,6 +201,7 @@ std::function<void()> prepare(CommandLine* line) {
         "drawn, and for a clip it is the wait for ffmpeg");
     addTalkOptions(line, &options->talk);
     addViewOptions(line, &options->view);
+    addTimingsOption(line, &options->view);
     return [options] { render(*options); };
 }
 
@@ -194,8 +217,8 @@ Command renderCommand() {
              {"a small GIF of another motion",
               "quorvane render photo.jpg depth.png -o a.gif --size 480x360 --motion circle"},
              {"one still, seen from the left", "quorvane render photo.jpg depth.png -o left.png --at -1,0"},
-             {"numbered frames with more of the photo in view",
-              "quorvane render photo.jpg depth.png -o frames/ --set fov_scale=0.9"}},
+             {"numbered frames that stay in place where the photo shows its top left",
+              "quorvane render photo.jpg depth.png -o frames/ --pivot 0.1,0.1"}},
             prepare};
 }
 

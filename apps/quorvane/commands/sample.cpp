@@ -24,7 +24,11 @@ struct SampleOptions {
 };
 
 Size parseSampleSize(const std::string& text) {
-    const Size size = parseSize(text);
+    const PictureSize asked = parsePictureSize(text);
+    if (!asked.exact && !asked.longest)
+        throw UsageError("--size " + text + ": the sample has no photo; WxH or the longer side is wanted");
+    // 4:3, as the default.
+    const Size size = asked.exact ? *asked.exact : Size{*asked.longest, (*asked.longest * 3 + 2) / 4};
     if (size.width < kSmallest || size.height < kSmallest || size.width > kLargest || size.height > kLargest)
         throw UsageError("--size " + text + ": the sample's sides are 64 to 8192 pixels");
     return size;
@@ -54,7 +58,7 @@ std::function<void()> prepare(CommandLine* line) {
     line->text("DEPTH", &options->depth, "a .png file to write").required();
     line->parsed(
             "--size", [options](const std::string& text) { options->size = parseSampleSize(text); },
-            "sides from 64 to 8192 (default 1600x1200)")
+            "WxH, or the longer side; sides from 64 to 8192 (default 1600x1200)")
         .called("WxH");
     return [options] { sample(*options); };
 }

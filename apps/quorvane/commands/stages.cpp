@@ -23,6 +23,7 @@ struct StagesOptions {
 void stages(const StagesOptions& options) {
     const std::string& out = options.out;
     const std::string& timings = options.view.timings;
+    refuseTwoWays(options.view);
     refuseStandardOutput({timings});
     if (parseOutput(out).kind != media::OutputKind::kStill)
         throw UsageError("-o " + out + ": the sheet is a .png file");
@@ -49,6 +50,7 @@ std::function<void()> prepare(CommandLine* line) {
     line->text("-o,--out", &options->out, "the sheet, a .png file").called("FILE").required();
     addTalkOptions(line, &options->talk);
     addViewOptions(line, &options->view);
+    addTimingsOption(line, &options->view);
     return [options] { stages(*options); };
 }
 

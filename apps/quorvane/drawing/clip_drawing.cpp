@@ -43,6 +43,16 @@ std::vector<Position> loopAround(Position centre, const Motion& motion, double a
     return positions;
 }
 
+std::vector<Position> pathAround(Position centre, const Motion& motion, double amount, int frames) {
+    // However many frames a clip has, it is framed alike.
+    constexpr int kPlaces = 240;
+    std::vector<Position> path = loopAround(centre, motion, amount, kPlaces);
+    if (kPlaces % frames == 0) return path;
+    const std::vector<Position> own = loopAround(centre, motion, amount, frames);
+    path.insert(path.end(), own.begin(), own.end());
+    return path;
+}
+
 Writers planWriters(const media::OutputFormat& format, int frames, Size size, int supersample) {
     // Compressing a picture keeps one core busy for longer than drawing it keeps all.
     const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));

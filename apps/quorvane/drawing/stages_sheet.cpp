@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "apps/quorvane/drawing/clip_drawing.h"
 #include "media/scene/sheet.h"
 #include "system/cancel.h"
 
@@ -12,16 +13,16 @@ namespace {
 constexpr int kColumns = 4;
 constexpr int kPanelWidth = 480;
 // Large enough to fill a panel of either orientation.
-constexpr int kLongestSide = 960;
+constexpr int kLongestSheetSide = 960;
 
 }  // namespace
 
 media::RgbImage stagesSheet(const ViewOptions& options, const Talk& talk, media::RgbImage photo,
                             media::Image<float, 1> depth) {
     const media::GrayImage given = media::toBytes(depth, {depth.width, depth.height});
-    const Size size = pictureSize({photo.width, photo.height}, kLongestSide, false);
+    const Size size = pictureSize({photo.width, photo.height}, kLongestSheetSide, false);
     View view(options, talk, size, 1);
-    view.upload(view.fit(photo, std::move(depth)));
+    view.upload(view.plan(photo, std::move(depth), pathAround({}, motions().front(), 1.0, 1)));
 
     const auto picture = [&view](double x) {
         throwIfCancelled();

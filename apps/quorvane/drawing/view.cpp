@@ -27,7 +27,7 @@ media::GrayImage plane(const void* bytes, int width, int height) {
 }  // namespace
 
 View::View(const ViewOptions& options, const Talk& talk, Size picture, int supersample)
-    : m_picture(picture), m_orientation(options.orientation), m_talks(talk.verbosity > 0) {
+    : m_options(options), m_talk(talk), m_picture(picture), m_supersample(supersample) {
     if (talk.verbosity > 1) __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
     require(OffscreenContext::create(&m_context));
     const Status made = ParallaxView::create(picture.width * supersample, picture.height * supersample,
@@ -35,44 +35,55 @@ View::View(const ViewOptions& options, const Talk& talk, Size picture, int super
     if (!made && supersample > 1)
         throw Error(made.message() + " (--supersample " + std::to_string(supersample) + " multiplies them)");
     require(made);
-    for (const auto& [field, value] : options.settings) require(m_view->setParameter(field, value));
 }
 
 void View::say(const std::string& line) const {
-    if (m_talks) std::fputs(line.c_str(), stderr);
+    if (m_talk.verbosity > 0) std::fputs(line.c_str(), stderr);
 }
 
-FittedInput View::fit(media::RgbImage photo, media::Image<float, 1> depth) const {
+PlannedInput View::plan(media::RgbImage photo, media::Plane depth, std::vector<Position> path) const {
     GLint largest_texture = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest_texture);
-    const FitPlan plan =
-        planFit({photo.width, photo.height}, {depth.width, depth.height}, m_picture, largest_texture);
+    const Target target = {m_picture, m_supersample, std::move(path), largest_texture};
+    const FitPlan plan = fitFor(m_options, target, {photo.width, photo.height}, {depth.width, depth.height});
+    const Fit& fit = plan.fit;
     if (plan.cut) {
         photo = media::crop(photo, plan.photo);
-        depth = media::crop(depth, plan.depth);
         say(formatted("cut      the middle %d x %d of the photo, for the picture's aspect\n",
                       plan.photo.width, plan.photo.height));
     }
-    const Fit& fit = plan.fit;
     say(formatted("fitted   photo %d x %d%s, depth %d x %d%s, %d photo pixels a cell\n", fit.photo.width,
                   fit.photo.height, fit.photo == plan.photo ? "" : " (resampled)", fit.depth.width,
                   fit.depth.height, fit.depth == plan.depth ? "" : " (scaled)", fit.ratio));
-    return {media::resample(std::move(photo), fit.photo), media::toBytes(depth, fit.depth)};
+    photo = media::resample(std::move(photo), fit.photo);
+    PicturePlan picture = planFor(m_options, target, plan, photo, std::move(depth));
+    if (picture.swing < 1.0 && !m_talk.quiet)
+        std::fprintf(stderr,
+                     "frame: the view swings %.2f times as far as asked, so that no border shows in half of "
+                     "the photo\n",
+                     picture.swing);
+    return {std::move(photo), std::move(picture)};
 }
 
-void View::upload(const FittedInput& input) {
+void View::upload(const PlannedInput& input) {
+    const PicturePlan& plan = input.plan;
+    for (const auto& [name, value] : plan.parameters) require(m_view->setParameter(name, value));
     require(m_view->setPhoto({input.photo.samples, input.photo.width, input.photo.height}));
-    require(m_view->setDepth({input.depth.samples, input.depth.width, input.depth.height}));
+    require(m_view->setDepth({plan.depth, plan.depth_width, plan.depth_height}));
+    m_swing = plan.swing;
     const Geometry geometry = m_view->geometry();
     say(formatted("grid     %d x %d cells, %.1f MB of working memory\n", geometry.grid_width,
                   geometry.grid_height, geometry.block_bytes / 1e6));
-    say(formatted("view     %d x %d, orientation %d, shaped depth %.0f of 255 stands still\n",
-                  m_picture.width, m_picture.height, m_orientation,
+    say(
+        formatted("view     %d x %d, orientation %d, %.3f of each side seen, shaped depth %.0f of 255 stands "
+                  "still\n",
+                  m_picture.width, m_picture.height, m_options.orientation, plan.fov_scale,
                   static_cast<double>(geometry.still_depth)));
 }
 
 void View::draw(Position position) {
-    require(m_view->lookAt(static_cast<float>(position.x), static_cast<float>(position.y)));
+    require(
+        m_view->lookAt(static_cast<float>(m_swing * position.x), static_cast<float>(m_swing * position.y)));
     require(m_view->render());
 }
 

@@ -3,8 +3,7 @@
 
 #include <memory>
 
-#include "apps/quorvane/drawing/motion.h"
-#include "apps/quorvane/drawing/view_options.h"
+#include "apps/quorvane/drawing/planning.h"
 #include "apps/quorvane/terminal/talk.h"
 #include "media/picture/image.h"
 #include "media/picture/resample.h"
@@ -14,9 +13,9 @@
 namespace quorvane::app {
 
 /// Both images as the renderer takes them together.
-struct FittedInput {
+struct PlannedInput {
     media::RgbImage photo;
-    media::GrayImage depth;
+    PicturePlan plan;
 };
 
 /// A view of a photo and its depth map, in an offscreen context of its own. Used in the order of its
@@ -26,13 +25,14 @@ class View {
     /// Pictures are drawn `supersample` times as large on either axis, for the caller to average.
     View(const ViewOptions& options, const Talk& talk, Size picture, int supersample);
 
-    /// Cuts the images to the picture's aspect and fits their sizes to each other. `depth` is on the scale
-    /// 0..255, larger = nearer.
-    FittedInput fit(media::RgbImage photo, media::Image<float, 1> depth) const;
+    /// Cuts the images to the picture's aspect, fits their sizes to each other and plans the picture that is
+    /// seen from all places of `path`. `depth` is on the scale 0..255, larger = nearer.
+    PlannedInput plan(media::RgbImage photo, media::Plane depth, std::vector<Position> path) const;
 
-    void upload(const FittedInput& input);
+    void upload(const PlannedInput& input);
 
-    /// Draws the picture and waits until it is finished.
+    /// Draws the picture from `position`, or nearer to the middle where the plan says so, and waits until it
+    /// is finished.
     void draw(Position position);
 
     /// Copies what was drawn last.
@@ -46,9 +46,11 @@ class View {
 
     std::unique_ptr<OffscreenContext> m_context;
     std::unique_ptr<ParallaxView> m_view;
+    ViewOptions m_options;
+    Talk m_talk;
     Size m_picture;
-    int m_orientation;
-    bool m_talks;
+    int m_supersample;
+    double m_swing = 1.0;
 };
 
 }  // namespace quorvane::app

@@ -1,6 +1,7 @@
 #include "apps/quorvane/drawing/view_options.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "apps/quorvane/terminal/numbers.h"
@@ -27,21 +28,103 @@ std::pair<std::string, double> parseSetting(const std::string& text) {
     return {field, value};
 }
 
+std::optional<double> parseFrame(const std::string& text) {
+    if (text == "auto") return {};
+    double part = 0.0;
+    if (parseNumber(text, &part) && ParallaxView::checkParameter("fov_scale", part).ok()) return part;
+    const bool is_count = part > 1.0 && part == std::floor(part);
+    throw UsageError("--frame " + text + ": auto or the visible part of each side, 0.05 to 1, is wanted" +
+                     (is_count ? "; did you mean --frames " + text + "?" : ""));
+}
+
+namespace {
+
+void takePivot(const std::string& text, ViewOptions* options) {
+    const auto in_range = [](double value) { return value >= 0.0 && value <= 1.0; };
+    if (text == "auto") {
+        options->pivot = Pivot::kAuto;
+    } else if (text == "off") {
+        options->pivot = Pivot::kTuned;
+    } else if (parsePair(text, ',', &options->pivot_x, &options->pivot_y) && in_range(options->pivot_x) &&
+               in_range(options->pivot_y)) {
+        options->pivot = Pivot::kPoint;
+    } else {
+        throw UsageError("--pivot " + text +
+                         ": auto, off or X,Y is wanted, each 0 to 1 from the photo's left and top, such as "
+                         "0.5,0.4");
+    }
+}
+
+}  // namespace
+
 void addViewOptions(CommandLine* line, ViewOptions* options) {
+    line->parsed(
+            "--frame",
+            [options](const std::string& text) {
+                options->frame = parseFrame(text);
+                options->deciding.push_back({"--frame " + text, {"fov_scale"}});
+            },
+            "how much of the photo's sides is seen, 0.05 to 1, or auto: as much as shows no border "
+            "(default auto)")
+        .called("X");
+    line->parsed(
+            "--pivot",
+            [options](const std::string& text) {
+                takePivot(text, options);
+                options->deciding.push_back({"--pivot " + text, {"rotate_z_trans"}});
+            },
+            "what stays in place: auto for the subject, what the photo shows at X,Y (0 to 1 from its left "
+            "and "
+            "top), or off for the set's own depth (default auto)")
+        .called("X,Y");
+    line->word(
+        "--edges", {"clean", "soft"},
+        [options](size_t i) {
+            options->clean_edges = i == 0;
+            if (options->clean_edges)
+                options->deciding.push_back({"--edges clean", {"guided_filter_rx", "guided_filter_ry"}});
+        },
+        "clean keeps near things whole where they meet far ones, soft smooths the depth map as it is "
+        "(default "
+        "clean)");
+    line->word(
+        "--grid", {"auto", "fine", "coarse"},
+        [options](size_t i) {
+            options->grid = std::array{kAutoGrid, kFineGrid, kCoarseGrid}[i];
+        },
+        "how closely silhouettes follow the photo: auto up to 400,000 triangles, fine up to 1,600,000, "
+        "coarse "
+        "as many as the depth map needs (default auto)");
     line->whole(
         "--orientation", &options->orientation, 0, 8,
         "set of parameters by the device's orientation code: 4 and 7 take the first set, all others the "
         "second, which turns about a point behind the scene");
     line->repeated(
             "--set", [options](const std::string& text) { options->settings.push_back(parseSetting(text)); },
-            "change a parameter; may be repeated")
+            "change a parameter, whatever would be chosen for it; may be repeated")
         .called("FIELD=VALUE");
-    line->text("--timings", &options->timings, "write the renderer's timing lines to FILE").called("FILE");
 
     std::vector<std::pair<std::string, std::string>> rows;
     for (const ParameterInfo& info : ParallaxView::parameters())
         rows.emplace_back(info.name, formatted("%g to %g: %s", info.minimum, info.maximum, info.meaning));
     line->table("Parameters for --set:", std::move(rows));
+}
+
+void addTimingsOption(CommandLine* line, ViewOptions* options) {
+    line->text("--timings", &options->timings, "write the renderer's timing lines to FILE").called("FILE");
+}
+
+bool hasFrame(const ViewOptions& options) {
+    return options.frame || std::any_of(options.settings.begin(), options.settings.end(),
+                                        [](const auto& setting) { return setting.first == "fov_scale"; });
+}
+
+void refuseTwoWays(const ViewOptions& options) {
+    for (const auto& [option, parameters] : options.deciding)
+        for (const auto& [name, value] : options.settings)
+            if (std::find(parameters.begin(), parameters.end(), name) != parameters.end())
+                throw UsageError(option + " and --set " + name +
+                                 formatted("=%g: one of the two is wanted", value));
 }
 
 }  // namespace quorvane::app

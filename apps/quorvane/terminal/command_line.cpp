@@ -128,12 +128,7 @@ Option& CommandLine::text(const std::string& names, std::string* to, const std::
 
 Option& CommandLine::whole(const std::string& names, int* to, int least, int most, const std::string& help) {
     const std::string range = std::to_string(least) + " to " + std::to_string(most);
-    const auto take = [=](const std::string& text) {
-        double value = 0.0;
-        if (!parseNumber(text, &value) || value < least || value > most || value != std::floor(value))
-            throw UsageError(longName(names) + " " + text + ": a whole number from " + range + " is wanted");
-        *to = static_cast<int>(value);
-    };
+    const auto take = [=](const std::string& text) { *to = parseWhole(longName(names), text, least, most); };
     return parsed(names, take, help + " (" + range + ", default " + std::to_string(*to) + ")").called("N");
 }
 

@@ -1,6 +1,7 @@
 #ifndef QUORVANE_APPS_TERMINAL_NUMBERS_H
 #define QUORVANE_APPS_TERMINAL_NUMBERS_H
 
+#include <optional>
 #include <string>
 
 #include "sizes/sizes.h"
@@ -14,8 +15,20 @@ bool parseNumber(const std::string& text, double* value);
 /// Two such numbers with `separator` between.
 bool parsePair(const std::string& text, char separator, double* first, double* second);
 
-/// "WxH" of --size: both sides 1..16384. Throws UsageError.
-Size parseSize(const std::string& text);
+/// A whole number of option `name`. Throws UsageError.
+int parseWhole(const std::string& name, const std::string& text, int least, int most);
+
+/// What --size asks for; nothing of it: the photo's own size.
+struct PictureSize {
+    std::optional<Size> exact;   ///< WxH
+    std::optional<int> longest;  ///< the longer side, in the photo's aspect
+};
+
+/// "WxH", "N" or "photo" of --size: sides 1..16384. Throws UsageError.
+PictureSize parsePictureSize(const std::string& text);
+
+/// As text: "1280x720".
+std::string textOf(Size size);
 
 }  // namespace quorvane::app
 

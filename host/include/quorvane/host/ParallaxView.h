@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "PicturePlan.h"
 #include "Pixels.h"
 #include "Status.h"
 #include "quorvane/esRenderer.h"
@@ -57,18 +58,6 @@ struct ViewOptions {
     uint32_t orientation = 4;
     /// How many a pixel, so that silhouettes are smooth: 1, 2, 4, 8 or `kAutoSamples`. See `samples`.
     int samples = kAutoSamples;
-};
-
-/// What `lookAt` takes.
-struct LookPosition {
-    float x = 0.0f;
-    float y = 0.0f;
-};
-
-/// How much of the photo is shown, and how far the view swings.
-struct SuggestedFrame {
-    double fov_scale = 1.0;  ///< the parameter
-    double swing = 1.0;      ///< what every position is to be multiplied by; below 1 where it has to be less
 };
 
 /// A ready-made host: owns the renderer, its working memory, the output texture and a depth buffer, so that

@@ -1,0 +1,256 @@
+#include "quorvane/host/PicturePlan.h"
+
+#include <cutils/properties.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <new>
+
+#include "composition/edges.h"
+#include "composition/pivot.h"
+#include "depth/shape_depth.h"
+#include "host/rows.h"
+#include "host/suggestions.h"
+#include "host/text.h"
+#include "kernels/guided_filter.h"
+#include "quorvane/host/ParallaxView.h"
+#include "quorvane/parameters.h"
+#include "renderer/chosen_path.h"
+#include "sizes/sizes.h"
+#include "view/mesh_extents.h"
+
+namespace quorvane {
+namespace {
+
+constexpr int kLargestSide = 65536;
+// As ESRenderer has them.
+constexpr float kHalfHeight = 18.5f;
+constexpr float kBaseline = 2.4f;
+/// What the photo's reduction may read past the photo.
+constexpr size_t kReadBehindPhoto = 27;
+
+/// The parameters as ESRenderer::getProperties sets them, and which of them somebody has chosen.
+class Parameters {
+  public:
+    explicit Parameters(uint32_t orientation) {
+        if (orientation != 4 && orientation != 7) m_values = secondTunedSet();
+        for (const Parameter& parameter : kParameters) {
+            std::array<char, 128> value = {};
+            if (property_get(parameter.property, value.data(), "") <= 0) continue;
+            if (parameter.integer != nullptr)
+                m_values.*parameter.integer = std::atoi(value.data());
+            else
+                m_values.*parameter.real = static_cast<float>(std::atof(value.data()));
+            m_chosen.emplace_back(parameter.name);
+        }
+    }
+
+    Status choose(const std::string& name, double value) {
+        Status status = ParallaxView::checkParameter(name, value);
+        if (!status) return status;
+        store(name, value);
+        m_chosen.push_back(name);
+        return status;
+    }
+
+    /// What was chosen stays.
+    void suggest(const std::string& name, double value) {
+        if (isChosen(name)) return;
+        store(name, value);
+        m_suggested.emplace_back(name, value);
+    }
+
+    bool isChosen(const std::string& name) const {
+        return std::find(m_chosen.begin(), m_chosen.end(), name) != m_chosen.end();
+    }
+
+    bool filterDepth() const { return m_values.guided_filter_rx > 0 || m_values.guided_filter_ry > 0; }
+
+    const LibParam& values() const { return m_values; }
+    const std::vector<std::pair<std::string, double>>& suggested() const { return m_suggested; }
+
+  private:
+    void store(const std::string& name, double value) {
+        for (const Parameter& parameter : kParameters)
+            if (name == parameter.name) parameter.store(value, &m_values);
+    }
+
+    LibParam m_values;
+    std::vector<std::string> m_chosen;
+    std::vector<std::pair<std::string, double>> m_suggested;
+};
+
+/// Those in force when the depth is shaped.
+Status parametersFor(const PictureRequest& request, Parameters* parameters) {
+    for (const auto& [name, value] : request.parameters) {
+        const Status status = parameters->choose(name, value);
+        if (!status) return status;
+    }
+    if (request.clean_edges)
+        for (const char* radius : {"guided_filter_rx", "guided_filter_ry"})
+            parameters->suggest(radius, kCleanEdgesFilterRadius);
+    return Status::success();
+}
+
+Status checkSides(const char* what, int width, int height) {
+    if (width >= 1 && height >= 1 && width <= kLargestSide && height <= kLargestSide)
+        return Status::success();
+    return Status::failure(
+        text("%s: %d x %d pixels; each side must be 1 to %d", what, width, height, kLargestSide));
+}
+
+Status checkSizes(const PictureSizes& sizes) {
+    Status status = checkSides("photo", sizes.photo_width, sizes.photo_height);
+    if (status) status = checkSides("grid", sizes.grid_width, sizes.grid_height);
+    if (!status) return status;
+    if (photoPixelsPerCell(sizes.photo_width, sizes.grid_width) == 0 ||
+        photoPixelsPerCell(sizes.photo_height, sizes.grid_height) == 0)
+        return Status::failure(
+            text("the %d x %d photo is not 1, 2, 4, 8, 16 or 32 times the grid of %d x %d cells",
+                 sizes.photo_width, sizes.photo_height, sizes.grid_width, sizes.grid_height));
+    if (!blockFits({sizes.photo_width, sizes.photo_height}, {sizes.grid_width, sizes.grid_height}))
+        return Status::failure(text("a %d x %d photo with a grid of %d x %d cells takes more than 2 GB",
+                                    sizes.photo_width, sizes.photo_height, sizes.grid_width,
+                                    sizes.grid_height));
+    return status;
+}
+
+Status prepareDepth(const PictureRequest& request, PicturePlan* plan) {
+    constexpr char kWhat[] = "depth map";
+    const Pixels& depth = request.depth;
+    const Size grid = {request.sizes.grid_width, request.sizes.grid_height};
+    Status status = checkSides(kWhat, depth.width, depth.height);
+    if (status) status = checkPixels(kWhat, depth, 1);
+    TightRows rows;
+    if (status) status = TightRows::of(kWhat, depth, 1, 1, &rows);
+    if (!status) return status;
+
+    plan->depth_width = grid.width * kDepthPixelsPerCell;
+    plan->depth_height = grid.height * kDepthPixelsPerCell;
+    if (request.clean_edges) {
+        plan->depth = cleanEdges(rows.data(), {depth.width, depth.height}, grid);
+        return status;
+    }
+    if (depth.width != plan->depth_width || depth.height != plan->depth_height)
+        return Status::failure(text("%s: %d x %d pixels; a grid of %d x %d cells takes %d x %d", kWhat,
+                                    depth.width, depth.height, grid.width, grid.height, plan->depth_width,
+                                    plan->depth_height));
+    plan->depth.assign(rows.data(),
+                       rows.data() + static_cast<size_t>(depth.width) * static_cast<size_t>(depth.height));
+    return status;
+}
+
+/// As ESRenderer::setDepth shapes it.
+Status shape(const PictureRequest& request, const Parameters& chosen, PicturePlan* plan) {
+    const PictureSizes& sizes = request.sizes;
+    const LibParam& parameters = chosen.values();
+    Size guide = {sizes.grid_width, sizes.grid_height};
+    std::vector<uint8_t> photo;
+    if (chosen.filterDepth()) {
+        guide = {sizes.photo_width, sizes.photo_height};
+        if (request.photo.width != guide.width || request.photo.height != guide.height)
+            return Status::failure(
+                text("photo: %d x %d pixels are needed for the guided filter", guide.width, guide.height));
+        Status status = checkPixels("photo", request.photo, 3);
+        TightRows rows;
+        if (status) status = TightRows::of("photo", request.photo, 3, 3, &rows);
+        if (!status) return status;
+        photo.assign(rows.data(), rows.data() + size_t{3} * static_cast<size_t>(guide.width) *
+                                                    static_cast<size_t>(guide.height));
+    } else {
+        photo.resize(size_t{3} * static_cast<size_t>(guide.width) * static_cast<size_t>(guide.height));
+    }
+    photo.resize(photo.size() + kReadBehindPhoto);
+
+    const auto cells = static_cast<size_t>(sizes.grid_width) * static_cast<size_t>(sizes.grid_height);
+    std::vector<uint8_t> guide_plane(cells), scratch(cells);
+    std::vector<unsigned char> filter_buffer(
+        static_cast<size_t>(guidedFilterBufferSize(sizes.grid_width, sizes.grid_height)));
+    plan->shaped.resize(cells);
+
+    DepthShaping shaping = {};
+    shaping.photo = photo.data();
+    shaping.photo_width = guide.width;
+    shaping.photo_height = guide.height;
+    shaping.depth = plan->depth.data();
+    shaping.depth_width = plan->depth_width;
+    shaping.depth_height = plan->depth_height;
+    shaping.width = sizes.grid_width;
+    shaping.height = sizes.grid_height;
+    shaping.rx = parameters.guided_filter_rx;
+    shaping.ry = parameters.guided_filter_ry;
+    shaping.eps = parameters.guided_filter_eps;
+    shaping.contrast = parameters.depth_contrast;
+    shaping.guide = guide_plane.data();
+    shaping.scratch = scratch.data();
+    shaping.filter_buffer = filter_buffer.data();
+    shaping.shaped = plan->shaped.data();
+    shapeDepth(chosenPath(), shaping, [](ShapingStep, bool) {});
+    return Status::success();
+}
+
+Status composePicture(const PictureRequest& request, PicturePlan* plan) {
+    Status status = checkSizes(request.sizes);
+    if (status) status = checkSides("picture", request.width, request.height);
+    if (status && request.pivot == Pivot::kPoint) status = checkPhotoPoint(request.pivot_x, request.pivot_y);
+    if (status && request.path) status = checkPath(*request.path);
+    if (status && request.frame) status = ParallaxView::checkParameter("fov_scale", *request.frame);
+    if (!status) return status;
+
+    Parameters parameters(request.orientation);
+    status = parametersFor(request, &parameters);
+    if (!status) return status;
+    status = prepareDepth(request, plan);
+    if (status) status = shape(request, parameters, plan);
+    if (!status) return status;
+
+    const ShapedDepth shaped = {request.sizes.grid_width, request.sizes.grid_height, plan->shaped.data()};
+    if (request.pivot == Pivot::kAuto)
+        parameters.suggest("rotate_z_trans", distanceOf(subjectDepth(shaped)));
+    else if (request.pivot == Pivot::kPoint)
+        parameters.suggest("rotate_z_trans", distanceOf(depthAt(shaped, request.pivot_x, request.pivot_y)));
+
+    if (request.frame) {
+        parameters.suggest("fov_scale", *request.frame);
+    } else if (!parameters.isChosen("fov_scale")) {
+        const auto width = static_cast<float>(request.width), height = static_cast<float>(request.height);
+        const MeshExtents extents = meshExtents(width, height, kHalfHeight, kBaseline);
+        const Composed composed = {
+            {shaped, static_cast<double>(extents.half_width), static_cast<double>(kHalfHeight)},
+            parameters.values(),
+            width,
+            height};
+        const SuggestedFrame frame = request.path ? frameFor(composed, *request.path) : frameFor(composed);
+        parameters.suggest("fov_scale", frame.fov_scale);
+        plan->swing = frame.swing;
+    }
+
+    plan->parameters = request.parameters;
+    plan->parameters.insert(plan->parameters.end(), parameters.suggested().begin(),
+                            parameters.suggested().end());
+    plan->fov_scale = static_cast<double>(parameters.values().fov_scale);
+    plan->rotate_z_trans = static_cast<double>(parameters.values().rotate_z_trans);
+    return status;
+}
+
+}  // namespace
+
+bool planReadsPhoto(const PictureRequest& request) {
+    Parameters parameters(request.orientation);
+    return parametersFor(request, &parameters).ok() && parameters.filterDepth();
+}
+
+Status planPicture(const PictureRequest& request, PicturePlan* plan) {
+    try {
+        PicturePlan made;
+        Status status = composePicture(request, &made);
+        if (status) *plan = std::move(made);
+        return status;
+    } catch (const std::bad_alloc&) {
+        return Status::failure("cannot allocate the memory that a picture's plan takes");
+    }
+}
+
+}  // namespace quorvane
