@@ -19,8 +19,9 @@
 namespace quorvane {
 namespace {
 
-/// More cost more than they show.
-constexpr int kGoodSamples = 4;
+/// More than four cost more than they show. Software takes longer for them than for a picture of twice the
+/// size, which shows more.
+int goodSamples() { return drawsInSoftware() ? 1 : 4; }
 
 /// OpenGL ES 3 has them without an extension.
 bool hasUnsignedIntIndices() { return glVersion() >= 30 || hasGlExtension("GL_OES_element_index_uint"); }
@@ -143,7 +144,7 @@ Status ParallaxView::makeOutput(int width, int height, int samples) {
         }
         return status;
     }
-    const int most_samples = samples == kAutoSamples ? kGoodSamples : samples;
+    const int most_samples = samples == kAutoSamples ? goodSamples() : samples;
     if (most_samples > 1) output->addSamples(m_renderer, most_samples);
     m_output = std::move(output);
     m_samples_wanted = samples;

@@ -24,6 +24,14 @@ bool hasWord(const char* words, const char* name) noexcept {
 
 bool hasGlExtension(const char* name) noexcept { return hasWord(glText(GL_EXTENSIONS), name); }
 
+bool drawsInSoftware() noexcept {
+    const char* renderer = glText(GL_RENDERER);
+    if (renderer == nullptr) return false;
+    for (const char* name : {"llvmpipe", "softpipe", "SwiftShader", "Software", "Basic Render"})
+        if (std::strstr(renderer, name) != nullptr) return true;
+    return false;
+}
+
 int glVersion() noexcept {
     const char* version = glText(GL_VERSION);
     int major = 0, minor = 0;

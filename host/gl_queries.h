@@ -15,6 +15,9 @@ bool hasWord(const char* words, const char* name) noexcept;
 
 bool hasGlExtension(const char* name) noexcept;
 
+/// Whether the context's driver draws on the processor.
+bool drawsInSoftware() noexcept;
+
 /// 32 for OpenGL ES 3.2; 0 where the driver does not say.
 int glVersion() noexcept;
 
