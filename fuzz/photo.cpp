@@ -1,6 +1,7 @@
 // Photos: whatever the bytes, an upright RGB picture or one line; and the same size by its header alone, and
 // a smaller picture where it is shrunk while it is decoded.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -37,6 +38,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     orOneLine([&] {
         const media::RgbImage photo = media::decodePhotoShrunk(bytes, "photo", kLeastSide, kMostFuzzedPixels);
         promised(photo.width >= 1 && photo.height >= 1, "a shrunk photo has pixels");
+    });
+    orOneLine([&] {
+        const Size least = {kLeastSide, 3 * kLeastSide};
+        const media::RgbImage photo = media::decodePhotoAtLeast(bytes, "photo", least, kMostFuzzedPixels);
+        const media::PictureHeader header = media::readPictureHeader(bytes, "photo", kMostFuzzedPixels);
+        promised(photo.width >= std::min(header.width, least.width), "as wide as is wanted");
+        promised(photo.height >= std::min(header.height, least.height), "as high as is wanted");
     });
     orOneLine([&] {
         const media::RgbImage photo = media::decodePhoto(bytes, "photo", kMostFuzzedPixels);

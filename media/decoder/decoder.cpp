@@ -35,6 +35,7 @@ enum class Call : uint32_t {
     kPhoto,
     kPhotoOfContents,
     kPreview,
+    kPhotoAtLeast,
     kDepthMap,
     kDepth,
     kSideBySide,
@@ -124,9 +125,17 @@ void answer(Call call, Unpacker* in, Packer* out) {
             const Opened opened(in);
             const int least_side = in->take<int>();
             allowFor({opened.picture(), opened.file}, true);
-            const PhotoPreview preview =
+            const ShrunkPhoto preview =
                 previewPhoto(opened.file, opened.contents, opened.name, least_side, kMostPixels, &remark);
             return out->pack(kDone, preview, remark);
+        }
+        case Call::kPhotoAtLeast: {
+            const Opened opened(in);
+            const Size least = in->take<Size>();
+            allowFor({opened.picture(), opened.file}, true);
+            const ShrunkPhoto photo =
+                decodePhotoAtLeast(opened.file, opened.contents, opened.name, least, kMostPixels, &remark);
+            return out->pack(kDone, photo, remark);
         }
         case Call::kDepthMap: {
             in->unpack(bytes, name);
@@ -339,10 +348,17 @@ RgbImage decodePhoto(std::string_view file, const Contents& contents, const std:
     return remarked(ask<RgbImage, std::string>(Call::kPhotoOfContents, name, file, contents, name), remark);
 }
 
-PhotoPreview previewPhoto(std::string_view file, const Contents& contents, const std::string& name,
-                          int least_side, std::string* remark) {
+ShrunkPhoto previewPhoto(std::string_view file, const Contents& contents, const std::string& name,
+                         int least_side, std::string* remark) {
     if (!workerIsThere()) return media::previewPhoto(file, contents, name, least_side, kMostPixels, remark);
-    return remarked(ask<PhotoPreview, std::string>(Call::kPreview, name, file, contents, name, least_side),
+    return remarked(ask<ShrunkPhoto, std::string>(Call::kPreview, name, file, contents, name, least_side),
+                    remark);
+}
+
+ShrunkPhoto decodePhotoAtLeast(std::string_view file, const Contents& contents, const std::string& name,
+                               Size least, std::string* remark) {
+    if (!workerIsThere()) return media::decodePhotoAtLeast(file, contents, name, least, kMostPixels, remark);
+    return remarked(ask<ShrunkPhoto, std::string>(Call::kPhotoAtLeast, name, file, contents, name, least),
                     remark);
 }
 

@@ -49,8 +49,10 @@ PictureHeader readPictureHeader(std::string_view bytes, const std::string& name)
 RgbImage decodePhoto(std::string_view bytes, const std::string& name);
 RgbImage decodePhoto(std::string_view file, const Contents& contents, const std::string& name,
                      std::string* remark);
-PhotoPreview previewPhoto(std::string_view file, const Contents& contents, const std::string& name,
-                          int least_side, std::string* remark);
+ShrunkPhoto previewPhoto(std::string_view file, const Contents& contents, const std::string& name,
+                         int least_side, std::string* remark);
+ShrunkPhoto decodePhotoAtLeast(std::string_view file, const Contents& contents, const std::string& name,
+                               Size least, std::string* remark);
 DepthMap decodeDepthMap(std::string_view bytes, const std::string& name);
 DepthMap decodeDepth(const EmbeddedDepth& depth, const std::string& name, std::string* remark);
 SplitPicture decodeSideBySide(std::string_view file, DepthHalf half, const std::string& name);

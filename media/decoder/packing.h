@@ -85,8 +85,12 @@ void eachMember(Self& header, Visit visit, const PictureHeader*) {
     visit(header.width, header.height, header.bands, header.bits);
 }
 template <typename Self, typename Visit>
-void eachMember(Self& preview, Visit visit, const PhotoPreview*) {
-    visit(preview.header, preview.shrunk);
+void eachMember(Self& photo, Visit visit, const ShrunkPhoto*) {
+    visit(photo.header, photo.shrunk);
+}
+template <typename Self, typename Visit>
+void eachMember(Self& size, Visit visit, const Size*) {
+    visit(size.width, size.height);
 }
 template <typename Self, typename Visit>
 void eachMember(Self& depth, Visit visit, const DepthMap*) {

@@ -104,12 +104,21 @@ RgbImage decodePhoto(std::string_view file, const Contents& contents, const std:
                       });
 }
 
-PhotoPreview previewPhoto(std::string_view file, const Contents& contents, const std::string& name,
-                          int least_side, long long most_pixels, std::string* remark) {
+ShrunkPhoto previewPhoto(std::string_view file, const Contents& contents, const std::string& name,
+                         int least_side, long long most_pixels, std::string* remark) {
     return originalOr(file, contents, name, remark,
-                      [&](std::string_view bytes, const std::string& where, int orientation) -> PhotoPreview {
+                      [&](std::string_view bytes, const std::string& where, int orientation) -> ShrunkPhoto {
                           return {readPictureHeader(bytes, where, most_pixels, orientation),
                                   decodePhotoShrunk(bytes, where, least_side, most_pixels, orientation)};
+                      });
+}
+
+ShrunkPhoto decodePhotoAtLeast(std::string_view file, const Contents& contents, const std::string& name,
+                               Size least, long long most_pixels, std::string* remark) {
+    return originalOr(file, contents, name, remark,
+                      [&](std::string_view bytes, const std::string& where, int orientation) -> ShrunkPhoto {
+                          return {readPictureHeader(bytes, where, most_pixels, orientation),
+                                  decodePhotoAtLeast(bytes, where, least, most_pixels, orientation)};
                       });
 }
 

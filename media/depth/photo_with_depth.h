@@ -19,12 +19,17 @@ RgbImage decodePhoto(std::string_view file, const Contents& contents, const std:
                      long long most_pixels = kMostPixels, std::string* remark = nullptr);
 
 /// The same photo's header, and the photo shrunk as decodePhotoShrunk() does.
-struct PhotoPreview {
+struct ShrunkPhoto {
     PictureHeader header;
     RgbImage shrunk;
 };
-PhotoPreview previewPhoto(std::string_view file, const Contents& contents, const std::string& name,
-                          int least_side, long long most_pixels = kMostPixels, std::string* remark = nullptr);
+ShrunkPhoto previewPhoto(std::string_view file, const Contents& contents, const std::string& name,
+                         int least_side, long long most_pixels = kMostPixels, std::string* remark = nullptr);
+
+/// The same photo's header, and the photo as decodePhotoAtLeast() makes it.
+ShrunkPhoto decodePhotoAtLeast(std::string_view file, const Contents& contents, const std::string& name,
+                               Size least, long long most_pixels = kMostPixels,
+                               std::string* remark = nullptr);
 
 /// An embedded plane as a depth map: upright, larger = nearer, and linear in 1 / distance if its kind is
 /// known. A linear range is converted, for which it needs near and far. Planes of more than 8 bit and

@@ -108,16 +108,29 @@ class OpenPicture {
         };
         const int whole = factorFor(m_image);
         VImage image = m_image;
-        // libjpeg can leave out what only finer pixels need, in powers of two.
-        if (isLoader("Jpeg") && whole >= 2)
-            image = fromBytes(VImage::option()->set("shrink", whole >= 8 ? 8 : whole >= 4 ? 4 : 2));
+        if (isLoader("Jpeg")) image = shrunkJpeg(whole);
         if (isLoader("Webp") && whole >= 2) image = fromBytes(VImage::option()->set("scale", 1.0 / whole));
         image = overWhite(image);
         const int rest = factorFor(image);
         return upright(rest > 1 ? image.shrink(rest, rest) : image);
     }
 
+    /// The pixels, upright, shrunk as decodePhotoAtLeast() says.
+    VImage decodeAtLeast(Size least) const {
+        requireFewScans();
+        const PictureHeader whole = header();
+        const int factor =
+            std::min(whole.width / std::max(1, least.width), whole.height / std::max(1, least.height));
+        return upright(isLoader("Jpeg") ? shrunkJpeg(factor) : m_image);
+    }
+
   private:
+    /// By 2, 4 or 8, `factor` at most: libjpeg leaves out what only finer pixels need.
+    VImage shrunkJpeg(int factor) const {
+        if (factor < 2) return m_image;
+        return fromBytes(VImage::option()->set("shrink", factor >= 8 ? 8 : factor >= 4 ? 4 : 2));
+    }
+
     bool isLoader(const char* format) const {
         return m_loader.find(std::string("VipsForeignLoad") + format) == 0;
     }
@@ -378,6 +391,13 @@ RgbImage decodePhotoShrunk(std::string_view bytes, const std::string& name, int 
                            long long most_pixels, int orientation) {
     return readingFile(bytes, name, [&] {
         return toPhoto(OpenPicture(bytes, name, most_pixels, orientation).decodeShrunk(least_side));
+    });
+}
+
+RgbImage decodePhotoAtLeast(std::string_view bytes, const std::string& name, Size least,
+                            long long most_pixels, int orientation) {
+    return readingFile(bytes, name, [&] {
+        return toPhoto(OpenPicture(bytes, name, most_pixels, orientation).decodeAtLeast(least));
     });
 }
 

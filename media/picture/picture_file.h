@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "media/picture/image.h"
+#include "sizes/sizes.h"
 
 namespace quorvane::media {
 
@@ -73,6 +74,12 @@ RgbImage decodePhotoShrunk(std::string_view bytes, const std::string& name, int 
 /// Like decodePhoto, of one of the pictures in a HEIC or AVIF file: `page` counts them from 0.
 RgbImage decodePhotoPage(std::string_view bytes, int page, const std::string& name,
                          long long most_pixels = kMostPixels);
+
+/// Like decodePhoto, but a JPEG picture of at least twice `least` on both sides, upright, is shrunk by 2, 4
+/// or 8 while it is decoded, to no less than that. It takes a fraction of the time and the memory and leaves
+/// all that so many pixels can show. Other formats would have to be decoded in full first.
+RgbImage decodePhotoAtLeast(std::string_view bytes, const std::string& name, Size least,
+                            long long most_pixels = kMostPixels, int orientation = 1);
 
 /// Takes a decoded picture for a depth map.
 DepthMap toDepthMap(const RgbImage& picture, const std::string& name);

@@ -41,7 +41,7 @@ void decodePhotoInto(Input* input, const std::string& file, const media::Content
         input->photo = media::decoder::decodePhoto(file, contents, name, &remark);
         input->photo_size = sizeOf(input->photo);
     } else {
-        media::PhotoPreview preview =
+        media::ShrunkPhoto preview =
             media::decoder::previewPhoto(file, contents, name, kPreviewSide, &remark);
         input->photo = std::move(preview.shrunk);
         input->photo_size = {preview.header.width, preview.header.height};

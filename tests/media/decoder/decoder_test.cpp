@@ -130,6 +130,9 @@ TEST_F(Decoder, GivesTheDepthInsidePhotosOfEveryCoding) {
                   decodePhoto(file, here, "p").samples);
         EXPECT_EQ(decoder::previewPhoto(file, there, "p", 20, nullptr).shrunk.samples,
                   previewPhoto(file, here, "p", 20).shrunk.samples);
+        const ShrunkPhoto half = decoder::decodePhotoAtLeast(file, there, "p", {80, 64}, nullptr);
+        EXPECT_EQ(half.header.width, 160);
+        EXPECT_EQ(half.shrunk.samples, decodePhotoAtLeast(file, here, "p", {80, 64}).shrunk.samples);
     }
 }
 

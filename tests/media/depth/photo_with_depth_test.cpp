@@ -382,14 +382,14 @@ TEST(DecodePhotoFile, TurnsAnUnblurredPhotoThatDoesNotSayHowItLies) {
 
 TEST(PreviewPhoto, IsThePhotoThatWouldBeDecoded) {
     Contents contents;
-    const PhotoPreview blue = previewPhoto(kBluePhoto, contents, "a.jpg", 15);
+    const ShrunkPhoto blue = previewPhoto(kBluePhoto, contents, "a.jpg", 15);
     EXPECT_FALSE(isReddish(blue.shrunk));
     EXPECT_EQ(blue.header.width, 40);
     EXPECT_EQ(blue.header.height, 30);
     EXPECT_EQ(blue.shrunk.width, 20);
     EXPECT_EQ(blue.shrunk.height, 15);
     contents.original = EmbeddedPhoto{"there", kRedPhoto, 6};
-    const PhotoPreview red = previewPhoto(kBluePhoto, contents, "a.jpg", 15);
+    const ShrunkPhoto red = previewPhoto(kBluePhoto, contents, "a.jpg", 15);
     EXPECT_TRUE(isReddish(red.shrunk));
     EXPECT_EQ(red.header.width, 30);
     EXPECT_EQ(red.shrunk.width, 15);

@@ -380,6 +380,55 @@ TEST_F(PictureFile, ShrunkPhotoIsTheWholePhotoSmaller) {
             }
 }
 
+TEST_F(PictureFile, JpegIsDecodedNoSmallerThanIsWanted) {
+    for (const int orientation : {1, 6}) {
+        // 800 x 600 as it is stored.
+        VImage picture = toVips(blueCorner()).resize(5.0).copy();
+        picture.set("orientation", orientation);
+        const std::string bytes = bytesOf(saved(picture, "a.jpg"));
+        const bool turned = orientation == 6;
+        const auto decoded = [&](int width, int height) {
+            const RgbImage photo =
+                decodePhotoAtLeast(bytes, "it", turned ? Size{height, width} : Size{width, height});
+            return turned ? Size{photo.height, photo.width} : Size{photo.width, photo.height};
+        };
+        EXPECT_EQ(decoded(800, 600), (Size{800, 600}));
+        EXPECT_EQ(decoded(401, 300), (Size{800, 600})) << "one column too few";
+        EXPECT_EQ(decoded(400, 301), (Size{800, 600})) << "one row too few";
+        EXPECT_EQ(decoded(400, 300), (Size{400, 300}));
+        EXPECT_EQ(decoded(250, 1), (Size{400, 300}));
+        EXPECT_EQ(decoded(200, 150), (Size{200, 150}));
+        EXPECT_EQ(decoded(1, 1), (Size{100, 75}));
+        EXPECT_EQ(decoded(0, 0), (Size{100, 75}));
+    }
+}
+
+TEST_F(PictureFile, OnlyJpegIsShrunkWhileItIsDecoded) {
+    const VImage picture = toVips(blueCorner());
+    for (const char* name : {"a.png", "a.webp", "a.tif"})
+        EXPECT_EQ(decodePhotoAtLeast(bytesOf(saved(picture, name)), "it", {10, 10}).width, 160) << name;
+}
+
+TEST_F(PictureFile, JpegThatIsShrunkWhileItIsDecodedKeepsItsDetail) {
+    // A pattern of 8 pixels, which a fourth of the size still has.
+    RgbImage whole(320, 240);
+    for (int y = 0; y < whole.height; ++y)
+        for (int x = 0; x < whole.width; ++x)
+            for (int c = 0; c < 3; ++c)
+                (&whole.at(x, y))[c] = static_cast<uint8_t>(128.0 + 80.0 * std::sin(3.14159265 * x / 4.0));
+    const std::string bytes = bytesOf(saved(toVips(whole), "a.jpg"));
+    const RgbImage half = decodePhotoAtLeast(bytes, "it", {160, 120});
+    ASSERT_EQ(half.width, 160);
+    double squares = 0.0;
+    for (int x = 16; x < 144; ++x) {
+        // The mean of both pixels that stand for one.
+        const double wanted =
+            128.0 + 40.0 * (std::sin(3.14159265 * 2 * x / 4.0) + std::sin(3.14159265 * (2 * x + 1) / 4.0));
+        squares += std::pow(half.at(x, 60) - wanted, 2.0) / 128.0;
+    }
+    EXPECT_LT(std::sqrt(squares), 8.0) << "levels; the pattern is 57 strong";
+}
+
 TEST_F(PictureFile, SmallPhotoIsNotShrunk) {
     const std::string bytes = bytesOf(saved(sixPixels(), "a.png"));
     EXPECT_EQ(decodePhotoShrunk(bytes, "it", 2).samples, decodePhoto(bytes, "it").samples);
