@@ -20,9 +20,11 @@
 
 #include "depth/depth_curve.h"
 #include "each_path.h"
+#include "software/mesh_drawing.h"
 #include "support/gl_recorder.h"
 #include "support/guarded_bytes.h"
 #include "support/timeline.h"
+#include "view/view_matrix.h"
 
 namespace quorvane::test {
 namespace {
@@ -128,6 +130,32 @@ void printGuidedFilter() {
         });
 }
 
+const software::DrawingPath& drawingPathOf(const Path& path) {
+    for (const software::DrawingPath& drawing : software::drawingPaths())
+        if (std::strcmp(drawing.name, path.name) == 0) return drawing;
+    return software::chosenDrawingPath();
+}
+
+void printDrawing() {
+    constexpr int kWidth = 203, kHeight = 131, kGridWidth = 75, kGridHeight = 50;
+    const Bytes photo = noise(3 * 150 * 100, 12), depth = plane(kGridWidth, kGridHeight, 13);
+    for (const int samples : {1, 4})
+        printPaths("drawing, samples a pixel: " + std::to_string(samples), [&](const Path& path) {
+            software::MeshDrawing drawing(drawingPathOf(path), 2);
+            drawing.setPhoto(photo.data(), 150, 100);
+            drawing.setShapedDepth(depth.data(), kGridWidth, kGridHeight);
+            Bytes all;
+            for (const float x : {-1.0f, 0.0f, 0.6f}) {
+                const View view = {x, 0.4f, 12.0f, 12.0f, 0.6f, 0.9f, 100.0f, 40.0f, 29.0f, 18.5f};
+                Bytes rgba(4 * kWidth * kHeight);
+                drawing.draw({viewMatrix(view), 29.0f, 18.5f, 164.0f}, samples,
+                             {rgba.data(), 4 * kWidth, kWidth, kHeight});
+                append(&all, rgba.data(), rgba.size());
+            }
+            return all;
+        });
+}
+
 void printMesh() {
     constexpr VertexGrid kGrids[] = {
         {1, 1, 18.0f, 32.0f}, {3, 2, 0.1f, 0.7f}, {70, 5, 34.052525f, 19.154545f}, {240, 160, 28.7f, 19.15f}};
@@ -210,6 +238,7 @@ int printStages() {
     printDenoising();
     printGuidedFilter();
     printMesh();
+    printDrawing();
     printMatrices();
     printRenderer();
     return s_paths_agree ? 0 : 1;

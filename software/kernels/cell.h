@@ -1,0 +1,37 @@
+#ifndef QUORVANE_SOFTWARE_KERNELS_CELL_H
+#define QUORVANE_SOFTWARE_KERNELS_CELL_H
+
+#include "software/kernels/drawing.h"
+
+// What the reference and the vector code of the drawing kernels have in common.
+
+namespace quorvane::software {
+
+/// A triangle of less, in square pixels, is not drawn: what is linear over it could be anything.
+constexpr float kLeastArea = 1e-9f;
+
+/// How far from a cell's bounds a pixel's centre may lie, so that rounding leaves none out; and where samples
+/// lie up to half a pixel from it.
+constexpr float kReach = 1.0f / 256;
+constexpr float kSampleReach = 0.5f + kReach;
+
+/// A texel's place has so many fractional bits, and colours are blended with so many.
+constexpr int kPlaceBits = 15;
+constexpr int kPlaceOne = 1 << kPlaceBits;
+constexpr float kPlaceUnit = kPlaceOne;
+constexpr int kColourBits = 7;
+
+constexpr int kTile = 8;
+
+/// Whether any of these pixels may have samples of their own. An inline function would be compiled for one
+/// path and linked for all.
+static inline bool touchesMarked(const Band& band, int left, int right, int top, int bottom) {
+    for (int row = (top - band.top) / kTile; row <= (bottom - 1 - band.top) / kTile; ++row)
+        for (int column = left / kTile; column <= (right - 1) / kTile; ++column)
+            if (band.marked_tiles[row * band.tile_stride + column] != 0) return true;
+    return false;
+}
+
+}  // namespace quorvane::software
+
+#endif

@@ -1,0 +1,243 @@
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <limits>
+
+#include "software/kernels/cell.h"
+#include "software/kernels/drawing.h"
+
+namespace quorvane::software::reference {
+namespace {
+
+/// `t` held to low..high; low where it is no number.
+float held(float t, float low, float high) {
+    t = t > low ? t : low;
+    return t < high ? t : high;
+}
+
+int roundedUp(float t) {
+    const int whole = static_cast<int>(t);
+    return whole + (static_cast<float>(whole) < t ? 1 : 0);
+}
+
+/// A value that is linear over a triangle, from a corner's.
+struct Plane {
+    float corner, x, y;
+    float at(float dx, float dy) const { return (corner + dx * x) + dy * y; }
+};
+
+struct Place {
+    float q, u, v;
+};
+
+struct Triangle {
+    float edges[3][2];  ///< each turned so that its inner side is positive
+    Plane q, u, v;
+};
+
+struct Corner {
+    float x, y, q, u, v;
+};
+
+/// A cell set up for drawing.
+struct Cell {
+    float ax, ay, bx, by, cx, cy;
+    Triangle first, second;
+    int left, right, top, bottom;
+};
+
+float turned(float value, float sign) { return std::signbit(sign) ? -value : value; }
+
+float inverseArea(float area) {
+    return std::fabs(area) > kLeastArea ? 1.0f / area : std::numeric_limits<float>::quiet_NaN();
+}
+
+/// Sides (first, second) leave the corner; area = second x first.
+Plane planeOf(float corner, float first, float second, const float (&to_first)[2],
+              const float (&to_second)[2], float inverse) {
+    const float d1 = first - corner, d2 = second - corner;
+    return {corner, (d2 * to_first[1] - d1 * to_second[1]) * inverse,
+            (d1 * to_second[0] - d2 * to_first[0]) * inverse};
+}
+
+Cell setUp(const CellBlock& block, int i, const Band& band) {
+    const auto corner = [&](const float* x, const float* y, const float* q, int k, float v) {
+        return Corner{x[k], y[k], q[k], block.column_u[k] * q[k], v * q[k]};
+    };
+    const Corner a = corner(block.lower_x, block.lower_y, block.lower_q, i, block.lower_v);
+    const Corner c = corner(block.lower_x, block.lower_y, block.lower_q, i + 1, block.lower_v);
+    const Corner b = corner(block.upper_x, block.upper_y, block.upper_q, i, block.upper_v);
+    const Corner d = corner(block.upper_x, block.upper_y, block.upper_q, i + 1, block.upper_v);
+
+    const float ab[2] = {b.x - a.x, b.y - a.y}, ac[2] = {c.x - a.x, c.y - a.y};
+    const float bc[2] = {c.x - b.x, c.y - b.y}, bd[2] = {d.x - b.x, d.y - b.y};
+    const float cd[2] = {d.x - c.x, d.y - c.y};
+    const float area1 = ac[0] * ab[1] - ac[1] * ab[0];
+    const float area2 = bc[0] * bd[1] - bc[1] * bd[0];
+    const float inverse1 = inverseArea(area1), inverse2 = inverseArea(area2);
+
+    Cell cell;
+    cell.ax = a.x, cell.ay = a.y, cell.bx = b.x, cell.by = b.y, cell.cx = c.x, cell.cy = c.y;
+    for (int k = 0; k < 2; ++k) {
+        cell.first.edges[0][k] = turned(ab[k], area1);
+        cell.first.edges[1][k] = turned(bc[k], area1);
+        cell.first.edges[2][k] = -turned(ac[k], area1);
+        cell.second.edges[0][k] = -turned(bc[k], area2);
+        cell.second.edges[1][k] = turned(bd[k], area2);
+        cell.second.edges[2][k] = -turned(cd[k], area2);
+    }
+    cell.first.q = planeOf(a.q, b.q, c.q, ab, ac, inverse1);
+    cell.first.u = planeOf(a.u, b.u, c.u, ab, ac, inverse1);
+    cell.first.v = planeOf(a.v, b.v, c.v, ab, ac, inverse1);
+    cell.second.q = planeOf(b.q, d.q, c.q, bd, bc, inverse2);
+    cell.second.u = planeOf(b.u, d.u, c.u, bd, bc, inverse2);
+    cell.second.v = planeOf(b.v, d.v, c.v, bd, bc, inverse2);
+
+    const float reach = band.samples > 1 ? kSampleReach : kReach;
+    const float width = static_cast<float>(band.width);
+    const float top = static_cast<float>(band.top), bottom = static_cast<float>(band.bottom);
+    const float min_x = std::min(std::min(a.x, b.x), std::min(c.x, d.x));
+    const float max_x = std::max(std::max(a.x, b.x), std::max(c.x, d.x));
+    const float min_y = std::min(std::min(a.y, b.y), std::min(c.y, d.y));
+    const float max_y = std::max(std::max(a.y, b.y), std::max(c.y, d.y));
+    cell.left = roundedUp(held(min_x - (band.centre_x + reach), 0.0f, width));
+    cell.right = static_cast<int>(held(max_x - (band.centre_x - reach) + 1.0f, 0.0f, width));
+    cell.top = roundedUp(held(min_y - (band.centre_y + reach), top, bottom));
+    cell.bottom = static_cast<int>(held(max_y - (band.centre_y - reach) + 1.0f, top, bottom));
+    for (const float q : {a.q, b.q, c.q, d.q})
+        if (!(q > 0.0f && q <= kNearestQ)) cell.right = 0;
+    return cell;
+}
+
+/// Whether the cell covers a point, and with what.
+bool covers(const Cell& cell, float x, float y, Place* place) {
+    const float dax = x - cell.ax, day = y - cell.ay;
+    const float dbx = x - cell.bx, dby = y - cell.by;
+    const float dcx = x - cell.cx, dcy = y - cell.cy;
+    const auto inside = [](const float(&edge)[2], float dx, float dy) {
+        return dx * edge[1] >= dy * edge[0];
+    };
+    const Triangle& t1 = cell.first;
+    const Triangle& t2 = cell.second;
+    const bool in1 =
+        inside(t1.edges[0], dax, day) && inside(t1.edges[1], dbx, dby) && inside(t1.edges[2], dax, day);
+    const bool in2 =
+        inside(t2.edges[0], dbx, dby) && inside(t2.edges[1], dbx, dby) && inside(t2.edges[2], dcx, dcy);
+    const float q1 = t1.q.at(dax, day), q2 = t2.q.at(dbx, dby);
+    if (in2 && (!in1 || q2 >= q1))
+        *place = {q2, t2.u.at(dbx, dby), t2.v.at(dbx, dby)};
+    else
+        *place = {q1, t1.u.at(dax, day), t1.v.at(dax, day)};
+    return in1 || in2;
+}
+
+void put(const Place& place, float* q, float* u, float* v) {
+    if (!(place.q >= *q)) return;
+    *q = place.q;
+    *u = place.u;
+    *v = place.v;
+}
+
+void drawSamples(const Cell& cell, const Band& band) {
+    for (int y = cell.top; y < cell.bottom; ++y)
+        for (int x = cell.left; x < cell.right; ++x) {
+            const int slot = band.slots[(y - band.top) * band.slot_stride + x / kSampleBlock];
+            if (slot < 0) continue;
+            for (int s = 0; s < band.samples; ++s) {
+                float* planes =
+                    band.sample_planes +
+                    (static_cast<size_t>(slot) * static_cast<size_t>(band.samples) + static_cast<size_t>(s)) *
+                        3 * kSampleBlock +
+                    x % kSampleBlock;
+                Place place;
+                if (covers(cell, (static_cast<float>(x) + band.centre_x) + band.offsets[s][0],
+                           (static_cast<float>(y) + band.centre_y) + band.offsets[s][1], &place))
+                    put(place, planes, planes + kSampleBlock, planes + 2 * kSampleBlock);
+            }
+        }
+}
+
+}  // namespace
+
+Extent placeVertices(const VertexBlock& block) {
+    Extent extent = {std::numeric_limits<float>::max(), std::numeric_limits<float>::lowest(), true};
+    for (int i = 0; i < block.count; ++i) {
+        const auto at = [&](const Axis& axis) {
+            return block.distance[i] * (axis.column[i] + axis.row) + axis.constant;
+        };
+        const float q = 1.0f / at(block.w);
+        const float y = at(block.y) * q;
+        block.out_x[i] = at(block.x) * q;
+        block.out_y[i] = y;
+        block.out_q[i] = q;
+        extent.top = y < extent.top ? y : extent.top;
+        extent.bottom = y > extent.bottom ? y : extent.bottom;
+        extent.drawable = extent.drawable && q > 0.0f && q <= kNearestQ;
+    }
+    return extent;
+}
+
+void findFacings(const CellBlock& block, float edge_on_area, uint8_t* facings) {
+    const auto facing = [=](float area) {
+        return area >= edge_on_area ? kFromFront : area <= -edge_on_area ? kFromBehind : kEdgeOn;
+    };
+    for (int i = 0; i < block.count; ++i) {
+        const float ax = block.lower_x[i], ay = block.lower_y[i];
+        const float bx = block.upper_x[i], by = block.upper_y[i];
+        const float cx = block.lower_x[i + 1], cy = block.lower_y[i + 1];
+        const float dx = block.upper_x[i + 1], dy = block.upper_y[i + 1];
+        const float area1 = (cx - ax) * (by - ay) - (cy - ay) * (bx - ax);
+        const float area2 = (cx - bx) * (dy - by) - (cy - by) * (dx - bx);
+        facings[i] = static_cast<uint8_t>(facing(area1) | facing(area2) << 2);
+    }
+}
+
+void drawCells(const CellBlock& block, const Band& band) {
+    for (int i = 0; i < block.count; ++i) {
+        const Cell cell = setUp(block, i, band);
+        if (cell.left >= cell.right || cell.top >= cell.bottom) continue;
+        for (int y = cell.top; y < cell.bottom; ++y) {
+            const size_t row = static_cast<size_t>(y - band.top) * static_cast<size_t>(band.stride);
+            for (int x = cell.left; x < cell.right; ++x) {
+                const size_t pixel = row + static_cast<size_t>(x);
+                Place place;
+                if (covers(cell, static_cast<float>(x) + band.centre_x, static_cast<float>(y) + band.centre_y,
+                           &place))
+                    put(place, band.q + pixel, band.u + pixel, band.v + pixel);
+            }
+        }
+        if (band.samples > 1 && touchesMarked(band, cell.left, cell.right, cell.top, cell.bottom))
+            drawSamples(cell, band);
+    }
+}
+
+void shade(const Texture& texture, const float* q, const float* u, const float* v, float far_q, int count,
+           uint8_t* rgba) {
+    for (int i = 0; i < count; ++i, rgba += 4) {
+        if (!(q[i] > far_q)) {
+            rgba[0] = rgba[1] = rgba[2] = 0;
+            rgba[3] = 255;
+            continue;
+        }
+        const float w = 1.0f / q[i];
+        const int s = static_cast<int>(held(u[i] * w, 0.0f, texture.last_u) * kPlaceUnit);
+        const int t = static_cast<int>(held(v[i] * w, 0.0f, texture.last_v) * kPlaceUnit);
+        const int fx = s & (kPlaceOne - 1), fy = t & (kPlaceOne - 1);
+        const uint8_t* texel =
+            texture.texels + 4 * (static_cast<size_t>(t >> kPlaceBits) * static_cast<size_t>(texture.stride) +
+                                  static_cast<size_t>(s >> kPlaceBits));
+        const uint8_t* below = texel + 4 * static_cast<size_t>(texture.stride);
+        const auto blend = [](int from, int to, int part) {
+            return from + (((to - from) * part + kPlaceOne / 2) >> kPlaceBits);
+        };
+        for (int c = 0; c < 4; ++c) {
+            const int left = blend(texel[c] << kColourBits, below[c] << kColourBits, fy);
+            const int right = blend(texel[4 + c] << kColourBits, below[4 + c] << kColourBits, fy);
+            rgba[c] =
+                static_cast<uint8_t>((blend(left, right, fx) + (1 << (kColourBits - 1))) >> kColourBits);
+        }
+    }
+}
+
+}  // namespace quorvane::software::reference

@@ -1,0 +1,305 @@
+#include "software/mesh_drawing.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "src/view/view_matrix.h"
+#include "support/model_renderer.h"
+
+namespace quorvane::software {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+using test::ModelScene;
+
+/// Smooth coloured waves with a disc of another colour where the depth map has one.
+Bytes photoOf(int width, int height) {
+    Bytes rgb;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const double s = (x + 0.5) / width, t = (y + 0.5) / height;
+            const bool disc = std::hypot(s - 0.6, (t - 0.4) * height / width) < 0.15;
+            rgb.push_back(static_cast<uint8_t>(disc ? 230 : 125 + 85 * std::sin(23 * s) * std::cos(19 * t)));
+            rgb.push_back(static_cast<uint8_t>(30 + 200 * t));
+            rgb.push_back(static_cast<uint8_t>(disc ? 40 : 220 - 190 * s));
+        }
+    return rgb;
+}
+
+/// Colours that say where in the photo a pixel lies.
+Bytes places(int width, int height) {
+    Bytes rgb;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            rgb.insert(rgb.end(),
+                       {static_cast<uint8_t>(255 * x / width), static_cast<uint8_t>(255 * y / height), 200});
+    return rgb;
+}
+
+/// Shaped depth: a slope with a near disc and a far hole.
+Bytes depthOf(int width, int height) {
+    Bytes depth;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const double s = (x + 0.5) / width, t = (y + 0.5) / height,
+                         aspect = static_cast<double>(height) / width;
+            if (std::hypot(s - 0.6, (t - 0.4) * aspect) < 0.15)
+                depth.push_back(245);
+            else if (std::hypot(s - 0.3, (t - 0.7) * aspect) < 0.1)
+                depth.push_back(5);
+            else
+                depth.push_back(static_cast<uint8_t>(80 + 90 * t));
+        }
+    return depth;
+}
+
+struct Case {
+    const char* name;
+    int width, height;  ///< picture
+    int photo_width, photo_height;
+    int grid_width, grid_height;
+    float x, y;  ///< view position
+    float fov_scale;
+    float pivot;
+};
+
+void PrintTo(const Case& c, std::ostream* out) { *out << c.name; }
+
+constexpr float kHalfHeight = 18.5f;
+float halfWidth(const Case& c) {
+    return kHalfHeight * static_cast<float>(c.width) / static_cast<float>(c.height) + 1;
+}
+
+ModelScene sceneOf(const Case& c) {
+    ModelScene scene = {};
+    scene.photo_width = c.photo_width;
+    scene.photo_height = c.photo_height;
+    scene.photo = photoOf(c.photo_width, c.photo_height);
+    scene.grid_width = c.grid_width;
+    scene.grid_height = c.grid_height;
+    scene.depth = depthOf(c.grid_width, c.grid_height);
+    scene.width = c.width;
+    scene.height = c.height;
+    scene.half_width = static_cast<double>(halfWidth(c));
+    scene.half_height = static_cast<double>(kHalfHeight);
+    scene.view_x = static_cast<double>(c.x);
+    scene.view_y = static_cast<double>(c.y);
+    scene.pivot = static_cast<double>(c.pivot);
+    scene.fov_scale = static_cast<double>(c.fov_scale);
+    return scene;
+}
+
+Camera cameraOf(const Case& c) {
+    const View view = {c.x, c.y, 12.0f, 12.0f, 0.6f, c.fov_scale, 100.0f, c.pivot, halfWidth(c), kHalfHeight};
+    return {viewMatrix(view), halfWidth(c), kHalfHeight, 164.0f};
+}
+
+Bytes drawn(const Case& c, const Camera& camera, int samples, const DrawingPath& path, int threads) {
+    MeshDrawing drawing(path, threads);
+    drawing.setPhoto(photoOf(c.photo_width, c.photo_height).data(), c.photo_width, c.photo_height);
+    drawing.setShapedDepth(depthOf(c.grid_width, c.grid_height).data(), c.grid_width, c.grid_height);
+    // Room behind the rows, in which nothing may be written.
+    const size_t stride = 4 * static_cast<size_t>(c.width) + 12;
+    Bytes rgba(stride * static_cast<size_t>(c.height), 77);
+    drawing.draw(camera, samples, {rgba.data(), stride, c.width, c.height});
+    Bytes tight;
+    for (size_t y = 0; y < static_cast<size_t>(c.height); ++y) {
+        const auto row = rgba.begin() + static_cast<std::ptrdiff_t>(y * stride);
+        const auto end = row + 4 * c.width;
+        EXPECT_EQ(std::count(end, end + 12, 77), 12) << "row " << y;
+        tight.insert(tight.end(), row, end);
+    }
+    return tight;
+}
+
+Bytes drawn(const Case& c, int samples) { return drawn(c, cameraOf(c), samples, chosenDrawingPath(), 2); }
+
+/// Calls visit(x, y, jump) for every pixel: how much the neighbourhood's places differ at most.
+template <typename Visit>
+void eachPixel(const Case& c, const Visit& visit) {
+    ModelScene scene = sceneOf(c);
+    scene.photo = places(c.photo_width, c.photo_height);
+    const std::vector<double> model = test::modelPicture(scene);
+    for (int y = 0; y < c.height; ++y)
+        for (int x = 0; x < c.width; ++x) {
+            double jump = 0;
+            for (size_t channel = 0; channel < 3; ++channel) {
+                double low = 255, high = 0;
+                for (int row = std::max(y - 1, 0); row <= std::min(y + 1, c.height - 1); ++row)
+                    for (int column = std::max(x - 1, 0); column <= std::min(x + 1, c.width - 1); ++column) {
+                        const double value = model[3 * static_cast<size_t>(row * c.width + column) + channel];
+                        low = std::min(low, value);
+                        high = std::max(high, value);
+                    }
+                jump = std::max(jump, high - low);
+            }
+            visit(x, y, jump);
+        }
+}
+
+/// Neighbours differ by more only where a silhouette, or a wall of the mesh seen almost edge-on, lies between
+/// them.
+constexpr double kSilhouette = 4;
+
+class MeshDrawingView : public testing::TestWithParam<Case> {};
+
+TEST_P(MeshDrawingView, AgreesWithTheModelAwayFromSilhouettes) {
+    const Case& c = GetParam();
+    const std::vector<double> model = test::modelPicture(sceneOf(c));
+    for (const int samples : {1, 4}) {
+        const Bytes picture = drawn(c, samples);
+        int compared = 0, wrong = 0;
+        eachPixel(c, [&](int x, int y, double jump) {
+            const size_t pixel = static_cast<size_t>(y * c.width + x);
+            EXPECT_EQ(picture[4 * pixel + 3], 255);
+            if (jump > kSilhouette) return;
+            ++compared;
+            double worst = 0;
+            for (size_t channel = 0; channel < 3; ++channel)
+                worst = std::max(worst, std::abs(model[3 * pixel + channel] - picture[4 * pixel + channel]));
+            if (worst > 1.0) ++wrong;
+        });
+        EXPECT_GT(compared, c.width * c.height * 8 / 10);
+        EXPECT_LE(wrong, compared / 1000) << samples << " samples";
+    }
+}
+
+TEST_P(MeshDrawingView, HasNoHolesAndIsBlackPastTheMesh) {
+    const Case& c = GetParam();
+    const std::vector<double> model = test::modelPicture(sceneOf(c));
+    const Bytes picture = drawn(c, 1);
+    // The photo has no black: a pixel that is black in one of them only lies at the mesh's edge.
+    int wrong = 0;
+    for (size_t pixel = 0; pixel < picture.size() / 4; ++pixel)
+        wrong += (picture[4 * pixel + 1] == 0) != (model[3 * pixel + 1] == 0.0) ? 1 : 0;
+    EXPECT_LE(wrong, 2);
+}
+
+TEST_P(MeshDrawingView, EveryPathAndNumberOfThreadsGivesTheSameBytes) {
+    const Case& c = GetParam();
+    for (const int samples : {1, 2, 8}) {
+        const Bytes wanted = drawn(c, cameraOf(c), samples, drawingPaths().front(), 1);
+        for (const DrawingPath& path : drawingPaths()) {
+            if (!path.runsHere()) continue;
+            EXPECT_EQ(drawn(c, cameraOf(c), samples, path, 1), wanted)
+                << path.name << ", " << samples << " samples";
+        }
+        for (const int threads : {2, 3, 7})
+            EXPECT_EQ(drawn(c, cameraOf(c), samples, chosenDrawingPath(), threads), wanted)
+                << threads << " threads";
+    }
+}
+
+constexpr Case kCases[] = {
+    {"Rest", 240, 160, 240, 160, 60, 40, 0, 0, 0.81f, 40},
+    {"Left", 240, 160, 240, 160, 60, 40, -1, 0, 0.81f, 40},
+    {"Above", 240, 160, 240, 160, 60, 40, 0, 1, 0.81f, 40},
+    {"Corner", 237, 161, 480, 320, 60, 40, 0.7f, -0.6f, 0.81f, 40},
+    {"Portrait", 160, 240, 160, 240, 40, 60, 1, 0.3f, 0.81f, 40},
+    {"LargeCells", 240, 160, 60, 40, 15, 10, 0.9f, -0.4f, 0.81f, 40},
+    {"FineGrid", 240, 160, 240, 160, 240, 160, 0.9f, 0.8f, 0.81f, 40},
+    {"SteepWalls", 240, 160, 240, 160, 120, 80, 0.9f, -0.5f, 0.81f, 40},
+    {"PastTheMesh", 240, 160, 240, 160, 60, 40, -0.8f, 0.5f, 1.0f, 50},
+};
+
+constexpr size_t kFirstWithSilhouettes = 6;
+
+INSTANTIATE_TEST_SUITE_P(Views, MeshDrawingView, testing::ValuesIn(kCases),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+class MeshDrawingSilhouettes : public testing::TestWithParam<Case> {};
+
+TEST_P(MeshDrawingSilhouettes, AreSmoothWithSeveralSamples) {
+    const Case& c = GetParam();
+    constexpr int kFiner = 8;
+    ModelScene finer = sceneOf(c);
+    finer.width *= kFiner;
+    finer.height *= kFiner;
+    const std::vector<double> fine = test::modelPicture(finer);
+    const auto truth = [&](int x, int y, size_t channel) {
+        double sum = 0;
+        for (int row = y * kFiner; row < (y + 1) * kFiner; ++row)
+            for (int column = x * kFiner; column < (x + 1) * kFiner; ++column)
+                sum += fine[3 * static_cast<size_t>(row * finer.width + column) + channel];
+        return sum / (kFiner * kFiner);
+    };
+    std::vector<double> errors;
+    for (const int samples : {1, 2, 4, 8}) {
+        const Bytes picture = drawn(c, samples);
+        double squares = 0;
+        eachPixel(c, [&](int x, int y, double jump) {
+            if (jump <= kSilhouette) return;
+            for (size_t channel = 0; channel < 3; ++channel) {
+                const double error =
+                    picture[4 * static_cast<size_t>(y * c.width + x) + channel] - truth(x, y, channel);
+                squares += error * error;
+            }
+        });
+        errors.push_back(squares);
+    }
+    // What chance leaves of a pixel's coverage halves with twice the samples, and these patterns do better.
+    EXPECT_LT(errors[1], 0.6 * errors[0]);
+    EXPECT_LT(errors[2], 0.3 * errors[0]);
+    EXPECT_LT(errors[3], 0.2 * errors[0]);
+}
+
+INSTANTIATE_TEST_SUITE_P(Views, MeshDrawingSilhouettes,
+                         testing::ValuesIn(kCases + kFirstWithSilhouettes, std::end(kCases)),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+/// Turned so far that part of the mesh lies before the nearest plane, and part behind the camera.
+Camera turnedCamera(const Case& c, float x_degrees, float y_degrees) {
+    const View view = {1, 1, x_degrees, y_degrees, 1.0f, c.fov_scale, 100.0f, 20, halfWidth(c), kHalfHeight};
+    return {viewMatrix(view), halfWidth(c), kHalfHeight, 164.0f};
+}
+
+TEST(MeshDrawing, ViewsFromWithinTheMeshAreTheSameEverywhere) {
+    const Case& c = kCases[0];
+    for (const float degrees : {60.0f, 85.0f, 90.0f})
+        for (const int samples : {1, 4}) {
+            const Camera camera = turnedCamera(c, degrees, degrees / 3);
+            const Bytes wanted = drawn(c, camera, samples, drawingPaths().front(), 1);
+            for (const DrawingPath& path : drawingPaths())
+                if (path.runsHere()) {
+                    EXPECT_EQ(drawn(c, camera, samples, path, 2), wanted) << path.name;
+                }
+        }
+}
+
+TEST(MeshDrawing, TinyPhotosGridsAndPicturesAreDrawn) {
+    const Case sizes[] = {{"", 1, 1, 1, 1, 1, 1, 0, 0, 0.81f, 40},
+                          {"", 5, 3, 2, 1, 1, 1, 0.5f, 0.5f, 0.81f, 40},
+                          {"", 67, 35, 1, 9, 1, 3, -1, 1, 0.81f, 40},
+                          {"", 9, 65, 65, 64, 65, 64, 1, -1, 0.81f, 40}};
+    for (const Case& c : sizes)
+        for (const int samples : {1, 4}) {
+            const Bytes wanted = drawn(c, cameraOf(c), samples, drawingPaths().front(), 1);
+            EXPECT_NE(wanted[4 * (wanted.size() / 8) + 1], 0) << "the middle is not black";
+            for (const DrawingPath& path : drawingPaths())
+                if (path.runsHere()) {
+                    EXPECT_EQ(drawn(c, cameraOf(c), samples, path, 2), wanted) << path.name;
+                }
+        }
+}
+
+TEST(MeshDrawing, OneColourStaysThatColourWhereverTheMeshIs) {
+    const Case& c = kCases[3];
+    MeshDrawing drawing(chosenDrawingPath(), 2);
+    const Bytes photo(3 * static_cast<size_t>(c.photo_width) * static_cast<size_t>(c.photo_height), 201);
+    drawing.setPhoto(photo.data(), c.photo_width, c.photo_height);
+    drawing.setShapedDepth(depthOf(c.grid_width, c.grid_height).data(), c.grid_width, c.grid_height);
+    Bytes rgba(4 * static_cast<size_t>(c.width) * static_cast<size_t>(c.height));
+    for (const int samples : {1, 4}) {
+        drawing.draw(cameraOf(c), samples,
+                     {rgba.data(), 4 * static_cast<size_t>(c.width), c.width, c.height});
+        for (size_t i = 0; i < rgba.size(); ++i) ASSERT_EQ(rgba[i], i % 4 == 3 ? 255 : 201) << "byte " << i;
+    }
+}
+
+}  // namespace
+}  // namespace quorvane::software
