@@ -19,6 +19,11 @@ constexpr double kGridDistance = 32.0;
 /// number as `rotate_z_trans` makes that depth stay in place while the view swings.
 constexpr double distanceOf(double depth) { return kGridDistance - 0.4 * (depth / 255.0 * 35.0 - 32.0); }
 
+/// The shaped depth that lies at a distance; beyond 0..255 where none does.
+constexpr double depthAtDistance(double distance) {
+    return ((kGridDistance - distance) / 0.4 + 32.0) / 35.0 * 255.0;
+}
+
 /// Where the view stands: -1 from the left .. 1 from the right, and -1 .. 1 in the direction of the picture's
 /// rows, as `ESRenderer::m_transX` and `m_transY` hold it. (0, 0) is the rest position.
 struct ViewPosition {

@@ -7,9 +7,11 @@
 #include <cmath>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 #include "composition/edges.h"
 #include "composition/pivot.h"
+#include "composition/stretch.h"
 #include "depth/shape_depth.h"
 #include "host/rows.h"
 #include "host/suggestions.h"
@@ -191,6 +193,37 @@ Status shape(const PictureRequest& request, const Parameters& chosen, PicturePla
     return Status::success();
 }
 
+Composed composedOf(const PictureRequest& request, const ShapedDepth& shaped, const LibParam& parameters) {
+    const auto width = static_cast<float>(request.width), height = static_cast<float>(request.height);
+    const MeshExtents extents = meshExtents(width, height, kHalfHeight, kBaseline);
+    return {{shaped, static_cast<double>(extents.half_width), static_cast<double>(kHalfHeight)},
+            parameters,
+            width,
+            height};
+}
+
+/// Of the places that a view goes to, or of all that it can, the outermost in eight directions.
+std::vector<LookPosition> outermost(const std::optional<std::vector<LookPosition>>& path) {
+    const std::vector<LookPosition> directions = {{-1, -1}, {-1, 0}, {-1, 1}, {0, -1},
+                                                  {0, 1},   {1, -1}, {1, 0},  {1, 1}};
+    if (!path) return directions;
+    std::vector<LookPosition> places;
+    for (const LookPosition& direction : directions) {
+        const auto way = [&](const LookPosition& place) {
+            return place.x * direction.x + place.y * direction.y;
+        };
+        const auto outer =
+            std::max_element(path->begin(), path->end(),
+                             [&](const LookPosition& a, const LookPosition& b) { return way(a) < way(b); });
+        if (outer == path->end() || way(*outer) <= 0.0f) continue;
+        const bool known = std::any_of(places.begin(), places.end(), [&](const LookPosition& place) {
+            return place.x == outer->x && place.y == outer->y;
+        });
+        if (!known) places.push_back(*outer);
+    }
+    return places;
+}
+
 Status composePicture(const PictureRequest& request, PicturePlan* plan) {
     Status status = checkSizes(request.sizes);
     if (status) status = checkSides("picture", request.width, request.height);
@@ -215,13 +248,7 @@ Status composePicture(const PictureRequest& request, PicturePlan* plan) {
     if (request.frame) {
         parameters.suggest("fov_scale", *request.frame);
     } else if (!parameters.isChosen("fov_scale")) {
-        const auto width = static_cast<float>(request.width), height = static_cast<float>(request.height);
-        const MeshExtents extents = meshExtents(width, height, kHalfHeight, kBaseline);
-        const Composed composed = {
-            {shaped, static_cast<double>(extents.half_width), static_cast<double>(kHalfHeight)},
-            parameters.values(),
-            width,
-            height};
+        const Composed composed = composedOf(request, shaped, parameters.values());
         const SuggestedFrame frame = request.path ? frameFor(composed, *request.path) : frameFor(composed);
         parameters.suggest("fov_scale", frame.fov_scale);
         plan->swing = frame.swing;
@@ -251,6 +278,35 @@ Status planPicture(const PictureRequest& request, PicturePlan* plan) {
     } catch (const std::bad_alloc&) {
         return Status::failure("cannot allocate the memory that a picture's plan takes");
     }
+}
+
+Status measureStretch(const PictureRequest& request, const PicturePlan& plan, PictureStretch* stretch) {
+    const PictureSizes& sizes = request.sizes;
+    if (sizes.grid_width < 1 || sizes.grid_height < 1 ||
+        plan.shaped.size() != static_cast<size_t>(sizes.grid_width) * static_cast<size_t>(sizes.grid_height))
+        return Status::failure("stretch: the plan is not one of this request");
+    Status status = checkSides("picture", request.width, request.height);
+    if (status && request.path) status = checkPath(*request.path);
+    if (!status) return status;
+    Parameters parameters(request.orientation);
+    for (const auto& [name, value] : plan.parameters) {
+        status = parameters.choose(name, value);
+        if (!status) return status;
+    }
+    try {
+        const Composed composed = composedOf(
+            request, {sizes.grid_width, sizes.grid_height, plan.shaped.data()}, parameters.values());
+        std::vector<ViewPosition> positions;
+        for (const LookPosition& place : outermost(request.path))
+            positions.push_back(positionOf(composed, plan.swing * static_cast<double>(place.x),
+                                           plan.swing * static_cast<double>(place.y)));
+        Stretch found = stretchOf(composed.grid, cameraOf(composed.parameters), plan.fov_scale, positions);
+        *stretch = {std::move(found.times), std::move(found.seen), found.worst_x,
+                    found.worst_y,          found.worst_times,     found.streaked_part};
+    } catch (const std::bad_alloc&) {
+        return Status::failure("cannot allocate the memory that a picture's stretch takes");
+    }
+    return status;
 }
 
 }  // namespace quorvane

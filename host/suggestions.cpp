@@ -16,27 +16,6 @@ namespace {
 
 constexpr char kNoDepth[] = "nothing to suggest: no depth map is set for this photo";
 
-Camera cameraOf(const LibParam& params) {
-    const double gain = static_cast<double>(params.trans_to_rotate_scale);
-    Camera camera;
-    camera.pivot_distance = static_cast<double>(params.rotate_z_trans);
-    camera.x_turn_deg = gain * static_cast<double>(params.rotate_x_boundary);
-    camera.y_turn_deg = gain * static_cast<double>(params.rotate_y_boundary);
-    camera.far_distance = 64.0 + static_cast<double>(params.far_offset_ext);
-    return camera;
-}
-
-/// Where the renderer stands after ParallaxView::lookAt(x, y).
-ViewPosition positionOf(const Composed& composed, double x, double y) {
-    const auto axis = [&](double position, float extent) {
-        const float border = extent / static_cast<float>(composed.parameters.border_deadzone);
-        const float place =
-            heldOffBorder(placeOnPicture(static_cast<float>(position), extent), extent, border);
-        return static_cast<double>(viewPosition(place, extent));
-    };
-    return {axis(x, composed.width), axis(y, composed.height)};
-}
-
 /// `frame_at(swing)` is the frame for positions multiplied by `swing`. Those that the dead zone holds back
 /// shrink less than the swing does, so it may have to be reduced again.
 template <typename FrameAt>
@@ -66,6 +45,26 @@ Composed composedFrom(const ESRenderer& renderer) {
 }
 
 }  // namespace
+
+Camera cameraOf(const LibParam& params) {
+    const double gain = static_cast<double>(params.trans_to_rotate_scale);
+    Camera camera;
+    camera.pivot_distance = static_cast<double>(params.rotate_z_trans);
+    camera.x_turn_deg = gain * static_cast<double>(params.rotate_x_boundary);
+    camera.y_turn_deg = gain * static_cast<double>(params.rotate_y_boundary);
+    camera.far_distance = 64.0 + static_cast<double>(params.far_offset_ext);
+    return camera;
+}
+
+ViewPosition positionOf(const Composed& composed, double x, double y) {
+    const auto axis = [&](double position, float extent) {
+        const float border = extent / static_cast<float>(composed.parameters.border_deadzone);
+        const float place =
+            heldOffBorder(placeOnPicture(static_cast<float>(position), extent), extent, border);
+        return static_cast<double>(viewPosition(place, extent));
+    };
+    return {axis(x, composed.width), axis(y, composed.height)};
+}
 
 Status checkPath(const std::vector<LookPosition>& path) {
     for (const LookPosition& position : path)

@@ -17,6 +17,11 @@ struct Composed {
     float height = 0.0f;
 };
 
+Camera cameraOf(const LibParam& parameters);
+
+/// Where the renderer stands after ParallaxView::lookAt(x, y).
+ViewPosition positionOf(const Composed& composed, double x, double y);
+
 Status checkPath(const std::vector<LookPosition>& path);
 
 /// Of a point whose coordinates go from 0 to 1.

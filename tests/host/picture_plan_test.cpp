@@ -6,6 +6,7 @@
 #include <cmath>
 #include <string>
 
+#include "composition/stretch.h"
 #include "host_test.h"
 
 namespace quorvane::test {
@@ -191,6 +192,64 @@ TEST_F(PicturePlanTest, RefusesWhatNoViewTakes) {
     request = clean();
     request.path = {{NAN, 0.0f}};
     refused(request, "not a finite number");
+}
+
+/// What the view bends and draws, at the places that it stood at.
+Stretch stretchOf(ParallaxView* view, double swing, const std::vector<LookPosition>& places) {
+    const ESRenderer& renderer = view->renderer();
+    const LibParam& params = renderer.params;
+    std::vector<ViewPosition> positions;
+    for (const LookPosition& place : places) {
+        EXPECT_TRUE(view->lookAt(static_cast<float>(swing * static_cast<double>(place.x)),
+                                 static_cast<float>(swing * static_cast<double>(place.y)))
+                        .ok());
+        positions.push_back({static_cast<double>(renderer.m_transX), static_cast<double>(renderer.m_transY)});
+    }
+    Camera camera;
+    camera.pivot_distance = static_cast<double>(params.rotate_z_trans);
+    camera.x_turn_deg = static_cast<double>(params.rotate_x_boundary * params.trans_to_rotate_scale);
+    camera.y_turn_deg = static_cast<double>(params.rotate_y_boundary * params.trans_to_rotate_scale);
+    return quorvane::stretchOf(
+        {{renderer.m_vtxW, renderer.m_vtxH, reinterpret_cast<const uint8_t*>(renderer.m_pDepthData)},
+         static_cast<double>(renderer.m_OBJ_CORD_X),
+         static_cast<double>(renderer.m_OBJ_CORD_Y)},
+        camera, static_cast<double>(params.fov_scale), positions);
+}
+
+TEST_F(PicturePlanTest, StretchIsThatOfTheOutermostPictures) {
+    const std::vector<LookPosition> sway = {{-0.5f, 0}, {-1, 0}, {0, 0}, {0.2f, 0}, {0.9f, 0}};
+    const std::vector<LookPosition> ends = {{-1, 0}, {0.9f, 0}};
+    const std::vector<LookPosition> square = {{-1, -1}, {-1, 0}, {-1, 1}, {0, -1},
+                                              {0, 1},   {1, -1}, {1, 0},  {1, 1}};
+    for (const double gain : {0.6, 1.9})
+        for (const bool free : {false, true}) {
+            PictureRequest request = clean();
+            request.parameters = {{"rotate_x_boundary", 30.0}, {"trans_to_rotate_scale", gain}};
+            if (!free) request.path = sway;
+            const PicturePlan plan = planOf(request);
+            EXPECT_EQ(plan.swing<1.0, gain> 1.0);
+            const std::unique_ptr<ParallaxView> view = viewOf(request, plan);
+            const Stretch expected = stretchOf(view.get(), plan.swing, free ? square : ends);
+            PictureStretch stretch;
+            EXPECT_EQ(sentence(measureStretch(request, plan, &stretch)), "succeeded");
+            ASSERT_EQ(stretch.times.size(), expected.times.size());
+            for (size_t i = 0; i < stretch.times.size(); ++i)
+                ASSERT_NEAR(stretch.times[i], expected.times[i], 1e-4) << "cell " << i;
+            EXPECT_EQ(stretch.seen, expected.seen);
+            EXPECT_NEAR(stretch.streaked_part, expected.streaked_part, 1e-5);
+            EXPECT_NEAR(stretch.worst_times, expected.worst_times, 1e-4);
+            EXPECT_GT(stretch.worst_times, 1.2);
+        }
+}
+
+TEST_F(PicturePlanTest, StretchOfAnotherPlanIsRefused) {
+    const PicturePlan plan = planOf(clean());
+    PictureRequest other = clean();
+    other.sizes.grid_width = other.sizes.grid_height = kCells / 2;
+    PictureStretch stretch;
+    EXPECT_THAT(sentence(measureStretch(other, plan, &stretch)), HasSubstr("not one of this request"));
+    EXPECT_THAT(sentence(measureStretch(clean(), {}, &stretch)), HasSubstr("not one of this request"));
+    EXPECT_TRUE(stretch.times.empty());
 }
 
 }  // namespace

@@ -40,6 +40,7 @@ DepthReport reportOn(const ViewOptions& options, const Input& input) {
     const media::RgbImage photo =
         planReadsPhoto(options) ? media::resample(input.photo, report.plan.fit.photo) : media::RgbImage();
     report.picture = planFor(options, target, report.plan, photo, input.depth.plane);
+    report.stretch = stretchOf(options, target, report.plan, report.picture);
     const Fit& fit = report.plan.fit;
     report.block_bytes = blockBytes(fit.photo, fit.grid);
     return report;
@@ -106,10 +107,13 @@ void inspect(const InspectOptions& options) {
     std::optional<Input> input = look(options, source, &report);
 
     if (!options.sheet.empty()) {
-        const media::RgbImage sheet = [&] {
+        media::Plane& depth = input->depth.plane;
+        const media::GrayImage given = media::toBytes(depth, {depth.width, depth.height});
+        const Stages stages = [&] {
             const StandardOutputTo nowhere("");
-            return stagesSheet(options.view, {}, std::move(input->photo), std::move(input->depth.plane));
+            return drawStages(options.view, {}, std::move(input->photo), std::move(depth));
         }();
+        const media::RgbImage sheet = stagesSheet(stages, given);
         throwIfCancelled();
         media::writePng(sheet, options.sheet);
     }

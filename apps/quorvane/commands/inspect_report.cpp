@@ -127,6 +127,11 @@ void addDepth(const Report& report, std::string* text) {
     if (picture.swing < 1.0) seen += formatted(", at %.2f of the swing", picture.swing);
     add(text, formatted("picture  %s edges; %s; distance %.2f stays in place",
                         depth.clean_edges ? "clean" : "soft", seen.c_str(), picture.rotate_z_trans));
+    const PictureStretch& stretch = depth.stretch;
+    add(text,
+        formatted("stretch  %.1f %% of the picture is drawn over twice as large as at rest, most %.1f "
+                  "times at %.3f, %.3f",
+                  100.0 * stretch.streaked_part, stretch.worst_times, stretch.worst_x, stretch.worst_y));
 }
 
 Json sides(Size size) { return {{"width", size.width}, {"height", size.height}}; }
@@ -164,16 +169,20 @@ Json depthJson(const Report& report) {
 
 Json planJson(const DepthReport& depth) {
     const Fit& fit = depth.plan.fit;
-    return {{"largest_texture", kReportedTexture},
-            {"grid", sides(fit.grid)},
-            {"photo_pixels_a_cell", fit.ratio},
-            {"edges", depth.clean_edges ? "clean" : "soft"},
-            {"frame", depth.picture.fov_scale},
-            {"swing", depth.picture.swing},
-            {"pivot", depth.picture.rotate_z_trans},
-            {"working_memory_bytes", static_cast<int64_t>(depth.block_bytes)},
-            {"photo", {{"from", sides(depth.plan.photo)}, {"to", sides(fit.photo)}}},
-            {"depth", {{"from", sides(depth.plan.depth)}, {"to", sides(fit.depth)}}}};
+    return {
+        {"largest_texture", kReportedTexture},
+        {"grid", sides(fit.grid)},
+        {"photo_pixels_a_cell", fit.ratio},
+        {"edges", depth.clean_edges ? "clean" : "soft"},
+        {"frame", depth.picture.fov_scale},
+        {"swing", depth.picture.swing},
+        {"pivot", depth.picture.rotate_z_trans},
+        {"stretch", depth.stretch.streaked_part},
+        {"stretch_worst",
+         {{"times", depth.stretch.worst_times}, {"x", depth.stretch.worst_x}, {"y", depth.stretch.worst_y}}},
+        {"working_memory_bytes", static_cast<int64_t>(depth.block_bytes)},
+        {"photo", {{"from", sides(depth.plan.photo)}, {"to", sides(fit.photo)}}},
+        {"depth", {{"from", sides(depth.plan.depth)}, {"to", sides(fit.depth)}}}};
 }
 
 }  // namespace

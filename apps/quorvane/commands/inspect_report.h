@@ -19,6 +19,7 @@ struct DepthReport {
     FitPlan plan;
     bool clean_edges = true;
     PicturePlan picture;
+    PictureStretch stretch;
     double block_bytes = 0.0;  ///< working memory
 };
 

@@ -1,5 +1,8 @@
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/commands/output_guard.h"
@@ -17,37 +20,71 @@ struct StagesOptions {
     InputOptions input;
     ViewOptions view;
     Talk talk;
-    std::string out;  ///< the sheet
+    std::string out;  ///< the sheet, or a folder
+    bool force = false;
 };
+
+void openFolder(const StagesOptions& options, std::optional<PendingFolder>* folder) {
+    try {
+        folder->emplace(options.out, options.force);
+    } catch (const FolderNotEmpty& error) {
+        throw Error(error.what() + std::string("; --force replaces the stages in it"));
+    }
+}
+
+/// What is written besides the timings.
+std::vector<std::string> outputs(const StagesOptions& options, bool into_folder) {
+    if (!into_folder) return {options.out};
+    std::vector<std::string> files;
+    for (const std::string& name : stageFiles()) files.push_back(options.out + "/" + name);
+    return files;
+}
 
 void stages(const StagesOptions& options) {
     const std::string& out = options.out;
     const std::string& timings = options.view.timings;
     refuseTwoWays(options.view);
     refuseStandardOutput({timings});
-    if (parseOutput(out).kind != media::OutputKind::kStill)
-        throw UsageError("-o " + out + ": the sheet is a .png file");
-    refuseSameOutput(out, timings, "sheet and timings");
-    refuseInputAsOutput({options.input.photo, options.input.depth}, {out, timings});
+    const media::OutputKind kind = parseOutput(out).kind;
+    if (kind == media::OutputKind::kClip)
+        throw UsageError("-o " + out + ": the sheet is a .png file, and each stage one in a folder/");
+    const bool into_folder = kind == media::OutputKind::kFolder;
+    std::vector<std::string> written = outputs(options, into_folder);
+    for (const std::string& file : written) refuseSameOutput(file, timings, "stages and timings");
+    written.push_back(timings);
+    refuseInputAsOutput({options.input.photo, options.input.depth}, written);
     // Asked before any work is done.
-    { const PendingOutput place(out); }
+    if (!into_folder) const PendingOutput place(out);
 
     const DepthSource source = findDepth(options.input);
-    refuseInputAsOutput({source.depth}, {out, timings});
+    refuseInputAsOutput({source.depth}, written);
     StandardOutputTo timing_lines(timings);
     Input input = readInput(options.input, options.talk, source);
-    const media::RgbImage sheet =
-        stagesSheet(options.view, options.talk, std::move(input.photo), std::move(input.depth.plane));
+    std::optional<PendingFolder> folder;
+    if (into_folder) openFolder(options, &folder);
+    const media::GrayImage given =
+        media::toBytes(input.depth.plane, {input.depth.plane.width, input.depth.plane.height});
+    const Stages drawn =
+        drawStages(options.view, options.talk, std::move(input.photo), std::move(input.depth.plane));
     timing_lines.require();
     throwIfCancelled();
-    media::writePng(sheet, out);
+    if (into_folder) {
+        addStages(drawn, &*folder);
+        folder->commit([](const std::string&) { return false; });
+    } else {
+        media::writePng(stagesSheet(drawn, given), out);
+    }
     timing_lines.commit();
 }
 
 std::function<void()> prepare(CommandLine* line) {
     const auto options = std::make_shared<StagesOptions>();
     addInputOptions(line, &options->input);
-    line->text("-o,--out", &options->out, "the sheet, a .png file").called("FILE").required();
+    line->text("-o,--out", &options->out,
+               "a .png file: one labelled sheet; else a folder, with each stage as a file")
+        .called("PATH")
+        .required();
+    line->flag("--force", &options->force, "replace the stages in a folder that is not empty");
     addTalkOptions(line, &options->talk);
     addViewOptions(line, &options->view);
     addTimingsOption(line, &options->view);
@@ -58,9 +95,10 @@ std::function<void()> prepare(CommandLine* line) {
 
 Command stagesCommand() {
     return {"stages",
-            "one labelled picture of every stage",
+            "every stage from the photo to the picture: a labelled sheet, or files",
             {{"see what becomes of a photo and its depth map on the way",
               "quorvane stages photo.jpg depth.png -o stages.png"},
+             {"each stage as a file", "quorvane stages photo.jpg depth.png -o stages/"},
              {"with the depth inside a phone's photo", "quorvane stages portrait.jpg -o stages.png"}},
             prepare};
 }

@@ -21,6 +21,18 @@ PictureRequest requestFor(const ViewOptions& options) {
     return request;
 }
 
+/// All but the images.
+PictureRequest requestFor(const ViewOptions& options, const Target& target, const FitPlan& fit) {
+    PictureRequest request = requestFor(options);
+    request.sizes = {fit.fit.photo.width, fit.fit.photo.height, fit.fit.grid.width, fit.fit.grid.height};
+    request.width = target.size.width * target.supersample;
+    request.height = target.size.height * target.supersample;
+    request.path.emplace();
+    for (const Position& position : target.path)
+        request.path->push_back({static_cast<float>(position.x), static_cast<float>(position.y)});
+    return request;
+}
+
 }  // namespace
 
 FitPlan fitFor(const ViewOptions& options, const Target& target, Size photo, Size depth) {
@@ -35,20 +47,21 @@ PicturePlan planFor(const ViewOptions& options, const Target& target, const FitP
     const Size plane = options.clean_edges ? Size{depth.width, depth.height} : fit.fit.depth;
     const media::GrayImage bytes = media::toBytes(depth, plane);
 
-    PictureRequest request = requestFor(options);
-    request.sizes = {fit.fit.photo.width, fit.fit.photo.height, fit.fit.grid.width, fit.fit.grid.height};
+    PictureRequest request = requestFor(options, target, fit);
     request.photo = {photo.samples, photo.width, photo.height};
     request.depth = {bytes.samples, bytes.width, bytes.height};
-    request.width = target.size.width * target.supersample;
-    request.height = target.size.height * target.supersample;
-    request.path.emplace();
-    for (const Position& position : target.path)
-        request.path->push_back({static_cast<float>(position.x), static_cast<float>(position.y)});
-
     PicturePlan plan;
     const Status status = planPicture(request, &plan);
     if (!status) throw Error(status.message());
     return plan;
+}
+
+PictureStretch stretchOf(const ViewOptions& options, const Target& target, const FitPlan& fit,
+                         const PicturePlan& plan) {
+    PictureStretch stretch;
+    const Status status = measureStretch(requestFor(options, target, fit), plan, &stretch);
+    if (!status) throw Error(status.message());
+    return stretch;
 }
 
 }  // namespace quorvane::app

@@ -33,6 +33,10 @@ bool planReadsPhoto(const ViewOptions& options);
 PicturePlan planFor(const ViewOptions& options, const Target& target, const FitPlan& fit,
                     const media::RgbImage& photo, media::Plane depth);
 
+/// How far the pictures of `plan` stretch, which planFor made of the same. Throws Error.
+PictureStretch stretchOf(const ViewOptions& options, const Target& target, const FitPlan& fit,
+                         const PicturePlan& plan);
+
 }  // namespace quorvane::app
 
 #endif

@@ -1,14 +1,13 @@
 #ifndef QUORVANE_APPS_DRAWING_STAGES_SHEET_H
 #define QUORVANE_APPS_DRAWING_STAGES_SHEET_H
 
-#include "apps/quorvane/drawing/view.h"
+#include "apps/quorvane/drawing/stages.h"
 
 namespace quorvane::app {
 
-/// One labelled picture of every stage on the way from `photo` and `depth`, on the scale 0..255, larger =
-/// nearer, to the view. Throws Error, and Cancelled after a signal.
-media::RgbImage stagesSheet(const ViewOptions& options, const Talk& talk, media::RgbImage photo,
-                            media::Image<float, 1> depth);
+/// One labelled picture of every stage: with what is seen drawn on the photo, what stands still on the shaped
+/// depth, and the stretch as a map. `given` is the depth map as it came. Throws Error.
+media::RgbImage stagesSheet(const Stages& stages, const media::GrayImage& given);
 
 }  // namespace quorvane::app
 

@@ -44,7 +44,7 @@ void View::say(const std::string& line) const {
 PlannedInput View::plan(media::RgbImage photo, media::Plane depth, std::vector<Position> path) const {
     GLint largest_texture = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest_texture);
-    const Target target = {m_picture, m_supersample, std::move(path), largest_texture};
+    Target target = {m_picture, m_supersample, std::move(path), largest_texture};
     const FitPlan plan = fitFor(m_options, target, {photo.width, photo.height}, {depth.width, depth.height});
     const Fit& fit = plan.fit;
     if (plan.cut) {
@@ -62,7 +62,7 @@ PlannedInput View::plan(media::RgbImage photo, media::Plane depth, std::vector<P
                      "frame: the view swings %.2f times as far as asked, so that no border shows in half of "
                      "the photo\n",
                      picture.swing);
-    return {std::move(photo), std::move(picture)};
+    return {std::move(photo), std::move(picture), std::move(target), plan};
 }
 
 void View::upload(const PlannedInput& input) {

@@ -16,6 +16,8 @@ namespace quorvane::app {
 struct PlannedInput {
     media::RgbImage photo;
     PicturePlan plan;
+    Target target;  ///< that it was planned for
+    FitPlan fit;
 };
 
 /// A view of a photo and its depth map, in an offscreen context of its own. Used in the order of its

@@ -94,6 +94,26 @@ bool planReadsPhoto(const PictureRequest& request);
 /// On failure `*plan` stays as it was.
 Status planPicture(const PictureRequest& request, PicturePlan* plan);
 
+/// How far the grid is stretched. Where a near thing moves off what lies behind it, the cells between them
+/// have to cover what the photo does not show.
+struct PictureStretch {
+    /// How many times as large as at rest a cell is drawn, at least 1: a value a cell, rows from the top.
+    /// Cells that are folded over, and so lie behind what folds over them, do not count.
+    std::vector<float> times;
+    std::vector<uint8_t> seen;  ///< 1 for the cells that any of the pictures shows, else 0
+    /// The most stretched cell: its middle from the photo's left and top, 0 to 1, and its `times`.
+    double worst_x = 0.5;
+    double worst_y = 0.5;
+    double worst_times = 1.0;
+    /// The part of a picture, 0 to 1, that cells cover which are drawn at least twice as large as at rest. It
+    /// hardly depends on how fine the grid is, as `worst_times` does.
+    double streaked_part = 0.0;
+};
+
+/// Of all pictures from the outermost places of the path, each number being that of the worst one. `plan` is
+/// what `planPicture` made of `request`. On failure `*stretch` stays as it was.
+Status measureStretch(const PictureRequest& request, const PicturePlan& plan, PictureStretch* stretch);
+
 }  // namespace quorvane
 
 #endif
