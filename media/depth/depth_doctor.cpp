@@ -4,7 +4,6 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <numeric>
 #include <optional>
 #include <utility>
 
@@ -27,31 +26,29 @@ std::string percent(double share) {
 /// 0.5 at 0; rises to 1 with the evidence for and falls to 0 with that against.
 double confidenceOf(double evidence) { return 1.0 / (1.0 + std::exp(-evidence)); }
 
-// What the depth map says by itself.
+// Pixels without a depth.
 
-/// 16-bit samples are spread over the range they use, and unknown ones do not use it.
-void spreadAgain(DepthMap* depth) {
-    if (depth->bits == 16) spread(&depth->plane);
+/// 0 where either of both is; an empty one is 0 nowhere.
+GrayImage both(const GrayImage& a, const GrayImage& b) {
+    if (a.samples.empty()) return b;
+    GrayImage all = a;
+    for (size_t i = 0; i < b.samples.size(); ++i) all.samples[i] &= b.samples[i];
+    return all;
 }
 
+double shareOfZeros(const GrayImage& mask) {
+    return mask.samples.empty()
+               ? 0.0
+               : static_cast<double>(std::count(mask.samples.begin(), mask.samples.end(), uint8_t{0})) /
+                     static_cast<double>(mask.samples.size());
+}
+
+/// The file says itself where there is no depth; if it says so of all, that is a mistake.
 void examineUnknown(DepthMap* depth, std::vector<Finding>* findings) {
-    if (depth->known.samples.empty()) return;
-    const std::vector<uint8_t>& known = depth->known.samples;
-    const auto unknown = std::count(known.begin(), known.end(), uint8_t{0});
-    const bool all = static_cast<size_t>(unknown) == known.size();
-    if (all) {
+    if (shareOfZeros(depth->known) == 1.0)
         findings->push_back(
             {FindingKind::kAlpha, 1.0, false, "all of it is transparent; its levels are taken as they are"});
-    } else if (unknown > 0) {
-        fillFromNeighbours(std::move(depth->known), &depth->plane);
-        spreadAgain(depth);
-        const double share = static_cast<double>(unknown) / static_cast<double>(depth->plane.samples.size());
-        findings->push_back({FindingKind::kAlpha, 1.0, true,
-                             percent(share) + " of it " +
-                                 (depth->colour_map.empty() ? "is transparent" : "has no depth") +
-                                 ", filled from the neighbours"});
-    }
-    depth->known = GrayImage();
+    if (shareOfZeros(depth->known) == 1.0 || shareOfZeros(depth->known) == 0.0) depth->known = GrayImage();
 }
 
 /// How sure it is that the pixels of `extreme` hold no depth. A far plane or a near thing is large or in few
@@ -69,73 +66,91 @@ double holesConfidence(const Extreme& extreme, size_t pixels, bool low, int bits
     return extreme.pieces.size() >= 2 ? 0.5 : 0.2;
 }
 
-std::string holesIn(const DepthMap& depth, const Extreme& extreme, bool low) {
-    return percent(static_cast<double>(extreme.pixels) / static_cast<double>(depth.plane.samples.size())) +
-           " of it, at its " + (low ? "lowest" : "highest") + " level, ";
+/// What may be holes at either end of the levels.
+struct Ends {
+    Extreme lowest, highest;
+    double lowest_confidence = 0.0, highest_confidence = 0.0;  ///< that they are
+};
+
+Ends endsOf(const DepthMap& depth) {
+    Ends ends;
+    ends.lowest = findExtreme(depth.plane, depth.known, depth.bits, true);
+    ends.highest = findExtreme(depth.plane, depth.known, depth.bits, false);
+    const size_t pixels = depth.plane.samples.size();
+    if (ends.lowest.pixels > 0)
+        ends.lowest_confidence = holesConfidence(ends.lowest, pixels, true, depth.bits);
+    if (ends.highest.pixels > 0)
+        ends.highest_confidence = holesConfidence(ends.highest, pixels, false, depth.bits);
+    return ends;
 }
 
-/// Says that they are filled in place of what was said of them before.
-void fillHoles(Extreme extreme, bool low, double confidence, DepthMap* depth,
-               std::vector<Finding>* findings) {
-    const Finding filled = {
-        FindingKind::kHoles, confidence, true,
-        holesIn(*depth, extreme, low) + "stands for \"unknown\" and is filled from the neighbours"};
-    const auto before = std::find_if(findings->begin(), findings->end(), [](const Finding& finding) {
-        return finding.kind == FindingKind::kHoles && !finding.corrected;
-    });
-    fillFromNeighbours(std::move(extreme.others), &depth->plane);
-    spreadAgain(depth);
-    if (before != findings->end())
-        *before = filled;
-    else
-        findings->push_back(filled);
+/// Where there is a depth for sure.
+GrayImage certainlyKnown(const DepthMap& depth, const Ends& ends) {
+    return both(both(depth.known, ends.lowest.others), ends.highest.others);
 }
 
-void examineHoles(DepthMap* depth, std::vector<Finding>* findings) {
+/// Fills what is certain or wished, once larger is nearer.
+void examineHoles(Holes holes, const Ends& ends, bool inverted, DepthMap* depth,
+                  std::vector<Finding>* findings) {
+    const double alpha = shareOfZeros(depth->known);
+    GrayImage known = std::move(depth->known);
+    depth->known = GrayImage();
+    if (holes == Holes::kKeep) return;
+    if (alpha > 0.0)
+        findings->push_back({FindingKind::kAlpha, 1.0, true,
+                             percent(alpha) + " of it " +
+                                 (depth->colour_map.empty() ? "is transparent" : "has no depth") +
+                                 ", filled from the far side"});
     for (const bool low : {true, false}) {
-        Extreme extreme = findExtreme(depth->plane, low);
+        constexpr double kWorthSaying = 0.3;
+        constexpr size_t kFewPieces = 5;
+        const Extreme& extreme = low ? ends.lowest : ends.highest;
         if (extreme.pixels == 0) continue;
-        const double confidence = holesConfidence(extreme, depth->plane.samples.size(), low, depth->bits);
-        if (confidence >= kCertain)
-            fillHoles(std::move(extreme), low, confidence, depth, findings);
-        else if (confidence >= 0.3)
-            findings->push_back({FindingKind::kHoles, confidence, false,
-                                 holesIn(*depth, extreme, low) +
-                                     "may stand for \"unknown\"; make it transparent to have it filled"});
+        double confidence = low ? ends.lowest_confidence : ends.highest_confidence;
+        // Nothing is at a distance of 0. Of 8 bit, that may be the nearest thing's.
+        if (low && inverted && (depth->bits == 16 || extreme.pieces.size() >= kFewPieces))
+            confidence = std::max(confidence, 0.95);
+        const std::string where =
+            percent(static_cast<double>(extreme.pixels) / static_cast<double>(depth->plane.samples.size())) +
+            " of it, at its " + (low ? "lowest" : "highest") + " level, ";
+        const bool wished = holes == Holes::kFill && (low || confidence >= kWorthSaying);
+        if (confidence >= kCertain || wished) {
+            known = both(known, extreme.others);
+            findings->push_back({FindingKind::kHoles, wished ? 1.0 : confidence, true,
+                                 where + "stands for \"unknown\" and is filled from the far side"});
+        } else if (confidence >= kWorthSaying) {
+            Finding finding = {FindingKind::kHoles, confidence, false, where + "may stand for \"unknown\""};
+            finding.filling = true;
+            findings->push_back(finding);
+        }
     }
+    if (shareOfZeros(known) > 0.0)
+        fillFromFarSide(known, &depth->plane);
+    else if (holes == Holes::kFill)
+        findings->push_back({FindingKind::kHoles, 1.0, false, "no level stands apart: nothing is filled"});
 }
 
-/// Whether there is anything to see in it.
-bool examineRange(const DepthMap& depth, std::vector<Finding>* findings) {
+/// Whether there is anything to see in it, where `known` is not 0.
+bool examineRange(const DepthMap& depth, const GrayImage& known, std::vector<Finding>* findings) {
     constexpr size_t kFewLevels = 8;
     constexpr float kNarrow = 0.02f * 255.0f;
-    std::vector<float> levels;
-    for (const float level : depth.plane.samples) {
-        if (std::find(levels.begin(), levels.end(), level) != levels.end()) continue;
-        levels.push_back(level);
-        if (levels.size() == kFewLevels) break;
-    }
+    std::vector<float> sorted = someLevels(depth.plane, known);
+    if (sorted.empty()) return false;
     // Without the hundredth at either end, which may be stray.
-    constexpr float kStepsALevel = 16.0f;
-    std::vector<size_t> histogram(256 * static_cast<size_t>(kStepsALevel));
-    for (const float level : depth.plane.samples) ++histogram[static_cast<size_t>(level * kStepsALevel)];
-    const size_t stray = depth.plane.samples.size() / 100;
-    const auto beyondStray = [stray](auto bin) {
-        for (size_t passed = *bin; passed <= stray; passed += *bin) ++bin;
-        return bin;
-    };
-    const auto lowest = beyondStray(histogram.begin());
-    const auto highest = beyondStray(histogram.rbegin()).base() - 1;
-    const bool narrow = static_cast<float>(highest - lowest) < kNarrow * kStepsALevel;
-    if (levels.size() == 1) {
+    const size_t stray = sorted.size() / 100;
+    const float range = sorted[sorted.size() - 1 - stray] - sorted[stray];
+    sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
+    // Sensors of 16 bit use what they need of it.
+    const bool narrow = depth.bits == 8 ? range < kNarrow : sorted.size() == 1;
+    if (sorted.size() == 1) {
         findings->push_back(
             {FindingKind::kLittleRange, 1.0, false, "all of it is one level: nothing will move"});
     } else if (narrow) {
         findings->push_back({FindingKind::kLittleRange, 1.0, false,
                              "nearly all of it lies within 2 % of the levels: little will move"});
-    } else if (levels.size() < kFewLevels) {
+    } else if (sorted.size() < kFewLevels) {
         findings->push_back({FindingKind::kLittleRange, 1.0, false,
-                             "only " + std::to_string(levels.size()) + " levels: flat layers will move"});
+                             "only " + std::to_string(sorted.size()) + " levels: flat layers will move"});
     }
     return !narrow;
 }
@@ -248,6 +263,7 @@ Placement examineTurn(const Scores& scores, double photo_aspect, DepthMap* depth
     const TurnWords& words = kTurnWords[turn];
     if (turn != 0 && choice.confidence >= kCertain) {
         depth->plane = turned(depth->plane, turn);
+        depth->known = turned(depth->known, turn);
         findings->push_back({FindingKind::kTurned, choice.confidence, true,
                              std::string(words.done) + " to lie as the photo does"});
         return {turn, choice.confidence, false};
@@ -288,59 +304,122 @@ void examineCover(const std::array<double, 3>& scores, const RgbImage& photo, De
     std::string what = "shows the same, stretched over it";
     if (cover == Cover::kMiddle) what = "shows its middle, its borders go on beyond";
     if (cover == Cover::kMore) what = "shows more, cut to the photo's part";
-    if (cover != Cover::kStretched)
-        depth->plane = crop(depth->plane, wholePixels(partOver(depth->plane, photo_aspect, cover)));
+    if (cover != Cover::kStretched) {
+        const Size size = wholePixels(partOver(depth->plane, photo_aspect, cover));
+        depth->plane = crop(depth->plane, size);
+        if (!depth->known.samples.empty()) depth->known = crop(depth->known, size);
+    }
     findings->push_back({FindingKind::kOtherAspect, choice.confidence, true, aspects + what});
 }
 
 // Which end is near.
 
-/// `upright` is how sure it is that the depth map lies as the photo: where below is. What may be holes is not
-/// asked; once larger is farther, a level of 0 is no distance, and is filled.
-void examinePolarity(const RgbImage& photo, double upright, DepthMap* depth, std::vector<Finding>* findings) {
-    Extreme lowest = findExtreme(depth->plane, true);
-    const Extreme highest = findExtreme(depth->plane, false);
-    GrayImage known = lowest.pixels > 0 ? lowest.others : highest.others;
-    if (lowest.pixels > 0 && highest.pixels > 0)
-        for (size_t i = 0; i < known.samples.size(); ++i) known.samples[i] &= highest.others.samples[i];
-    const double inverted = confidenceLargerIsFarther(photo, depth->plane, known);
-    if (inverted >= kCertain && upright >= 0.5) {
-        if (lowest.pixels > 0 && depth->bits == 16)
-            fillHoles(std::move(lowest), true, kCertain, depth, findings);
-        for (float& level : depth->plane.samples) level = 255.0f - level;
-        findings->push_back(
-            {FindingKind::kPolarity, inverted, true, "inverted: its larger levels were the farther ones"});
-    } else if (inverted > 1.0 - kCertain) {
-        findings->push_back({FindingKind::kPolarity,
-                             inverted,
-                             false,
-                             inverted >= 0.6 ? "its larger levels may be the farther ones"
-                                             : "nothing shows whether its bright or its dark levels are near",
-                             {},
-                             true});
+void exchangeEnds(Plane* plane) {
+    for (float& level : plane->samples) level = 255.0f - level;
+}
+
+/// Takes the likelier way. `upright` is how sure it is that the depth map lies as the photo, and with that
+/// where below is.
+Polarity examinePolarity(const RgbImage& photo, const GrayImage& known, const PolarityClues& clues,
+                         double upright, DepthMap* depth, std::vector<Finding>* findings) {
+    const double farther = confidenceLargerIsFarther(photo, depth->plane, known, clues);
+    Polarity polarity;
+    // Where hardly anything shows, the map is what it ought to be.
+    constexpr double kShows = 0.55;
+    polarity.larger_is_nearer = farther <= kShows;
+    polarity.confidence = polarity.larger_is_nearer ? 1.0 - farther : farther;
+    polarity.inverted = !polarity.larger_is_nearer;
+    polarity.doubtful = polarity.confidence < kCertain || upright < 0.5;
+    if (polarity.inverted) exchangeEnds(&depth->plane);
+    if (polarity.doubtful || polarity.inverted) {
+        Finding finding = {FindingKind::kPolarity, polarity.confidence, polarity.inverted, ""};
+        if (!polarity.doubtful)
+            finding.text = "inverted: its larger levels were the farther ones";
+        else if (polarity.inverted)
+            finding.text = "inverted, though not certain: its larger levels seem to be the farther ones";
+        else if (farther > 1.0 - kShows)
+            finding.text = "nothing shows which end is near: its larger levels are taken for the nearer ones";
+        else
+            finding.text = "not certain which end is near: its larger levels seem to be the nearer ones";
+        if (polarity.doubtful) finding.inverting = !polarity.inverted;
+        findings->push_back(finding);
     }
+    return polarity;
 }
 
 }  // namespace
 
-std::vector<Finding> examine(const RgbImage& photo, const DepthKnowledge& known, DepthMap* depth) {
+bool Finding::doubtful() const {
+    return !corrected || confidence < kCertain || !turns.empty() || inverting || filling;
+}
+
+std::vector<Finding> examine(const RgbImage& photo, const DepthKnowledge& known, DepthMap* depth,
+                             Polarity* polarity) {
     std::vector<Finding> findings;
     if (!depth->colour_map.empty())
         findings.push_back({FindingKind::kColourMapped, 1.0, true,
                             "in colours, read back through the colour map " + depth->colour_map});
     examineUnknown(depth, &findings);
-    examineHoles(depth, &findings);
-    if (!examineRange(*depth, &findings)) return findings;
+    Ends ends = endsOf(*depth);
+    Polarity found;
+    found.larger_is_nearer = known.larger_is_nearer.value_or(true);
+    found.inverted = !found.larger_is_nearer;
+    if (!examineRange(*depth, certainlyKnown(*depth, ends), &findings)) {
+        if (!known.larger_is_nearer) {
+            found.confidence = 0.5;
+            found.doubtful = true;
+        }
+        if (found.inverted) exchangeEnds(&depth->plane);
+        depth->known = GrayImage();
+        if (polarity != nullptr) *polarity = found;
+        return findings;
+    }
 
-    const Scores scores = scoresOf(photo, depth->plane, known.orientation);
+    // Holes have edges of their own.
+    GrayImage likely = depth->known;
+    if (ends.lowest_confidence >= kCertain) likely = both(likely, ends.lowest.others);
+    if (ends.highest_confidence >= kCertain) likely = both(likely, ends.highest.others);
+    Plane whole = depth->plane;
+    if (shareOfZeros(likely) > 0.0) fillFromNeighbours(std::move(likely), &whole);
+    const Scores scores = scoresOf(photo, whole, known.orientation);
     Placement placement;
     if (!known.orientation)
         placement = examineTurn(scores, aspectOf(photo.width, photo.height), depth, &findings);
-    // What it covers and which end is near shows once it lies right.
-    if (placement.doubtful) return findings;
-    examineCover(scores[placement.turn], photo, depth, &findings);
-    if (!known.polarity) examinePolarity(photo, placement.confidence, depth, &findings);
+    // What it covers shows once it lies right.
+    if (!placement.doubtful) examineCover(scores[placement.turn], photo, depth, &findings);
+    if (depth->plane.width != whole.width || depth->plane.height != whole.height || placement.turn != 0)
+        ends = endsOf(*depth);
+    if (known.larger_is_nearer) {
+        if (found.inverted) exchangeEnds(&depth->plane);
+    } else {
+        found = examinePolarity(photo, certainlyKnown(*depth, ends),
+                                {depth->bits, known.name, !placement.doubtful}, placement.confidence, depth,
+                                &findings);
+    }
+    examineHoles(known.holes, ends, found.inverted, depth, &findings);
+    if (polarity != nullptr) *polarity = found;
     return findings;
+}
+
+bool spreadLevels(DepthMap* depth) {
+    constexpr size_t kOneIn = 10000, kMostStray = 100;
+    constexpr float kLeastRange = 0.02f * 255.0f, kApart = 0.05f;
+    std::vector<float>& levels = depth->plane.samples;
+    const size_t stray = std::min(kMostStray, levels.size() / kOneIn);
+    std::vector<float> sorted = levels;
+    const auto at = [&sorted](size_t place) {
+        std::nth_element(sorted.begin(), sorted.begin() + static_cast<std::ptrdiff_t>(place), sorted.end());
+        return sorted[place];
+    };
+    const auto [least, most] = std::minmax_element(levels.begin(), levels.end());
+    float lowest = *least, highest = *most;
+    const float low = at(stray), high = at(levels.size() - 1 - stray), inner = high - low;
+    if (low - lowest > kApart * inner) lowest = low;
+    if (highest - high > kApart * inner) highest = high;
+    const float range = highest - lowest;
+    if (!(range > 0.0f) || (depth->bits == 8 && range < kLeastRange)) return false;
+    for (float& level : levels) level = std::clamp((level - lowest) * 255.0f / range, 0.0f, 255.0f);
+    return true;
 }
 
 }  // namespace quorvane::media

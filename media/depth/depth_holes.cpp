@@ -3,33 +3,58 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <numeric>
 #include <utility>
 
 namespace quorvane::media {
 
-Extreme findExtreme(const Plane& plane, bool low) {
-    constexpr float kGap = 8.0f;
-    constexpr std::ptrdiff_t kLeastLevels = 16;
+std::vector<float> someLevels(const Plane& plane, const GrayImage& known) {
+    constexpr size_t kMost = 500000;
+    std::vector<float> levels;
+    for (size_t i = 0; i < plane.samples.size(); i += plane.samples.size() / kMost + 1)
+        if (known.samples.empty() || known.samples[i] != 0) levels.push_back(plane.samples[i]);
+    std::sort(levels.begin(), levels.end());
+    return levels;
+}
+
+Extreme findExtreme(const Plane& plane, const GrayImage& known, int bits, bool low) {
+    constexpr float kGap = 8.0f / 255.0f, kGapOfMedian = 0.05f;
+    constexpr size_t kLeastLevels = 16;
     const std::vector<float>& levels = plane.samples;
-    const float end = low ? *std::min_element(levels.begin(), levels.end())
-                          : *std::max_element(levels.begin(), levels.end());
+    const auto counts = [&known](size_t i) { return known.samples.empty() || known.samples[i] != 0; };
     Extreme extreme;
-    std::array<bool, 256> used = {};
-    size_t others_count = 0;
-    for (const float level : levels) {
-        if (level == end) continue;
-        ++others_count;
-        if ((low ? level - end : end - level) < kGap) return extreme;
-        used[static_cast<size_t>(level)] = true;
+    float lowest = 255.0f, highest = 0.0f;
+    for (size_t i = 0; i < levels.size(); ++i) {
+        if (!counts(i)) continue;
+        lowest = std::min(lowest, levels[i]);
+        highest = std::max(highest, levels[i]);
     }
-    if (others_count * 2 < levels.size() || std::count(used.begin(), used.end(), true) < kLeastLevels)
+    if (!(highest > lowest)) return extreme;
+    const float end = low ? lowest : highest;
+    float gap = highest - lowest;
+    size_t at_end = 0, others_count = 0;
+    for (size_t i = 0; i < levels.size(); ++i) {
+        if (!counts(i)) continue;
+        ++(levels[i] == end ? at_end : others_count);
+        if (levels[i] != end) gap = std::min(gap, low ? levels[i] - end : end - levels[i]);
+    }
+    std::vector<float> others_levels = someLevels(plane, known);
+    const auto ends = std::equal_range(others_levels.begin(), others_levels.end(), end);
+    others_levels.erase(ends.first, ends.second);
+    if (others_levels.empty()) return extreme;
+    const bool stored_zero = low && end == 0.0f;
+    const bool apart =
+        gap >= kGap * (highest - lowest) ||
+        (stored_zero && bits == 16 && gap >= kGapOfMedian * others_levels[others_levels.size() / 2]);
+    others_levels.erase(std::unique(others_levels.begin(), others_levels.end()), others_levels.end());
+    if (!apart || (others_count < at_end && !stored_zero) || others_levels.size() < kLeastLevels)
         return extreme;
 
     const int width = plane.width, height = plane.height;
     extreme.others = GrayImage(width, height);
     std::vector<uint8_t>& others = extreme.others.samples;
-    std::transform(levels.begin(), levels.end(), others.begin(),
-                   [end](float level) { return level == end ? uint8_t{1} : uint8_t{255}; });
+    for (size_t i = 0; i < levels.size(); ++i)
+        others[i] = counts(i) && levels[i] == end ? uint8_t{1} : uint8_t{255};
     std::vector<std::pair<int, int>> waiting;
     const auto visit = [&](int x, int y) {
         if (x < 0 || y < 0 || x >= width || y >= height) return;
@@ -102,6 +127,72 @@ void fillFromNeighbours(GrayImage known, Plane* plane) {
             }
     }
     *plane = std::move(levels[0].mean);
+}
+
+void fillFromFarSide(const GrayImage& known, Plane* plane) {
+    // Around a pixel lie at least an eighth of the longer side in every direction.
+    constexpr int kBlocks = 16, kReach = 2;
+    // A gap of an empty sixteenth of all levels parts near from far; a fiftieth of the pixels is stray.
+    constexpr size_t kBins = 64, kGap = 4, kStray = 50;
+    const int width = plane->width, height = plane->height;
+    const std::vector<float>& levels = plane->samples;
+    float lowest = 255.0f, highest = 0.0f;
+    for (size_t i = 0; i < levels.size(); ++i) {
+        if (known.samples[i] == 0) continue;
+        lowest = std::min(lowest, levels[i]);
+        highest = std::max(highest, levels[i]);
+    }
+    const auto binOf = [&](float level) {
+        const float share = (level - lowest) / std::max(highest - lowest, 1e-6f);
+        return std::min(kBins - 1, static_cast<size_t>(share * static_cast<float>(kBins)));
+    };
+    const auto bordersOnHole = [&](int x, int y) {
+        if (known.at(x, y) == 0) return false;
+        for (int near_y = std::max(0, y - 1); near_y <= std::min(height - 1, y + 1); ++near_y)
+            for (int near_x = std::max(0, x - 1); near_x <= std::min(width - 1, x + 1); ++near_x)
+                if (known.at(near_x, near_y) == 0) return true;
+        return false;
+    };
+
+    using Histogram = std::array<size_t, kBins>;
+    const int block = std::max(4, (std::max(width, height) + kBlocks - 1) / kBlocks);
+    const int blocks_x = (width + block - 1) / block, blocks_y = (height + block - 1) / block;
+    const auto blockAt = [blocks_x](int x, int y) { return static_cast<size_t>(y * blocks_x + x); };
+    std::vector<Histogram> histograms(static_cast<size_t>(blocks_x * blocks_y), Histogram{});
+    GrayImage sources(width, height);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            if (bordersOnHole(x, y)) {
+                sources.at(x, y) = 255;
+                ++histograms[blockAt(x / block, y / block)][binOf(plane->at(x, y))];
+            }
+
+    for (int block_y = 0; block_y < blocks_y; ++block_y)
+        for (int block_x = 0; block_x < blocks_x; ++block_x) {
+            Histogram around = {};
+            for (int y = std::max(0, block_y - kReach); y <= std::min(blocks_y - 1, block_y + kReach); ++y)
+                for (int x = std::max(0, block_x - kReach); x <= std::min(blocks_x - 1, block_x + kReach);
+                     ++x)
+                    for (size_t bin = 0; bin < kBins; ++bin) around[bin] += histograms[blockAt(x, y)][bin];
+            const size_t all = std::accumulate(around.begin(), around.end(), size_t{0});
+            size_t last = kBins, widest = kGap, far_end = kBins;
+            for (size_t bin = 0; bin < kBins; ++bin) {
+                if (around[bin] * kStray <= all) continue;
+                if (last < bin && bin - last - 1 >= widest) {
+                    widest = bin - last;
+                    far_end = last;
+                }
+                last = bin;
+            }
+            for (int y = block_y * block; y < std::min(height, (block_y + 1) * block); ++y)
+                for (int x = block_x * block; x < std::min(width, (block_x + 1) * block); ++x)
+                    if (sources.at(x, y) != 0 && far_end < kBins && binOf(plane->at(x, y)) > far_end)
+                        sources.at(x, y) = 0;
+        }
+    Plane filled = *plane;
+    fillFromNeighbours(std::move(sources), &filled);
+    for (size_t i = 0; i < levels.size(); ++i)
+        if (known.samples[i] == 0) plane->samples[i] = filled.samples[i];
 }
 
 }  // namespace quorvane::media

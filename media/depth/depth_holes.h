@@ -8,6 +8,11 @@
 
 namespace quorvane::media {
 
+// In what follows `known`, of the plane's size or empty, is 0 where a pixel has no level.
+
+/// Half a million of the levels at most, evenly taken, in ascending order.
+std::vector<float> someLevels(const Plane& plane, const GrayImage& known);
+
 /// The pixels at one end of a plane's range, where they stand apart from all the others.
 struct Extreme {
     std::vector<size_t> pieces;  ///< the size of each connected piece, in pixels, smallest first
@@ -16,15 +21,20 @@ struct Extreme {
     GrayImage others;              ///< 0 at the pixels, 255 elsewhere
 };
 
-/// The lowest (`low`) or highest level of `plane`, which is on 0..255, where no other pixel comes within 8
-/// levels of it, the others use at least 16 levels and are at least half of all; else no pixels.
-Extreme findExtreme(const Plane& plane, bool low);
+/// The lowest (`low`) or highest level that is used, where the others stand apart from it and use a range of
+/// their own; else no pixels. They do by 8 of 255 parts of all that is used, and where it is the level 0 of
+/// 16 `bits`, by a twentieth of their own median. They have at least 16 levels and, unless it is the level 0,
+/// are at least half of all.
+Extreme findExtreme(const Plane& plane, const GrayImage& known, int bits, bool low);
 
-/// Gives the pixels where `known`, of the plane's size, is 0 a level from the known ones around them: means
-/// of ever larger blocks, interpolated on the way back down (pull-push, Gortler et al., "The Lumigraph",
-/// 1996). Known pixels keep theirs. Takes time and memory in proportion to the pixels; at least one pixel
-/// must be known.
+/// Gives the pixels without a level one from the known ones around them: means of ever larger blocks,
+/// interpolated on the way back down (pull-push, Gortler et al., "The Lumigraph", 1996). Known pixels keep
+/// theirs. Takes time and memory in proportion to the pixels; at least one pixel must be known.
 void fillFromNeighbours(GrayImage known, Plane* plane);
+
+/// The same, but where the known pixels around a hole are parted by a gap in their levels, only those below
+/// it count: where larger is nearer, the far side. What a near thing hides from a sensor goes on behind it.
+void fillFromFarSide(const GrayImage& known, Plane* plane);
 
 }  // namespace quorvane::media
 

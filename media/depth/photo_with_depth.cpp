@@ -48,13 +48,9 @@ Plane toPlane(const HeifPlane& item) {
 }
 
 /// A plane's samples, upright, on the scale of 0 to 255, which stands for all that its bits can hold.
-/// Pictures of 16 bit are spread over their range already, unless it is linear: that needs the levels as they
-/// were.
 DepthMap decodeSamples(const EmbeddedDepth& depth, const std::string& name, long long most_pixels) {
     if (const auto* picture = std::get_if<DepthPicture>(&depth.plane))
-        return depth.kind == DepthKind::kLinearRange
-                   ? decodeDepthLevels(picture->bytes, name, most_pixels, depth.orientation)
-                   : decodeDepthMap(picture->bytes, name, most_pixels, depth.orientation);
+        return decodeDepthMap(picture->bytes, name, most_pixels, depth.orientation);
     DepthMap map;
     if (const auto* samples = std::get_if<DepthSamples>(&depth.plane)) {
         map.bits = samples->bits;
@@ -141,7 +137,6 @@ DepthMap decodeDepth(const EmbeddedDepth& depth, const std::string& name, long l
     }
     if (!depth.larger_is_nearer)
         for (float& level : map.plane.samples) level = 255.0f - level;
-    if (map.bits > 8) spread(&map.plane);
     return map;
 }
 

@@ -32,8 +32,8 @@ ShrunkPhoto decodePhotoAtLeast(std::string_view file, const Contents& contents, 
                                std::string* remark = nullptr);
 
 /// An embedded plane as a depth map: upright, larger = nearer, and linear in 1 / distance if its kind is
-/// known. A linear range is converted, for which it needs near and far. Planes of more than 8 bit and
-/// converted ones are spread over 0 to 255. DepthMap::bits are those of the stored plane.
+/// known. A linear range is converted, for which it needs near and far, and spread over 0 to 255; else these
+/// stand for all that the stored samples, of DepthMap::bits, can hold.
 DepthMap decodeDepth(const EmbeddedDepth& depth, const std::string& name, long long most_pixels = kMostPixels,
                      std::string* remark = nullptr);
 

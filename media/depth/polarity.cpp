@@ -1,10 +1,13 @@
 #include "media/depth/polarity.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstddef>
 #include <utility>
 #include <vector>
+
+#include "media/depth/depth_holes.h"
 
 namespace quorvane::media {
 namespace {
@@ -28,9 +31,10 @@ struct Grid {
 };
 
 /// The cells' means of `value(x, y)`, over the pixels that `counts(x, y)` names; a cell of which fewer than
-/// half count has no value.
+/// the share `least` count has no value.
 template <typename Value, typename Counts>
-Grid meansOf(int image_width, int image_height, int width, int height, Value value, Counts counts) {
+Grid meansOf(int image_width, int image_height, int width, int height, double least, Value value,
+             Counts counts) {
     const auto first = [](int cell, int cells, int pixels) {
         return static_cast<int>(static_cast<int64_t>(cell) * pixels / cells);
     };
@@ -49,7 +53,7 @@ Grid meansOf(int image_width, int image_height, int width, int height, Value val
                         ++counted;
                     }
             const size_t cell = grid.index(x, y);
-            grid.known[cell] = counted > 0 && counted * 2 >= (right - left) * (bottom - top);
+            grid.known[cell] = counted > 0 && counted >= least * (right - left) * (bottom - top);
             if (counted > 0) grid.values[cell] = sum / counted;
         }
     return grid;
@@ -62,9 +66,15 @@ Grid levelsOf(const Plane& plane, const GrayImage& known) {
     const auto index = [&plane](int x, int y) {
         return static_cast<size_t>(y) * static_cast<size_t>(plane.width) + static_cast<size_t>(x);
     };
+    // Laser scanners answer for one pixel in twenty.
+    const double share =
+        known.samples.empty()
+            ? 1.0
+            : 1.0 - static_cast<double>(std::count(known.samples.begin(), known.samples.end(), 0)) /
+                        static_cast<double>(known.samples.size());
     Grid grid = meansOf(
         plane.width, plane.height, std::max(1, static_cast<int>(plane.width / scale)),
-        std::max(1, static_cast<int>(plane.height / scale)),
+        std::max(1, static_cast<int>(plane.height / scale)), std::min(0.5, share),
         [&](int x, int y) { return static_cast<double>(plane.samples[index(x, y)]); },
         [&](int x, int y) { return known.samples.empty() || known.samples[index(x, y)] != 0; });
     std::vector<double> sorted;
@@ -81,7 +91,7 @@ Grid levelsOf(const Plane& plane, const GrayImage& known) {
 
 Grid lumaOf(const RgbImage& photo, const Grid& like) {
     return meansOf(
-        photo.width, photo.height, like.width, like.height,
+        photo.width, photo.height, like.width, like.height, 0.0,
         [&photo](int x, int y) {
             const uint8_t* rgb = &photo.samples[(static_cast<size_t>(y) * static_cast<size_t>(photo.width) +
                                                  static_cast<size_t>(x)) *
@@ -91,30 +101,35 @@ Grid lumaOf(const RgbImage& photo, const Grid& like) {
         [](int, int) { return true; });
 }
 
-/// Pearson's correlation of the levels with `weight(x, y)`, over the cells from `margin` cells off the border
-/// that have a level.
-template <typename Weight>
-double correlationWith(const Grid& levels, int margin, Weight weight) {
-    double n = 0, sum_w = 0, sum_v = 0, sum_ww = 0, sum_vv = 0, sum_wv = 0;
-    for (int y = margin; y < levels.height - margin; ++y)
-        for (int x = margin; x < levels.width - margin; ++x) {
-            if (!levels.knows(x, y)) continue;
-            const double w = weight(x, y), v = levels.at(x, y);
-            ++n;
-            sum_w += w;
-            sum_v += v;
-            sum_ww += w * w;
-            sum_vv += v * v;
-            sum_wv += w * v;
-        }
-    if (n == 0) return 0.0;
-    const double spread = (sum_ww - sum_w * sum_w / n) * (sum_vv - sum_v * sum_v / n);
-    return spread > 1e-9 ? (sum_wv - sum_w * sum_v / n) / std::sqrt(spread) : 0.0;
-}
+/// Pearson's correlation of pairs of numbers.
+class Correlation {
+  public:
+    void add(double a, double b) {
+        ++m_count;
+        m_a += a;
+        m_b += b;
+        m_aa += a * a;
+        m_bb += b * b;
+        m_ab += a * b;
+    }
+    /// 0 where one of both is constant.
+    double value() const {
+        if (m_count == 0.0) return 0.0;
+        const double spread = (m_aa - m_a * m_a / m_count) * (m_bb - m_b * m_b / m_count);
+        return spread > 1e-9 ? (m_ab - m_a * m_b / m_count) / std::sqrt(spread) : 0.0;
+    }
 
-double contrast(const Grid& luma, int x, int y) {
-    return std::log1p(
-        std::hypot(luma.at(x + 1, y) - luma.at(x - 1, y), luma.at(x, y + 1) - luma.at(x, y - 1)));
+  private:
+    double m_count = 0.0, m_a = 0.0, m_b = 0.0, m_aa = 0.0, m_bb = 0.0, m_ab = 0.0;
+};
+
+/// How the levels go with the way down the picture.
+double withHeight(const Grid& levels) {
+    Correlation correlation;
+    for (int y = 0; y < levels.height; ++y)
+        for (int x = 0; x < levels.width; ++x)
+            if (levels.knows(x, y)) correlation.add(levels.at(x, y), y);
+    return correlation.value();
 }
 
 /// The mean of the lowest eighth less that of the highest.
@@ -135,47 +150,82 @@ double borders(const Grid& levels) {
     return in_top > 0 && in_bottom > 0 ? bottom / in_bottom - top / in_top : 0.0;
 }
 
-/// Of the smooth slopes, how many more fall towards the picture's lower border than towards its upper one, -1
-/// to 1.
+/// Of the smooth slopes that lean up or down, how many more fall towards the picture's lower border than
+/// towards its upper one, -1 to 1; steep ones count more. Walls lean to the side and say nothing.
 double slopes(const Grid& levels) {
     // Steps are no slopes, and noise is none either; a few cells say nothing.
-    constexpr double kLeast = 0.004, kMost = 0.1, kFew = 200.0;
-    double rising = 0.0, falling = 0.0;
+    constexpr double kLeast = 0.008, kMost = 0.12, kFull = 0.03, kLean = 1.5, kFew = 200.0;
+    double sum = 0.0, weights = 0.0;
     for (int y = 2; y < levels.height - 2; ++y)
-        for (int x = 0; x < levels.width; ++x) {
+        for (int x = 2; x < levels.width - 2; ++x) {
             if (!levels.knows(x, y - 2) || !levels.knows(x, y) || !levels.knows(x, y + 2)) continue;
             const double slope = levels.at(x, y + 2) - levels.at(x, y - 2);
             const double bend = levels.at(x, y + 2) + levels.at(x, y - 2) - 2.0 * levels.at(x, y);
             if (std::abs(slope) < kLeast || std::abs(slope) > kMost || std::abs(bend) > 0.5 * std::abs(slope))
                 continue;
-            ++(slope > 0.0 ? rising : falling);
+            if (levels.knows(x - 2, y) && levels.knows(x + 2, y) &&
+                std::abs(slope) < kLean * std::abs(levels.at(x + 2, y) - levels.at(x - 2, y)))
+                continue;
+            const double weight = std::min(1.0, std::abs(slope) / kFull);
+            sum += slope > 0.0 ? weight : -weight;
+            weights += weight;
         }
-    return (rising - falling) / (rising + falling + kFew);
+    return sum / (weights + kFew);
+}
+
+/// How much more often smooth surfaces bulge towards the higher levels than away from them, -1 to 1. Of a
+/// plane that leans, distances bend away from the viewer and 1 / distance is straight; what is round is
+/// nearest in its middle in either.
+double bulges(const Grid& levels) {
+    constexpr int kReach = 4;
+    constexpr double kLeast = 0.01, kMost = 0.25, kStraight = 0.02, kStep = 0.35, kFew = 200.0;
+    double sum = 0.0, counted = 0.0;
+    const auto count = [&](int x, int y, int dx, int dy) {
+        if (!levels.knows(x - dx, y - dy) || !levels.knows(x, y) || !levels.knows(x + dx, y + dy)) return;
+        const double before = levels.at(x - dx, y - dy), after = levels.at(x + dx, y + dy);
+        const double slope = std::abs(after - before), bend = before + after - 2.0 * levels.at(x, y);
+        if (slope < kLeast || slope > kMost || std::abs(bend) <= kStraight * slope ||
+            std::abs(bend) > kStep * slope)
+            return;
+        sum += bend < 0.0 ? 1.0 : -1.0;
+        ++counted;
+    };
+    for (int y = 0; y < levels.height; ++y)
+        for (int x = 0; x < levels.width; ++x) {
+            if (x >= kReach && x + kReach < levels.width) count(x, y, kReach, 0);
+            if (y >= kReach && y + kReach < levels.height) count(x, y, 0, kReach);
+        }
+    return sum / (counted + kFew);
 }
 
 /// Which side of the steps in depth has more of the photo's contrast: 1 the higher levels' side, -1 the lower
-/// ones'.
+/// ones'. Between both sides may lie a few cells without a level, as sensors leave them at steps.
 double contrastAtSteps(const Grid& levels, const Grid& luma) {
-    constexpr int kReach = 3;
-    constexpr double kStep = 0.05, kNoise = 2.0, kFew = 60.0;
+    constexpr int kReach = 5, kGap = 6;
+    constexpr double kStep = 0.08, kNoise = 2.0, kFew = 60.0;
     double high = 0.0, low = 0.0, steps = 0.0;
     const auto walk = [&](int length, auto level, auto known, auto light) {
-        for (int at = kReach + 1; at < length - kReach - 2; ++at) {
-            const double step = level(at + 1) - level(at);
+        int before = -1;
+        for (int at = 0; at < length; ++at) {
+            if (!known(at)) continue;
+            const int last = before;
+            before = at;
+            if (last < kReach || at + kReach >= length || at - last > kGap + 1) continue;
+            const double step = level(at) - level(last);
             if (std::abs(step) < kStep) continue;
             bool clear = true;
-            for (int i = -kReach; i <= kReach + 1; ++i) clear = clear && known(at + i);
-            for (int i = -kReach; i <= kReach; ++i)
-                clear = clear && std::abs(level(at + i + 1) - level(at + i)) <= std::abs(step);
-            if (!clear) continue;
-            double before = 0.0, after = 0.0;
-            for (int i = 1; i <= kReach; ++i) {
-                after += std::abs(light(at + 1 + i) - light(at + i));
-                before += std::abs(light(at + 1 - i) - light(at - i));
+            double photo_before = 0.0, photo_after = 0.0;
+            for (int i = 1; i <= kReach && clear; ++i) {
+                clear = known(last - i) && known(at + i) &&
+                        std::abs(level(last - i + 1) - level(last - i)) <= std::abs(step) &&
+                        std::abs(level(at + i) - level(at + i - 1)) <= std::abs(step);
+                photo_before += std::abs(light(last - i + 1) - light(last - i));
+                photo_after += std::abs(light(at + i) - light(at + i - 1));
             }
-            const double all = before + after + kNoise;
-            high += (step > 0.0 ? after : before) / all;
-            low += (step > 0.0 ? before : after) / all;
+            if (!clear) continue;
+            const double all = photo_before + photo_after + kNoise;
+            high += (step > 0.0 ? photo_after : photo_before) / all;
+            low += (step > 0.0 ? photo_before : photo_after) / all;
             ++steps;
         }
     };
@@ -190,18 +240,70 @@ double contrastAtSteps(const Grid& levels, const Grid& luma) {
     return steps > 0.0 ? (high - low) / std::max(1.0, high + low) * steps / (steps + kFew) : 0.0;
 }
 
+/// How the distance between neighbouring levels grows with the level, -1 to 1: sensors that measure a shift,
+/// of a pattern or between two views, tell far distances in coarser steps. 0 for 8 bit, and where levels are
+/// mixed.
+double growingSteps(const Plane& plane, const GrayImage& known) {
+    constexpr size_t kFewLevels = 50;
+    constexpr double kClear = 0.6;
+    std::vector<float> used = someLevels(plane, known);
+    // Stray samples at either end lie apart from the others, whatever the sensor.
+    const auto stray = static_cast<std::ptrdiff_t>(used.size() / 100);
+    used = std::vector<float>(used.begin() + stray, used.end() - stray);
+    used.erase(std::unique(used.begin(), used.end()), used.end());
+    if (used.size() < kFewLevels) return 0.0;
+    Correlation growth;
+    for (size_t i = 1; i < used.size(); ++i)
+        growth.add(used[i], std::log(static_cast<double>(used[i]) - static_cast<double>(used[i - 1])));
+    const double grows = growth.value();
+    return std::abs(grows) >= kClear ? grows : 0.0;
+}
+
+/// Whether levels of 16 bit look like distances in a unit: they begin well above nothing and use only a part
+/// of what their bits hold.
+bool looksMeasured(const Plane& plane, const GrayImage& known) {
+    constexpr float kMost = 0.85f * 255.0f, kLeastShare = 0.02f;
+    float lowest = 255.0f, highest = 0.0f;
+    for (size_t i = 0; i < plane.samples.size(); ++i) {
+        if (!known.samples.empty() && known.samples[i] == 0) continue;
+        lowest = std::min(lowest, plane.samples[i]);
+        highest = std::max(highest, plane.samples[i]);
+    }
+    return highest < kMost && lowest > kLeastShare * highest;
+}
+
+/// What the words of a file's name say: positive where larger is nearer.
+double wordsOf(const std::string& name) {
+    constexpr double kWord = 1.5;
+    std::string lower = name.substr(name.find_last_of('/') + 1);
+    for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    const auto has = [&lower](const char* word) { return lower.find(word) != std::string::npos; };
+    for (const char* word : {"disp", "inverse", "invdepth", "inv_depth", "inv-depth", "idepth"})
+        if (has(word)) return kWord;
+    for (const char* word : {"distance", "metric", "millimet", "_mm", "-mm", "lidar", "kinect", "zbuffer"})
+        if (has(word)) return -kWord;
+    return 0.0;
+}
+
 }  // namespace
 
-double confidenceLargerIsFarther(const RgbImage& photo, const Plane& plane, const GrayImage& known) {
+double confidenceLargerIsFarther(const RgbImage& photo, const Plane& plane, const GrayImage& known,
+                                 const PolarityClues& clues) {
     const Grid levels = levelsOf(plane, known);
     const Grid luma = lumaOf(photo, levels);
-    double nearer = 0.0;  // positive where larger is nearer
-    nearer += 2.5 * correlationWith(levels, 0, [](int, int y) { return static_cast<double>(y); });
-    nearer += 0.8 * borders(levels);
-    nearer += 1.0 * slopes(levels);
-    nearer += 4.0 * contrastAtSteps(levels, luma);
-    nearer += 0.4 * correlationWith(levels, 1, [&](int x, int y) { return contrast(luma, x, y); });
-    return 1.0 / (1.0 + std::exp(2.0 * nearer));
+    double nearer = wordsOf(clues.name);  // positive where larger is nearer
+    nearer += 6.0 * contrastAtSteps(levels, luma);
+    nearer += 2.5 * bulges(levels);
+    if (clues.upright) {
+        nearer += 2.0 * withHeight(levels);
+        nearer += 2.0 * borders(levels);
+        nearer += 1.5 * slopes(levels);
+    }
+    if (clues.bits > 8) {
+        nearer -= 3.0 * growingSteps(plane, known);
+        if (looksMeasured(plane, known)) nearer -= 0.5;
+    }
+    return 1.0 / (1.0 + std::exp(nearer));
 }
 
 }  // namespace quorvane::media

@@ -46,6 +46,11 @@ MapColour hot(double t) {
             std::clamp((t - 0.75) / 0.25, 0.0, 1.0)};
 }
 
+/// The rainbow of gnuplot and matplotlib, from violet to red.
+MapColour rainbow(double t) {
+    return {std::min(1.0, std::abs(2.0 * t - 0.5)), std::sin(M_PI * t), std::cos(M_PI / 2.0 * t)};
+}
+
 // Every fifteenth colour of the table that Mikhailov published with Turbo (Google AI blog, 2019), whose own
 // polynomial is up to 20 levels off it; straight lines between them stay within 6.
 MapColour turbo(double t) {
@@ -113,6 +118,7 @@ std::vector<ColourMap> knownMaps() {
     };
     add("jet", jet);
     add("jet", softJet);
+    add("rainbow", rainbow);
     add("turbo", turbo);
     add("viridis", viridis);
     add("plasma", plasma);

@@ -256,8 +256,7 @@ std::optional<DepthMap> readColourMapped(const VImage& rgb) {
     return depth;
 }
 
-/// A depth map from a picture; levels of 16 bit are spread where that is wanted.
-DepthMap depthMapOf(const VImage& image, const std::string& name, bool spread_levels) {
+DepthMap depthMapOf(const VImage& image, const std::string& name) {
     const VipsBandFormat format = image.format();
     if (format != VIPS_FORMAT_UCHAR && format != VIPS_FORMAT_USHORT)
         throw Error(name + ": a depth map has samples of 8 or 16 bit, this picture has others");
@@ -284,7 +283,7 @@ DepthMap depthMapOf(const VImage& image, const std::string& name, bool spread_le
 
     depth.bits = deep ? 16 : 8;
     depth.plane = fromVips<float, 1>(gray);
-    if (deep && !(spread_levels && spread(&depth.plane)))
+    if (deep)
         for (float& sample : depth.plane.samples) sample = sample * 255.0f / 65535.0f;
     return depth;
 }
@@ -404,14 +403,7 @@ RgbImage decodePhotoAtLeast(std::string_view bytes, const std::string& name, Siz
 DepthMap decodeDepthMap(std::string_view bytes, const std::string& name, long long most_pixels,
                         int orientation) {
     return readingFile(bytes, name, [&] {
-        return depthMapOf(OpenPicture(bytes, name, most_pixels, orientation).decode(), name, true);
-    });
-}
-
-DepthMap decodeDepthLevels(std::string_view bytes, const std::string& name, long long most_pixels,
-                           int orientation) {
-    return readingFile(bytes, name, [&] {
-        return depthMapOf(OpenPicture(bytes, name, most_pixels, orientation).decode(), name, false);
+        return depthMapOf(OpenPicture(bytes, name, most_pixels, orientation).decode(), name);
     });
 }
 
@@ -419,7 +411,7 @@ DepthMap toDepthMap(const RgbImage& picture, const std::string& name) {
     const auto sides = [&] {
         return std::to_string(picture.width) + " x " + std::to_string(picture.height) + " pixels";
     };
-    return reading(name, sides, [&] { return depthMapOf(toVips(picture), name, true); });
+    return reading(name, sides, [&] { return depthMapOf(toVips(picture), name); });
 }
 
 bool spread(Plane* plane) {

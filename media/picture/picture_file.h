@@ -33,9 +33,9 @@ struct DepthMap {
 RgbImage readPhoto(const std::string& path);
 
 /// Reads a depth map of 8 or 16 bit, larger = nearer, from a gray picture (RGB will do where all channels
-/// agree) or from one in a known colour map: jet, turbo, viridis, plasma, inferno, magma or hot. 16-bit gray
-/// samples are spread over the range they use. Pixels less than half opaque are not `known`. Throws Error
-/// like readPhoto.
+/// agree) or from one in a known colour map: jet, turbo, viridis, plasma, inferno, magma or hot. 0..255
+/// stands for all that the samples can hold. Pixels less than half opaque are not `known`. Throws Error like
+/// readPhoto.
 DepthMap readDepthMap(const std::string& path);
 
 /// The bytes of a picture's file; messages call it `name`, or by its path. Throws Error, also for what is no
@@ -50,10 +50,6 @@ RgbImage decodePhoto(std::string_view bytes, const std::string& name, long long 
                      int orientation = 1);
 DepthMap decodeDepthMap(std::string_view bytes, const std::string& name, long long most_pixels = kMostPixels,
                         int orientation = 1);
-
-/// Like decodeDepthMap, but samples of 16 bit are not spread: 0..255 stands for all that they can hold.
-DepthMap decodeDepthLevels(std::string_view bytes, const std::string& name,
-                           long long most_pixels = kMostPixels, int orientation = 1);
 
 /// What a picture's header says. No pixel is decoded for it, so damage behind the header goes unnoticed.
 struct PictureHeader {

@@ -73,6 +73,7 @@ RgbImage cut(const RgbImage& image, int left, int top, Size size) { return part(
 
 RgbImage crop(const RgbImage& image, Size size) { return cropMiddle(image, size); }
 Plane crop(const Plane& image, Size size) { return cropMiddle(image, size); }
+GrayImage crop(const GrayImage& image, Size size) { return cropMiddle(image, size); }
 
 RgbImage resample(RgbImage image, Size size) {
     if (Size{image.width, image.height} == size) return image;

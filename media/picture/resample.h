@@ -12,6 +12,7 @@ RgbImage cut(const RgbImage& image, int left, int top, Size size);
 /// Cuts the middle `size` out of `image`; where that is larger, the border pixels are repeated.
 RgbImage crop(const RgbImage& image, Size size);
 Plane crop(const Plane& image, Size size);
+GrayImage crop(const GrayImage& image, Size size);
 
 /// Resamples the photo to `size`; the same size gives the same bytes.
 RgbImage resample(RgbImage image, Size size);

@@ -284,8 +284,8 @@ TEST_F(DepthSource, InvertDepthMayHaveAnAnswerBehindEquals) {
         all.insert(all.end(), options.begin(), options.end());
         return still(all);
     };
-    const std::string right = with("near.png", {"--no-doctor"});
-    const std::string inside_out = with("far.png", {"--no-doctor"});
+    const std::string right = with("near.png", {});
+    const std::string inside_out = with("near.png", {"--invert-depth"});
     ASSERT_NE(right, inside_out);
     EXPECT_EQ(with("far.png", {"--invert-depth"}), right);
     EXPECT_EQ(with("far.png", {"--invert-depth=yes"}), right);
@@ -313,7 +313,7 @@ TEST_F(DepthSource, DoctorPutsATurnedDepthRightAndSaysSo) {
         all.insert(all.end(), more.begin(), more.end());
         return all;
     };
-    const std::string upright = still({folder / "a.png", folder / "upright.png", "--no-doctor"});
+    const std::string upright = still({folder / "a.png", folder / "upright.png"});
     const std::string said = render(turned, "b.png");
     EXPECT_THAT(said, HasSubstr("depth: turned "));
     EXPECT_EQ(bytesOf(folder / "b.png"), upright);
@@ -359,7 +359,11 @@ TEST(Finding, NamesTheOptionThatPutsItRight) {
     EXPECT_EQ(app::textOf({FindingKind::kTurned, 0.5, false, "lies", {media::kMirrored}}),
               "lies; --rotate-depth mirror turns it");
     EXPECT_EQ(app::textOf({FindingKind::kPolarity, 0.5, false, "may be", {}, true}),
-              "may be; --invert-depth inverts it");
+              "may be; --invert-depth=yes inverts it");
+    EXPECT_EQ(app::textOf({FindingKind::kPolarity, 0.6, true, "inverted", {}, false}),
+              "inverted; --invert-depth=no leaves it");
+    EXPECT_EQ(app::textOf({FindingKind::kHoles, 0.5, false, "may be", {}, {}, true}),
+              "may be; --holes fill fills it");
     EXPECT_EQ(app::textOf({FindingKind::kHoles, 1.0, true, "filled"}), "filled");
 }
 

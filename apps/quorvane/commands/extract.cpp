@@ -73,10 +73,11 @@ void extract(const ExtractOptions& options) {
     if (options.raw) {
         bytes = rawBytes(depth, options.file);
     } else {
-        const media::DepthMap map =
+        media::DepthMap map =
             endedBySignals([&] { return media::decoder::decodeDepth(depth, options.file, nullptr); });
         // A distance of 8 bit becomes more steps of 1 / distance than 8 bit hold.
         const bool deep = map.bits > 8 || depth.kind == media::DepthKind::kLinearRange;
+        if (deep) media::spread(&map.plane);
         bytes = media::grayPng(map.plane, deep ? 16 : 8);
     }
 

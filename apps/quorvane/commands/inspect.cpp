@@ -32,6 +32,7 @@ DepthReport reportOn(const ViewOptions& options, const Input& input) {
     DepthReport report;
     report.size = {input.depth.plane.width, input.depth.plane.height};
     report.bits = input.depth.bits;
+    report.polarity = input.polarity;
     report.findings = input.findings;
     const Target target = {pictureSize(input.photo_size, kLongestSide, false), 1,
                            pathAround({}, motions().front(), 1.0, 1), kReportedTexture};

@@ -108,7 +108,7 @@ void addDepth(const Report& report, std::string* text) {
                             depth.size.width, depth.size.height, depth.bits));
     }
     for (const media::Finding& finding : depth.findings)
-        add(text, formatted("doctor   %s%s (confidence %.2f)", finding.corrected ? "" : "doubtful: ",
+        add(text, formatted("doctor   %s%s (confidence %.2f)", finding.doubtful() ? "doubtful: " : "",
                             textOf(finding).c_str(), finding.confidence));
     const Fit& fit = depth.plan.fit;
     add(text,
@@ -158,6 +158,10 @@ Json depthJson(const Report& report) {
     json["width"] = depth.size.width;
     json["height"] = depth.size.height;
     json["bits"] = depth.bits;
+    json["polarity"] = {{"larger", depth.polarity.larger_is_nearer ? "near" : "far"},
+                        {"confidence", depth.polarity.confidence},
+                        {"inverted", depth.polarity.inverted},
+                        {"doubtful", depth.polarity.doubtful}};
     json["findings"] = Json::array();
     for (const media::Finding& finding : depth.findings)
         json["findings"].push_back({{"ailment", wordFor(finding.kind)},

@@ -15,6 +15,7 @@ namespace quorvane::app {
 struct DepthReport {
     Size size;     ///< upright
     int bits = 8;  ///< of a sample as it is stored
+    media::Polarity polarity;
     std::vector<media::Finding> findings;
     FitPlan plan;
     bool clean_edges = true;

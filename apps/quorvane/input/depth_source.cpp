@@ -108,8 +108,10 @@ std::string textOf(const media::Finding& finding) {
     std::string turns;
     for (const media::Turn turn : finding.turns)
         turns += (turns.empty() ? "; --rotate-depth " : " or ") + std::string(media::kTurnWords[turn].name);
-    return finding.text + turns + (turns.empty() ? "" : " turns it") +
-           (finding.inverting ? "; --invert-depth inverts it" : "");
+    std::string text = finding.text + turns + (turns.empty() ? "" : " turns it");
+    if (finding.inverting)
+        text += *finding.inverting ? "; --invert-depth=yes inverts it" : "; --invert-depth=no leaves it";
+    return text + (finding.filling ? "; --holes fill fills it" : "");
 }
 
 std::string noDepthInside(const media::Contents& contents) {
@@ -140,16 +142,28 @@ Input readInput(const InputOptions& options, const DepthSource& source, PhotoDet
             input.depth.plane = media::turned(input.depth.plane, *options.depth_turn);
             input.depth.known = media::turned(input.depth.known, *options.depth_turn);
         }
-        if (options.invert_depth.value_or(false))
-            for (float& sample : input.depth.plane.samples) sample = 255.0f - sample;
-        if (!options.doctor) return;
         const bool inside = source.origin == DepthOrigin::kInside;
         media::DepthKnowledge known;
         // Halves of one picture lie as they are.
         known.orientation = (inside && source.contents.depth->orientation_known) ||
                             source.origin == DepthOrigin::kSideBySide || options.depth_turn;
-        known.polarity = inside || options.invert_depth.has_value();
-        input.findings = media::examine(input.photo, known, &input.depth);
+        if (options.invert_depth) known.larger_is_nearer = !*options.invert_depth;
+        if (inside && !options.invert_depth) known.larger_is_nearer = true;
+        known.holes = options.holes;
+        known.name = source.depth;
+        if (options.doctor) {
+            input.findings = media::examine(input.photo, known, &input.depth, &input.polarity);
+            media::spreadLevels(&input.depth);
+        } else if (options.invert_depth.value_or(false)) {
+            for (float& sample : input.depth.plane.samples) sample = 255.0f - sample;
+            input.polarity.larger_is_nearer = false;
+            input.polarity.inverted = true;
+        }
+        // What the container says has been done while it was decoded.
+        if (inside && !source.contents.depth->larger_is_nearer) {
+            input.polarity.larger_is_nearer = !input.polarity.larger_is_nearer;
+            input.polarity.inverted = !input.polarity.inverted;
+        }
     });
     return input;
 }
@@ -179,8 +193,8 @@ Input readInput(const InputOptions& options, const Talk& talk, const DepthSource
                  input.photo.width, input.photo.height);
     std::fprintf(stderr, "depth    %s: %d x %d, %d bit%s%s\n", printable(from).c_str(),
                  input.depth.plane.width, input.depth.plane.height, input.depth.bits,
-                 input.depth.bits > 8 ? " spread over its used range" : "",
-                 options.invert_depth.value_or(false) ? ", inverted" : "");
+                 options.doctor ? ", spread over its range" : "",
+                 input.polarity.inverted ? ", inverted" : "");
     return input;
 }
 

@@ -34,8 +34,9 @@ struct DepthSource {
 /// Both images, upright, as the user wants them.
 struct Input {
     media::RgbImage photo;
-    Size photo_size;        ///< what `photo` has, or had before it was shrunk
-    media::DepthMap depth;  ///< larger = nearer
+    Size photo_size;           ///< what `photo` has, or had before it was shrunk
+    media::DepthMap depth;     ///< larger = nearer
+    media::Polarity polarity;  ///< which end was near in the map as it is stored
     std::vector<media::Finding> findings;
     std::vector<std::string> remarks;  ///< on what was inside and could not be used as it should be
 };

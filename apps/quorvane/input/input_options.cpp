@@ -25,6 +25,14 @@ struct Answer {
 
 constexpr Answer kAnswers[] = {{"yes", true}, {"no", false}, {"auto", std::nullopt}};
 
+struct Way {
+    const char* name;
+    media::Holes holes;
+};
+
+constexpr Way kWays[] = {
+    {"auto", media::Holes::kAuto}, {"fill", media::Holes::kFill}, {"keep", media::Holes::kKeep}};
+
 // The first turn changes nothing.
 constexpr media::Turn kFirstTurn = 1;
 
@@ -67,9 +75,21 @@ void addInputOptions(CommandLine* line, InputOptions* options) {
     for (const Answer& answer : kAnswers) answers.emplace_back(answer.name);
     line->flagOrWord(
         "--invert-depth", answers, 0, [options](size_t i) { options->invert_depth = kAnswers[i].inverted; },
-        "exchange near and far in the depth map (yes, or nothing behind it), leave them (no), or see from the "
+        "exchange near and far in the depth map (yes, or nothing behind it), leave them (no), or see from "
+        "the "
         "photo whether its larger values are farther (auto, the default)");
-    line->unset("--no-doctor", &options->doctor, "take the depth map as it is, unchecked against the photo");
+    std::vector<std::string> ways;
+    for (const Way& way : kWays) ways.emplace_back(way.name);
+    line->word(
+        "--holes", ways, [options](size_t i) { options->holes = kWays[i].holes; },
+        "pixels without a depth: fill them from the far side where it is certain that they are some (auto, "
+        "the "
+        "default), also where their level, the lowest or highest, only may stand for \"unknown\" (fill), or "
+        "leave them (keep)");
+    line->unset(
+        "--no-doctor", &options->doctor,
+        "take the depth map as it is: not checked against the photo, nor turned, inverted, filled or spread "
+        "over its range, but for --rotate-depth and --invert-depth");
 }
 
 }  // namespace quorvane::app

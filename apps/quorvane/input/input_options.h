@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "apps/quorvane/terminal/command_line.h"
+#include "media/depth/depth_doctor.h"
 #include "media/depth/photo_with_depth.h"
 #include "media/picture/turn.h"
 
@@ -20,7 +21,8 @@ struct InputOptions {
     std::optional<media::DepthHalf> depth_half;
     std::optional<media::Turn> depth_turn;  ///< to lie as the photo does
     std::optional<bool> invert_depth;       ///< empty: where the doctor finds it so
-    bool doctor = true;                     ///< check the depth map against the photo
+    media::Holes holes = media::Holes::kAuto;
+    bool doctor = true;  ///< check the depth map against the photo
 };
 
 /// Adds PHOTO, DEPTH and what else says where the depth comes from and how it lies.

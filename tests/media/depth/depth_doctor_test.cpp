@@ -141,7 +141,7 @@ Examined examined(const RgbImage& photo, DepthMap depth, const Plane& wanted, Fi
         depth.plane.width == wanted.width && depth.plane.height == wanted.height &&
         std::equal(wanted.samples.begin(), wanted.samples.end(), depth.plane.samples.begin(),
                    [](float a, float b) { return std::abs(a - b) < 0.01f; });
-    if (finding != nullptr && !finding->corrected)
+    if (finding != nullptr && finding->doubtful())
         result.outcome = Outcome::kDoubtful;
     else
         result.outcome = is_wanted ? Outcome::kRight : Outcome::kWrong;
@@ -178,7 +178,7 @@ Report tried(const Pair& pair) {
     };
     const Plane& plane = pair.depth.plane;
     DepthKnowledge known;
-    known.polarity = true;
+    known.larger_is_nearer = true;
     for (int how = 0; how < 8; ++how) {
         DepthMap depth = pair.depth;
         depth.plane = laid(plane, how);
@@ -301,7 +301,7 @@ TEST(DepthDoctor, KnownPolarityIsNotDoubted) {
     DepthMap depth = pair.depth;
     depth.plane = inverted(depth.plane);
     DepthKnowledge known;
-    known.polarity = true;
+    known.larger_is_nearer = true;
     EXPECT_EQ(textsOf(examine(pair.photo, known, &depth)), "nothing");
     EXPECT_EQ(depth.plane.samples, inverted(pair.depth.plane).samples);
 }
@@ -414,9 +414,10 @@ TEST(DepthDoctor, LayoutThatSaysNothingIsDoubtful) {
     const std::vector<Finding> findings = examine(photo, {}, &depth);
     const Finding* finding = find(findings, FindingKind::kPolarity);
     ASSERT_NE(finding, nullptr);
-    EXPECT_FALSE(finding->corrected);
-    EXPECT_TRUE(finding->inverting);
-    EXPECT_EQ(depth.plane.samples, before);
+    const bool inverted_it = depth.plane.samples != before;
+    EXPECT_EQ(finding->corrected, inverted_it);
+    ASSERT_TRUE(finding->inverting.has_value());
+    EXPECT_NE(*finding->inverting, inverted_it);
 }
 
 /// The lowest and the highest level within 2 pixels of a rectangle's outside.
@@ -444,7 +445,7 @@ TEST(DepthDoctor, TransparentPixelsAreFilledFromTheirNeighbours) {
         }
     const std::vector<Finding> findings = examine(pair.photo, {}, &depth);
     ASSERT_THAT(kindsOf(findings), ElementsAre(FindingKind::kAlpha)) << textsOf(findings);
-    EXPECT_EQ(findings[0].text, "0.5 % of it is transparent, filled from the neighbours");
+    EXPECT_EQ(findings[0].text, "0.5 % of it is transparent, filled from the far side");
     EXPECT_TRUE(findings[0].corrected);
     EXPECT_TRUE(depth.known.samples.empty());
     const auto [lowest, highest] = around(whole, 100, 180, 20, 15);
@@ -503,17 +504,18 @@ DepthMap sensed(const Pair& pair) {
 TEST(DepthDoctor, UnansweredPixelsOfASensorAreFilled) {
     const Pair pair = scene(300, 200);
     DepthMap depth = sensed(pair);
-    const std::vector<Finding> findings = examine(pair.photo, {}, &depth);
-    ASSERT_THAT(kindsOf(findings), ElementsAre(FindingKind::kHoles, FindingKind::kPolarity))
+    Polarity polarity;
+    const std::vector<Finding> findings = examine(pair.photo, {}, &depth, &polarity);
+    EXPECT_THAT(kindsOf(findings), testing::UnorderedElementsAre(FindingKind::kHoles, FindingKind::kPolarity))
         << textsOf(findings);
-    EXPECT_TRUE(findings[0].corrected);
-    EXPECT_EQ(findings[0].text,
-              "0.42 % of it, at its lowest level, stands for \"unknown\" and is filled from the neighbours");
-    // What is left is spread over the range again: the nearest is the brightest.
-    const auto [lowest, highest] =
-        std::minmax_element(depth.plane.samples.begin(), depth.plane.samples.end());
-    EXPECT_NEAR(*lowest, 0.0f, 0.01f);
-    EXPECT_NEAR(*highest, 255.0f, 0.01f);
+    EXPECT_FALSE(polarity.larger_is_nearer);
+    EXPECT_TRUE(polarity.inverted);
+    EXPECT_FALSE(polarity.doubtful);
+    const Finding* holes = find(findings, FindingKind::kHoles);
+    ASSERT_NE(holes, nullptr);
+    EXPECT_TRUE(holes->corrected);
+    EXPECT_EQ(holes->text,
+              "0.42 % of it, at its lowest level, stands for \"unknown\" and is filled from the far side");
     for (const auto& [x, y] : kUnanswered) {
         const auto [least, most] = around(depth.plane, x - 4, y - 3, 9, 7);
         for (int dy = -3; dy <= 3; ++dy)
@@ -522,6 +524,23 @@ TEST(DepthDoctor, UnansweredPixelsOfASensorAreFilled) {
                 EXPECT_LE(at(depth.plane, x + dx, y + dy), most);
             }
     }
+}
+
+// What a near thing hides from a sensor goes on behind it.
+TEST(DepthDoctor, HolesBesideNearThingsAreFilledFromTheFarSide) {
+    const Pair pair = scene(200, 150);
+    DepthMap depth = mapOf(Plane(200, 150));
+    depth.known = GrayImage(200, 150);
+    for (int y = 0; y < 150; ++y)
+        for (int x = 0; x < 200; ++x) {
+            const bool hole = x >= 80 && x < 100 && y >= 20 && y < 130;
+            at(depth.plane, x, y) = hole ? 0.0f : x < 80 ? 200.0f : 50.0f;
+            depth.known.samples[static_cast<size_t>(y) * 200 + static_cast<size_t>(x)] = hole ? 0 : 255;
+        }
+    examine(pair.photo, {true, true}, &depth);
+    for (int y = 20; y < 130; ++y)
+        for (int x = 80; x < 100; ++x) EXPECT_NEAR(at(depth.plane, x, y), 50.0f, 1.0f) << x << ", " << y;
+    EXPECT_EQ(at(depth.plane, 79, 75), 200.0f);
 }
 
 TEST(DepthDoctor, SpecksOfTheHighestLevelAreFilled) {
@@ -560,8 +579,38 @@ TEST(DepthDoctor, LargeAreasAtTheEndOfTheRangeAreOnlyNamed) {
     const std::vector<Finding> findings = examine(pair.photo, {true, true}, &depth);
     ASSERT_THAT(kindsOf(findings), ElementsAre(FindingKind::kHoles)) << textsOf(findings);
     EXPECT_FALSE(findings[0].corrected);
-    EXPECT_THAT(findings[0].text, HasSubstr("make it transparent"));
+    EXPECT_TRUE(findings[0].filling);
+    EXPECT_THAT(findings[0].text, HasSubstr("may stand for \"unknown\""));
     EXPECT_EQ(at(depth.plane, 200, 50), 0.0f);
+}
+
+TEST(DepthDoctor, LargeAreasAreFilledWhereThatIsWished) {
+    const Pair pair = scene(300, 200);
+    DepthMap window = sensed(pair);
+    for (int y = 20; y < 90; ++y)
+        for (int x = 180; x < 240; ++x) at(window.plane, x, y) = 0.0f;
+    for (const auto& [holes, filled] : {std::pair{Holes::kFill, true}, {Holes::kKeep, false}}) {
+        DepthMap depth = window;
+        const std::vector<Finding> findings = examine(pair.photo, {true, true, holes}, &depth);
+        EXPECT_EQ(at(depth.plane, 200, 50) > 40.0f, filled);
+        EXPECT_EQ(at(depth.plane, kUnanswered[0].first, kUnanswered[0].second) > 40.0f, filled);
+        EXPECT_EQ(find(findings, FindingKind::kHoles) != nullptr, filled);
+    }
+}
+
+// Nothing is at a distance of 0, however much of it there is.
+TEST(DepthDoctor, NothingIsAtADistanceOfZero) {
+    const Pair pair = scene(300, 200);
+    DepthMap depth = sensed(pair);
+    for (int y = 20; y < 90; ++y)
+        for (int x = 180; x < 300; ++x) at(depth.plane, x, y) = 0.0f;
+    DepthKnowledge known;
+    known.orientation = true;
+    known.larger_is_nearer = false;
+    const std::vector<Finding> findings = examine(pair.photo, known, &depth);
+    ASSERT_THAT(kindsOf(findings), ElementsAre(FindingKind::kHoles)) << textsOf(findings);
+    EXPECT_TRUE(findings[0].corrected);
+    EXPECT_LT(at(depth.plane, 240, 50), 207.0f) << "a hole is as near as can be";
 }
 
 TEST(DepthDoctor, ColourMapIsNamed) {
@@ -606,6 +655,44 @@ TEST(DepthDoctor, OddSizesAreHarmless) {
             EXPECT_EQ(depth.plane.width, width);
             EXPECT_EQ(depth.plane.height, height);
         }
+}
+
+std::vector<float> spreadOf(std::vector<float> levels, int bits) {
+    DepthMap depth = mapOf(Plane(static_cast<int>(levels.size()), 1), bits);
+    depth.plane.samples = std::move(levels);
+    spreadLevels(&depth);
+    return depth.plane.samples;
+}
+
+TEST(SpreadLevels, UsesTheWholeRangeOfEveryDepth) {
+    EXPECT_THAT(spreadOf({40, 60, 140}, 8), ElementsAre(0.0f, 51.0f, 255.0f));
+    EXPECT_THAT(spreadOf({1, 1.5f, 3}, 16), ElementsAre(0.0f, 63.75f, 255.0f));
+    EXPECT_THAT(spreadOf({0, 100, 255}, 8), ElementsAre(0.0f, 100.0f, 255.0f));
+}
+
+TEST(SpreadLevels, LeavesWhatHasNoRange) {
+    EXPECT_THAT(spreadOf({77, 77}, 16), ElementsAre(77.0f, 77.0f));
+    EXPECT_THAT(spreadOf({77, 81}, 8), ElementsAre(77.0f, 81.0f));
+}
+
+// 200 x 200 levels from 100 to 150: three strays are clamped, a thing of 12 x 12 keeps its place.
+TEST(SpreadLevels, StraysDoNotEatTheRangeAndSmallThingsStay) {
+    DepthMap strays = mapOf(Plane(200, 200));
+    for (size_t i = 0; i < strays.plane.samples.size(); ++i)
+        strays.plane.samples[i] = 100.0f + static_cast<float>(i % 51);
+    DepthMap thing = strays;
+    for (const size_t i : {size_t{7}, size_t{9000}, size_t{20000}}) strays.plane.samples[i] = 250.0f;
+    EXPECT_TRUE(spreadLevels(&strays));
+    EXPECT_EQ(strays.plane.samples[0], 0.0f);
+    EXPECT_EQ(strays.plane.samples[7], 255.0f);
+    EXPECT_FLOAT_EQ(strays.plane.samples[25], 127.5f);
+    EXPECT_EQ(strays.plane.samples[50], 255.0f);
+
+    for (int y = 80; y < 92; ++y)
+        for (int x = 80; x < 92; ++x) at(thing.plane, x, y) = 250.0f;
+    EXPECT_TRUE(spreadLevels(&thing));
+    EXPECT_EQ(at(thing.plane, 85, 85), 255.0f);
+    EXPECT_FLOAT_EQ(thing.plane.samples[50], 85.0f);
 }
 
 /// The photos from elsewhere, none of which is kept here; docs/depth.md tells their origins.

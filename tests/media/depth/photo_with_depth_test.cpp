@@ -95,13 +95,10 @@ EmbeddedDepth linear(EmbeddedDepth depth, double near, double far) {
 // Bare samples, and pictures whose own files say nothing, are turned by the code that comes with them.
 TEST(DecodeDepth, GivesEveryCodingBackTurnedByEveryOrientation) {
     const GrayImage plane = somePlane(9, 5);
-    // The whole range is used, so that spreading 16 bit changes nothing.
-    GrayImage full = plane;
-    full.samples[1] = 0;
     Image<uint16_t, 1> deep(9, 5);
     DepthSamples deep_samples = {"", 9, 5, 16};
-    for (size_t i = 0; i < full.samples.size(); ++i) {
-        deep.samples[i] = static_cast<uint16_t>(full.samples[i] * 257);
+    for (size_t i = 0; i < plane.samples.size(); ++i) {
+        deep.samples[i] = static_cast<uint16_t>(plane.samples[i] * 257);
         deep_samples.bytes += test::little(deep.samples[i], 2);
     }
     EmbeddedDepth deep_bare;
@@ -112,7 +109,7 @@ TEST(DecodeDepth, GivesEveryCodingBackTurnedByEveryOrientation) {
         int bits;
     };
     for (Case each : {Case{bare(plane), plane, 8}, Case{picture(pngFile(plane)), plane, 8},
-                      Case{deep_bare, full, 16}, Case{picture(pngFile(deep)), full, 16}})
+                      Case{deep_bare, plane, 16}, Case{picture(pngFile(deep)), plane, 16}})
         for (int code = 1; code <= 8; ++code) {
             SCOPED_TRACE(testing::Message() << "coding " << each.depth.plane.index() << ", " << each.bits
                                             << " bit, orientation " << code);
@@ -153,20 +150,14 @@ TEST(DecodeDepth, TurnsPlanesOfOtherPolarityOver) {
         depth.larger_is_nearer = false;
         EXPECT_THAT(levels(depth), ElementsAre(255.0f, 195.0f, 55.0f));
     }
-    EmbeddedDepth deep = picture(pngFile(row<uint16_t>({1000, 2000, 5000})));
-    EXPECT_THAT(levels(deep), ElementsAre(0.0f, 63.75f, 255.0f));
+    EmbeddedDepth deep = picture(pngFile(row<uint16_t>({2570, 5140, 12850})));
+    EXPECT_THAT(levels(deep), Pointwise(FloatNear(1e-3f), {10.0f, 20.0f, 50.0f}));
     deep.larger_is_nearer = false;
-    EXPECT_THAT(levels(deep), ElementsAre(255.0f, 191.25f, 0.0f));
+    EXPECT_THAT(levels(deep), Pointwise(FloatNear(1e-3f), {245.0f, 235.0f, 205.0f}));
 }
 
-TEST(DecodeDepth, DoesNotSpreadEightBit) {
-    EXPECT_THAT(levels(picture(pngFile(row<uint8_t>({90, 100, 110})))), ElementsAre(90.0f, 100.0f, 110.0f));
-}
-
-TEST(DecodeDepth, SpreadsSixteenBitWithTheLowerByteFirst) {
-    EXPECT_THAT(levels(bareRow({0x0100, 0x0200, 0x0500})),
-                Pointwise(FloatNear(1e-3f), {0.0f, 63.75f, 255.0f}));
-    EXPECT_THAT(levels(bareRow({51 * 257, 51 * 257})), Each(51.0f)) << "one level has no range";
+TEST(DecodeDepth, ReadsSixteenBitWithTheLowerByteFirst) {
+    EXPECT_THAT(levels(bareRow({0x0101, 0x0202, 0x6464})), Pointwise(FloatNear(1e-3f), {1.0f, 2.0f, 100.0f}));
 }
 
 // From 1 to 256 in 255 steps a sample s lies at s + 1, and (1 / d - 1 / 256) / (1 - 1 / 256) * 255 is
@@ -258,7 +249,7 @@ TEST(DecodeDepth, TakesAHeifItem) {
     EXPECT_EQ(map.plane.width, 128);
     EXPECT_EQ(map.plane.samples, floats(test::turned(plane, 6)).samples);
 
-    // 10 bit, from 200 to 710, half a level each.
+    // 10 bit, from 200 to 710 of 1023.
     Image<uint16_t, 1> deep(plane.width, plane.height);
     for (size_t i = 0; i < deep.samples.size(); ++i)
         deep.samples[i] = static_cast<uint16_t>(200 + 2 * plane.samples[i]);
@@ -271,7 +262,8 @@ TEST(DecodeDepth, TakesAHeifItem) {
     map = decodeDepth(depth, "it");
     EXPECT_EQ(map.bits, 10);
     std::vector<float> expected;
-    for (const uint16_t sample : deep.samples) expected.push_back(static_cast<float>(710 - sample) / 2.0f);
+    for (const uint16_t sample : deep.samples)
+        expected.push_back(static_cast<float>(1023 - sample) * 255.0f / 1023.0f);
     EXPECT_THAT(map.plane.samples, Pointwise(FloatNear(1e-3f), expected));
 
     // A third of 1023.
