@@ -7,6 +7,7 @@
 #include <limits>
 #include <utility>
 
+#include "host/checks.h"
 #include "host/gl_queries.h"
 #include "host/gl_state.h"
 #include "host/look_at.h"
@@ -25,13 +26,6 @@ int goodSamples() { return drawsInSoftware() ? 1 : 4; }
 
 /// OpenGL ES 3 has them without an extension.
 bool hasUnsignedIntIndices() { return glVersion() >= 30 || hasGlExtension("GL_OES_element_index_uint"); }
-
-Status checkSides(const char* what, int width, int height, int smallest, int largest) {
-    if (width >= smallest && height >= smallest && width <= largest && height <= largest)
-        return Status::success();
-    return Status::failure(
-        text("%s: %d x %d pixels; each side must be %d to %d", what, width, height, smallest, largest));
-}
 
 /// The renderer leaves its two shaders to the context. Deleted while they are attached, they go with the
 /// program.
@@ -120,9 +114,8 @@ Status ParallaxView::makeOutput(int width, int height, int samples) {
     if (!status) return status;
     status = checkSides("output", width, height, 1, m_largest_output);
     if (!status) return status;
-    if (samples != kAutoSamples && samples != 1 && samples != 2 && samples != 4 && samples != 8)
-        return Status::failure(text("%d samples a pixel; 1, 2, 4, 8 and %d (as many as are good) are known",
-                                    samples, kAutoSamples));
+    status = checkSamples(samples);
+    if (!status) return status;
 
     m_gl_state->setForUploads();
     std::unique_ptr<Output> output;
@@ -193,25 +186,9 @@ Status ParallaxView::setDepth(const Pixels& depth) {
     Status status = checkCaller();
     if (!status) return status;
     if (!m_has_photo) return Status::failure("depth map: set the photo first");
-    status = checkSides("depth map", depth.width, depth.height, kDepthPixelsPerCell,
-                        m_largest_texture * kDepthPixelsPerCell);
-    if (!status) return status;
-    status = checkPixels("depth map", depth, 1);
-    if (!status) return status;
-
-    const Size grid = {depth.width / kDepthPixelsPerCell, depth.height / kDepthPixelsPerCell};
-    // Sides of 5, 6, 7, 10, 11 and 15 truncate to a grid that they are no longer 4 times.
-    if (depth.width / grid.width != kDepthPixelsPerCell || depth.height / grid.height != kDepthPixelsPerCell)
-        return Status::failure(
-            text("depth map: %d x %d does not divide into cells of 4 x 4; use multiples of 4", depth.width,
-                 depth.height));
     const Size photo = {m_renderer.m_texWidth, m_renderer.m_texHeight};
-    if (photoPixelsPerCell(photo.width, grid.width) == 0 ||
-        photoPixelsPerCell(photo.height, grid.height) == 0)
-        return Status::failure(
-            text("depth map: %d x %d makes a grid of %d x %d cells, and the %d x %d photo is not 1, 2, 4, 8, "
-                 "16 or 32 times that",
-                 depth.width, depth.height, grid.width, grid.height, photo.width, photo.height));
+    status = checkDepthMap(depth, photo, m_largest_texture);
+    if (!status) return status;
     TightRows samples;
     status = TightRows::of("depth map", depth, 1, 1, &samples);
     if (!status) return status;
@@ -342,9 +319,19 @@ Geometry ParallaxView::geometry() const {
     geometry.colour_ratio_y = m_renderer.m_texHeight / m_renderer.m_vtxH;
     geometry.block_bytes = m_block->bytes();
     geometry.pivot_distance = m_renderer.m_z_factor;
-    // The vertex shader puts depth d, 0..1, at distance 32 - 0.4 (35 d - 32).
-    geometry.still_depth = 255.0f * ((32.0f - m_renderer.m_z_factor) / 0.4f + 32.0f) / 35.0f;
+    geometry.still_depth = depthAtDistance(m_renderer.m_z_factor);
     return geometry;
+}
+
+Pixels ParallaxView::guide() const { return plane(m_renderer.m_pSmallTextureData); }
+
+Pixels ParallaxView::shapedDepth() const { return plane(m_renderer.m_pDepthData); }
+
+Pixels ParallaxView::plane(const char* samples) const {
+    if (!m_has_photo || !m_has_depth) return {};
+    const int width = m_renderer.m_vtxW, height = m_renderer.m_vtxH;
+    return {reinterpret_cast<const uint8_t*>(samples),
+            static_cast<size_t>(width) * static_cast<size_t>(height), width, height};
 }
 
 }  // namespace quorvane

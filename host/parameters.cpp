@@ -1,10 +1,13 @@
+#include "host/parameters.h"
+
+#include <cutils/properties.h>
+
+#include <array>
 #include <cmath>
 #include <cstdio>
-#include <string>
-#include <vector>
+#include <cstdlib>
 
 #include "quorvane/host/ParallaxView.h"
-#include "quorvane/parameters.h"
 
 namespace quorvane {
 namespace {
@@ -106,6 +109,27 @@ Status unknown(const std::string& name) {
 
 }  // namespace
 
+LibParam startingParameters(uint32_t orientation, std::vector<std::string>* overridden) {
+    LibParam values = orientation == 4 || orientation == 7 ? LibParam() : secondTunedSet();
+    for (const Parameter& parameter : kParameters) {
+        std::array<char, 128> value = {};
+        if (property_get(parameter.property, value.data(), "") <= 0) continue;
+        if (parameter.integer != nullptr)
+            values.*parameter.integer = std::atoi(value.data());
+        else
+            values.*parameter.real = static_cast<float>(std::atof(value.data()));
+        if (overridden != nullptr) overridden->emplace_back(parameter.name);
+    }
+    return values;
+}
+
+Status storeParameter(const std::string& name, double value, LibParam* parameters) {
+    Status status = ParallaxView::checkParameter(name, value);
+    if (!status) return status;
+    if (const Parameter* found = field(name)) found->store(value, parameters);
+    return status;
+}
+
 const std::vector<ParameterInfo>& ParallaxView::parameters() {
     static const std::vector<ParameterInfo> all = describeAll();
     return all;
@@ -127,11 +151,9 @@ Status ParallaxView::checkParameter(const std::string& name, double value) {
 
 Status ParallaxView::setParameter(const std::string& name, double value) {
     Status status = checkCaller();
-    if (status) status = checkParameter(name, value);
-    if (!status) return status;
-    if (const Parameter* found = field(name)) found->store(value, &m_renderer.params);
-    usePivot();
-    return Status::success();
+    if (status) status = storeParameter(name, value, &m_renderer.params);
+    if (status) usePivot();
+    return status;
 }
 
 Status ParallaxView::parameter(const std::string& name, double* value) const {

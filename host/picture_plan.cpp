@@ -1,25 +1,20 @@
 #include "quorvane/host/PicturePlan.h"
 
-#include <cutils/properties.h>
-
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdlib>
 #include <new>
 #include <utility>
 
 #include "composition/edges.h"
 #include "composition/pivot.h"
 #include "composition/stretch.h"
-#include "depth/shape_depth.h"
+#include "host/checks.h"
+#include "host/parameters.h"
 #include "host/rows.h"
+#include "host/shaping.h"
 #include "host/suggestions.h"
 #include "host/text.h"
-#include "kernels/guided_filter.h"
 #include "quorvane/host/ParallaxView.h"
-#include "quorvane/parameters.h"
-#include "renderer/chosen_path.h"
 #include "sizes/sizes.h"
 #include "view/mesh_extents.h"
 
@@ -27,33 +22,15 @@ namespace quorvane {
 namespace {
 
 constexpr int kLargestSide = 65536;
-// As ESRenderer has them.
-constexpr float kHalfHeight = 18.5f;
-constexpr float kBaseline = 2.4f;
-/// What the photo's reduction may read past the photo.
-constexpr size_t kReadBehindPhoto = 27;
 
 /// The parameters as ESRenderer::getProperties sets them, and which of them somebody has chosen.
 class Parameters {
   public:
-    explicit Parameters(uint32_t orientation) {
-        if (orientation != 4 && orientation != 7) m_values = secondTunedSet();
-        for (const Parameter& parameter : kParameters) {
-            std::array<char, 128> value = {};
-            if (property_get(parameter.property, value.data(), "") <= 0) continue;
-            if (parameter.integer != nullptr)
-                m_values.*parameter.integer = std::atoi(value.data());
-            else
-                m_values.*parameter.real = static_cast<float>(std::atof(value.data()));
-            m_chosen.emplace_back(parameter.name);
-        }
-    }
+    explicit Parameters(uint32_t orientation) : m_values(startingParameters(orientation, &m_chosen)) {}
 
     Status choose(const std::string& name, double value) {
-        Status status = ParallaxView::checkParameter(name, value);
-        if (!status) return status;
-        store(name, value);
-        m_chosen.push_back(name);
+        Status status = storeParameter(name, value, &m_values);
+        if (status) m_chosen.push_back(name);
         return status;
     }
 
@@ -79,8 +56,8 @@ class Parameters {
             if (name == parameter.name) parameter.store(value, &m_values);
     }
 
-    LibParam m_values;
     std::vector<std::string> m_chosen;
+    LibParam m_values;
     std::vector<std::pair<std::string, double>> m_suggested;
 };
 
@@ -97,10 +74,7 @@ Status parametersFor(const PictureRequest& request, Parameters* parameters) {
 }
 
 Status checkSides(const char* what, int width, int height) {
-    if (width >= 1 && height >= 1 && width <= kLargestSide && height <= kLargestSide)
-        return Status::success();
-    return Status::failure(
-        text("%s: %d x %d pixels; each side must be 1 to %d", what, width, height, kLargestSide));
+    return quorvane::checkSides(what, width, height, 1, kLargestSide);
 }
 
 Status checkSizes(const PictureSizes& sizes) {
@@ -166,37 +140,17 @@ Status shape(const PictureRequest& request, const Parameters& chosen, PicturePla
     }
     photo.resize(photo.size() + kReadBehindPhoto);
 
-    const auto cells = static_cast<size_t>(sizes.grid_width) * static_cast<size_t>(sizes.grid_height);
-    std::vector<uint8_t> guide_plane(cells), scratch(cells);
-    std::vector<unsigned char> filter_buffer(
-        static_cast<size_t>(guidedFilterBufferSize(sizes.grid_width, sizes.grid_height)));
-    plan->shaped.resize(cells);
-
-    DepthShaping shaping = {};
-    shaping.photo = photo.data();
-    shaping.photo_width = guide.width;
-    shaping.photo_height = guide.height;
-    shaping.depth = plan->depth.data();
-    shaping.depth_width = plan->depth_width;
-    shaping.depth_height = plan->depth_height;
-    shaping.width = sizes.grid_width;
-    shaping.height = sizes.grid_height;
-    shaping.rx = parameters.guided_filter_rx;
-    shaping.ry = parameters.guided_filter_ry;
-    shaping.eps = parameters.guided_filter_eps;
-    shaping.contrast = parameters.depth_contrast;
-    shaping.guide = guide_plane.data();
-    shaping.scratch = scratch.data();
-    shaping.filter_buffer = filter_buffer.data();
-    shaping.shaped = plan->shaped.data();
-    shapeDepth(chosenPath(), shaping, [](ShapingStep, bool) {});
+    plan->shaped =
+        shapedAsByRenderer(photo.data(), guide, plan->depth.data(), {plan->depth_width, plan->depth_height},
+                           {sizes.grid_width, sizes.grid_height}, parameters)
+            .shaped;
     return Status::success();
 }
 
 Composed composedOf(const PictureRequest& request, const ShapedDepth& shaped, const LibParam& parameters) {
     const auto width = static_cast<float>(request.width), height = static_cast<float>(request.height);
-    const MeshExtents extents = meshExtents(width, height, kHalfHeight, kBaseline);
-    return {{shaped, static_cast<double>(extents.half_width), static_cast<double>(kHalfHeight)},
+    const MeshExtents extents = meshExtents(width, height, kMeshHalfHeight, kMeshBaseline);
+    return {{shaped, static_cast<double>(extents.half_width), static_cast<double>(kMeshHalfHeight)},
             parameters,
             width,
             height};

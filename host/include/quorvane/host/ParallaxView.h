@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "PhotoView.h"
 #include "PicturePlan.h"
 #include "Pixels.h"
 #include "Status.h"
@@ -32,21 +33,6 @@ struct ParameterInfo {
     double maximum;  ///< inclusive
     TakesEffect takes_effect;
     const char* meaning;  ///< with its unit
-};
-
-/// What was planned for the images in use.
-struct Geometry {
-    int grid_width;      ///< cells; the shaped depth map has a sample for each
-    int grid_height;     ///< cells
-    int colour_ratio_x;  ///< photo pixels a cell: 1, 2, 4, 8, 16 or 32
-    int colour_ratio_y;
-    int block_bytes;   ///< working memory
-    float half_width;  ///< of the mesh, object units
-    float half_height;
-    float pivot_distance;  ///< in front of the camera, object units
-    /// The shaped depth, on the scale 0..255, that stays in place while the view swings; nearer depths move
-    /// one way and farther ones the other. Below 0 when the pivot lies behind everything.
-    float still_depth;
 };
 
 /// Leaves the number of samples to the view: 4, or as many as the driver has; 1 where it draws in software,
@@ -87,7 +73,7 @@ struct ViewOptions {
 ///     distances, clamping of depths and discarding of primitives; clip control and the primitive bounding
 ///     box are as at first; with several samples also: multisampling is on and sample shading off
 ///   - transform feedback that is running is paused, and a query that is running counts what `render` draws
-class ParallaxView {
+class ParallaxView final : public PhotoView {
   public:
     /// Makes a view whose pictures are width x height pixels.
     static Status create(int width, int height, const ViewOptions& options,
@@ -98,14 +84,14 @@ class ParallaxView {
 
     /// Where the view's context is not current, its GL objects are left to go with that context, and one line
     /// at warning priority says so in the log.
-    ~ParallaxView();
+    ~ParallaxView() override;
 
     ParallaxView(const ParallaxView&) = delete;
     ParallaxView& operator=(const ParallaxView&) = delete;
 
     /// Copies and uploads a photo of 3 bytes a pixel: R, G, B. Sides from 1 to the driver's texture limit. A
     /// photo of another size than the last one unsets the depth map.
-    Status setPhoto(const Pixels& rgb);
+    Status setPhoto(const Pixels& rgb) override;
 
     /// The same for 4 bytes a pixel, the last of which is ignored: R, G, B, and alpha or nothing.
     Status setPhotoRgba(const Pixels& rgba);
@@ -114,11 +100,11 @@ class ParallaxView {
     /// the grid is the size / 4, and the photo must be 1, 2, 4, 8, 16 or 32 times the grid on each axis, to
     /// within one cell. After a new photo of the same size, calling this again makes the depth follow the new
     /// photo's edges.
-    Status setDepth(const Pixels& depth);
+    Status setDepth(const Pixels& depth) override;
 
     /// Looks from (x, y), each -1..1 and clamped to it: positive x from the right, positive y from above.
     /// (0, 0) is the rest position. The border dead zone holds the ends a little inside.
-    Status lookAt(float x, float y);
+    Status lookAt(float x, float y) override;
 
     /// The renderer's own motion setters, for hosts that feed it device samples. Finite values only.
     Status setAccelerometerData(float x, float y, float z);
@@ -134,7 +120,7 @@ class ParallaxView {
     /// fractional. Any thread.
     static Status checkParameter(const std::string& name, double value);
 
-    Status setParameter(const std::string& name, double value);
+    Status setParameter(const std::string& name, double value) override;
 
     Status parameter(const std::string& name, double* value) const;
 
@@ -166,23 +152,28 @@ class ParallaxView {
     /// How many samples a pixel are drawn: as many as were asked for, or half of that as often as the driver
     /// does not know the count or has too little memory for it. 1 where the driver cannot draw several;
     /// pictures of twice the size, reduced, are as smooth then.
-    int samples() const noexcept;
+    int samples() const noexcept override;
 
     /// Draws the picture and waits until it is finished. Needs a photo and a depth map.
-    Status render();
+    Status render() override;
 
     /// Copies the last picture, 4 bytes a pixel: R, G, B, A. `rgba` has the picture's size.
-    Status readPixels(const WritablePixels& rgba) const;
+    Status readPixels(const WritablePixels& rgba) const override;
 
     /// The last picture's texture, RGBA, its first row the picture's top. Deleted by `resize`,
     /// `setSamples` and the destructor.
     GLuint texture() const noexcept;
 
-    int width() const noexcept { return m_width; }
-    int height() const noexcept { return m_height; }
+    int width() const noexcept override { return m_width; }
+    int height() const noexcept override { return m_height; }
+
+    int largestPhotoSide() const noexcept override { return m_largest_texture; }
 
     /// Zeroes but for the extents until photo and depth are set.
-    Geometry geometry() const;
+    Geometry geometry() const override;
+
+    Pixels guide() const override;
+    Pixels shapedDepth() const override;
 
     /// The renderer's state, for diagnostics.
     const ESRenderer& renderer() const noexcept { return m_renderer; }
@@ -194,6 +185,7 @@ class ParallaxView {
     Status checkCaller() const;
     Status checkSample(float x, float y, float z) const;
     Status setPhoto(const Pixels& pixels, int bytes_per_pixel);
+    Pixels plane(const char* samples) const;
     bool holdsPhoto(int width, int height) const;
     void usePivot();
 

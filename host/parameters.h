@@ -1,0 +1,21 @@
+#ifndef QUORVANE_HOST_PARAMETERS_H
+#define QUORVANE_HOST_PARAMETERS_H
+
+#include <string>
+#include <vector>
+
+#include "quorvane/host/Status.h"
+#include "quorvane/parameters.h"
+
+namespace quorvane {
+
+/// The parameters as ESRenderer::getProperties sets them in a new renderer. Adds to `overridden`, unless it
+/// is null, the names of those that a device property decides.
+LibParam startingParameters(uint32_t orientation, std::vector<std::string>* overridden);
+
+/// Checks and stores one.
+Status storeParameter(const std::string& name, double value, LibParam* parameters);
+
+}  // namespace quorvane
+
+#endif
