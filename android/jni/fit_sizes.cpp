@@ -9,9 +9,10 @@ namespace quorvane {
 namespace {
 
 jintArray plan(JNIEnv* env, jclass, jint photo_width, jint photo_height, jint depth_width, jint depth_height,
-               jint picture_width, jint picture_height, jint largest_side) {
-    const FitPlan plan = planFit({photo_width, photo_height}, {depth_width, depth_height},
-                                 {picture_width, picture_height}, largest_side);
+               jint picture_width, jint picture_height, jint largest_side, jboolean fine) {
+    const FitPlan plan =
+        planFit({photo_width, photo_height}, {depth_width, depth_height}, {picture_width, picture_height},
+                largest_side, fine != JNI_FALSE ? kAutoGridLive : kCoarseGrid);
     const jint values[] = {plan.photo.width,      plan.photo.height,    plan.depth.width,
                            plan.depth.height,     plan.fit.ratio,       plan.fit.photo.width,
                            plan.fit.photo.height, plan.fit.depth.width, plan.fit.depth.height};
@@ -26,7 +27,7 @@ jintArray plan(JNIEnv* env, jclass, jint photo_width, jint photo_height, jint de
 bool registerFitSizes(JNIEnv* env) {
     const jclass type = env->FindClass("quorvane/parallax/FitSizes");
     if (type == nullptr) return false;
-    const JNINativeMethod methods[] = {nativeMethod<plan>("nativePlan", "(IIIIIII)[I")};
+    const JNINativeMethod methods[] = {nativeMethod<plan>("nativePlan", "(IIIIIIIZ)[I")};
     return env->RegisterNatives(type, methods, 1) == JNI_OK;
 }
 

@@ -11,6 +11,7 @@
 #include "current_context.h"
 #include "fit_sizes.h"
 #include "java.h"
+#include "picture_plan.h"
 #ifdef QUORVANE_PORTRAIT_PHOTO
 #include "portrait_photo.h"
 #endif
@@ -260,7 +261,7 @@ extern "C" JNIEXPORT jint JNI_OnLoad(JavaVM* machine, void*) {
     };
     const jint count = sizeof methods / sizeof methods[0];
     if (env->RegisterNatives(type, methods, count) != JNI_OK) return JNI_ERR;
-    if (!quorvane::registerFitSizes(env)) return JNI_ERR;
+    if (!quorvane::registerFitSizes(env) || !quorvane::registerPicturePlan(env)) return JNI_ERR;
 #ifdef QUORVANE_PORTRAIT_PHOTO
     if (!quorvane::registerPortraitPhoto(env)) return JNI_ERR;
 #endif

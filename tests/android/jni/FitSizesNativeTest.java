@@ -134,6 +134,15 @@ final class FitSizesNativeTest {
         fits(16, 304, 304, FitSizes.of(400, 300, 100, 75, 50, 50, LARGEST));
     }
 
+    public void takesAFineGridForCleanEdges() {
+        // 320 x 240 cells are 153,600 triangles, 160 x 120 are 38,400.
+        fits(2, 320, 240, FitSizes.forCleanEdges(320, 240, 160, 120, 320, 240, LARGEST));
+        fits(1, 160, 120, FitSizes.forCleanEdges(160, 120, 16, 12, 160, 120, LARGEST));
+        // A picture of another shape has its cells in the middle.
+        parts(new int[] {40, 0, 240, 240}, new int[] {20, 0, 120, 120},
+                FitSizes.forCleanEdges(320, 240, 160, 120, 50, 50, LARGEST));
+    }
+
     public void theCallersCannotChangeTheParts() {
         FitSizes fit = FitSizes.of(400, 300, 400, 300, 100, 100, LARGEST);
         fit.photoPart()[0] = 7;

@@ -3,6 +3,7 @@
 
 #include <quorvane/host/OffscreenContext.h>
 #include <quorvane/host/ParallaxView.h>
+#include <quorvane/host/PicturePlan.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +14,8 @@ namespace {
 
 using quorvane::OffscreenContext;
 using quorvane::ParallaxView;
+using quorvane::PicturePlan;
+using quorvane::PictureRequest;
 using quorvane::Status;
 using Bytes = std::vector<uint8_t>;
 
@@ -33,6 +36,20 @@ Bytes picture(ParallaxView* view) {
     Bytes pixels(size_t{4} * static_cast<size_t>(view->width()) * static_cast<size_t>(view->height()));
     require(view->readPixels({pixels, view->width(), view->height()}));
     return pixels;
+}
+
+/// What a plan of that depth map looks like from (0.5, -0.25).
+Bytes planned(const PictureRequest& request, const Bytes& photo) {
+    PicturePlan plan;
+    require(quorvane::planPicture(request, &plan));
+    std::unique_ptr<ParallaxView> view;
+    require(ParallaxView::create(request.width, request.height, request.orientation, &view));
+    for (const auto& [name, value] : plan.parameters) require(view->setParameter(name, value));
+    require(view->setPhoto({photo, request.sizes.photo_width, request.sizes.photo_height}));
+    require(view->setDepth({plan.depth, plan.depth_width, plan.depth_height}));
+    const auto swing = static_cast<float>(plan.swing);
+    require(view->lookAt(0.5f * swing, -0.25f * swing));
+    return picture(view.get());
 }
 
 }  // namespace
@@ -76,4 +93,29 @@ int main(int argc, char** argv) {
     require(view->applyProperties(0));
     require(view->setDepth({depth, 160, 120}));
     write(folder + "turned.rgba", picture(view.get()));
+    view.reset();
+
+    PictureRequest request;
+    request.sizes = {320, 240, 160, 120};
+    request.depth = {depth, 160, 120};
+    request.width = 160;
+    request.height = 120;
+    write(folder + "clean.rgba", planned(request, photo));
+
+    request.parameters = {{"rotate_x_boundary", 40.0}, {"trans_to_rotate_scale", 1.5}};
+    request.orientation = 0;
+    write(folder + "reduced.rgba", planned(request, photo));
+
+    request = {};
+    request.sizes = {320, 240, 40, 30};
+    request.photo = {photo, 320, 240};
+    request.depth = {depth, 160, 120};
+    request.clean_edges = false;
+    request.width = 160;
+    request.height = 120;
+    request.pivot = quorvane::Pivot::kPoint;
+    request.pivot_x = 0.9;
+    request.pivot_y = 0.1;
+    request.frame = 0.7;
+    write(folder + "soft.rgba", planned(request, photo));
 }

@@ -51,13 +51,31 @@ public final class FitSizes {
      */
     public static FitSizes of(int photoWidth, int photoHeight, int depthWidth, int depthHeight,
             int pictureWidth, int pictureHeight, int largestSide) {
+        return of(photoWidth, photoHeight, depthWidth, depthHeight, pictureWidth, pictureHeight,
+                largestSide, false);
+    }
+
+    /**
+     * The same with the finest grid that a phone draws in time, of up to 100,000 triangles: for
+     * clean edges, which {@link PicturePlan} makes of a depth map of any size.
+     *
+     * @throws IllegalArgumentException for a size below 1
+     */
+    public static FitSizes forCleanEdges(int photoWidth, int photoHeight, int depthWidth,
+            int depthHeight, int pictureWidth, int pictureHeight, int largestSide) {
+        return of(photoWidth, photoHeight, depthWidth, depthHeight, pictureWidth, pictureHeight,
+                largestSide, true);
+    }
+
+    private static FitSizes of(int photoWidth, int photoHeight, int depthWidth, int depthHeight,
+            int pictureWidth, int pictureHeight, int largestSide, boolean fine) {
         requireSides("photo", photoWidth, photoHeight);
         requireSides("depth map", depthWidth, depthHeight);
         requireSides("picture", pictureWidth, pictureHeight);
         requireSides("largest side", largestSide, largestSide);
         ParallaxRenderer.loadLibrary();
         int[] plan = nativePlan(photoWidth, photoHeight, depthWidth, depthHeight, pictureWidth,
-                pictureHeight, largestSide);
+                pictureHeight, largestSide, fine);
         return new FitSizes(middle(photoWidth, photoHeight, plan[0], plan[1]),
                 middle(depthWidth, depthHeight, plan[2], plan[3]),
                 new int[] {plan[4], plan[5], plan[6], plan[7], plan[8]});
@@ -104,5 +122,5 @@ public final class FitSizes {
      * height of the fitted photo and of the fitted depth map.
      */
     private static native int[] nativePlan(int photoWidth, int photoHeight, int depthWidth,
-            int depthHeight, int pictureWidth, int pictureHeight, int largestSide);
+            int depthHeight, int pictureWidth, int pictureHeight, int largestSide, boolean fine);
 }

@@ -48,6 +48,7 @@ public class ParallaxPhotoView extends TextureView
     private ParallaxStage.Picture photo;
     private ParallaxStage.Picture depth;
     private OnErrorListener listener;
+    private final ParallaxStage.Composition composition = new ParallaxStage.Composition();
     private float fullSwing = 15f;
     private boolean reducedMotion;
     private boolean draggable = true;
@@ -100,7 +101,8 @@ public class ParallaxPhotoView extends TextureView
     }
 
     /**
-     * Tunes the picture. A value that is refused is told to the listener and changes nothing. Takes
+     * Tunes the picture. A value that is refused is told to the listener and changes nothing. One
+     * that is taken is kept: what the view would choose for that parameter no longer counts. Takes
      * as long as uploading the images anew.
      *
      * @param name of {@link ParallaxRenderer#parameters}
@@ -110,6 +112,66 @@ public class ParallaxPhotoView extends TextureView
         if (stage != null) {
             stage.setParameter(name, value);
         }
+    }
+
+    /**
+     * Shows a fixed part of each side of the photo. At first as much is shown as leaves no border
+     * however the view swings.
+     *
+     * @throws IllegalArgumentException unless it is from 0.05 to 1
+     */
+    public void setFrame(double part) {
+        if (!(part >= 0.05 && part <= 1.0)) {
+            throw new IllegalArgumentException("frame: " + part + "; it is from 0.05 to 1");
+        }
+        composition.frame = part;
+        compose();
+    }
+
+    /** Shows as much of the photo as leaves no border, as at first. */
+    public void setFrameAuto() {
+        composition.frame = Double.NaN;
+        compose();
+    }
+
+    /**
+     * Keeps in place what the photo shows at a point. At first the subject stays in place: the
+     * nearest large thing near the middle.
+     *
+     * @param x from 0 at the photo's left to 1
+     * @param y from 0 at its top to 1
+     * @throws IllegalArgumentException unless both are from 0 to 1
+     */
+    public void setPivot(double x, double y) {
+        if (!(x >= 0.0 && x <= 1.0 && y >= 0.0 && y <= 1.0)) {
+            throw new IllegalArgumentException(
+                    "pivot: " + x + ", " + y + "; both are from 0 to 1");
+        }
+        composition.pivot = new double[] {x, y};
+        composition.pivotOff = false;
+        compose();
+    }
+
+    /** Keeps the subject in place, as at first. */
+    public void setPivotAuto() {
+        composition.pivot = null;
+        composition.pivotOff = false;
+        compose();
+    }
+
+    /** Keeps in place the depth that the parameters give. */
+    public void setPivotOff() {
+        composition.pivotOff = true;
+        compose();
+    }
+
+    /**
+     * Says whether near things stay whole where they meet far ones, as at first. Otherwise the
+     * depth map is only smoothed along the photo's edges.
+     */
+    public void setCleanEdges(boolean clean) {
+        composition.cleanEdges = clean;
+        compose();
     }
 
     /**
@@ -177,6 +239,7 @@ public class ParallaxPhotoView extends TextureView
         stage = new ParallaxStage(getContext(), getDisplay(), this::tell);
         stage.setFullSwing(fullSwing);
         stage.setReducedMotion(reducedMotion);
+        stage.setComposition(composition);
         for (Map.Entry<String, Double> parameter : parameters.entrySet()) {
             stage.setParameter(parameter.getKey(), parameter.getValue());
         }
@@ -243,6 +306,12 @@ public class ParallaxPhotoView extends TextureView
         depth = newDepth;
         if (stage != null) {
             stage.setImages(photo, depth);
+        }
+    }
+
+    private void compose() {
+        if (stage != null) {
+            stage.setComposition(composition);
         }
     }
 

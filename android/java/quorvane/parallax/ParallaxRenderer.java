@@ -4,6 +4,7 @@ import java.nio.ByteBuffer;
 import java.util.Arrays;
 import java.util.Collections;
 import java.util.List;
+import java.util.Map;
 import java.util.concurrent.atomic.AtomicLong;
 
 /**
@@ -116,6 +117,20 @@ public final class ParallaxRenderer implements AutoCloseable {
         final long open = open();
         checkBuffer("depth map", depth);
         nativeSetDepth(open, width, height, depth, depth.position(), depth.remaining());
+    }
+
+    /**
+     * Takes the parameters and the depth map of a plan, which was made for this renderer's size and
+     * orientation and the photo that it has. Positions are to be multiplied by its {@link
+     * PicturePlan#swing}.
+     *
+     * @param plan of the picture
+     */
+    public void use(PicturePlan plan) {
+        for (Map.Entry<String, Double> parameter : plan.parameters().entrySet()) {
+            setParameter(parameter.getKey(), parameter.getValue());
+        }
+        setDepth(plan.depthWidth(), plan.depthHeight(), plan.depth());
     }
 
     /**
@@ -325,7 +340,7 @@ public final class ParallaxRenderer implements AutoCloseable {
                 "called from another thread than the one that created the renderer");
     }
 
-    private static void checkBuffer(String what, ByteBuffer buffer) {
+    static void checkBuffer(String what, ByteBuffer buffer) {
         if (buffer == null) {
             throw new ParallaxException(what + ": no buffer given");
         }

@@ -9,6 +9,7 @@ import android.os.Process;
 import android.provider.Settings;
 import android.view.Choreographer;
 import android.view.Display;
+import java.nio.ByteBuffer;
 import java.util.Iterator;
 import java.util.LinkedHashMap;
 import java.util.Map;
@@ -23,6 +24,25 @@ final class ParallaxStage implements Choreographer.FrameCallback {
     /** Gets an image for the stage's thread, its longer side about as asked for. */
     interface Picture {
         Bitmap get(int longest);
+    }
+
+    /** What is chosen for a picture unless the app says it. */
+    static final class Composition {
+        boolean cleanEdges = true;
+        /** The visible part of each side; NaN: as much as shows no border. */
+        double frame = Double.NaN;
+        boolean pivotOff;
+        /** The point of the photo that stays in place; null: the subject. */
+        double[] pivot;
+
+        Composition copy() {
+            Composition copy = new Composition();
+            copy.cleanEdges = cleanEdges;
+            copy.frame = frame;
+            copy.pivotOff = pivotOff;
+            copy.pivot = pivot;
+            return copy;
+        }
     }
 
     /** The tuned parameters for a phone. */
@@ -45,6 +65,7 @@ final class ParallaxStage implements Choreographer.FrameCallback {
     private final TiltTracker tracker = new TiltTracker();
     private final MotionSensor sensor;
     private final Map<String, Double> parameters = new LinkedHashMap<>();
+    private Composition composition = new Composition();
     private boolean reducedMotion;
     private boolean shown;
     private boolean running;
@@ -55,6 +76,7 @@ final class ParallaxStage implements Choreographer.FrameCallback {
     private int height;
     private Screen screen;
     private ParallaxRenderer renderer;
+    private float swing;
     private float drawnX;
     private float drawnY;
 
@@ -106,6 +128,11 @@ final class ParallaxStage implements Choreographer.FrameCallback {
 
     void setParameter(String name, double value) {
         change(() -> parameters.put(name, value));
+    }
+
+    void setComposition(Composition newComposition) {
+        Composition copy = newComposition.copy();
+        change(() -> composition = copy);
     }
 
     void setFullSwing(float degrees) {
@@ -207,7 +234,7 @@ final class ParallaxStage implements Choreographer.FrameCallback {
         }
         drawnX = tracker.x();
         drawnY = tracker.y();
-        renderer.lookAt(drawnX, drawnY);
+        renderer.lookAt(swing * drawnX, swing * drawnY);
         screen.show(renderer.render(), width, height);
     }
 
@@ -215,17 +242,54 @@ final class ParallaxStage implements Choreographer.FrameCallback {
         screen = new Screen(surface);
         renderer = ParallaxRenderer.create(width, height, ORIENTATION);
         setParameters();
-        FitSizes fit = FitSizes.of(photo.getWidth(), photo.getHeight(), depth.getWidth(),
-                depth.getHeight(), width, height, Math.min(LONGEST_PHOTO, screen.largestTexture()));
+        int largestSide = Math.min(LONGEST_PHOTO, screen.largestTexture());
+        FitSizes fit = composition.cleanEdges
+                ? FitSizes.forCleanEdges(photo.getWidth(), photo.getHeight(), depth.getWidth(),
+                        depth.getHeight(), width, height, largestSide)
+                : FitSizes.of(photo.getWidth(), photo.getHeight(), depth.getWidth(),
+                        depth.getHeight(), width, height, largestSide);
         try {
-            renderer.setPhotoRgba(fit.photoWidth, fit.photoHeight,
-                    Pixels.rgba(photo, fit.photoPart(), fit.photoWidth, fit.photoHeight));
-            renderer.setDepth(fit.depthWidth, fit.depthHeight,
-                    Pixels.red(depth, fit.depthPart(), fit.depthWidth, fit.depthHeight));
+            ByteBuffer pixels =
+                    Pixels.rgba(photo, fit.photoPart(), fit.photoWidth, fit.photoHeight);
+            renderer.setPhotoRgba(fit.photoWidth, fit.photoHeight, pixels);
+            PicturePlan plan = plan(fit, pixels);
+            renderer.use(plan);
+            swing = (float) plan.swing;
         } catch (OutOfMemoryError e) {
             throw new ParallaxException("too little memory for a photo of " + fit.photoWidth + " x "
                     + fit.photoHeight + " pixels; a smaller one will do");
         }
+    }
+
+    private PicturePlan plan(FitSizes fit, ByteBuffer pixels) {
+        PicturePlan.Request request = new PicturePlan.Request(fit, width, height)
+                .orientation(ORIENTATION)
+                .cleanEdges(composition.cleanEdges)
+                .photoRgba(pixels);
+        for (Map.Entry<String, Double> parameter : parameters.entrySet()) {
+            request.parameter(parameter.getKey(), parameter.getValue());
+        }
+        if (!Double.isNaN(composition.frame)) {
+            request.frame(composition.frame);
+        }
+        if (composition.pivotOff) {
+            request.pivotOff();
+        } else if (composition.pivot != null) {
+            int[] part = fit.photoPart();
+            request.pivotAt(within(composition.pivot[0], photo.getWidth(), part[0], part[2]),
+                    within(composition.pivot[1], photo.getHeight(), part[1], part[3]));
+        }
+        // Clean edges keep the map's own samples.
+        int[] part = fit.depthPart();
+        int samplesWide = composition.cleanEdges ? part[2] : fit.depthWidth;
+        int samplesHigh = composition.cleanEdges ? part[3] : fit.depthHeight;
+        return request.plan(
+                samplesWide, samplesHigh, Pixels.red(depth, part, samplesWide, samplesHigh));
+    }
+
+    /** Where a place of the whole photo lies on the part that is shown, or its nearest end. */
+    private static double within(double place, int whole, int first, int length) {
+        return Math.max(0.0, Math.min(1.0, (place * whole - first) / length));
     }
 
     // One that is refused is dropped, so that the picture shows without it.

@@ -1,31 +1,54 @@
 package quorvane.parallax;
 
-/** Cuts to the picture's shape as the real one does, and has 16 photo pixels a cell, always. */
+/**
+ * Cuts to the picture's shape as the real one does, and has 16 photo pixels a cell, always, or 8 for
+ * clean edges.
+ */
 public final class FitSizes {
     public final int photoWidth;
     public final int photoHeight;
     public final int depthWidth;
     public final int depthHeight;
 
-    private FitSizes(int cellsX, int cellsY) {
-        photoWidth = 16 * cellsX;
-        photoHeight = 16 * cellsY;
+    private final int[] photoPart;
+    private final int[] depthPart;
+
+    private FitSizes(int ratio, int[] photoPart, int[] depthPart) {
+        this.photoPart = photoPart;
+        this.depthPart = depthPart;
+        int cellsX = (photoPart[2] + ratio - 1) / ratio;
+        int cellsY = (photoPart[3] + ratio - 1) / ratio;
+        photoWidth = ratio * cellsX;
+        photoHeight = ratio * cellsY;
         depthWidth = 4 * cellsX;
         depthHeight = 4 * cellsY;
     }
 
     public static FitSizes of(int photoWidth, int photoHeight, int depthWidth, int depthHeight,
             int pictureWidth, int pictureHeight, int largestSide) {
-        int width = Math.min(photoWidth, photoHeight * pictureWidth / pictureHeight);
-        int height = Math.min(photoHeight, photoWidth * pictureHeight / pictureWidth);
-        return new FitSizes((width + 15) / 16, (height + 15) / 16);
+        return new FitSizes(16, middle(photoWidth, photoHeight, pictureWidth, pictureHeight),
+                middle(depthWidth, depthHeight, pictureWidth, pictureHeight));
+    }
+
+    public static FitSizes forCleanEdges(int photoWidth, int photoHeight, int depthWidth,
+            int depthHeight, int pictureWidth, int pictureHeight, int largestSide) {
+        return new FitSizes(8, middle(photoWidth, photoHeight, pictureWidth, pictureHeight),
+                middle(depthWidth, depthHeight, pictureWidth, pictureHeight));
+    }
+
+    private static int[] middle(int width, int height, int pictureWidth, int pictureHeight) {
+        int partWidth = Math.min(width, height * pictureWidth / pictureHeight);
+        int partHeight = Math.min(height, width * pictureHeight / pictureWidth);
+        return new int[] {
+            (width - partWidth) / 2, (height - partHeight) / 2, partWidth, partHeight
+        };
     }
 
     public int[] photoPart() {
-        return null;
+        return photoPart;
     }
 
     public int[] depthPart() {
-        return null;
+        return depthPart;
     }
 }

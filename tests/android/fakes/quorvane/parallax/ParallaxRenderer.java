@@ -32,8 +32,8 @@ public final class ParallaxRenderer implements AutoCloseable {
         photo = width + " x " + height;
     }
 
-    public void setDepth(int width, int height, ByteBuffer samples) {
-        depth = width + " x " + height;
+    public void use(PicturePlan plan) {
+        depth = plan.depth;
     }
 
     public void lookAt(float newX, float y) {

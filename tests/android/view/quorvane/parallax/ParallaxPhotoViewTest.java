@@ -2,6 +2,7 @@ package quorvane.parallax;
 
 import static org.junit.Assert.assertEquals;
 import static org.junit.Assert.assertFalse;
+import static org.junit.Assert.assertThrows;
 import static org.junit.Assert.assertTrue;
 
 import android.content.ContentResolver;
@@ -53,6 +54,7 @@ public final class ParallaxPhotoViewTest {
         Screen.LOSSES.set(0);
         Settings.Global.scale = 1f;
         ParallaxRenderer.parameter = null;
+        PicturePlan.asked = null;
         view.setOnErrorListener(errors::add);
     }
 
@@ -120,10 +122,72 @@ public final class ParallaxPhotoViewTest {
         enterWithImages();
         assertEquals("200 x 100", ParallaxRenderer.size);
         // Of 400 x 300 the middle 400 x 200, and of 80 x 60 the middle 80 x 40.
-        // In cells of 16 pixels those are 25 x 13.
-        assertEquals("400 x 208", ParallaxRenderer.photo);
-        assertEquals("100 x 52", ParallaxRenderer.depth);
+        // In cells of 8 pixels those are 50 x 25.
+        assertEquals("400 x 200", ParallaxRenderer.photo);
+        assertEquals("200 x 100", ParallaxRenderer.depth);
         assertTrue(errors.isEmpty());
+    }
+
+    private static void untilAsked(String words) {
+        until(() -> words.equals(PicturePlan.asked));
+    }
+
+    @Test
+    public void choosesFramePivotAndCleanEdgesUnlessTold() {
+        enterWithImages();
+        // The map's own samples: edges are found in them.
+        untilAsked("200 x 100, clean, depth 80 x 40");
+        view.setFrame(0.75);
+        untilAsked("200 x 100, clean, frame 0.75, depth 80 x 40");
+        view.setFrameAuto();
+        // Of 400 x 300 the 200 rows from 50 on are shown.
+        view.setPivot(0.5, 0.25);
+        untilAsked("200 x 100, clean, pivot 0.5 0.125, depth 80 x 40");
+        view.setPivot(1.0, 0.0);
+        untilAsked("200 x 100, clean, pivot 1.0 0.0, depth 80 x 40");
+        view.setPivotOff();
+        untilAsked("200 x 100, clean, pivot off, depth 80 x 40");
+        view.setPivotAuto();
+        untilAsked("200 x 100, clean, depth 80 x 40");
+        view.setParameter("fov_scale", 0.7);
+        untilAsked("200 x 100, clean, fov_scale = 0.7, depth 80 x 40");
+        view.setCleanEdges(false);
+        // 25 x 13 cells of 16 pixels, of 4 samples each.
+        untilAsked("200 x 100, soft, fov_scale = 0.7, depth 100 x 52");
+        moreFrames();
+        assertTrue(errors.isEmpty());
+    }
+
+    @Test
+    public void keepsWhatWasChosenBeforeItEnters() {
+        view.setFrame(0.5);
+        view.setPivotOff();
+        view.setCleanEdges(false);
+        enterWithImages();
+        assertEquals("200 x 100, soft, frame 0.5, pivot off, depth 100 x 52", PicturePlan.asked);
+    }
+
+    @Test
+    public void swingsAsFarAsThePlanAllows() {
+        enterWithImages();
+        view.onTouchEvent(new MotionEvent(MotionEvent.ACTION_DOWN, 0, 100f));
+        view.onTouchEvent(new MotionEvent(MotionEvent.ACTION_MOVE, 0, 60f));
+        // It nears 0.379 and, held, is moved by nothing else.
+        until(() -> ParallaxRenderer.x > 0.37f);
+        view.setFrame(1.0);
+        until(() -> ParallaxRenderer.x < 0.2f);
+        assertEquals(0.5f * 0.379f, ParallaxRenderer.x, 0.005f);
+        view.onTouchEvent(new MotionEvent(MotionEvent.ACTION_UP, 0, 60f));
+    }
+
+    @Test
+    public void refusesWhatIsNoFrameOrPivot() {
+        assertThrows(IllegalArgumentException.class, () -> view.setFrame(0.04));
+        assertThrows(IllegalArgumentException.class, () -> view.setFrame(Double.NaN));
+        assertThrows(IllegalArgumentException.class, () -> view.setPivot(-0.1, 0.5));
+        assertThrows(IllegalArgumentException.class, () -> view.setPivot(0.5, Double.NaN));
+        enterWithImages();
+        assertEquals("200 x 100, clean, depth 80 x 40", PicturePlan.asked);
     }
 
     @Test

@@ -1,0 +1,64 @@
+package quorvane.parallax;
+
+import java.nio.ByteBuffer;
+
+/** Says what it was asked for last, and halves the swing when it shows the whole photo. */
+public final class PicturePlan {
+    static volatile String asked;
+
+    public double swing = 1.0;
+    String depth;
+
+    public static final class Request {
+        private final StringBuilder words = new StringBuilder();
+        private final FitSizes fit;
+        private boolean whole;
+
+        public Request(FitSizes fit, int width, int height) {
+            this.fit = fit;
+            words.append(width).append(" x ").append(height);
+        }
+
+        public Request orientation(int code) {
+            return this;
+        }
+
+        public Request parameter(String name, double value) {
+            words.append(", ").append(name).append(" = ").append(value);
+            return this;
+        }
+
+        public Request cleanEdges(boolean clean) {
+            words.append(clean ? ", clean" : ", soft");
+            return this;
+        }
+
+        public Request pivotAt(double x, double y) {
+            words.append(", pivot ").append(x).append(" ").append(y);
+            return this;
+        }
+
+        public Request pivotOff() {
+            words.append(", pivot off");
+            return this;
+        }
+
+        public Request frame(double part) {
+            words.append(", frame ").append(part);
+            whole = part == 1.0;
+            return this;
+        }
+
+        public Request photoRgba(ByteBuffer rgba) {
+            return this;
+        }
+
+        public PicturePlan plan(int depthWidth, int depthHeight, ByteBuffer depth) {
+            asked = words + ", depth " + depthWidth + " x " + depthHeight;
+            PicturePlan plan = new PicturePlan();
+            plan.swing = whole ? 0.5 : 1.0;
+            plan.depth = fit.depthWidth + " x " + fit.depthHeight;
+            return plan;
+        }
+    }
+}
