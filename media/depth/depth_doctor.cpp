@@ -52,13 +52,16 @@ void examineUnknown(DepthMap* depth, std::vector<Finding>* findings) {
 }
 
 /// How sure it is that the pixels of `extreme` hold no depth. A far plane or a near thing is large or in few
-/// pieces, and often cut by the frame; what a sensor missed is in many specks. Sensors of 16 bit write 0.
+/// pieces, and often cut by the frame; what a sensor missed is in many specks. Sensors of 16 bit write 0, and
+/// where there are many specks of it, larger pieces are no sky either.
 double holesConfidence(const Extreme& extreme, size_t pixels, bool low, int bits) {
     const auto share = [pixels](size_t part) {
         return static_cast<double>(part) / static_cast<double>(pixels);
     };
+    constexpr size_t kManyPieces = 10;
     const double largest = share(extreme.pieces.back());
     if (extreme.pieces.size() == 1 && largest > 0.05) return 0.1;
+    if (low && bits == 16 && extreme.pieces.size() >= kManyPieces) return 0.95;
     if (largest > 0.05 || share(extreme.largest_at_border) > 0.01) return 0.5;
     if (low && bits == 16) return 0.95;
     const double middle = share(extreme.pieces[extreme.pieces.size() / 2]);

@@ -274,6 +274,51 @@ TEST_F(DepthSource, InvertDepthWorksOnDepthInside) {
               still({file, write("d.png", pngFile(plane)), "--no-doctor"}));
 }
 
+/// The levels handed to the renderer.
+std::vector<uint8_t> levelsDrawn(const Arguments& inputs, const std::string& stages) {
+    Arguments call = {"stages", "--edges", "soft", "--grid", "coarse", "--force", "-o", stages};
+    call.insert(call.begin() + 1, inputs.begin(), inputs.end());
+    const Outcome outcome = quorvane(call);
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    const media::Plane plane = media::readDepthMap(stages + "depth.png").plane;
+    return {plane.samples.begin(), plane.samples.end()};
+}
+
+TEST_F(DepthSource, LevelsAreSpreadOverTheirRangeUnlessTheDoctorIsSentAway) {
+    const std::string file = write("a.jpg", jpegFile(photo));
+    GrayImage narrow(192, 144), full(192, 144);
+    for (size_t i = 0; i < narrow.samples.size(); ++i) {
+        const size_t row = i / 192;
+        narrow.samples[i] = static_cast<uint8_t>(90 + row * 51 / 143);
+        full.samples[i] = static_cast<uint8_t>((narrow.samples[i] - 90) * 5);
+    }
+    const std::string depth = write("d.png", pngFile(narrow));
+    EXPECT_EQ(levelsDrawn({file, depth, "--no-doctor"}, folder / "as-it-is/"), narrow.samples);
+    EXPECT_EQ(levelsDrawn({file, depth}, folder / "spread/"), full.samples);
+}
+
+TEST_F(DepthSource, HolesAreFilledOrKeptAsWished) {
+    const std::string file = write("a.jpg", jpegFile(photo));
+    // Ground, with a window that may be sky: one large piece, well below all other levels.
+    GrayImage depth(192, 144);
+    for (size_t i = 0; i < depth.samples.size(); ++i) {
+        const size_t x = i % 192, y = i / 192;
+        const bool window = x >= 40 && x < 100 && y >= 20 && y < 60;
+        depth.samples[i] = window ? uint8_t{0} : static_cast<uint8_t>(100 + y);
+    }
+    const std::string map = write("d.png", pngFile(depth));
+    const size_t inside = 40 * 192 + 70;
+    for (const auto& [holes, filled] : {std::pair{"auto", false}, {"fill", true}, {"keep", false}}) {
+        SCOPED_TRACE(holes);
+        const std::vector<uint8_t> levels =
+            levelsDrawn({file, map, "--invert-depth=no", "--holes", holes}, folder / "st/");
+        // The ground around it goes from 18 % to 42 % of its own range.
+        EXPECT_EQ(levels[inside] > 30, filled) << static_cast<int>(levels[inside]);
+    }
+    expectRefused({"render", file, map, "-o", folder / "b.png", "--holes", "leave"}, 2,
+                  HasSubstr("--holes leave: auto, fill or keep is wanted"));
+}
+
 TEST_F(DepthSource, InvertDepthMayHaveAnAnswerBehindEquals) {
     const media::SampleScene scene = media::makeSampleScene(320, 240);
     media::writePng(scene.photo, folder / "a.png");

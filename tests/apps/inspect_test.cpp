@@ -7,6 +7,7 @@
 
 #include "media/picture/picture_file.h"
 #include "media/picture/vips.h"
+#include "media/scene/sample_scene.h"
 #include "phone_photos.h"
 #include "process.h"
 #include "support/temporary_folder.h"
@@ -56,6 +57,41 @@ class Inspect : public testing::Test {
     const RgbImage photo = somePhoto(200, 152);
     const GrayImage plane = somePlane(100, 76);
 };
+
+TEST_F(Inspect, JsonSaysWhichEndIsNear) {
+    const media::SampleScene scene = media::makeSampleScene(320, 240);
+    media::writePng(scene.photo, folder / "a.png");
+    media::writePng(scene.depth, folder / "near.png");
+    media::writePng(inverted(scene.depth), folder / "far.png");
+    const auto polarity = [&](const std::string& depth, const Arguments& options = {}) {
+        Arguments arguments = {folder / "a.png", folder / depth};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return parsed(arguments)["depth"]["polarity"];
+    };
+    const json near = polarity("near.png"), far = polarity("far.png");
+    EXPECT_EQ(near["larger"], "near");
+    EXPECT_EQ(near["inverted"], false);
+    EXPECT_EQ(far["larger"], "far");
+    EXPECT_EQ(far["inverted"], true);
+    for (const json& judged : {near, far}) {
+        EXPECT_GE(judged["confidence"], 0.9);
+        EXPECT_LT(judged["confidence"], 1.0);
+        EXPECT_EQ(judged["doubtful"], false);
+    }
+    const auto known = [](bool is_near) {
+        return json{{"larger", is_near ? "near" : "far"},
+                    {"confidence", 1.0},
+                    {"inverted", !is_near},
+                    {"doubtful", false}};
+    };
+    EXPECT_EQ(polarity("far.png", {"--invert-depth=no"}), known(true));
+    EXPECT_EQ(polarity("far.png", {"--invert-depth"}), known(false));
+    EXPECT_EQ(polarity("far.png", {"--no-doctor"}), known(true));
+    // What a container says is no guess. GDepth stores 0 for near.
+    const std::string phone = write("phone.jpg", gdepthFile(photo, plane));
+    EXPECT_EQ(parsed({phone})["depth"]["polarity"], known(false));
+    EXPECT_EQ(parsed({phone, "--invert-depth"})["depth"]["polarity"], known(true));
+}
 
 TEST_F(Inspect, JsonHoldsAllThatIsKnown) {
     GDepthOptions options;

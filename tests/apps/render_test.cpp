@@ -443,8 +443,8 @@ TEST_F(Render, SupersamplingSmoothsAndKeepsThePicture) {
 // Composition
 
 /// What gives the picture of version 0.1.0's first builds, which the tuned parameters alone made.
-const std::vector<std::string> kAsTuned = {"--frame", "0.81", "--pivot", "off",
-                                           "--edges", "soft", "--grid",  "coarse"};
+const std::vector<std::string> kAsTuned = {"--frame", "0.81",   "--pivot", "off",        "--edges",
+                                           "soft",    "--grid", "coarse",  "--no-doctor"};
 
 /// That picture by the host alone.
 RgbImage tunedStill(const RgbImage& photo, const media::Plane& depth, float x, float y) {
@@ -576,7 +576,7 @@ TEST_F(Render, PivotIsTheDepthThatStays) {
     });
     const GrayImage depth = shaded(200, 200, [](int, int y) { return y < 100 ? 230 : 10; });
     const auto moved = [&](const std::string& pivot) {
-        const std::vector<std::string> options = {"--pivot", pivot};
+        const std::vector<std::string> options = {"--pivot", pivot, "--invert-depth=no"};
         const auto [near_left, far_left] = barPositions(still(photo, depth, "-1,0", options));
         const auto [near_right, far_right] = barPositions(still(photo, depth, "1,0", options));
         return std::pair{std::abs(near_left - near_right), std::abs(far_left - far_right)};
