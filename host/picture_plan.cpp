@@ -7,7 +7,9 @@
 
 #include "composition/edges.h"
 #include "composition/pivot.h"
+#include "composition/rim.h"
 #include "composition/stretch.h"
+#include "depth/depth_curve.h"
 #include "host/checks.h"
 #include "host/parameters.h"
 #include "host/rows.h"
@@ -22,6 +24,8 @@ namespace quorvane {
 namespace {
 
 constexpr int kLargestSide = 65536;
+/// The depth curve falls again for a higher one.
+constexpr float kMostRisingContrast = 32.0f;
 
 /// The parameters as ESRenderer::getProperties sets them, and which of them somebody has chosen.
 class Parameters {
@@ -178,6 +182,36 @@ std::vector<LookPosition> outermost(const std::optional<std::vector<LookPosition
     return places;
 }
 
+/// Suggests the frame. Clean edges have the photo's rim eased too, where more can be seen that way.
+Status chooseFrame(const PictureRequest& request, Parameters* parameters, PicturePlan* plan) {
+    const LibParam& values = parameters->values();
+    const auto composed = [&](const PicturePlan& of) {
+        return composedOf(request, {request.sizes.grid_width, request.sizes.grid_height, of.shaped.data()},
+                          values);
+    };
+    const auto solve = [&](const PicturePlan& of) {
+        return request.path ? frameFor(composed(of), *request.path) : frameFor(composed(of));
+    };
+    SuggestedFrame found = solve(*plan);
+    if (request.clean_edges && values.depth_contrast <= kMostRisingContrast) {
+        PicturePlan eased = *plan;
+        uint8_t curve[256];
+        scaleDepthCurve(values.depth_contrast, curve);
+        easeRim(eased.depth.data(), {eased.depth_width, eased.depth_height}, curve, composed(eased).grid,
+                cameraOf(values), reachOf(composed(eased), request.path));
+        const Status status = shape(request, *parameters, &eased);
+        if (!status) return status;
+        const SuggestedFrame with_ease = solve(eased);
+        if (std::pair(with_ease.swing, with_ease.fov_scale) > std::pair(found.swing, found.fov_scale)) {
+            found = with_ease;
+            *plan = std::move(eased);
+        }
+    }
+    if (!request.frame && !parameters->isChosen("fov_scale")) plan->swing = found.swing;
+    parameters->suggest("fov_scale", request.frame.value_or(found.fov_scale));
+    return Status::success();
+}
+
 Status composePicture(const PictureRequest& request, PicturePlan* plan) {
     Status status = checkSizes(request.sizes);
     if (status) status = checkSides("picture", request.width, request.height);
@@ -199,14 +233,8 @@ Status composePicture(const PictureRequest& request, PicturePlan* plan) {
     else if (request.pivot == Pivot::kPoint)
         parameters.suggest("rotate_z_trans", distanceOf(depthAt(shaped, request.pivot_x, request.pivot_y)));
 
-    if (request.frame) {
-        parameters.suggest("fov_scale", *request.frame);
-    } else if (!parameters.isChosen("fov_scale")) {
-        const Composed composed = composedOf(request, shaped, parameters.values());
-        const SuggestedFrame frame = request.path ? frameFor(composed, *request.path) : frameFor(composed);
-        parameters.suggest("fov_scale", frame.fov_scale);
-        plan->swing = frame.swing;
-    }
+    status = chooseFrame(request, &parameters, plan);
+    if (!status) return status;
 
     plan->parameters = request.parameters;
     plan->parameters.insert(plan->parameters.end(), parameters.suggested().begin(),

@@ -32,6 +32,19 @@ SuggestedFrame reducedFrame(FrameAt frame_at) {
     return {kLeastVisiblePart, 0.0};
 }
 
+const std::vector<LookPosition> kCorners = {{-1.0f, -1.0f}, {1.0f, 1.0f}};
+
+ViewPosition reachOf(const Composed& composed, const std::vector<LookPosition>& path, double swing) {
+    ViewPosition reach;
+    for (const LookPosition& place : path) {
+        const ViewPosition position =
+            positionOf(composed, swing * static_cast<double>(place.x), swing * static_cast<double>(place.y));
+        reach.x = std::max(reach.x, std::abs(position.x));
+        reach.y = std::max(reach.y, std::abs(position.y));
+    }
+    return reach;
+}
+
 ShapedDepth shapedDepthOf(const ESRenderer& renderer) {
     return {renderer.m_vtxW, renderer.m_vtxH, reinterpret_cast<const uint8_t*>(renderer.m_pDepthData)};
 }
@@ -78,6 +91,10 @@ Status checkPhotoPoint(double x, double y) {
     return Status::failure(text("photo's point (%g, %g): both go from 0 to 1", x, y));
 }
 
+ViewPosition reachOf(const Composed& composed, const std::optional<std::vector<LookPosition>>& path) {
+    return reachOf(composed, path ? *path : kCorners, 1.0);
+}
+
 SuggestedFrame frameFor(const Composed& composed, const std::vector<LookPosition>& path) {
     return reducedFrame([&](double swing) {
         std::vector<ViewPosition> positions;
@@ -91,11 +108,7 @@ SuggestedFrame frameFor(const Composed& composed, const std::vector<LookPosition
 
 SuggestedFrame frameFor(const Composed& composed) {
     return reducedFrame([&](double swing) {
-        const ViewPosition least = positionOf(composed, -swing, -swing);
-        const ViewPosition most = positionOf(composed, swing, swing);
-        const ViewPosition reach = {std::max(std::abs(least.x), std::abs(most.x)),
-                                    std::max(std::abs(least.y), std::abs(most.y))};
-        return suggestFrame(composed.grid, cameraOf(composed.parameters), reach);
+        return suggestFrame(composed.grid, cameraOf(composed.parameters), reachOf(composed, kCorners, swing));
     });
 }
 

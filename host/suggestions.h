@@ -1,6 +1,7 @@
 #ifndef QUORVANE_HOST_SUGGESTIONS_H
 #define QUORVANE_HOST_SUGGESTIONS_H
 
+#include <optional>
 #include <vector>
 
 #include "composition/geometry.h"
@@ -26,6 +27,9 @@ Status checkPath(const std::vector<LookPosition>& path);
 
 /// Of a point whose coordinates go from 0 to 1.
 Status checkPhotoPoint(double x, double y);
+
+/// How far the view swings on either axis from positions of lookAt, or from all of them.
+ViewPosition reachOf(const Composed& composed, const std::optional<std::vector<LookPosition>>& path);
 
 /// The largest frame without a border from positions of lookAt.
 SuggestedFrame frameFor(const Composed& composed, const std::vector<LookPosition>& path);
