@@ -119,7 +119,9 @@ TEST_F(PicturePlanTest, CleanEdgesAreThoseOfCleanDepth) {
     CleanDepth expected;
     ASSERT_TRUE(cleanDepth({kSmall, 40, 30}, kPhotoSide, kPhotoSide, 2 * kCells * kCells, &expected).ok());
     ASSERT_EQ(expected.width, 4 * kCells);
-    const PicturePlan plan = planOf(clean());
+    PictureRequest swaying = clean();
+    swaying.path = {{-1, 0}, {1, 0}};
+    const PicturePlan plan = planOf(swaying);
     EXPECT_FALSE(plan.depth == expected.samples) << "the rim is eased";
     for (int y = 0; y < expected.height; ++y)
         for (int x = 0; x < expected.width; ++x) {
