@@ -89,6 +89,15 @@ void PendingOutput::openNamed(mode_t mode) {
     m_named = true;
 }
 
+void PendingOutput::fill(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = write(m_file.number(), bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) throw Error(m_path + ": cannot be written (" + std::strerror(errno) + ")");
+        bytes.remove_prefix(static_cast<size_t>(written));
+    }
+}
+
 bool PendingOutput::empty() const {
     struct stat about = {};
     return fstat(m_file.number(), &about) == 0 && about.st_size == 0;

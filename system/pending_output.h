@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <string_view>
 
 #include "system/descriptor.h"
 
@@ -28,6 +29,9 @@ class PendingOutput {
 
     /// The file, open for reading and writing.
     int descriptor() const noexcept { return m_file.number(); }
+
+    /// Writes the whole file. Throws Error.
+    void fill(std::string_view bytes);
 
     /// Whether nothing has been written yet.
     bool empty() const;

@@ -109,6 +109,7 @@ std::unique_ptr<ClipWriter> openClip(const std::string& path, const OutputFormat
     switch (format.kind) {
         case OutputKind::kStill: return std::make_unique<StillWriter>(path);
         case OutputKind::kFolder: return std::make_unique<FolderWriter>(path, settings.force);
+        case OutputKind::kPage: throw Error(path + ": a page has no frames");
         case OutputKind::kClip: break;
     }
     return std::make_unique<FfmpegWriter>(path, format.words, settings);

@@ -31,7 +31,8 @@ const OutputFormat& outputFormat(const std::string& path) {
                      [&extension](const OutputFormat& known) { return known.extension == extension; });
     if (format != std::end(kOutputFormats)) return *format;
     throw Error(path + ": write " + extensionsOf(OutputKind::kClip, " or ") + " (clips), " +
-                extensionsOf(OutputKind::kStill, " or ") + " (a still) or a folder");
+                extensionsOf(OutputKind::kStill, " or ") + " (a still), " +
+                extensionsOf(OutputKind::kPage, " or ") + " (a page to share) or a folder");
 }
 
 std::string extensionsOf(OutputKind kind, std::string_view before_last) {

@@ -6,7 +6,7 @@
 
 namespace quorvane::media {
 
-enum class OutputKind { kClip, kStill, kFolder };
+enum class OutputKind { kClip, kStill, kFolder, kPage };
 
 /// What can be written. The extension of a path chooses; messages and help texts are made from this table, so
 /// that a new format is one line here, and its encoder's words above it.
@@ -33,6 +33,7 @@ inline constexpr OutputFormat kOutputFormats[] = {
     {".webp", "a .webp", OutputKind::kClip, false, false, kWebpWords},
     {".gif", "a .gif", OutputKind::kClip, false, false, kGifWords},
     {".png", "a .png", OutputKind::kStill, false, false, {}},
+    {".html", "an .html", OutputKind::kPage, false, false, {}},
     {"", "a folder", OutputKind::kFolder, false, true, {}},
 };
 

@@ -330,6 +330,13 @@ void savePicture(const Picture& image, int descriptor, const std::string& name) 
 }
 
 template <typename Picture>
+Error notCoded(const Picture& image, const char* format) {
+    return Error(std::string("a picture cannot be coded as ") + format + " (" +
+                 vipsReason(std::to_string(image.width) + " x " + std::to_string(image.height) + " pixels") +
+                 ")");
+}
+
+template <typename Picture>
 void writePicture(const Picture& image, const std::string& path) {
     PendingOutput output(path);
     savePicture(image, output.descriptor(), path);
@@ -451,6 +458,26 @@ std::string grayPng(const Plane& plane, int bits) {
             "the depth cannot be coded as PNG (" +
             vipsReason(std::to_string(plane.width) + " x " + std::to_string(plane.height) + " samples") +
             ")");
+    }
+}
+
+std::string pngBytes(const GrayImage& image) {
+    try {
+        return takeBytes(toVips(image).pngsave_buffer(VImage::option()
+                                                          ->set("compression", 9)
+                                                          ->set("filter", VIPS_FOREIGN_PNG_FILTER_ALL)
+                                                          ->set("strip", true)));
+    } catch (const vips::VError&) {
+        throw notCoded(image, "PNG");
+    }
+}
+
+std::string jpegBytes(const RgbImage& image, int quality) {
+    try {
+        return takeBytes(toVips(image).jpegsave_buffer(
+            VImage::option()->set("Q", quality)->set("optimize_coding", true)->set("strip", true)));
+    } catch (const vips::VError&) {
+        throw notCoded(image, "JPEG");
     }
 }
 

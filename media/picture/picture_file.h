@@ -87,6 +87,10 @@ bool spread(Plane* plane);
 /// over which the scale is spread. Throws Error.
 std::string grayPng(const Plane& plane, int bits);
 
+/// The bytes of a PNG file, as small as can be, and of a JPEG file of `quality` 1 to 100. Throws Error.
+std::string pngBytes(const GrayImage& image);
+std::string jpegBytes(const RgbImage& image, int quality);
+
 /// Writes a PNG file, whole or not at all. Throws Error.
 void writePng(const RgbImage& image, const std::string& path);
 void writePng(const RgbaImage& image, const std::string& path);

@@ -20,7 +20,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr const char* kCommands[] = {"render", "stages", "inspect", "extract", "info", "sample"};
+constexpr const char* kCommands[] = {"render", "stages", "inspect", "extract", "shape", "info", "sample"};
 
 std::vector<std::string> linesOf(const std::string& text) {
     std::vector<std::string> lines;

@@ -28,6 +28,7 @@ Command infoCommand();
 Command inspectCommand();
 Command renderCommand();
 Command sampleCommand();
+Command shapeCommand();
 Command stagesCommand();
 
 }  // namespace quorvane::app

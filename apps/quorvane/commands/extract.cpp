@@ -1,5 +1,4 @@
 #include <cstdio>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -23,13 +22,6 @@ struct ExtractOptions {
     std::string photo;  ///< the file to write, or empty
     bool raw = false;
 };
-
-void fill(const PendingOutput& output, const std::string& path, const std::string& bytes) {
-    std::ofstream file(output.temporary(), std::ios::binary);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (!file) throw Error(path + ": cannot be written");
-}
 
 /// The plane's bytes as the file holds them; says what they are where they do not say it themselves.
 std::string rawBytes(const media::EmbeddedDepth& depth, const std::string& name) {
@@ -83,11 +75,11 @@ void extract(const ExtractOptions& options) {
 
     // Both are filled before either is moved to its place.
     PendingOutput depth_file(options.depth);
-    fill(depth_file, options.depth, bytes);
+    depth_file.fill(bytes);
     std::optional<PendingOutput> photo_file;
     if (!options.photo.empty()) {
         photo_file.emplace(options.photo);
-        fill(*photo_file, options.photo, photoBytes(file, contents));
+        photo_file->fill(photoBytes(file, contents));
     }
     throwIfCancelled();
     depth_file.commit();

@@ -6,12 +6,15 @@
 #include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/commands/output_guard.h"
 #include "apps/quorvane/drawing/clip_drawing.h"
+#include "apps/quorvane/drawing/page.h"
 #include "apps/quorvane/input/depth_source.h"
 #include "apps/quorvane/terminal/numbers.h"
 #include "apps/quorvane/terminal/progress.h"
 #include "apps/quorvane/terminal/usage_error.h"
+#include "media/clip/share_page.h"
 #include "system/cancel.h"
 #include "system/error.h"
+#include "system/pending_output.h"
 #include "system/standard_streams.h"
 
 namespace quorvane::app {
@@ -35,6 +38,10 @@ struct RenderOptions {
     int supersample = 1;
     bool force = false;
     bool stats = false;
+    std::string title;  ///< of a page, as `alt`; empty: a text that fits all
+    std::string alt;
+    std::vector<const Option*> of_pages;   ///< the options that say nothing of other pictures
+    std::vector<const Option*> of_frames;  ///< those that say nothing of a page
     std::vector<const Option*> of_loops;   ///< the options that say nothing of a still
     std::vector<const Option*> of_motion;  ///< those that frame a still too, unless its frame is given
 };
@@ -53,19 +60,30 @@ const media::OutputFormat& check(const RenderOptions& options) {
     return format;
 }
 
-/// Prints a note that names the options which change nothing in a still.
-void noteIdleOptions(const RenderOptions& options) {
-    std::string idle;
-    std::vector<const Option*> of_clips = options.of_loops;
-    if (hasFrame(options.view))
-        of_clips.insert(of_clips.end(), options.of_motion.begin(), options.of_motion.end());
-    for (const Option* option : of_clips) {
+/// Prints a note that names those of `idle` that were given.
+void noteGiven(const std::vector<const Option*>& idle, const RenderOptions& options, const char* what,
+               const std::string& why) {
+    std::string names;
+    for (const Option* option : idle) {
         const bool right = option->name() == "--frames" && options.frames == 1;
-        if (option->given() && !right) idle += (idle.empty() ? "" : ", ") + option->name();
+        if (option->given() && !right) names += (names.empty() ? "" : ", ") + option->name();
     }
-    if (!idle.empty())
-        std::fprintf(stderr, "still: %s: of no effect; a clip (%s) or a folder/ has frames\n", idle.c_str(),
-                     media::extensionsOf(OutputKind::kClip, " or ").c_str());
+    if (!names.empty()) std::fprintf(stderr, "%s: %s: of no effect; %s\n", what, names.c_str(), why.c_str());
+}
+
+/// Prints a note that names the options which change nothing in what is written.
+void noteIdleOptions(const RenderOptions& options, OutputKind kind) {
+    std::vector<const Option*> idle = options.of_loops;
+    if (kind == OutputKind::kPage) {
+        idle.insert(idle.end(), options.of_frames.begin(), options.of_frames.end());
+        return noteGiven(idle, options, "page", "it draws itself while it is watched");
+    }
+    noteGiven(options.of_pages, options, "picture",
+              "a page (" + media::extensionsOf(OutputKind::kPage, " or ") + ") has texts");
+    if (kind != OutputKind::kStill) return;
+    if (hasFrame(options.view)) idle.insert(idle.end(), options.of_motion.begin(), options.of_motion.end());
+    noteGiven(idle, options, "still",
+              "a clip (" + media::extensionsOf(OutputKind::kClip, " or ") + ") or a folder/ has frames");
 }
 
 /// Throws Error where `inputs` would be overwritten.
@@ -76,7 +94,8 @@ void keep(const std::vector<std::string>& inputs, const RenderOptions& options,
 }
 
 Size chooseSize(const RenderOptions& options, Size photo, const media::OutputFormat& format) {
-    if (!options.size) return pictureSize(photo, kLongestSide, format.even_sides);
+    const int longest = format.kind == OutputKind::kPage ? kLongestPageSide : kLongestSide;
+    if (!options.size) return pictureSize(photo, longest, format.even_sides);
     if (options.size->exact) return *options.size->exact;
     if (options.size->longest) return scaledPictureSize(photo, *options.size->longest, format.even_sides);
     return pictureSize(photo, kNoLimit, format.even_sides);
@@ -106,6 +125,21 @@ std::vector<Position> pathFor(const RenderOptions& options, const media::OutputF
     return path;
 }
 
+/// The page that moves by itself as the motion goes while nobody moves it.
+media::SharePage pageOf(const RenderOptions& options, Size size, Input input) {
+    constexpr const char* kAnyPhoto = "A photo in depth";
+    PagePicture picture = pagePicture(options.view, options.talk, size, options.amount, std::move(input));
+    media::SharePage page;
+    page.photo = std::move(picture.photo);
+    page.depth = std::move(picture.depth);
+    page.alt = options.alt.empty() ? kAnyPhoto : options.alt;
+    page.title = options.title.empty() ? page.alt : options.title;
+    page.motion = std::string("pointer tilt keys ") + options.motion->name;
+    page.amount = picture.amount;
+    page.parameters = std::move(picture.parameters);
+    return page;
+}
+
 void render(const RenderOptions& options) {
     const media::OutputFormat& format = check(options);
     refuseSameOutput(options.out, options.view.timings, "picture and timings");
@@ -121,6 +155,14 @@ void render(const RenderOptions& options) {
     throwIfCancelled();
 
     const Size size = chooseSize(options, {input.photo.width, input.photo.height}, format);
+    if (format.kind == OutputKind::kPage) {
+        PendingOutput output(options.out);
+        output.fill(media::sharePage(pageOf(options, size, std::move(input))));
+        throwIfCancelled();
+        output.commit();
+        if (!options.talk.quiet) noteIdleOptions(options, format.kind);
+        return;
+    }
     const std::unique_ptr<media::ClipWriter> writer =
         times.measure(Stage::kSetUp, [&] { return openOutput(options, format, size); });
     View view = times.measure(Stage::kSetUp,
@@ -143,7 +185,7 @@ void render(const RenderOptions& options) {
         times.measure(Stage::kEncode, [&] { writer->finish(); });
         timings.commit();
     }
-    if (format.kind == OutputKind::kStill && !options.talk.quiet) noteIdleOptions(options);
+    if (!options.talk.quiet) noteIdleOptions(options, format.kind);
     if (options.stats) std::fputs(times.table(frames, writers.threads).c_str(), stderr);
 }
 
@@ -171,11 +213,13 @@ void addMotionOptions(CommandLine* line, RenderOptions* options) {
         "how the view moves, see below (default " + names.front() + ")"));
     options->of_motion.push_back(
         &line->number("--amount", &options->amount, 0.0, 1.0, "how far the view swings"));
-    line->parsed(
-            "--at", [options](const std::string& text) { options->at = parsePosition(text); },
-            "the still's view position, or the middle of the motion: -1 from the left or below to 1 from the "
-            "right or above (default 0,0)")
-        .called("X,Y");
+    options->of_frames.push_back(
+        &line->parsed(
+                 "--at", [options](const std::string& text) { options->at = parsePosition(text); },
+                 "the still's view position, or the middle of the motion: -1 from the left or below to 1 "
+                 "from "
+                 "the right or above (default 0,0)")
+             .called("X,Y"));
     line->table("Motions:", std::move(rows));
 }
 
@@ -184,21 +228,29 @@ std::function<void()> prepare(CommandLine* line) {
     addInputOptions(line, &options->input);
     line->text("-o,--out", &options->out,
                media::extensionsOf(OutputKind::kClip, ", ") + ": a looping clip; " +
-                   media::extensionsOf(OutputKind::kStill, ", ") + ": a still; else a folder")
+                   media::extensionsOf(OutputKind::kStill, ", ") + ": a still; " +
+                   media::extensionsOf(OutputKind::kPage, ", ") +
+                   ": a page to share, which moves as it is watched; else a folder")
         .called("PATH")
         .required();
     line->parsed(
             "--size", [options](const std::string& text) { options->size = parsePictureSize(text); },
             "picture size: WxH, the longer side alone, or 'photo' for the photo's own (default: the photo's "
-            "aspect, at most 1920)")
+            "aspect, at most 1920, in a page 2048)")
         .called("WxH");
     addMotionOptions(line, options.get());
-    line->whole("--supersample", &options->supersample, 1, 4, "draw this many times as large, then average");
+    options->of_pages.push_back(
+        &line->text("--alt", &options->alt, "what the photo shows, for people who do not see it: of a page")
+             .called("TEXT"));
+    options->of_pages.push_back(
+        &line->text("--title", &options->title, "a page's title (default: as --alt)").called("TEXT"));
+    options->of_frames.push_back(&line->whole("--supersample", &options->supersample, 1, 4,
+                                              "draw this many times as large, then average"));
     line->flag("--force", &options->force, "replace the numbered frames in a folder that is not empty");
-    line->flag(
+    options->of_frames.push_back(&line->flag(
         "--stats", &options->stats,
         "say at the end what each stage took; with several frames, encoding runs while the next ones are "
-        "drawn, and for a clip it is the wait for ffmpeg");
+        "drawn, and for a clip it is the wait for ffmpeg"));
     addTalkOptions(line, &options->talk);
     addViewOptions(line, &options->view);
     addTimingsOption(line, &options->view);
@@ -209,13 +261,15 @@ std::function<void()> prepare(CommandLine* line) {
 
 Command renderCommand() {
     return {"render",
-            "make a clip, a still or numbered frames",
+            "make a clip, a still, numbered frames or a page to share",
             {{"a clip from a phone's photo with depth inside", "quorvane render portrait.jpg -o sway.mp4"},
              {"from a photo and a depth map", "quorvane render photo.jpg depth.png -o sway.mp4"},
              {"from a photo and your own depth estimator",
               "quorvane render photo.jpg --depth-cmd 'estimate {in} {out}' -o sway.mp4"},
              {"a small GIF of another motion",
               "quorvane render photo.jpg depth.png -o a.gif --size 480x360 --motion circle"},
+             {"a page to share: one file that moves with mouse, touch and tilt",
+              "quorvane render portrait.jpg -o share.html --alt 'a cat on a sofa'"},
              {"one still, seen from the left", "quorvane render photo.jpg depth.png -o left.png --at -1,0"},
              {"numbered frames that stay in place where the photo shows its top left",
               "quorvane render photo.jpg depth.png -o frames/ --pivot 0.1,0.1"}},

@@ -18,6 +18,7 @@ TEST(OutputFormat, FollowsTheExtension) {
     EXPECT_EQ(outputFormat("a.WEBP").extension, ".webp");
     EXPECT_EQ(outputFormat("b/a.gif").extension, ".gif");
     EXPECT_EQ(outputFormat("a.png").kind, OutputKind::kStill);
+    EXPECT_EQ(outputFormat("a.html").kind, OutputKind::kPage);
 }
 
 TEST(OutputFormat, IsAFolderForASlashNoExtensionOrAFolderThatIsThere) {
@@ -33,7 +34,9 @@ TEST(OutputFormat, RefusesAnotherExtensionWithWhatWouldDo) {
         outputFormat("a.avi");
         FAIL() << "not refused";
     } catch (const Error& error) {
-        EXPECT_STREQ(error.what(), "a.avi: write .mp4, .webp or .gif (clips), .png (a still) or a folder");
+        EXPECT_STREQ(
+            error.what(),
+            "a.avi: write .mp4, .webp or .gif (clips), .png (a still), .html (a page to share) or a folder");
     }
 }
 

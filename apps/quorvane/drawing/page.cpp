@@ -1,0 +1,70 @@
+#include "apps/quorvane/drawing/page.h"
+
+#include <cstdio>
+#include <string_view>
+
+#include "apps/quorvane/drawing/planning.h"
+#include "media/picture/resample.h"
+#include "quorvane/parameters.h"
+
+namespace quorvane::app {
+namespace {
+
+/// Those that a frame is drawn with; the others have gone into the shaped depth.
+constexpr std::string_view kOfFrames[] = {
+    "rotate_z_trans", "rotate_x_boundary", "rotate_y_boundary", "trans_to_rotate_scale",
+    "far_offset_ext", "border_deadzone",   "fov_scale"};
+
+/// All over the square that the view stays in.
+std::vector<Position> everywhere(double amount) {
+    constexpr int kSteps = 4;
+    std::vector<Position> path;
+    for (int y = -kSteps; y <= kSteps; ++y)
+        for (int x = -kSteps; x <= kSteps; ++x) path.push_back({amount * x / kSteps, amount * y / kSteps});
+    return path;
+}
+
+std::vector<std::pair<std::string, double>> changedParameters(int orientation, const PicturePlan& plan) {
+    LibParam values = orientation == 4 || orientation == 7 ? LibParam() : secondTunedSet();
+    std::vector<std::pair<std::string, double>> changed;
+    for (const Parameter& parameter : kParameters) {
+        for (const auto& [name, value] : plan.parameters)
+            if (name == parameter.name) parameter.store(value, &values);
+        for (const std::string_view name : kOfFrames)
+            if (name == parameter.name && parameter.of(values) != parameter.of(LibParam()))
+                changed.emplace_back(name, parameter.of(values));
+    }
+    return changed;
+}
+
+}  // namespace
+
+PagePicture pagePicture(const ViewOptions& options, const Talk& talk, Size size, double amount, Input input) {
+    ViewOptions view = options;
+    // A page draws every picture in time.
+    if (view.grid.triangles > kAutoGridLive.triangles) view.grid = kAutoGridLive;
+    const Target target = {size, 1, everywhere(amount), kLongestPageSide};
+    const media::Plane& depth = input.depth.plane;
+    const FitPlan fit =
+        fitFor(view, target, {input.photo.width, input.photo.height}, {depth.width, depth.height});
+    media::RgbImage photo = std::move(input.photo);
+    if (fit.cut) photo = media::crop(photo, fit.photo);
+    const PicturePlan plan = planFor(
+        view, target, fit, planReadsPhoto(view) ? media::resample(photo, fit.fit.photo) : media::RgbImage(),
+        std::move(input.depth.plane));
+    if (plan.swing < 1.0 && !talk.quiet)
+        std::fprintf(stderr,
+                     "frame: the view swings %.2f times as far as asked, so that no border shows in half of "
+                     "the photo\n",
+                     plan.swing);
+
+    PagePicture picture;
+    picture.photo = media::resample(std::move(photo), size);
+    picture.depth = media::GrayImage(fit.fit.grid.width, fit.fit.grid.height);
+    picture.depth.samples = plan.shaped;
+    picture.amount = amount * plan.swing;
+    picture.parameters = changedParameters(view.orientation, plan);
+    return picture;
+}
+
+}  // namespace quorvane::app

@@ -1,0 +1,121 @@
+#include "media/clip/share_page.h"
+
+#include <glib.h>
+
+#include <cstdio>
+#include <memory>
+#include <string_view>
+
+#include "media/clip/share_script.h"
+#include "media/picture/picture_file.h"
+
+namespace quorvane::media {
+namespace {
+
+/// What it takes to see no loss while the picture moves, and how low it goes for photos with much detail,
+/// where loss is hardest to see.
+constexpr int kPhotoQuality = 85;
+constexpr int kLeastPhotoQuality = 65;
+/// A page of 600 KB, which mail and messengers pass on without a thought.
+constexpr size_t kPhotoBytes = 420000;
+
+using GlibText = std::unique_ptr<char, void (*)(void*)>;
+
+std::string base64(const void* bytes, size_t size) {
+    return GlibText(g_base64_encode(static_cast<const guchar*>(bytes), size), g_free).get();
+}
+
+std::string dataAddress(const char* type, const std::string& bytes) {
+    return std::string("data:") + type + ";base64," + base64(bytes.data(), bytes.size());
+}
+
+/// The source by which a content security policy allows this script and no other.
+std::string sourceOf(std::string_view script) {
+    const std::unique_ptr<GChecksum, void (*)(GChecksum*)> sum(g_checksum_new(G_CHECKSUM_SHA256),
+                                                               g_checksum_free);
+    g_checksum_update(sum.get(), reinterpret_cast<const guchar*>(script.data()),
+                      static_cast<gssize>(script.size()));
+    guint8 digest[32];
+    gsize size = sizeof digest;
+    g_checksum_get_digest(sum.get(), digest, &size);
+    return "'sha256-" + base64(digest, size) + "'";
+}
+
+/// For text and for attributes in double quotes. What is no UTF-8 becomes a replacement character.
+std::string escaped(const std::string& text) {
+    const GlibText valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())), g_free);
+    std::string out;
+    for (const char* next = valid.get(); *next != '\0'; ++next) switch (*next) {
+            case '&': out += "&amp;"; break;
+            case '<': out += "&lt;"; break;
+            case '>': out += "&gt;"; break;
+            case '"': out += "&quot;"; break;
+            default: out += *next;
+        }
+    return out;
+}
+
+std::string number(double value) {
+    char text[32];
+    // As many digits as tell floats apart, with a point in every language.
+    g_ascii_formatd(text, sizeof text, "%.9g", value);
+    return text;
+}
+
+std::string photoFile(const RgbImage& photo) {
+    std::string file;
+    for (int quality = kPhotoQuality; quality >= kLeastPhotoQuality; quality -= 5) {
+        file = jpegBytes(photo, quality);
+        if (file.size() <= kPhotoBytes) break;
+    }
+    return file;
+}
+
+std::string json(const std::vector<std::pair<std::string, double>>& values) {
+    std::string out;
+    for (const auto& [name, value] : values)
+        out += (out.empty() ? "{\"" : ",\"") + name + "\":" + number(value);
+    return out.empty() ? "{}" : out + "}";
+}
+
+}  // namespace
+
+std::string elementAttributes(double amount, const std::vector<std::pair<std::string, double>>& parameters) {
+    std::string out;
+    if (amount != 1.0) out = "amount=\"" + number(amount) + "\"";
+    if (!parameters.empty())
+        out += (out.empty() ? "params=\"" : " params=\"") + escaped(json(parameters)) + "\"";
+    return out;
+}
+
+std::string sharePage(const SharePage& page) {
+    const std::string width = std::to_string(page.photo.width), height = std::to_string(page.photo.height);
+    const std::string script(kShareScript);
+    std::string html =
+        "<!doctype html>\n"
+        "<meta charset=\"utf-8\">\n"
+        "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; base-uri 'none'; "
+        "form-action 'none'; img-src data:; style-src 'unsafe-inline'; script-src " +
+        sourceOf(script) +
+        "\">\n"
+        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+        "<title>" +
+        escaped(page.title) +
+        "</title>\n"
+        "<style>\n"
+        "body { margin: 0; min-height: 100vh; display: grid; place-items: center; background: #111; }\n"
+        "parallax-photo { display: block; overflow: hidden; width: min(100vw, calc(100vh * " +
+        width + " / " + height +
+        ")); }\n"
+        "img { display: block; width: 100%; height: auto; }\n"
+        "</style>\n";
+    html += "<parallax-photo loading=\"eager\" motion=\"" + escaped(page.motion) + "\" " +
+            elementAttributes(page.amount, page.parameters) + "\n depth=\"" +
+            dataAddress("image/png", pngBytes(page.depth)) + "\"><img width=\"" + width + "\" height=\"" +
+            height + "\" alt=\"" + escaped(page.alt) + "\"\n src=\"" +
+            dataAddress("image/jpeg", photoFile(page.photo)) + "\"></parallax-photo>\n";
+    html += "<script type=\"module\">" + script + "</script>\n";
+    return html;
+}
+
+}  // namespace quorvane::media
