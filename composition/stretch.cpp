@@ -63,8 +63,9 @@ class Pictures {
         const auto worst = std::max_element(m_stretch.times.begin(), m_stretch.times.end());
         if (*worst > 1.0f) {
             const auto cell = static_cast<size_t>(worst - m_stretch.times.begin());
-            m_stretch.worst_x = (static_cast<double>(cell % m_columns) + 0.5) / m_grid.depth.width;
-            m_stretch.worst_y = (static_cast<double>(cell / m_columns) + 0.5) / m_grid.depth.height;
+            const size_t column = cell % m_columns, row = cell / m_columns;
+            m_stretch.worst_x = (static_cast<double>(column) + 0.5) / m_grid.depth.width;
+            m_stretch.worst_y = (static_cast<double>(row) + 0.5) / m_grid.depth.height;
             m_stretch.worst_times = static_cast<double>(*worst);
         }
         return std::move(m_stretch);

@@ -68,7 +68,7 @@ class Parameters {
 /// Those in force when the depth is shaped.
 Status parametersFor(const PictureRequest& request, Parameters* parameters) {
     for (const auto& [name, value] : request.parameters) {
-        const Status status = parameters->choose(name, value);
+        Status status = parameters->choose(name, value);
         if (!status) return status;
     }
     if (request.clean_edges)
@@ -162,8 +162,8 @@ Composed composedOf(const PictureRequest& request, const ShapedDepth& shaped, co
 
 /// Of the places that a view goes to, or of all that it can, the outermost in eight directions.
 std::vector<LookPosition> outermost(const std::optional<std::vector<LookPosition>>& path) {
-    const std::vector<LookPosition> directions = {{-1, -1}, {-1, 0}, {-1, 1}, {0, -1},
-                                                  {0, 1},   {1, -1}, {1, 0},  {1, 1}};
+    std::vector<LookPosition> directions = {{-1, -1}, {-1, 0}, {-1, 1}, {0, -1},
+                                            {0, 1},   {1, -1}, {1, 0},  {1, 1}};
     if (!path) return directions;
     std::vector<LookPosition> places;
     for (const LookPosition& direction : directions) {
@@ -199,7 +199,7 @@ Status chooseFrame(const PictureRequest& request, Parameters* parameters, Pictur
         scaleDepthCurve(values.depth_contrast, curve);
         easeRim(eased.depth.data(), {eased.depth_width, eased.depth_height}, curve, composed(eased).grid,
                 cameraOf(values), reachOf(composed(eased), request.path));
-        const Status status = shape(request, *parameters, &eased);
+        Status status = shape(request, *parameters, &eased);
         if (!status) return status;
         const SuggestedFrame with_ease = solve(eased);
         if (std::pair(with_ease.swing, with_ease.fov_scale) > std::pair(found.swing, found.fov_scale)) {
