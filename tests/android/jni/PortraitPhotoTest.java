@@ -36,7 +36,11 @@ final class PortraitPhotoTest {
                         "XDM 1.0",
                         "Apple JPEG",
                         "Samsung SEF trailer",
-                        "Huawei edof trailer"),
+                        "Huawei edof trailer",
+                        "LIF",
+                        "MPO",
+                        "VR photo",
+                        "JPS"),
                 PortraitPhoto.containers(),
                 "containers");
     }

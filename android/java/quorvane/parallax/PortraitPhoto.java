@@ -103,7 +103,7 @@ public final class PortraitPhoto {
     }
 
     /**
-     * Names the ways of keeping a depth that are looked for.
+     * Names the ways of keeping a depth, or two views, that are looked for.
      *
      * @return the first has preference; empty where photos cannot be read
      */
