@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -131,6 +132,14 @@ ExitStatus ChildProcess::wait() {
     }
 }
 
+void ChildProcess::limitMemory(uint64_t bytes) noexcept {
+    if (m_status) return;
+    rlimit limit = {};
+    prlimit(m_process, RLIMIT_DATA, nullptr, &limit);
+    limit.rlim_cur = std::min<rlim_t>(bytes, limit.rlim_max);
+    prlimit(m_process, RLIMIT_DATA, &limit, nullptr);
+}
+
 Connection connection() {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
@@ -151,6 +160,25 @@ bool sendAll(const Descriptor& socket, const void* bytes, size_t size) {
         if (sent < 0) return false;
         next += sent;
         size -= static_cast<size_t>(sent);
+    }
+    return true;
+}
+
+bool receiveAll(const Descriptor& socket, void* bytes, size_t size,
+                std::chrono::steady_clock::time_point end) {
+    char* next = static_cast<char*>(bytes);
+    while (size > 0) {
+        throwIfCancelled();
+        if (std::chrono::steady_clock::now() >= end) return false;
+        const ssize_t got = recv(socket.number(), next, size, MSG_DONTWAIT);
+        if (got < 0 && (errno == EAGAIN || errno == EINTR)) {
+            pollfd arrival = {socket.number(), POLLIN, 0};
+            poll(&arrival, 1, kLongestWaitMs);
+            continue;
+        }
+        if (got <= 0) return false;
+        next += got;
+        size -= static_cast<size_t>(got);
     }
     return true;
 }

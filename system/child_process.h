@@ -3,7 +3,9 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -74,6 +76,10 @@ class ChildProcess {
     /// Kills its group and waits for it. What has ended already stays as it was.
     void kill() noexcept;
 
+    /// From now on it gets no more than `bytes` of memory to write in, with all its threads: what needs more
+    /// fails as if memory were full. What it starts has a limit of its own.
+    void limitMemory(uint64_t bytes) noexcept;
+
   private:
     pid_t m_process = -1;
     std::optional<ExitStatus> m_status;
@@ -91,6 +97,11 @@ Connection connection();
 
 /// Sends `size` bytes. False when the other end has gone. Throws Cancelled after a signal.
 bool sendAll(const Descriptor& socket, const void* bytes, size_t size);
+
+/// Receives `size` bytes. False when the other end has gone, or they have not all come by `end`. Throws
+/// Cancelled after a signal.
+bool receiveAll(const Descriptor& socket, void* bytes, size_t size,
+                std::chrono::steady_clock::time_point end);
 
 /// An empty file in memory, in no folder. Throws Error.
 Descriptor memoryFile();

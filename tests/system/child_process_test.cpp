@@ -49,6 +49,42 @@ TEST(ChildProcess, RunsUntilItEnds) {
     EXPECT_TRUE(cat.ended()->succeeded());
 }
 
+std::chrono::steady_clock::time_point inSeconds(int seconds) {
+    return std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+}
+
+TEST(ChildProcess, WhatItSendsIsReceivedWhole) {
+    Connection line = connection();
+    ChildProcess writer({"sh", "-c", "printf ab; sleep 0.1; printf cdef"}, {-1, line.there.number(), -1, {}});
+    line.there.close();
+    std::string text(5, '\0');
+    EXPECT_TRUE(receiveAll(line.here, text.data(), text.size(), inSeconds(60)));
+    EXPECT_EQ(text, "abcde");
+    // It ends with one more byte on the way.
+    EXPECT_FALSE(receiveAll(line.here, text.data(), text.size(), inSeconds(60)));
+}
+
+TEST(ChildProcess, WhatDoesNotComeInTimeIsNotWaitedFor) {
+    const Connection line = connection();
+    std::string text(5, '\0');
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(receiveAll(line.here, text.data(), text.size(), inSeconds(0)));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST(ChildProcess, GetsNoMoreMemoryThanItMay) {
+    Connection input = connection();
+    const Descriptor file = memoryFile();
+    ChildProcess shell({"sh", "-c", "read go && ulimit -d"}, {input.there.number(), file.number(), -1, {}});
+    shell.limitMemory(uint64_t{1} << 30);
+    EXPECT_TRUE(sendAll(input.here, "go\n", 3));
+    EXPECT_TRUE(shell.wait().succeeded());
+    // In kilobytes.
+    char text[32] = {};
+    EXPECT_GT(pread(file.number(), text, sizeof text - 1, 0), 0);
+    EXPECT_STREQ(text, "1048576\n");
+}
+
 TEST(ChildProcess, WhatDoesNotStartIsNamed) {
     const TemporaryFolder folder;
     test::writeBytes(folder / "text", "no program");
