@@ -201,7 +201,19 @@ void writePairs(const std::string& root) {
                 stereoHeicFile(large_left, large_right, missing)});
 }
 
+/// The networks of the tests, and what lies beside one of them.
+void copyNetworks(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(NETWORKS)) {
+        const std::filesystem::path extension = entry.path().extension();
+        if (extension == ".onnx" || extension == ".json")
+            std::filesystem::copy_file(entry.path(), folder / entry.path().filename(),
+                                       std::filesystem::copy_options::overwrite_existing);
+    }
+}
+
 void makeSeeds(const std::string& root) {
+    copyNetworks(root + "/onnx");
     writeContainers(root);
     writePairs(root);
     writeTexts(root + "/properties",
