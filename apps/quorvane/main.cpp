@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "apps/quorvane/commands/command.h"
+#include "apps/quorvane/input/depth_source.h"
 #include "apps/quorvane/terminal/text.h"
 #include "apps/quorvane/terminal/usage_error.h"
 #include "media/decoder/decoder.h"
@@ -59,6 +60,9 @@ int main(int argc, char** argv) {
     } catch (const UsageError& error) {
         complain(std::string(error.what()) + " (quorvane --help shows examples)");
         return 2;
+    } catch (const NoDepth& error) {
+        complain(error.what());
+        for (const std::string& way : error.ways()) std::fprintf(stderr, "  %s\n", way.c_str());
     } catch (const std::bad_alloc&) {
         complain("out of memory");
     } catch (const std::exception& error) {

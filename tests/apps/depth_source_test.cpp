@@ -49,7 +49,8 @@ class DepthSource : public testing::Test {
         return folder / name;
     }
 
-    void expectRefused(const Arguments& arguments, int code, const testing::Matcher<std::string>& said) {
+    void expectRefused(const Arguments& arguments, int code, const testing::Matcher<std::string>& said,
+                       int lines = 1) {
         SCOPED_TRACE(testing::PrintToString(arguments));
         const std::vector<std::string> before = folder.names();
         const Outcome outcome = quorvane(arguments);
@@ -57,7 +58,7 @@ class DepthSource : public testing::Test {
         EXPECT_EQ(outcome.out, "");
         EXPECT_THAT(outcome.err, testing::StartsWith("quorvane: "));
         EXPECT_THAT(outcome.err, said);
-        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), lines) << outcome.err;
         EXPECT_EQ(folder.names(), before) << "something was left behind";
     }
 
@@ -175,7 +176,7 @@ TEST_F(DepthSource, FirstNeighbourInTheOrderIsTaken) {
 TEST_F(DepthSource, PhotoIsNotItsOwnNeighbour) {
     fs::create_symlink(".", folder / "depth");
     const std::string file = write("a.png", pngFile(plane));
-    expectRefused({"render", file, "-o", folder / "b.png"}, 1, HasSubstr("no depth found"));
+    expectRefused({"render", file, "-o", folder / "b.png"}, 1, HasSubstr("no depth found"), 3);
 }
 
 TEST_F(DepthSource, PhotoInTheWorkingFolderFindsItsNeighbour) {
@@ -204,11 +205,12 @@ TEST_F(DepthSource, NeighbourIsNeverOverwritten) {
 TEST_F(DepthSource, NoDepthSaysWhatWasLookedForAndWhatToDo) {
     const std::string file = write("a.jpg", jpegFile(photo));
     for (const char* command : {"render", "stages"})
-        expectRefused(
-            {command, file, "-o", folder / "b.png"}, 1,
-            AllOf(HasSubstr("a.jpg: no depth found"), HasSubstr("GDepth, "), HasSubstr("Apple HEIC"),
-                  HasSubstr("Huawei"), HasSubstr("a_depth.*"), HasSubstr("depth/a.*"),
-                  HasSubstr("messengers and editors"), HasSubstr("DEPTH"), HasSubstr("--depth-cmd")));
+        expectRefused({command, file, "-o", folder / "b.png"}, 1,
+                      AllOf(HasSubstr("a.jpg: no depth found"), HasSubstr("GDepth, "),
+                            HasSubstr("Apple HEIC"), HasSubstr("Huawei"), HasSubstr("a_depth.*"),
+                            HasSubstr("depth/a.*"), HasSubstr("\n  messengers and editors"),
+                            HasSubstr("DEPTH"), HasSubstr("--depth-model"), HasSubstr("--depth-cmd")),
+                      3);
 }
 
 TEST_F(DepthSource, DamagedContainerIsNamedWhenThereIsNoDepth) {
@@ -216,7 +218,7 @@ TEST_F(DepthSource, DamagedContainerIsNamedWhenThereIsNoDepth) {
     options.data = "!!!";
     const std::string file = write("a.jpg", gdepthFile(photo, plane, options));
     expectRefused({"render", file, "-o", folder / "b.png"}, 1,
-                  AllOf(HasSubstr("no depth found"), HasSubstr("; GDepth: ")));
+                  AllOf(HasSubstr("no depth found"), HasSubstr("; GDepth: ")), 3);
 }
 
 // Halves.

@@ -20,6 +20,7 @@ struct ExtractOptions {
     std::string file;
     std::string depth;  ///< the file to write
     std::string photo;  ///< the file to write, or empty
+    ModelOptions model;
     bool raw = false;
 };
 
@@ -48,21 +49,26 @@ void extract(const ExtractOptions& options) {
     if (!options.raw && parseOutput(options.depth).kind != media::OutputKind::kStill)
         throw UsageError("-o " + options.depth + ": the depth is written as .png (or as it is, with --raw)");
     refuseSameOutput(options.depth, options.photo, "photo and depth map");
-    refuseInputAsOutput({options.file}, {options.depth, options.photo});
+    refuseInputAsOutput({options.file, options.model.file}, {options.depth, options.photo});
     // Asked before any work is done.
     for (const std::string& path : {options.depth, options.photo})
         if (!path.empty()) const PendingOutput place(path);
 
-    std::string file;
-    media::Contents contents;
-    endedBySignals([&] {
-        file = media::readPictureFile(options.file);
-        contents = media::decoder::lookInside(file, options.file);
-    });
-    if (!contents.depth) throw Error(options.file + ": " + noDepthInside(contents));
-    const media::EmbeddedDepth& depth = *contents.depth;
+    InputOptions input;
+    input.photo = options.file;
+    input.depth_model = options.model;
+    const DepthSource source = findDepth(input);
+    const bool estimated = source.origin == DepthOrigin::kModel;
+    const std::string& file = source.file;
+    // A network sees the photo that the file shows.
+    const media::Contents contents = estimated ? media::Contents() : source.contents;
     std::string bytes;
-    if (options.raw) {
+    if (estimated) {
+        bytes = media::grayPng(readInput(input, Talk(), source).depth.plane, 16);
+    } else if (!contents.depth) {
+        throw Error(options.file + ": " + noDepthInside(contents) +
+                    "; messengers and editors strip it from photos; --depth-model estimates one");
+    } else if (const media::EmbeddedDepth& depth = *contents.depth; options.raw) {
         bytes = rawBytes(depth, options.file);
     } else {
         media::DepthMap map =
@@ -88,7 +94,7 @@ void extract(const ExtractOptions& options) {
 
 std::function<void()> prepare(CommandLine* line) {
     const auto options = std::make_shared<ExtractOptions>();
-    line->text("PHOTO", &options->file, "a photo with depth inside").required();
+    line->text("PHOTO", &options->file, "a photo with depth inside, or any with --depth-model").required();
     line->text("-o,--out", &options->depth,
                "a gray .png: upright, larger = nearer; of 16 bit where the photo's file has more than 8 or "
                "measures distances, which are spread over the range they use")
@@ -99,10 +105,12 @@ std::function<void()> prepare(CommandLine* line) {
             "also write the unblurred photo inside to FILE, its bytes as they are; where there is none, the "
             "photo itself: of a JPEG without what is appended to it, else the whole file")
         .called("FILE");
+    const Option& model = addModelOptions(line, &options->model);
     line->flag(
-        "--raw", &options->raw,
-        "write the depth's bytes as they are in the photo's file: a picture file, or bare samples, with "
-        "their size said on standard error");
+            "--raw", &options->raw,
+            "write the depth's bytes as they are in the photo's file: a picture file, or bare samples, with "
+            "their size said on standard error")
+        .excludes(model);
     return [options] { extract(*options); };
 }
 
@@ -110,10 +118,12 @@ std::function<void()> prepare(CommandLine* line) {
 
 Command extractCommand() {
     return {"extract",
-            "write the depth inside a photo to a file of its own",
+            "write the depth inside a photo, or an estimate of it, to a file of its own",
             {{"the depth inside a phone's photo, as a file", "quorvane extract portrait.jpg -o depth.png"},
              {"and the photo without the phone's blur",
-              "quorvane extract portrait.jpg -o depth.png --photo unblurred.jpg"}},
+              "quorvane extract portrait.jpg -o depth.png --photo unblurred.jpg"},
+             {"the depth of any photo, by a network of your own",
+              "quorvane extract photo.jpg --depth-model model.onnx -o depth.png"}},
             prepare};
 }
 

@@ -65,14 +65,17 @@ std::optional<Input> look(const InspectOptions& options, const DepthSource& sour
     const bool draws = !options.sheet.empty();
     std::optional<Input> input;
     if (source.origin == DepthOrigin::kNone) {
-        report->no_depth = noDepthAnywhere(source.contents, name);
-        if (draws) throw Error(name + ": " + report->no_depth);
+        const std::vector<std::string> lines = noDepthAnywhere(source.contents, name);
+        if (draws) throw NoDepth(name, lines);
+        for (const std::string& line : lines)
+            report->no_depth += (report->no_depth.empty() ? "" : "; ") + line;
     } else {
         try {
             input =
                 readInput(options.input, source,
                           draws || planReadsPhoto(options.view) ? PhotoDetail::kFull : PhotoDetail::kPreview);
             report->depth = reportOn(options.view, *input);
+            report->belief = input->belief;
         } catch (const Error& error) {
             // What is damaged inside is what one inspects a photo for; all else was asked for by name.
             if (source.origin != DepthOrigin::kInside || draws) throw;

@@ -16,6 +16,7 @@ const char* wordFor(DepthOrigin origin) {
         case DepthOrigin::kGiven: return "given";
         case DepthOrigin::kNeighbour: return "neighbour";
         case DepthOrigin::kCommand: return "command";
+        case DepthOrigin::kModel: return "model";
         case DepthOrigin::kSideBySide: return "side by side";
         case DepthOrigin::kNone: break;
     }
@@ -106,6 +107,7 @@ void addDepth(const Report& report, std::string* text) {
         add(text, formatted("depth    %s%s%s: %d x %d, %d bit", wordFor(report.origin),
                             report.depth_file.empty() ? "" : ", ", report.depth_file.c_str(),
                             depth.size.width, depth.size.height, depth.bits));
+        if (!report.belief.empty()) add(text, "         " + report.belief);
     }
     for (const media::Finding& finding : depth.findings)
         add(text, formatted("doctor   %s%s (confidence %.2f)", finding.doubtful() ? "doubtful: " : "",
@@ -142,6 +144,7 @@ Json depthJson(const Report& report) {
     const DepthReport& depth = *report.depth;
     Json json = {{"source", wordFor(report.origin)}};
     if (!report.depth_file.empty()) json["file"] = report.depth_file;
+    if (!report.belief.empty()) json["belief"] = report.belief;
     if (report.origin == DepthOrigin::kInside) {
         const media::EmbeddedDepth& inside = *report.contents.depth;
         json["container"] = inside.container;

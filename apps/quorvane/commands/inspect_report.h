@@ -31,7 +31,8 @@ struct Report {
     media::Contents contents;
     Size photo;  ///< upright, as it would be shown
     DepthOrigin origin = DepthOrigin::kNone;
-    std::string depth_file;  ///< of kGiven and kNeighbour
+    std::string depth_file;  ///< of kGiven, kNeighbour and kModel
+    std::string belief;      ///< of kModel
     std::optional<DepthReport> depth;
     std::string no_depth;  ///< why there is none, one line
 };

@@ -266,6 +266,8 @@ Command renderCommand() {
              {"from a photo and a depth map", "quorvane render photo.jpg depth.png -o sway.mp4"},
              {"from a photo and your own depth estimator",
               "quorvane render photo.jpg --depth-cmd 'estimate {in} {out}' -o sway.mp4"},
+             {"from any photo and an ONNX network that you have",
+              "quorvane render photo.jpg --depth-model model.onnx -o sway.mp4"},
              {"a small GIF of another motion",
               "quorvane render photo.jpg depth.png -o a.gif --size 480x360 --motion circle"},
              {"a page to share: one file that moves with mouse, touch and tilt",

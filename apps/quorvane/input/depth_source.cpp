@@ -9,6 +9,7 @@
 #include "apps/quorvane/terminal/ended_by_signals.h"
 #include "apps/quorvane/terminal/text.h"
 #include "media/decoder/decoder.h"
+#include "media/depth/depth_model.h"
 #include "system/error.h"
 
 namespace quorvane::app {
@@ -69,7 +70,8 @@ Input decodeBoth(const InputOptions& options, const DepthSource& source, PhotoDe
             if (!remark.empty()) input.remarks.push_back(remark);
             break;
         }
-        case DepthOrigin::kCommand: decodePhotoInto(&input, source.file, {}, name, PhotoDetail::kFull); break;
+        case DepthOrigin::kCommand:
+        case DepthOrigin::kModel: decodePhotoInto(&input, source.file, {}, name, PhotoDetail::kFull); break;
         case DepthOrigin::kGiven:
         case DepthOrigin::kNeighbour:
             decodePhotoInto(&input, source.file, {}, name, detail);
@@ -93,6 +95,9 @@ DepthSource findDepth(const InputOptions& options) {
         source.depth = options.depth;
     } else if (!options.depth_command.empty()) {
         source.origin = DepthOrigin::kCommand;
+    } else if (!options.depth_model.file.empty()) {
+        source.origin = DepthOrigin::kModel;
+        source.depth = options.depth_model.file;
     } else if (options.depth_half) {
         source.origin = DepthOrigin::kSideBySide;
     } else if (source.contents.depth) {
@@ -118,25 +123,43 @@ std::string noDepthInside(const media::Contents& contents) {
     std::string containers;
     for (const std::string& name : media::knownContainers())
         containers += (containers.empty() ? "" : ", ") + name;
-    return "no depth found inside (looked for " + containers + inShort(contents.remarks) +
-           "); messengers and editors strip it from photos";
+    return "no depth found inside (looked for " + containers + inShort(contents.remarks) + ")";
 }
 
-std::string noDepthAnywhere(const media::Contents& contents, const std::string& photo) {
-    return noDepthInside(contents) + "; nor beside it (" + neighbourNames(photo) +
-           "); give a depth map as DEPTH, or an estimator with --depth-cmd";
+std::vector<std::string> noDepthAnywhere(const media::Contents& contents, const std::string& photo) {
+    return {
+        noDepthInside(contents) + ", nor beside it (" + neighbourNames(photo) + ")",
+        "messengers and editors strip it: take a portrait photo as the phone stored it, or a depth map as "
+        "DEPTH",
+        "or have it estimated: --depth-model FILE.onnx (see quorvane info --models) or --depth-cmd"};
 }
+
+namespace {
+
+/// The photo's depth by the network that the options name. Throws Error, and Cancelled after a signal.
+media::ModelEstimate estimateDepth(const ModelOptions& options, const media::RgbImage& photo) {
+    return media::DepthModel(options.file, options.size).estimate(photo);
+}
+
+}  // namespace
 
 Input readInput(const InputOptions& options, const DepthSource& source, PhotoDetail detail) {
     const std::string& name = options.photo;
     if (source.origin == DepthOrigin::kNone) {
         // A damaged photo is told as such first.
         endedBySignals([&] { media::decoder::decodePhoto(source.file, source.contents, name, nullptr); });
-        throw Error(name + ": " + noDepthAnywhere(source.contents, name));
+        throw NoDepth(name, noDepthAnywhere(source.contents, name));
     }
     Input input = endedBySignals([&] { return decodeBoth(options, source, detail); });
     if (source.origin == DepthOrigin::kCommand)
         input.depth = estimateDepth(options.depth_command, input.photo);
+    double polarity_confidence = 1.0;
+    if (source.origin == DepthOrigin::kModel) {
+        media::ModelEstimate estimate = estimateDepth(options.depth_model, input.photo);
+        input.depth = std::move(estimate.depth);
+        input.belief = std::move(estimate.belief);
+        polarity_confidence = estimate.polarity_confidence;
+    }
     endedBySignals([&] {
         if (options.depth_turn) {
             input.depth.plane = media::turned(input.depth.plane, *options.depth_turn);
@@ -144,16 +167,32 @@ Input readInput(const InputOptions& options, const DepthSource& source, PhotoDet
         }
         const bool inside = source.origin == DepthOrigin::kInside;
         media::DepthKnowledge known;
-        // Halves of one picture lie as they are.
+        // Halves of one picture lie as they are, and so does what is made of the photo here.
         known.orientation = (inside && source.contents.depth->orientation_known) ||
-                            source.origin == DepthOrigin::kSideBySide || options.depth_turn;
+                            source.origin == DepthOrigin::kSideBySide ||
+                            source.origin == DepthOrigin::kModel || options.depth_turn;
         if (options.invert_depth) known.larger_is_nearer = !*options.invert_depth;
-        if (inside && !options.invert_depth) known.larger_is_nearer = true;
+        const bool polarity_known = inside || source.origin == DepthOrigin::kModel;
+        if (polarity_known && !options.invert_depth) known.larger_is_nearer = true;
         known.holes = options.holes;
+        // A network has an answer everywhere: what stands apart is a sky.
+        if (source.origin == DepthOrigin::kModel && known.holes == media::Holes::kAuto)
+            known.holes = media::Holes::kKeep;
         known.name = source.depth;
         if (options.doctor) {
             input.findings = media::examine(input.photo, known, &input.depth, &input.polarity);
             media::spreadLevels(&input.depth);
+            if (polarity_confidence < 0.5 && !options.invert_depth) {
+                input.polarity.confidence = polarity_confidence;
+                input.polarity.doubtful = true;
+                input.findings.push_back({media::FindingKind::kPolarity,
+                                          polarity_confidence,
+                                          false,
+                                          "not certain which end is near: the photo speaks for the network's "
+                                          "larger values being the farther ones",
+                                          {},
+                                          true});
+            }
         } else if (options.invert_depth.value_or(false)) {
             for (float& sample : input.depth.plane.samples) sample = 255.0f - sample;
             input.polarity.larger_is_nearer = false;
@@ -195,6 +234,7 @@ Input readInput(const InputOptions& options, const Talk& talk, const DepthSource
                  input.depth.plane.width, input.depth.plane.height, input.depth.bits,
                  options.doctor ? ", spread over its range" : "",
                  input.polarity.inverted ? ", inverted" : "");
+    if (!input.belief.empty()) std::fprintf(stderr, "model    %s\n", printable(input.belief).c_str());
     return input;
 }
 

@@ -11,6 +11,7 @@
 #include "media/picture/image.h"
 #include "media/picture/picture_file.h"
 #include "sizes/sizes.h"
+#include "system/error.h"
 
 namespace quorvane::app {
 
@@ -19,6 +20,7 @@ enum class DepthOrigin {
     kGiven,       ///< a file that the user named
     kNeighbour,   ///< a file that is called after the photo
     kCommand,     ///< the user's estimator
+    kModel,       ///< a network that the user has
     kSideBySide,  ///< a half of the photo
     kNone,
 };
@@ -28,7 +30,7 @@ struct DepthSource {
     std::string file;  ///< bytes
     media::Contents contents;
     DepthOrigin origin = DepthOrigin::kNone;
-    std::string depth;  ///< path, of kGiven and kNeighbour
+    std::string depth;  ///< path, of kGiven, kNeighbour and kModel
 };
 
 /// Both images, upright, as the user wants them.
@@ -38,6 +40,7 @@ struct Input {
     media::DepthMap depth;     ///< larger = nearer
     media::Polarity polarity;  ///< which end was near in the map as it is stored
     std::vector<media::Finding> findings;
+    std::string belief;                ///< of kModel: what was taken for granted of the network
     std::vector<std::string> remarks;  ///< on what was inside and could not be used as it should be
 };
 
@@ -52,8 +55,20 @@ std::string textOf(const media::Finding& finding);
 /// One line for a photo without depth: what was looked for, what was damaged, and why there may be none.
 std::string noDepthInside(const media::Contents& contents);
 
-/// The same, with the names that were looked for next to the photo, and what to do.
-std::string noDepthAnywhere(const media::Contents& contents, const std::string& photo);
+/// Lines for a photo without depth inside or next to it: what was looked at, and then what to do.
+std::vector<std::string> noDepthAnywhere(const media::Contents& contents, const std::string& photo);
+
+/// There is no depth for a photo. Its text is the first of such lines.
+class NoDepth : public Error {
+  public:
+    NoDepth(const std::string& photo, const std::vector<std::string>& lines)
+        : Error(photo + ": " + lines[0]), m_ways(lines.begin() + 1, lines.end()) {}
+
+    const std::vector<std::string>& ways() const noexcept { return m_ways; }
+
+  private:
+    std::vector<std::string> m_ways;
+};
 
 /// How much of the photo is wanted.
 enum class PhotoDetail {

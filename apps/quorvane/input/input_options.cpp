@@ -38,6 +38,18 @@ constexpr media::Turn kFirstTurn = 1;
 
 }  // namespace
 
+Option& addModelOptions(CommandLine* line, ModelOptions* options) {
+    Option& model = line->text("--depth-model", &options->file,
+                               "estimate the depth with an ONNX network of your own: an .onnx file, or a "
+                               "folder with one and "
+                               "its preprocessor_config.json ('quorvane info --models' says which ones suit)")
+                        .called("FILE.onnx");
+    line->whole("--depth-size", &options->size, 0, 4096,
+                "pixels of the photo's shorter side that such a network is given, where it takes any size; 0 "
+                "is what suits it, mostly 518; more shows finer things, in time that grows with the square");
+    return model;
+}
+
 void addInputOptions(CommandLine* line, InputOptions* options) {
     line->text("PHOTO", &options->photo, "JPEG, PNG, WebP, HEIC, AVIF or TIFF").required();
     Option& depth = line->text(
@@ -51,6 +63,7 @@ void addInputOptions(CommandLine* line, InputOptions* options) {
                 "run your own estimator instead: it reads {in}, a PNG of the photo, and writes {out}, a .png "
                 "depth map; words and quotes as in a shell, but no shell runs it")
             .called("'PROG {in} {out}'");
+    Option& model = addModelOptions(line, &options->depth_model);
     std::vector<std::string> halves;
     for (const Half& half : kHalves) halves.emplace_back(half.name);
     Option& half =
@@ -60,7 +73,8 @@ void addInputOptions(CommandLine* line, InputOptions* options) {
                 "below or above")
             .called("SIDE");
     estimator.excludes(depth);
-    half.excludes(depth).excludes(estimator);
+    model.excludes(depth).excludes(estimator);
+    half.excludes(depth).excludes(estimator).excludes(model);
     std::vector<std::string> turns;
     for (media::Turn turn = kFirstTurn; turn < media::kTurns; ++turn)
         turns.emplace_back(media::kTurnWords[turn].name);
