@@ -6,6 +6,8 @@ import {test} from 'node:test';
 
 import {FRAGMENT_SHADER, VERTEX_SHADER} from '../../web/element/class.js';
 import * as geometry from '../../web/element/geometry.js';
+import {fit, shapePlanes} from '../../web/element/shape.js';
+import {SHAPER} from '../../web/element/shaper.js';
 
 const native = JSON.parse(readFileSync(process.env.QUORVANE_NATIVE_BITS, 'utf8'));
 const bytes = (hex) => Uint8Array.from(Buffer.from(hex, 'hex'));
@@ -48,4 +50,24 @@ test('every triangle has the renderer\'s vertices, in its order', () => {
 test('indices have 16 bits as long as they suffice', () => {
   assert.ok(geometry.indices(255, 255) instanceof Uint16Array);
   assert.ok(geometry.indices(256, 255) instanceof Uint32Array);
+});
+
+test('depth maps are shaped to the renderer\'s bytes', async () => {
+  assert.ok(native.shapings.length >= 6);
+  for (const {columns, rows, ratio, params, photo, depth, shaped} of native.shapings) {
+    const ours = await shapePlanes({columns, rows, ratio}, bytes(photo), bytes(depth), params);
+    assert.deepStrictEqual(ours, bytes(shaped), `${columns} x ${rows}, ${ratio} pixels a cell`);
+  }
+});
+
+test('the grid is the finest of 100,000 triangles', () => {
+  assert.deepStrictEqual(fit(768, 1024), {columns: 192, rows: 256, ratio: 4});
+  assert.deepStrictEqual(fit(100, 50), {columns: 100, rows: 50, ratio: 1});
+  assert.deepStrictEqual(fit(4032, 3024), {columns: 256, rows: 192, ratio: 8});  // of 2048 x 1536
+});
+
+test('the shaper imports nothing and takes 8 KB at most', async () => {
+  const file = Buffer.from(SHAPER, 'base64');
+  assert.deepStrictEqual(WebAssembly.Module.imports(await WebAssembly.compile(file)), []);
+  assert.ok(file.length <= 8192, `${file.length} bytes`);
 });

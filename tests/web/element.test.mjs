@@ -316,6 +316,29 @@ test('what cannot be shown is an error of one sentence', async () => {
   }
 });
 
+test('a raw depth map is shaped in the page', async () => {
+  const raw = element('motion="" raw-depth').replace('shaped.png', 'depth.png');
+  const page = await open(raw, {context: {reducedMotion: 'reduce'}});
+  await ready(page);
+  await page.evaluate(() => document.querySelector('parallax-photo').lookAt(1, 0));
+  await comes(page, 1, 0);
+  const shaped_here = await pixels(page);
+  const other = await open(element('motion=""'), {context: {reducedMotion: 'reduce'}});
+  await ready(other);
+  await other.evaluate(() => document.querySelector('parallax-photo').lookAt(1, 0));
+  await comes(other, 1, 0);
+  // The renderer's depth had a coarser grid, of 96 x 128 cells, so that outlines differ; inverted, everything does.
+  const shaped_there = await pixels(other);
+  const off = difference(shaped_here, shaped_there).mean;
+  await page.evaluate(() => {
+    document.querySelector('parallax-photo').rawDepth = 'inverted';
+  });
+  await ready(page);
+  await until('what was near is far', async () => difference(await pixels(page), shaped_there).mean > 2 * off);
+  await close(page);
+  await close(other);
+});
+
 test('src alone needs no slotted image, and may change', async () => {
   const page = await open(element('src="/made/photo.png" alt="here"', 'width:180px', ''));
   await ready(page);
