@@ -33,9 +33,9 @@ struct DepthMap {
 RgbImage readPhoto(const std::string& path);
 
 /// Reads a depth map of 8 or 16 bit, larger = nearer, from a gray picture (RGB will do where all channels
-/// agree) or from one in a known colour map: jet, turbo, viridis, plasma, inferno, magma or hot. 0..255
-/// stands for all that the samples can hold. Pixels less than half opaque are not `known`. Throws Error like
-/// readPhoto.
+/// agree) or from one in a known colour map: jet, rainbow, turbo, viridis, plasma, inferno, magma or hot.
+/// 0..255 stands for all that the samples can hold. Pixels less than half opaque are not `known`. Throws
+/// Error like readPhoto.
 DepthMap readDepthMap(const std::string& path);
 
 /// The bytes of a picture's file; messages call it `name`, or by its path. Throws Error, also for what is no
