@@ -27,7 +27,7 @@ namespace {
 constexpr int kLongest = 960;
 constexpr int kBlock = 24;
 constexpr int kStep = 12;
-constexpr double kSubject = 0.12;  ///< half a side of the subject's box, of the picture's
+constexpr double kSubject = 0.08;  ///< half a side of the subject's box, of the picture's
 constexpr double kReach = 0.08;    ///< of the width, how far blocks are looked for
 constexpr int kReachDown = 4;
 /// The mean difference of neighbours in a block that can be found again.

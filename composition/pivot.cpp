@@ -43,14 +43,17 @@ std::array<double, kLevels> importanceOfLevels(const ShapedDepth& depth) {
 double subjectDepth(const ShapedDepth& depth) {
     // A thing's own relief: half a head's.
     constexpr double kRelief = 12.0;
+    constexpr int kShifts = 12;
     // What the farthest things count, where the nearest ones count about 1.
     constexpr double kFarthest = 0.02;
     const std::array<double, kLevels> levels = importanceOfLevels(depth);
     const auto [lowest, highest] = std::minmax_element(
         depth.samples, depth.samples + static_cast<size_t>(depth.width) * static_cast<size_t>(depth.height));
     const double far = *lowest, range = std::max(1, *highest - *lowest);
-    double most = -1.0, best = 0.0;
-    for (int level = *lowest; level <= *highest; ++level) {
+    struct Thing {
+        double counts, mean;
+    };
+    const auto thingAt = [&](double level) {
         double sum = 0.0, moment = 0.0;
         for (int other = *lowest; other <= *highest; ++other) {
             const double off = (other - level) / kRelief;
@@ -58,12 +61,18 @@ double subjectDepth(const ShapedDepth& depth) {
             sum += share;
             moment += share * other;
         }
+        return Thing{sum, sum > 0.0 ? moment / sum : level};
+    };
+    double most = -1.0, best = 0.0;
+    for (int level = *lowest; level <= *highest; ++level) {
         const double nearness = (level - far) / range;
-        const double counts = sum * (kFarthest + nearness * nearness);
+        const double counts = thingAt(level).counts * (kFarthest + nearness * nearness);
         if (counts <= most) continue;
         most = counts;
-        best = sum > 0.0 ? moment / sum : level;
+        best = level;
     }
+    // Nearness, which tells which thing it is, has put the level on the thing's near side.
+    for (int i = 0; i < kShifts; ++i) best = thingAt(best).mean;
     return best;
 }
 
