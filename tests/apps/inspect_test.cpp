@@ -164,6 +164,36 @@ TEST_F(Inspect, PlanIsWhatTheRendererTakes) {
     EXPECT_EQ(int{odd["depth"]["to"]["width"]}, 4 * int{odd["grid"]["width"]});
 }
 
+// Without drawing: what render says that it has chosen.
+TEST_F(Inspect, PlanIsThePictureThatIsAskedFor) {
+    const std::string file = write("a.jpg", gdepthFile(somePhoto(304, 400), somePlane(76, 100)));
+    const std::vector<Arguments> asked = {{},
+                                          {"--motion", "circle", "--amount", "0.5"},
+                                          {"--size", "300x100"},
+                                          {"--frame", "0.7", "--pivot", "0.2,0.3"},
+                                          {"--edges", "soft", "--grid", "fine", "--orientation", "0"},
+                                          {"--set", "fov_scale=0.6", "--set", "guided_filter_rx=3"}};
+    for (const Arguments& options : asked) {
+        SCOPED_TRACE(testing::PrintToString(options));
+        Arguments inspected = {file}, rendered = {"render", file, "-o", folder / "a.png", "-v"};
+        inspected.insert(inspected.end(), options.begin(), options.end());
+        rendered.insert(rendered.end(), options.begin(), options.end());
+        const json plan = parsed(inspected)["plan"];
+        EXPECT_EQ(plan["swing"], 1.0);
+        char wanted[40];
+        std::snprintf(wanted, sizeof wanted, "%.3f of each side seen", double{plan["frame"]});
+        const std::string said = quorvane(rendered).err;
+        EXPECT_THAT(said, HasSubstr(wanted));
+        // The depth at distance Z: 255 / 35 of (32 - Z) / 0.4 + 32.
+        std::snprintf(wanted, sizeof wanted, "shaped depth %.0f of 255",
+                      255.0 * ((32.0 - double{plan["pivot"]}) / 0.4 + 32.0) / 35.0);
+        EXPECT_THAT(said, HasSubstr(wanted));
+    }
+    EXPECT_EQ(parsed({file, "--edges", "soft"})["plan"]["edges"], "soft");
+    EXPECT_LT(double{parsed({file, "--motion", "circle"})["plan"]["frame"]},
+              double{parsed({file, "--motion", "circle", "--amount", "0.2"})["plan"]["frame"]});
+}
+
 TEST_F(Inspect, TextSaysTheSameToPeople) {
     const std::string file = write("a.jpg", gdepthFile(somePhoto(304, 400), somePlane(76, 100)));
     const std::string said = text({file, "--grid", "coarse"});

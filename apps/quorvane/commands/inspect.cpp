@@ -7,6 +7,7 @@
 #include "apps/quorvane/commands/inspect_report.h"
 #include "apps/quorvane/commands/output_guard.h"
 #include "apps/quorvane/drawing/clip_drawing.h"
+#include "apps/quorvane/drawing/picture_options.h"
 #include "apps/quorvane/drawing/stages_sheet.h"
 #include "apps/quorvane/terminal/ended_by_signals.h"
 #include "apps/quorvane/terminal/usage_error.h"
@@ -24,18 +25,20 @@ namespace {
 struct InspectOptions {
     InputOptions input;
     ViewOptions view;
+    PictureOptions picture;
     std::string sheet;  ///< a .png file for the stages, or empty
     bool json = false;
 };
 
-DepthReport reportOn(const ViewOptions& options, const Input& input) {
+DepthReport reportOn(const InspectOptions& asked, const Input& input) {
+    const ViewOptions& options = asked.view;
     DepthReport report;
     report.size = {input.depth.plane.width, input.depth.plane.height};
     report.bits = input.depth.bits;
     report.polarity = input.polarity;
     report.findings = input.findings;
-    const Target target = {pictureSize(input.photo_size, kLongestSide, false), 1,
-                           pathAround({}, motions().front(), 1.0, 1), kReportedTexture};
+    const Target target = {sizeOf(asked.picture, input.photo_size, kLongestSide, false), 1,
+                           pathAround({}, *asked.picture.motion, asked.picture.amount, 1), kReportedTexture};
     report.plan = fitFor(options, target, input.photo_size, report.size);
     report.clean_edges = options.clean_edges;
     const media::RgbImage photo =
@@ -74,7 +77,7 @@ std::optional<Input> look(const InspectOptions& options, const DepthSource& sour
             input =
                 readInput(options.input, source,
                           draws || planReadsPhoto(options.view) ? PhotoDetail::kFull : PhotoDetail::kPreview);
-            report->depth = reportOn(options.view, *input);
+            report->depth = reportOn(options, *input);
             report->belief = input->belief;
         } catch (const Error& error) {
             // What is damaged inside is what one inspects a photo for; all else was asked for by name.
@@ -132,6 +135,7 @@ std::function<void()> prepare(CommandLine* line) {
     line->text("-o,--out", &options->sheet,
                "also write the stages, as the stages command does, to a .png file")
         .called("FILE");
+    addPictureOptions(line, "1920", &options->picture);
     addViewOptions(line, &options->view);
     return [options] { inspect(*options); };
 }

@@ -7,6 +7,7 @@
 #include "apps/quorvane/commands/output_guard.h"
 #include "apps/quorvane/drawing/clip_drawing.h"
 #include "apps/quorvane/drawing/page.h"
+#include "apps/quorvane/drawing/picture_options.h"
 #include "apps/quorvane/input/depth_source.h"
 #include "apps/quorvane/terminal/numbers.h"
 #include "apps/quorvane/terminal/progress.h"
@@ -29,11 +30,9 @@ struct RenderOptions {
     ViewOptions view;
     Talk talk;
     std::string out;
-    std::optional<PictureSize> size;  ///< without one the photo's aspect, at most kLongestSide
+    PictureOptions picture;
     int frames = 120;
     int fps = 30;
-    const Motion* motion = &motions().front();
-    double amount = 1.0;
     Position at;
     int supersample = 1;
     bool force = false;
@@ -51,8 +50,8 @@ const media::OutputFormat& check(const RenderOptions& options) {
     refuseTwoWays(options.view);
     refuseStandardOutput({options.view.timings});
     const media::OutputFormat& format = parseOutput(options.out);
-    if (format.even_sides && options.size && options.size->exact) {
-        const Size size = *options.size->exact, even = pictureSize(size, kNoLimit, true);
+    if (format.even_sides && options.picture.size && options.picture.size->exact) {
+        const Size size = *options.picture.size->exact, even = pictureSize(size, kNoLimit, true);
         if (even != size)
             throw UsageError("--size " + textOf(size) + ": " + std::string(format.name) +
                              " has even sides, such as " + textOf(even));
@@ -95,10 +94,7 @@ void keep(const std::vector<std::string>& inputs, const RenderOptions& options,
 
 Size chooseSize(const RenderOptions& options, Size photo, const media::OutputFormat& format) {
     const int longest = format.kind == OutputKind::kPage ? kLongestPageSide : kLongestSide;
-    if (!options.size) return pictureSize(photo, longest, format.even_sides);
-    if (options.size->exact) return *options.size->exact;
-    if (options.size->longest) return scaledPictureSize(photo, *options.size->longest, format.even_sides);
-    return pictureSize(photo, kNoLimit, format.even_sides);
+    return sizeOf(options.picture, photo, longest, format.even_sides);
 }
 
 std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, const media::OutputFormat& format,
@@ -112,15 +108,15 @@ std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, cons
 
 std::vector<Position> positionsFor(const RenderOptions& options, const media::OutputFormat& format) {
     if (format.kind == OutputKind::kStill) return {options.at};
-    return loopAround(options.at, *options.motion, options.amount, options.frames);
+    return loopAround(options.at, *options.picture.motion, options.picture.amount, options.frames);
 }
 
 /// Where the picture is seen from: a still is framed as the motion's frames are, so that it matches them and
 /// other stills.
 std::vector<Position> pathFor(const RenderOptions& options, const media::OutputFormat& format) {
     const bool is_still = format.kind == OutputKind::kStill;
-    std::vector<Position> path = pathAround(is_still ? Position() : options.at, *options.motion,
-                                            options.amount, is_still ? 1 : options.frames);
+    std::vector<Position> path = pathAround(is_still ? Position() : options.at, *options.picture.motion,
+                                            options.picture.amount, is_still ? 1 : options.frames);
     if (is_still) path.push_back(options.at);
     return path;
 }
@@ -128,13 +124,14 @@ std::vector<Position> pathFor(const RenderOptions& options, const media::OutputF
 /// The page that moves by itself as the motion goes while nobody moves it.
 media::SharePage pageOf(const RenderOptions& options, Size size, Input input) {
     constexpr const char* kAnyPhoto = "A photo in depth";
-    PagePicture picture = pagePicture(options.view, options.talk, size, options.amount, std::move(input));
+    PagePicture picture =
+        pagePicture(options.view, options.talk, size, options.picture.amount, std::move(input));
     media::SharePage page;
     page.photo = std::move(picture.photo);
     page.depth = std::move(picture.depth);
     page.alt = options.alt.empty() ? kAnyPhoto : options.alt;
     page.title = options.title.empty() ? page.alt : options.title;
-    page.motion = std::string("pointer tilt keys ") + options.motion->name;
+    page.motion = std::string("pointer tilt keys ") + options.picture.motion->name;
     page.amount = picture.amount;
     page.parameters = std::move(picture.parameters);
     return page;
@@ -202,17 +199,8 @@ void addMotionOptions(CommandLine* line, RenderOptions* options) {
     options->of_loops.push_back(
         &line->parsed("--frames", take_frames, "frames in the loop (1 to 99999, default 120)").called("N"));
     options->of_loops.push_back(&line->whole("--fps", &options->fps, 1, 240, "frames a second"));
-    std::vector<std::string> names;
-    std::vector<std::pair<std::string, std::string>> rows;
-    for (const Motion& motion : motions()) {
-        names.emplace_back(motion.name);
-        rows.emplace_back(motion.name, motion.meaning);
-    }
-    options->of_motion.push_back(&line->word(
-        "--motion", names, [options](size_t i) { options->motion = &motions()[i]; },
-        "how the view moves, see below (default " + names.front() + ")"));
-    options->of_motion.push_back(
-        &line->number("--amount", &options->amount, 0.0, 1.0, "how far the view swings"));
+    const AddedPictureOptions added = addPictureOptions(line, "1920, in a page 2048", &options->picture);
+    options->of_motion = {&added.motion, &added.amount};
     options->of_frames.push_back(
         &line->parsed(
                  "--at", [options](const std::string& text) { options->at = parsePosition(text); },
@@ -220,7 +208,6 @@ void addMotionOptions(CommandLine* line, RenderOptions* options) {
                  "from "
                  "the right or above (default 0,0)")
              .called("X,Y"));
-    line->table("Motions:", std::move(rows));
 }
 
 std::function<void()> prepare(CommandLine* line) {
@@ -233,11 +220,6 @@ std::function<void()> prepare(CommandLine* line) {
                    ": a page to share, which moves as it is watched; else a folder")
         .called("PATH")
         .required();
-    line->parsed(
-            "--size", [options](const std::string& text) { options->size = parsePictureSize(text); },
-            "picture size: WxH, the longer side alone, or 'photo' for the photo's own (default: the photo's "
-            "aspect, at most 1920, in a page 2048)")
-        .called("WxH");
     addMotionOptions(line, options.get());
     options->of_pages.push_back(
         &line->text("--alt", &options->alt, "what the photo shows, for people who do not see it: of a page")
