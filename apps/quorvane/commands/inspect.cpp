@@ -12,6 +12,7 @@
 #include "apps/quorvane/terminal/ended_by_signals.h"
 #include "apps/quorvane/terminal/usage_error.h"
 #include "media/decoder/decoder.h"
+#include "media/depth/anaglyph.h"
 #include "media/embedded/jpeg.h"
 #include "media/picture/resample.h"
 #include "system/cancel.h"
@@ -61,6 +62,20 @@ Size sizeInHeader(const std::string& file, const std::string& name) {
     });
 }
 
+/// What a photo without depth is answered. A damaged photo is told as such when its size is read.
+std::vector<std::string> whyNoDepth(const DepthSource& source, const std::string& name) {
+    return endedBySignals([&]() -> std::vector<std::string> {
+        try {
+            constexpr int kSide = 400;
+            if (media::isAnaglyph(
+                    media::decoder::previewPhoto(source.file, source.contents, name, kSide, nullptr).shrunk))
+                return {anaglyphLine()};
+        } catch (const Error&) {
+        }
+        return noDepthAnywhere(source.contents, name);
+    });
+}
+
 /// Reads what is in the file into the report. Returns both images, the photo in full where `options` want a
 /// sheet of them; or nothing where there is no depth.
 std::optional<Input> look(const InspectOptions& options, const DepthSource& source, Report* report) {
@@ -68,7 +83,7 @@ std::optional<Input> look(const InspectOptions& options, const DepthSource& sour
     const bool draws = !options.sheet.empty();
     std::optional<Input> input;
     if (source.origin == DepthOrigin::kNone) {
-        const std::vector<std::string> lines = noDepthAnywhere(source.contents, name);
+        const std::vector<std::string> lines = whyNoDepth(source, name);
         if (draws) throw NoDepth(name, lines);
         for (const std::string& line : lines)
             report->no_depth += (report->no_depth.empty() ? "" : "; ") + line;
@@ -81,7 +96,9 @@ std::optional<Input> look(const InspectOptions& options, const DepthSource& sour
             report->belief = input->belief;
         } catch (const Error& error) {
             // What is damaged inside is what one inspects a photo for; all else was asked for by name.
-            if (source.origin != DepthOrigin::kInside || draws) throw;
+            const bool inside = source.origin == DepthOrigin::kInside ||
+                                (source.origin == DepthOrigin::kPair && !options.input.pair.given());
+            if (!inside || draws) throw;
             input.reset();
             report->origin = DepthOrigin::kNone;
             report->no_depth = error.what();
@@ -89,8 +106,11 @@ std::optional<Input> look(const InspectOptions& options, const DepthSource& sour
     }
     report->photo = input ? input->photo_size : sizeInHeader(source.file, name);
     report->contents = source.contents;
+    report->pair = source.pair;
     if (input)
-        for (const std::string& remark : input->remarks) report->contents.remarks.push_back(remark);
+        for (const std::string& remark : input->remarks)
+            (source.origin == DepthOrigin::kPair ? report->pair_remarks : report->contents.remarks)
+                .push_back(remark);
     return input;
 }
 
@@ -100,7 +120,7 @@ void inspect(const InspectOptions& options) {
     if (!options.sheet.empty()) {
         if (parseOutput(options.sheet).kind != media::OutputKind::kStill)
             throw UsageError("-o " + options.sheet + ": the sheet is a .png file");
-        refuseInputAsOutput({asked.photo, asked.depth}, {options.sheet});
+        refuseInputAsOutput({asked.photo, asked.depth, asked.pair.right}, {options.sheet});
         const PendingOutput place(options.sheet);
     }
     const DepthSource source = findDepth(asked);

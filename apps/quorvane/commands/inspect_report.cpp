@@ -18,6 +18,7 @@ const char* wordFor(DepthOrigin origin) {
         case DepthOrigin::kCommand: return "command";
         case DepthOrigin::kModel: return "model";
         case DepthOrigin::kSideBySide: return "side by side";
+        case DepthOrigin::kPair: return "pair";
         case DepthOrigin::kNone: break;
     }
     return "none";
@@ -209,6 +210,13 @@ std::string reportText(const Report& report) {
         add(&text, formatted("inside   %-10s  %s, %s, %llu bytes", wordFor(image.role), image.where.c_str(),
                              image.mime.empty() ? "bare samples" : image.mime.c_str(),
                              static_cast<unsigned long long>(image.bytes)));
+    if (report.pair) {
+        const media::StereoPair& pair = *report.pair;
+        add(&text,
+            formatted("views    left: %s, right: %s%s", pair.left.where.c_str(), pair.right.where.c_str(),
+                      pair.container.empty() ? "" : (" (" + pair.container + ")").c_str()));
+        for (const std::string& remark : report.pair_remarks) add(&text, "         " + remark);
+    }
     for (const std::string& remark : contents.remarks) add(&text, "damaged  " + remark);
     if (report.depth)
         addDepth(report, &text);
@@ -228,6 +236,7 @@ std::string reportJson(const Report& report) {
         {"photo", sides(report.photo)},
         {"unblurred_photo", unblurred ? Json(contents.original->where) : Json(nullptr)},
         {"images", Json::array()},
+        {"pair", nullptr},
         {"remarks", contents.remarks},
         {"depth", nullptr},
         {"plan", nullptr},
@@ -237,6 +246,11 @@ std::string reportJson(const Report& report) {
                                   {"where", image.where},
                                   {"mime", image.mime},
                                   {"bytes", image.bytes}});
+    if (report.pair)
+        json["pair"] = {{"container", report.pair->container},
+                        {"left", report.pair->left.where},
+                        {"right", report.pair->right.where},
+                        {"remarks", report.pair_remarks}};
     if (report.depth) {
         json["depth"] = depthJson(report);
         json["plan"] = planJson(*report.depth);

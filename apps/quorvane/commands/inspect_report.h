@@ -33,6 +33,8 @@ struct Report {
     DepthOrigin origin = DepthOrigin::kNone;
     std::string depth_file;  ///< of kGiven, kNeighbour and kModel
     std::string belief;      ///< of kModel
+    std::optional<media::StereoPair> pair;
+    std::vector<std::string> pair_remarks;
     std::optional<DepthReport> depth;
     std::string no_depth;  ///< why there is none, one line
 };

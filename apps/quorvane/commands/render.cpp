@@ -140,7 +140,7 @@ media::SharePage pageOf(const RenderOptions& options, Size size, Input input) {
 void render(const RenderOptions& options) {
     const media::OutputFormat& format = check(options);
     refuseSameOutput(options.out, options.view.timings, "picture and timings");
-    keep({options.input.photo, options.input.depth}, options, format);
+    keep({options.input.photo, options.input.depth, options.input.pair.right}, options, format);
 
     StageTimes times;
     DepthSource source = times.measure(Stage::kDecode, [&] { return findDepth(options.input); });

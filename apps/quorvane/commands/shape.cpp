@@ -25,7 +25,7 @@ void shape(const ShapeOptions& options) {
     refuseTwoWays(options.view);
     if (parseOutput(options.out).kind != media::OutputKind::kStill)
         throw UsageError("-o " + options.out + ": the shaped depth map is a .png file");
-    refuseInputAsOutput({options.input.photo, options.input.depth}, {options.out});
+    refuseInputAsOutput({options.input.photo, options.input.depth, options.input.pair.right}, {options.out});
     PendingOutput output(options.out);
 
     const DepthSource source = findDepth(options.input);

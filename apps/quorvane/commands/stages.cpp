@@ -52,7 +52,7 @@ void stages(const StagesOptions& options) {
     std::vector<std::string> written = outputs(options, into_folder);
     for (const std::string& file : written) refuseSameOutput(file, timings, "stages and timings");
     written.push_back(timings);
-    refuseInputAsOutput({options.input.photo, options.input.depth}, written);
+    refuseInputAsOutput({options.input.photo, options.input.depth, options.input.pair.right}, written);
     // Asked before any work is done.
     if (!into_folder) const PendingOutput place(out);
 

@@ -9,6 +9,7 @@
 #include "apps/quorvane/terminal/ended_by_signals.h"
 #include "apps/quorvane/terminal/text.h"
 #include "media/decoder/decoder.h"
+#include "media/depth/anaglyph.h"
 #include "media/depth/depth_model.h"
 #include "system/error.h"
 
@@ -77,6 +78,14 @@ Input decodeBoth(const InputOptions& options, const DepthSource& source, PhotoDe
             decodePhotoInto(&input, source.file, {}, name, detail);
             input.depth = media::decoder::decodeDepthMap(media::readPictureFile(source.depth), source.depth);
             break;
+        case DepthOrigin::kPair: {
+            PhotoOfPair read = readPair(source.file, *source.pair, name);
+            input.photo = std::move(read.photo);
+            input.photo_size = sizeOf(input.photo);
+            input.depth = std::move(read.depth);
+            input.remarks = std::move(read.remarks);
+            break;
+        }
         case DepthOrigin::kNone: break;
     }
     return input;
@@ -89,6 +98,7 @@ DepthSource findDepth(const InputOptions& options) {
     endedBySignals([&] {
         source.file = media::readPictureFile(options.photo);
         source.contents = media::decoder::lookInside(source.file, options.photo);
+        source.pair = findPair(options.pair, options.photo, source.contents);
     });
     if (!options.depth.empty()) {
         source.origin = DepthOrigin::kGiven;
@@ -100,11 +110,16 @@ DepthSource findDepth(const InputOptions& options) {
         source.depth = options.depth_model.file;
     } else if (options.depth_half) {
         source.origin = DepthOrigin::kSideBySide;
+    } else if (options.pair.given()) {
+        source.origin = DepthOrigin::kPair;
     } else if (source.contents.depth) {
         source.origin = DepthOrigin::kInside;
     } else {
         source.depth = findNeighbour(options.photo);
-        if (!source.depth.empty()) source.origin = DepthOrigin::kNeighbour;
+        if (!source.depth.empty())
+            source.origin = DepthOrigin::kNeighbour;
+        else if (source.pair)
+            source.origin = DepthOrigin::kPair;
     }
     return source;
 }
@@ -147,7 +162,10 @@ Input readInput(const InputOptions& options, const DepthSource& source, PhotoDet
     const std::string& name = options.photo;
     if (source.origin == DepthOrigin::kNone) {
         // A damaged photo is told as such first.
-        endedBySignals([&] { media::decoder::decodePhoto(source.file, source.contents, name, nullptr); });
+        endedBySignals([&] {
+            if (media::isAnaglyph(media::decoder::decodePhoto(source.file, source.contents, name, nullptr)))
+                throw Error(name + ": " + anaglyphLine());
+        });
         throw NoDepth(name, noDepthAnywhere(source.contents, name));
     }
     Input input = endedBySignals([&] { return decodeBoth(options, source, detail); });
@@ -167,17 +185,15 @@ Input readInput(const InputOptions& options, const DepthSource& source, PhotoDet
         }
         const bool inside = source.origin == DepthOrigin::kInside;
         media::DepthKnowledge known;
+        const bool made_here = source.origin == DepthOrigin::kModel || source.origin == DepthOrigin::kPair;
         // Halves of one picture lie as they are, and so does what is made of the photo here.
-        known.orientation = (inside && source.contents.depth->orientation_known) ||
-                            source.origin == DepthOrigin::kSideBySide ||
-                            source.origin == DepthOrigin::kModel || options.depth_turn;
+        known.orientation = (inside && source.contents.depth->orientation_known) || made_here ||
+                            source.origin == DepthOrigin::kSideBySide || options.depth_turn;
         if (options.invert_depth) known.larger_is_nearer = !*options.invert_depth;
-        const bool polarity_known = inside || source.origin == DepthOrigin::kModel;
-        if (polarity_known && !options.invert_depth) known.larger_is_nearer = true;
+        if ((inside || made_here) && !options.invert_depth) known.larger_is_nearer = true;
         known.holes = options.holes;
-        // A network has an answer everywhere: what stands apart is a sky.
-        if (source.origin == DepthOrigin::kModel && known.holes == media::Holes::kAuto)
-            known.holes = media::Holes::kKeep;
+        // What is made here has an answer everywhere: what stands apart is a sky.
+        if (made_here && known.holes == media::Holes::kAuto) known.holes = media::Holes::kKeep;
         known.name = source.depth;
         if (options.doctor) {
             input.findings = media::examine(input.photo, known, &input.depth, &input.polarity);
@@ -213,7 +229,8 @@ Input readInput(const InputOptions& options, const Talk& talk, const DepthSource
     Input input = readInput(options, source);
     if (!talk.quiet) {
         for (const std::string& remark : input.remarks)
-            std::fprintf(stderr, "inside: %s\n", printable(remark).c_str());
+            std::fprintf(stderr, "%s: %s\n", source.origin == DepthOrigin::kPair ? "pair" : "inside",
+                         printable(remark).c_str());
         for (const media::Finding& finding : input.findings)
             std::fprintf(stderr, "depth: %s\n", printable(textOf(finding)).c_str());
     }
@@ -225,6 +242,8 @@ Input readInput(const InputOptions& options, const Talk& talk, const DepthSource
     if (inside) from = contents.depth->where + " (" + contents.depth->container + ")";
     if (source.origin == DepthOrigin::kCommand) from = options.depth_command[0];
     if (source.origin == DepthOrigin::kSideBySide) from = "a half of the photo";
+    if (source.origin == DepthOrigin::kPair)
+        from = source.pair->left.where + " and " + source.pair->right.where;
     std::fprintf(stderr, "photo    %s%s: %d x %d\n", printable(options.photo).c_str(),
                  inside && contents.original
                      ? printable(", the unblurred one, " + contents.original->where).c_str()

@@ -1,6 +1,7 @@
 #ifndef QUORVANE_APPS_INPUT_DEPTH_SOURCE_H
 #define QUORVANE_APPS_INPUT_DEPTH_SOURCE_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,7 @@ enum class DepthOrigin {
     kCommand,     ///< the user's estimator
     kModel,       ///< a network that the user has
     kSideBySide,  ///< a half of the photo
+    kPair,        ///< two views of the scene
     kNone,
 };
 
@@ -30,7 +32,8 @@ struct DepthSource {
     std::string file;  ///< bytes
     media::Contents contents;
     DepthOrigin origin = DepthOrigin::kNone;
-    std::string depth;  ///< path, of kGiven, kNeighbour and kModel
+    std::string depth;                      ///< path, of kGiven, kNeighbour and kModel
+    std::optional<media::StereoPair> pair;  ///< whether its depth is wanted or not
 };
 
 /// Both images, upright, as the user wants them.
@@ -45,8 +48,8 @@ struct Input {
 };
 
 /// Reads the photo's file and looks for its depth: first what the options name, then inside the file, then a
-/// neighbour. Throws Error where the file cannot be read or is no picture. A signal meanwhile ends the
-/// process.
+/// neighbour, then two views inside the file. Throws Error where the file cannot be read or is no picture. A
+/// signal meanwhile ends the process.
 DepthSource findDepth(const InputOptions& options);
 
 /// The doctor's line, with the option that puts right what the doctor has left alone.

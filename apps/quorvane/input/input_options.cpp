@@ -75,6 +75,7 @@ void addInputOptions(CommandLine* line, InputOptions* options) {
     estimator.excludes(depth);
     model.excludes(depth).excludes(estimator);
     half.excludes(depth).excludes(estimator).excludes(model);
+    addPairOptions(line, &options->pair, {&depth, &estimator, &model, &half});
     std::vector<std::string> turns;
     for (media::Turn turn = kFirstTurn; turn < media::kTurns; ++turn)
         turns.emplace_back(media::kTurnWords[turn].name);

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/quorvane/input/pair_source.h"
 #include "apps/quorvane/terminal/command_line.h"
 #include "media/depth/depth_doctor.h"
 #include "media/depth/photo_with_depth.h"
@@ -18,14 +19,15 @@ struct ModelOptions {
     int size = 0;      ///< pixels of the shorter side that it is given; 0: what suits it
 };
 
-/// A photo and where its depth comes from: at most one of `depth`, `depth_command`, `depth_model` and
-/// `depth_half`, else from inside the photo's file or from a neighbour.
+/// A photo and where its depth comes from: at most one of `depth`, `depth_command`, `depth_model`,
+/// `depth_half` and `pair`, else from inside the photo's file or from a neighbour.
 struct InputOptions {
     std::string photo;
     std::string depth;
     std::vector<std::string> depth_command;  ///< words, as parseDepthCommand gives them
     ModelOptions depth_model;
     std::optional<media::DepthHalf> depth_half;
+    PairOptions pair;
     std::optional<media::Turn> depth_turn;  ///< to lie as the photo does
     std::optional<bool> invert_depth;       ///< empty: where the doctor finds it so
     media::Holes holes = media::Holes::kAuto;
