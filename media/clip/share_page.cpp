@@ -2,7 +2,7 @@
 
 #include <glib.h>
 
-#include <cstdio>
+#include <map>
 #include <memory>
 #include <string_view>
 
@@ -89,33 +89,28 @@ std::string elementAttributes(double amount, const std::vector<std::pair<std::st
 }
 
 std::string sharePage(const SharePage& page) {
-    const std::string width = std::to_string(page.photo.width), height = std::to_string(page.photo.height);
     const std::string script(kShareScript);
-    std::string html =
-        "<!doctype html>\n"
-        "<meta charset=\"utf-8\">\n"
-        "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; base-uri 'none'; "
-        "form-action 'none'; img-src data:; style-src 'unsafe-inline'; script-src " +
-        sourceOf(script) +
-        "\">\n"
-        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
-        "<title>" +
-        escaped(page.title) +
-        "</title>\n"
-        "<style>\n"
-        "body { margin: 0; min-height: 100vh; display: grid; place-items: center; background: #111; }\n"
-        "parallax-photo { display: block; overflow: hidden; width: min(100vw, calc(100vh * " +
-        width + " / " + height +
-        ")); }\n"
-        "img { display: block; width: 100%; height: auto; }\n"
-        "</style>\n";
-    html += "<parallax-photo loading=\"eager\" motion=\"" + escaped(page.motion) + "\" " +
-            elementAttributes(page.amount, page.parameters) + "\n depth=\"" +
-            dataAddress("image/png", pngBytes(page.depth)) + "\"><img width=\"" + width + "\" height=\"" +
-            height + "\" alt=\"" + escaped(page.alt) + "\"\n src=\"" +
-            dataAddress("image/jpeg", photoFile(page.photo)) + "\"></parallax-photo>\n";
-    html += "<script type=\"module\">" + script + "</script>\n";
-    return html;
+    const std::map<std::string_view, std::string> parts = {
+        {"script-source", sourceOf(script)},
+        {"title", escaped(page.title)},
+        {"width", std::to_string(page.photo.width)},
+        {"height", std::to_string(page.photo.height)},
+        {"motion", escaped(page.motion)},
+        {"attributes", elementAttributes(page.amount, page.parameters)},
+        {"depth", dataAddress("image/png", pngBytes(page.depth))},
+        {"alt", escaped(page.alt)},
+        {"photo", dataAddress("image/jpeg", photoFile(page.photo))},
+        {"script", script},
+    };
+    std::string html;
+    std::string_view rest = kShareTemplate;
+    for (size_t at; (at = rest.find("{{")) != std::string_view::npos;) {
+        const size_t end = rest.find("}}", at);
+        html += rest.substr(0, at);
+        html += parts.at(rest.substr(at + 2, end - at - 2));
+        rest.remove_prefix(end + 2);
+    }
+    return html.append(rest);
 }
 
 }  // namespace quorvane::media

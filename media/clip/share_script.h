@@ -8,6 +8,9 @@ namespace quorvane::media {
 /// The web element as one script, which the build makes of web/element.
 extern const std::string_view kShareScript;
 
+/// web/share/page.html: parts of it are called {{name}}.
+extern const std::string_view kShareTemplate;
+
 }  // namespace quorvane::media
 
 #endif

@@ -1,0 +1,145 @@
+// Makes a share page out of a photo and a depth map, all in this page.
+import '../element/parallax-photo.js';
+import {DEFAULTS} from '../element/geometry.js';
+import {shape} from '../element/shape.js';
+
+const LONGEST_SIDE = 2048;
+const PHOTO_QUALITY = 0.85;
+const find = (id) => document.getElementById(id);
+
+const images = {};  // photo and depth
+
+function say(text) {
+  find('said').textContent = text;
+}
+
+/** The renderer's parameters as they are chosen, but for its defaults. */
+function params() {
+  return {fov_scale: +find('frame').value, rotate_z_trans: +find('pivot').value};
+}
+
+const motion = () => `pointer tilt keys ${find('motion').value}`;
+
+function show() {
+  if (!images.photo || !images.depth) return;
+  const element = document.createElement('parallax-photo');
+  element.loading = 'eager';
+  // The whole picture, as the page will show it.
+  element.style.width = `min(100%, calc(75vh * ${images.photo.naturalWidth} / ${images.photo.naturalHeight}))`;
+  element.alt = find('alt').value;
+  element.motion = motion();
+  element.rawDepth = find('inverted').checked ? 'inverted' : '';
+  element.params = params();
+  element.src = images.photo.src;
+  element.depth = images.depth.src;
+  element.addEventListener('error', (event) => say(event.message));
+  element.addEventListener('load', () => {
+    say('');
+    find('choices').disabled = false;
+  });
+  find('picture').replaceChildren(element);
+}
+
+async function take(file, role) {
+  const image = new Image();
+  image.src = URL.createObjectURL(file);
+  try {
+    await image.decode();
+  } catch {
+    return say(`${file.name}: this browser cannot read it as a picture`);
+  }
+  if (images[role]) URL.revokeObjectURL(images[role].src);
+  images[role] = image;
+  say(images.photo && images.depth ? '' : `${file.name}: and its ${role === 'photo' ? 'depth map' : 'photo'}?`);
+  show();
+}
+
+/** Whether a picture is gray, as depth maps are, from a small copy of it. */
+async function isGray(file) {
+  const picture = await createImageBitmap(file, {resizeWidth: 32, resizeHeight: 32});
+  const canvas = Object.assign(document.createElement('canvas'), {width: 32, height: 32});
+  const context = canvas.getContext('2d');
+  context.drawImage(picture, 0, 0);
+  const {data} = context.getImageData(0, 0, 32, 32);
+  let colour = 0;
+  for (let i = 0; i < data.length; i += 4)
+    colour += Math.max(Math.abs(data[i] - data[i + 1]), Math.abs(data[i + 1] - data[i + 2]));
+  return colour / (data.length / 4) < 4;
+}
+
+async function drop(files) {
+  for (const file of files) {
+    try {
+      await take(file, (await isGray(file)) ? 'depth' : 'photo');
+    } catch {
+      say(`${file.name}: this browser cannot read it as a picture`);
+    }
+  }
+}
+
+function coded(width, height, draw, type, quality) {
+  const canvas = Object.assign(document.createElement('canvas'), {width, height});
+  draw(canvas.getContext('2d', {alpha: false}));
+  return canvas.toDataURL(type, quality);
+}
+
+const escaped = (text) => String(text).replace(
+    /[&<>"]/g, (character) => ({'&': '&amp;', '<': '&lt;', '>': '&gt;', '"': '&quot;'})[character]);
+
+/** The element's modules as one script. */
+async function elementScript() {
+  const modules = await Promise.all(['geometry', 'class', 'parallax-photo'].map(
+      async (name) => (await fetch(`../element/${name}.js`)).text()));
+  return modules.join('\n').replace(/^(import|export) \{.*$/gm, '').replace(/^export /gm, '')
+      .replace(/^ *(\/\/|\/?\*).*\n/gm, '').replace(/^\s+/gm, '');
+}
+
+async function sharePage() {
+  const {photo, depth} = images;
+  const scale = Math.min(1, LONGEST_SIDE / Math.max(photo.naturalWidth, photo.naturalHeight));
+  const width = Math.round(photo.naturalWidth * scale), height = Math.round(photo.naturalHeight * scale);
+  const shaped = await shape(photo, depth, {...DEFAULTS, ...params()}, find('inverted').checked);
+  const pixels = new ImageData(shaped.width, shaped.height);
+  shaped.samples.forEach((sample, i) => pixels.data.set([sample, sample, sample, 255], 4 * i));
+  const [template, script] =
+      await Promise.all([fetch('../share/page.html').then((answer) => answer.text()), elementScript()]);
+  const digest = new Uint8Array(await crypto.subtle.digest('SHA-256', new TextEncoder().encode(script)));
+  const parts = {
+    'script-source': `'sha256-${btoa(String.fromCharCode(...digest))}'`,
+    title: escaped(find('alt').value),
+    alt: escaped(find('alt').value),
+    width,
+    height,
+    motion: motion(),
+    attributes: `params="${escaped(JSON.stringify(params()))}"`,
+    depth: coded(shaped.width, shaped.height, (context) => context.putImageData(pixels, 0, 0), 'image/png'),
+    photo: coded(width, height, (context) => {
+      context.imageSmoothingQuality = 'high';
+      context.drawImage(photo, 0, 0, width, height);
+    }, 'image/jpeg', PHOTO_QUALITY),
+    script,
+  };
+  return template.replace(/\{\{([a-z-]+)\}\}/g, (whole, name) => parts[name]);
+}
+
+for (const role of ['photo', 'depth'])
+  find(role).addEventListener('change', (event) => event.target.files[0] && take(event.target.files[0], role));
+for (const id of ['inverted', 'motion', 'frame', 'pivot']) find(id).addEventListener('change', show);
+for (const type of ['dragenter', 'dragover'])
+  document.addEventListener(type, (event) => {
+    event.preventDefault();
+    find('drop').classList.add('over');
+  });
+document.addEventListener('dragleave', () => find('drop').classList.remove('over'));
+document.addEventListener('drop', (event) => {
+  event.preventDefault();
+  find('drop').classList.remove('over');
+  drop(event.dataTransfer.files);
+});
+find('save').addEventListener('click', async () => {
+  const link = document.createElement('a');
+  link.href = URL.createObjectURL(new Blob([await sharePage()], {type: 'text/html'}));
+  link.download = 'share.html';
+  link.click();
+  setTimeout(() => URL.revokeObjectURL(link.href), 60000);
+});
