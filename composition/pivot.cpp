@@ -47,15 +47,16 @@ double subjectDepth(const ShapedDepth& depth) {
     // What the farthest things count, where the nearest ones count about 1.
     constexpr double kFarthest = 0.02;
     const std::array<double, kLevels> levels = importanceOfLevels(depth);
-    const auto [lowest, highest] = std::minmax_element(
+    const auto ends = std::minmax_element(
         depth.samples, depth.samples + static_cast<size_t>(depth.width) * static_cast<size_t>(depth.height));
-    const double far = *lowest, range = std::max(1, *highest - *lowest);
+    const int lowest = *ends.first, highest = *ends.second;
+    const double far = lowest, range = std::max(1, highest - lowest);
     struct Thing {
         double counts, mean;
     };
     const auto thingAt = [&](double level) {
         double sum = 0.0, moment = 0.0;
-        for (int other = *lowest; other <= *highest; ++other) {
+        for (int other = lowest; other <= highest; ++other) {
             const double off = (other - level) / kRelief;
             const double share = std::exp(-0.5 * off * off) * levels[static_cast<size_t>(other)];
             sum += share;
@@ -64,7 +65,7 @@ double subjectDepth(const ShapedDepth& depth) {
         return Thing{sum, sum > 0.0 ? moment / sum : level};
     };
     double most = -1.0, best = 0.0;
-    for (int level = *lowest; level <= *highest; ++level) {
+    for (int level = lowest; level <= highest; ++level) {
         const double nearness = (level - far) / range;
         const double counts = thingAt(level).counts * (kFarthest + nearness * nearness);
         if (counts <= most) continue;
