@@ -25,12 +25,6 @@ Size leastSize(const Shown& shown) {
     return sizeWith(kFewestTexels, shown, [](double side) { return std::ceil(side); });
 }
 
-Size aimedSize(const Shown& shown) {
-    const Size aimed = sizeWith(kAimedTexels, shown, [](double side) { return std::floor(side); });
-    const Size least = leastSize(shown);
-    return {std::max(aimed.width, least.width), std::max(aimed.height, least.height)};
-}
-
 Fit fitOf(Size grid, int ratio) {
     Fit fit;
     fit.ratio = ratio;
@@ -70,9 +64,15 @@ Fit fitAsItIs(Size photo, Size depth, int largest_photo_side, const GridBudget& 
 
 }  // namespace
 
+Size aimedPhoto(const Shown& shown) {
+    const Size aimed = sizeWith(kAimedTexels, shown, [](double side) { return std::floor(side); });
+    const Size least = leastSize(shown);
+    return {std::max(aimed.width, least.width), std::max(aimed.height, least.height)};
+}
+
 Fit fitShown(Size photo, Size depth, int largest_photo_side, const GridBudget& budget, const Shown& shown) {
     const Size least = leastSize(shown);
-    Size aimed = aimedSize(shown);
+    Size aimed = aimedPhoto(shown);
     aimed = {std::min(aimed.width, photo.width), std::min(aimed.height, photo.height)};
     if (!isAtLeast(aimed, least) || std::max(aimed.width, aimed.height) > largest_photo_side)
         return fitAsItIs(photo, depth, largest_photo_side, budget);
@@ -82,6 +82,21 @@ Fit fitShown(Size photo, Size depth, int largest_photo_side, const GridBudget& b
         if (isAtLeast(fit.photo, least) && blockFits(fit.photo, fit.grid)) return fit;
     }
     return fitAsItIs(aimed, depth, largest_photo_side, budget);
+}
+
+FitPlan planShown(Size photo, Size depth, Size picture, int largest_texture, const GridBudget& budget,
+                  const Shown& shown) {
+    FitPlan plan = planFit(photo, depth, picture, largest_texture, budget);
+    plan.fit = fitShown(plan.photo, plan.depth, largest_texture, budget, shown);
+    if (isCutToCells(plan.fit, plan.photo)) {
+        const auto share = [](int some, int whole, int length) {
+            return std::max(1, static_cast<int>(std::lround(static_cast<double>(length) * some / whole)));
+        };
+        plan.depth = {share(plan.fit.photo.width, plan.photo.width, plan.depth.width),
+                      share(plan.fit.photo.height, plan.photo.height, plan.depth.height)};
+        plan.photo = plan.fit.photo;
+    }
+    return plan;
 }
 
 bool isCutToCells(const Fit& fit, Size photo) {
@@ -98,7 +113,5 @@ bool showsDetail(const Fit& fit, Size photo, const Shown& shown) {
     return does(fit.photo.width, photo.width, least.width, most.width) &&
            does(fit.photo.height, photo.height, least.height, most.height);
 }
-
-Size leastPhoto(Size drawn, double least_visible) { return aimedSize({drawn, least_visible}); }
 
 }  // namespace quorvane

@@ -23,6 +23,11 @@ constexpr double kMostTexels = 1.25;
 /// the photo grow by less than a cell instead.
 Fit fitShown(Size photo, Size depth, int largest_photo_side, const GridBudget& budget, const Shown& shown);
 
+/// Like planFit, with the sizes of fitShown. Where pixels are to be cut off, `photo` and `depth` are what is
+/// left of them.
+FitPlan planShown(Size photo, Size depth, Size picture, int largest_texture, const GridBudget& budget,
+                  const Shown& shown);
+
 /// Whether the sizes that were found for another part being visible do for this one: to find them again would
 /// not bring the texels any closer to their range.
 bool showsDetail(const Fit& fit, Size photo, const Shown& shown);
@@ -30,9 +35,8 @@ bool showsDetail(const Fit& fit, Size photo, const Shown& shown);
 /// Whether `fit` wants pixels cut off the photo's border, not a resampled photo.
 bool isCutToCells(const Fit& fit, Size photo);
 
-/// The least size a photo may be decoded at without a loss, whatever part of it will be visible from
-/// `least_visible` on.
-Size leastPhoto(Size drawn, double least_visible);
+/// What fitShown makes of a larger photo at most.
+Size aimedPhoto(const Shown& shown);
 
 }  // namespace quorvane
 

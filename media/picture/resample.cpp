@@ -75,7 +75,7 @@ RgbImage crop(const RgbImage& image, Size size) { return cropMiddle(image, size)
 Plane crop(const Plane& image, Size size) { return cropMiddle(image, size); }
 GrayImage crop(const GrayImage& image, Size size) { return cropMiddle(image, size); }
 
-RgbImage resample(RgbImage image, Size size) {
+RgbImage resample(const RgbImage& image, Size size) {
     if (Size{image.width, image.height} == size) return image;
     try {
         return fromVips<uint8_t, 3>(resized(toVips(image), size, VIPS_KERNEL_LANCZOS3));

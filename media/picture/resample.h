@@ -15,7 +15,7 @@ Plane crop(const Plane& image, Size size);
 GrayImage crop(const GrayImage& image, Size size);
 
 /// Resamples the photo to `size`; the same size gives the same bytes.
-RgbImage resample(RgbImage image, Size size);
+RgbImage resample(const RgbImage& image, Size size);
 
 /// Scales the depth plane to `size` linearly, without overshoot, and makes bytes of it: whole levels stay as
 /// they are, levels in between are dithered, so that slow slopes get no bands. The same plane gives the same

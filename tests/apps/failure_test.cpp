@@ -61,6 +61,10 @@ TEST_F(Failure, WrongUsageIsExitCode2) {
     expectRefused(render(folder / "a.png", {"--amount", "1.5"}), 2, "--amount");
     expectRefused(render(folder / "a.png", {"--motion", "shake"}), 2, "--motion");
     expectRefused(render(folder / "a.png", {"--supersample", "5"}), 2, "--supersample");
+    expectRefused(render(folder / "a.png", {"--samples", "3"}), 2, "--samples");
+    expectRefused(render(folder / "a.png", {"--detail", "half"}), 2, "--detail");
+    expectRefused(render(folder / "a.png", {"--supersample", "2", "--samples", "4"}), 2,
+                  "--supersample 2 and --samples 4: one of the two is wanted");
     expectRefused(render(folder / "a.png", {"--size", "big"}), 2, "--size big");
     expectRefused(render(folder / "a.png", {"--at", "2,0"}), 2, "--at 2,0");
     expectRefused(render(folder / "a.png", {"--orientation", "-1"}), 2, "--orientation");

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <map>
 #include <numeric>
@@ -13,10 +14,12 @@
 
 #include "media/picture/picture_file.h"
 #include "media/picture/resample.h"
+#include "media/scene/sample_scene.h"
 #include "media/scene/sheet.h"
 #include "process.h"
 #include "quorvane/host/OffscreenContext.h"
 #include "quorvane/host/ParallaxView.h"
+#include "support/photo_writers/pictures.h"
 #include "support/temporary_folder.h"
 
 namespace quorvane::test {
@@ -115,8 +118,8 @@ TemporaryFolder* Render::s_scene = nullptr;
 TEST_F(Render, RestShowsTheMiddleOfThePhoto) {
     const RgbImage photo = media::readPhoto(scene("photo.png"));
     for (const int level : {0, 100, 255}) {
-        const RgbImage seen =
-            still(photo, shaded(240, 180, [=](int, int) { return level; }), "0,0", {"--frame", "0.81"});
+        const RgbImage seen = still(photo, shaded(240, 180, [=](int, int) { return level; }), "0,0",
+                                    {"--frame", "0.81", "--samples", "1"});
         ASSERT_EQ(seen.width, 240);
         ASSERT_EQ(seen.height, 180);
         double worst = 0;
@@ -367,7 +370,7 @@ TEST_F(Render, StatsNameEveryStageAndCountTheFrames) {
         for (const auto& [name, times] : rows) list.push_back(name);
         return list;
     };
-    const auto [plain, frames] = stats("a.mp4", {"--frames", "8"});
+    const auto [plain, frames] = stats("a.mp4", {"--frames", "8", "--samples", "1"});
     EXPECT_EQ(frames, 8);
     EXPECT_THAT(names(plain), testing::UnorderedElementsAre("decode", "set up", "fit", "upload", "draw",
                                                             "read back", "encode"));
@@ -423,8 +426,8 @@ TEST_F(Render, AnotherAspectCutsThePhoto) {
 }
 
 TEST_F(Render, SupersamplingSmoothsAndKeepsThePicture) {
-    render("a.png", {"--size", "120x90"});
-    render("b.png", {"--size", "120x90", "--supersample", "3"});
+    render("a.png", {"--size", "120x90", "--detail", "full", "--samples", "1"});
+    render("b.png", {"--size", "120x90", "--detail", "full", "--supersample", "3"});
     const RgbImage a = media::readPhoto(folder / "a.png");
     const RgbImage b = media::readPhoto(folder / "b.png");
     ASSERT_EQ(a.samples.size(), b.samples.size());
@@ -440,11 +443,137 @@ TEST_F(Render, SupersamplingSmoothsAndKeepsThePicture) {
     EXPECT_LT(difference / static_cast<double>(a.samples.size()), 20);
 }
 
+/// The mean squared difference of two pictures of a size.
+double difference(const RgbImage& a, const RgbImage& b) {
+    EXPECT_EQ(a.samples.size(), b.samples.size());
+    double sum = 0.0;
+    for (size_t i = 0; i < a.samples.size(); ++i) sum += std::pow(a.samples[i] - b.samples[i], 2.0);
+    return sum / static_cast<double>(a.samples.size());
+}
+
+TEST_F(Render, SilhouettesAreSmoothUnlessOneSampleIsAskedFor) {
+    // A white square before a black wall: every gray level lies on its silhouette.
+    const auto in_square = [](int x, int y) { return std::abs(x + y - 200) < 60 && std::abs(x - y) < 60; };
+    const RgbImage photo = painted(200, 200, [&](int x, int y) {
+        return in_square(x, y) ? std::array{255, 255, 255} : std::array{0, 0, 0};
+    });
+    const GrayImage depth = shaded(200, 200, [&](int x, int y) { return in_square(x, y) ? 230 : 30; });
+    const auto drawn = [&](std::vector<std::string> options) {
+        options.insert(options.end(), {"--size", "100x100", "--frame", "0.8"});
+        return still(photo, depth, "0.7,0.4", options);
+    };
+    const RgbImage truth = drawn({"--supersample", "4"});
+    const double plain = difference(drawn({"--samples", "1"}), truth);
+    EXPECT_LT(difference(drawn({}), truth), plain / 3.0);
+    EXPECT_NE(drawn({"--samples", "4"}).samples, drawn({"--samples", "1"}).samples);
+    EXPECT_EQ(drawn({"--samples", "1", "--supersample", "4"}).samples, truth.samples);
+}
+
+TEST_F(Render, SmoothPicturesTooLargeForTheDriverAreDrawnPlainly) {
+    // Twice as wide is more than any driver draws.
+    const Outcome outcome = quorvane({"render", scene("photo.png"), scene("depth.png"), "-o",
+                                      folder / "a.png", "--size", "12000x8", "-v"});
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_EQ(media::readPhoto(folder / "a.png").width, 12000);
+}
+
+/// Threads of one pixel, which a smaller picture shows as an even gray.
+RgbImage threads(int width, int height) {
+    return painted(width, height, [](int x, int y) {
+        const int level = (x + y) % 3 == 0 ? 255 : 0;
+        return std::array{level, level, level};
+    });
+}
+
+/// How far from its mean a picture is, in levels.
+double grain(const RgbImage& image) {
+    double sum = 0.0, squares = 0.0;
+    for (const uint8_t sample : image.samples) sum += sample;
+    const double mean = sum / static_cast<double>(image.samples.size());
+    for (const uint8_t sample : image.samples) squares += std::pow(sample - mean, 2.0);
+    return std::sqrt(squares / static_cast<double>(image.samples.size()));
+}
+
+TEST_F(Render, FineTexturesOfLargePhotosStayQuiet) {
+    const RgbImage photo = threads(1200, 900);
+    const GrayImage depth = shaded(120, 90, [](int x, int) { return x; });
+    EXPECT_LT(grain(still(photo, depth, "0.2,0", {"--size", "200x150", "--samples", "1"})), 6.0);
+    EXPECT_GT(
+        grain(still(photo, depth, "0.2,0", {"--size", "200x150", "--samples", "1", "--detail", "full"})),
+        25.0);
+}
+
+/// "W x H" of the photo as it is uploaded, and what -v says besides.
+std::pair<Size, std::string> uploaded(const std::string& photo, const std::string& depth,
+                                      const std::string& out, std::vector<std::string> options) {
+    options.insert(options.begin(), {"render", photo, depth, "-o", out, "-v"});
+    const Outcome outcome = quorvane(options);
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    Size size;
+    const size_t at = outcome.err.find("fitted   photo ");
+    EXPECT_EQ(std::sscanf(outcome.err.c_str() + (at == std::string::npos ? 0 : at), "fitted photo %d x %d",
+                          &size.width, &size.height),
+              2)
+        << outcome.err;
+    return {size, outcome.err};
+}
+
+TEST_F(Render, PhotoIsBroughtToWhatThePictureShows) {
+    writePng(threads(1200, 900), folder / "p.png");
+    const auto texels = [&](std::vector<std::string> options, int drawn, double visible) {
+        options.insert(options.end(), {"--size", "200x150"});
+        const Size size = uploaded(folder / "p.png", scene("depth.png"), folder / "a.png", options).first;
+        return size.width * visible / drawn;
+    };
+    for (const double visible : {0.6, 0.95}) {
+        const std::string frame = visible < 0.8 ? "0.6" : "0.95";
+        for (const auto& [options, drawn] :
+             {std::pair<std::vector<std::string>, int>{{"--samples", "1"}, 200},
+              {{"--supersample", "2"}, 400}}) {
+            std::vector<std::string> all = options;
+            all.insert(all.end(), {"--frame", frame});
+            EXPECT_GE(texels(all, drawn, visible), 1.0) << frame << " of " << drawn;
+            EXPECT_LE(texels(all, drawn, visible), 1.25) << frame << " of " << drawn;
+        }
+    }
+    // All pixels that there are, and no more.
+    EXPECT_EQ(texels({"--frame", "0.5", "--supersample", "4"}, 1200, 1.0), 1.0);
+    EXPECT_EQ(texels({"--frame", "0.8", "--samples", "1", "--detail", "full"}, 1200, 1.0), 1.0);
+}
+
+TEST_F(Render, LargeJpegGivesThePictureThatItsPixelsGive) {
+    const media::SampleScene scene_of_sixteen = media::makeSampleScene(2560, 1920);
+    std::ofstream(folder / "p.jpg", std::ios::binary) << jpegFile(scene_of_sixteen.photo);
+    writePng(media::readPhoto(folder / "p.jpg"), folder / "p.png");
+    writePng(scene_of_sixteen.depth, folder / "d.png");
+    const auto drawn = [&](const std::string& photo, const std::vector<std::string>& options) {
+        const auto [size, said] = uploaded(folder / photo, folder / "d.png", folder / "a.png", options);
+        EXPECT_THAT(said, HasSubstr(photo + ": 2560 x 1920")) << "the file's own size";
+        return std::pair{size, media::readPhoto(folder / "a.png")};
+    };
+    const std::vector<std::string> small = {"--size", "256x192", "--samples", "1"};
+    const auto [size, picture] = drawn("p.jpg", small);
+    const auto [size_of_pixels, picture_of_pixels] = drawn("p.png", small);
+    EXPECT_EQ(size, size_of_pixels);
+    EXPECT_LT(difference(picture, picture_of_pixels), 4.0) << "42 dB";
+    // So little is seen that what is decoded at first is too little.
+    const std::vector<std::string> wild = {"--size",    "256x192",
+                                           "--samples", "1",
+                                           "--set",     "rotate_x_boundary=45",
+                                           "--set",     "trans_to_rotate_scale=2"};
+    const auto [wild_size, wild_picture] = drawn("p.jpg", wild);
+    const auto [wild_size_of_pixels, wild_picture_of_pixels] = drawn("p.png", wild);
+    EXPECT_GT(wild_size.width, size.width * 3 / 2);
+    EXPECT_EQ(wild_size, wild_size_of_pixels);
+    EXPECT_EQ(wild_picture.samples, wild_picture_of_pixels.samples);
+}
+
 // Composition
 
 /// What gives the picture of version 0.1.0's first builds, which the tuned parameters alone made.
-const std::vector<std::string> kAsTuned = {"--frame", "0.81",   "--pivot", "off",        "--edges",
-                                           "soft",    "--grid", "coarse",  "--no-doctor"};
+const std::vector<std::string> kAsTuned = {"--frame",  "0.81",   "--pivot",    "off",       "--edges",
+                                           "soft",     "--grid", "coarse",     "--samples", "1",
+                                           "--detail", "full",   "--no-doctor"};
 
 /// That picture by the host alone.
 RgbImage tunedStill(const RgbImage& photo, const media::Plane& depth, float x, float y) {

@@ -38,13 +38,16 @@ DepthReport reportOn(const InspectOptions& asked, const Input& input) {
     report.bits = input.depth.bits;
     report.polarity = input.polarity;
     report.findings = input.findings;
-    const Target target = {sizeOf(asked.picture, input.photo_size, kLongestSide, false), 1,
+    const Target target = {sizeOf(asked.picture, input.photo_size, kLongestSide, false),
+                           supersampleInSoftware(options),
                            pathAround({}, *asked.picture.motion, asked.picture.amount, 1), kReportedTexture};
-    report.plan = fitFor(options, target, input.photo_size, report.size);
+    const auto photo_for = [&input](const FitPlan& fit) {
+        return fittedPhoto(fit, input.photo_size, input.photo);
+    };
+    FittedPicture fitted = fitPicture(options, target, input.photo_size, photo_for, input.depth.plane);
+    report.plan = fitted.fit;
     report.clean_edges = options.clean_edges;
-    const media::RgbImage photo =
-        planReadsPhoto(options) ? media::resample(input.photo, report.plan.fit.photo) : media::RgbImage();
-    report.picture = planFor(options, target, report.plan, photo, input.depth.plane);
+    report.picture = std::move(fitted.plan);
     report.stretch = stretchOf(options, target, report.plan, report.picture);
     const Fit& fit = report.plan.fit;
     report.block_bytes = blockBytes(fit.photo, fit.grid);

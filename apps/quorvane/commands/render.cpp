@@ -34,7 +34,6 @@ struct RenderOptions {
     int frames = 120;
     int fps = 30;
     Position at;
-    int supersample = 1;
     bool force = false;
     bool stats = false;
     std::string title;  ///< of a page, as `alt`; empty: a text that fits all
@@ -74,13 +73,14 @@ void noteGiven(const std::vector<const Option*>& idle, const RenderOptions& opti
 void noteIdleOptions(const RenderOptions& options, OutputKind kind) {
     std::vector<const Option*> idle = options.of_loops;
     if (kind == OutputKind::kPage) {
-        idle.insert(idle.end(), options.of_frames.begin(), options.of_frames.end());
+        for (const auto* more : {&options.of_frames, &options.view.of_drawing})
+            idle.insert(idle.end(), more->begin(), more->end());
         return noteGiven(idle, options, "page", "it draws itself while it is watched");
     }
     noteGiven(options.of_pages, options, "picture",
               "a page (" + media::extensionsOf(OutputKind::kPage, " or ") + ") has texts");
     if (kind != OutputKind::kStill) return;
-    if (hasFrame(options.view)) idle.insert(idle.end(), options.of_motion.begin(), options.of_motion.end());
+    if (frameGiven(options.view)) idle.insert(idle.end(), options.of_motion.begin(), options.of_motion.end());
     noteGiven(idle, options, "still",
               "a clip (" + media::extensionsOf(OutputKind::kClip, " or ") + ") or a folder/ has frames");
 }
@@ -146,12 +146,17 @@ void render(const RenderOptions& options) {
     DepthSource source = times.measure(Stage::kDecode, [&] { return findDepth(options.input); });
     keep({source.depth}, options, format);
     StandardOutputTo timings(options.view.timings);
+    const auto enough = [&](Size photo) {
+        // A page is given all that it may show.
+        return format.kind == OutputKind::kPage
+                   ? photo
+                   : enoughPhoto(options.view, chooseSize(options, photo, format), photo);
+    };
     Input input =
-        times.measure(Stage::kDecode, [&] { return readInput(options.input, options.talk, source); });
-    source = {};
+        times.measure(Stage::kDecode, [&] { return readInput(options.input, options.talk, source, enough); });
     throwIfCancelled();
 
-    const Size size = chooseSize(options, {input.photo.width, input.photo.height}, format);
+    const Size size = chooseSize(options, input.photo_size, format);
     if (format.kind == OutputKind::kPage) {
         PendingOutput output(options.out);
         output.fill(media::sharePage(pageOf(options, size, std::move(input))));
@@ -162,18 +167,21 @@ void render(const RenderOptions& options) {
     }
     const std::unique_ptr<media::ClipWriter> writer =
         times.measure(Stage::kSetUp, [&] { return openOutput(options, format, size); });
-    View view = times.measure(Stage::kSetUp,
-                              [&] { return View(options.view, options.talk, size, options.supersample); });
+    View view = times.measure(Stage::kSetUp, [&] { return View(options.view, options.talk, size); });
     {
         const PlannedInput planned = times.measure(Stage::kFit, [&] {
-            return view.plan(std::move(input.photo), std::move(input.depth.plane), pathFor(options, format));
+            const auto whole = [&] { return readPhoto(options.input, source); };
+            return view.plan({std::move(input.photo), input.photo_size, whole}, input.depth.plane,
+                             pathFor(options, format));
         });
+        input = {};
+        source = {};
         times.measure(Stage::kUpload, [&] { view.upload(planned); });
     }
 
     const std::vector<Position> positions = positionsFor(options, format);
     const int frames = static_cast<int>(positions.size());
-    const Writers writers = planWriters(format, frames, size, options.supersample);
+    const Writers writers = planWriters(format, frames, size, view.supersample());
     {
         Progress progress(frames, options.talk.quiet);
         drawFrames(positions, size, writers, &view, writer.get(), &times,
@@ -226,8 +234,6 @@ std::function<void()> prepare(CommandLine* line) {
              .called("TEXT"));
     options->of_pages.push_back(
         &line->text("--title", &options->title, "a page's title (default: as --alt)").called("TEXT"));
-    options->of_frames.push_back(&line->whole("--supersample", &options->supersample, 1, 4,
-                                              "draw this many times as large, then average"));
     line->flag("--force", &options->force, "replace the numbered frames in a folder that is not empty");
     options->of_frames.push_back(&line->flag(
         "--stats", &options->stats,

@@ -5,6 +5,7 @@
 #include <thread>
 #include <utility>
 
+#include "apps/quorvane/drawing/average.h"
 #include "apps/quorvane/drawing/frame_queue.h"
 #include "system/cancel.h"
 
@@ -12,24 +13,6 @@ namespace quorvane::app {
 namespace {
 
 constexpr int64_t kMostHeldBytes = int64_t{512} << 20;
-
-/// Averages the n x n samples that were drawn for each pixel.
-void average(const media::RgbaImage& drawn, Size size, media::RgbaImage* out) {
-    if (out->samples.empty()) *out = media::RgbaImage(size.width, size.height);
-    const int n = drawn.width / size.width;
-    const size_t stride = static_cast<size_t>(drawn.width) * 4;
-    uint8_t* next = out->samples.data();
-    for (int y = 0; y < size.height; ++y)
-        for (int x = 0; x < size.width; ++x)
-            for (size_t c = 0; c < 4; ++c) {
-                const uint8_t* block =
-                    &drawn.samples[static_cast<size_t>(y * n) * stride + static_cast<size_t>(x * n) * 4 + c];
-                int sum = 0;
-                for (size_t j = 0; j < static_cast<size_t>(n); ++j)
-                    for (size_t i = 0; i < static_cast<size_t>(n); ++i) sum += block[j * stride + i * 4];
-                *next++ = static_cast<uint8_t>((sum + n * n / 2) / (n * n));
-            }
-}
 
 }  // namespace
 

@@ -43,10 +43,12 @@ PagePicture pagePicture(const ViewOptions& options, const Talk& talk, Size size,
     ViewOptions view = options;
     // A page draws every picture in time.
     if (view.grid.triangles > kAutoGridLive.triangles) view.grid = kAutoGridLive;
+    // Its photo has the page's size, whatever the grid.
+    view.whole_photo = true;
     const Target target = {size, 1, everywhere(amount), kLongestPageSide};
     const media::Plane& depth = input.depth.plane;
     const FitPlan fit =
-        fitFor(view, target, {input.photo.width, input.photo.height}, {depth.width, depth.height});
+        fitFor(view, target, {input.photo.width, input.photo.height}, {depth.width, depth.height}, 1.0);
     media::RgbImage photo = std::move(input.photo);
     if (fit.cut) photo = media::crop(photo, fit.photo);
     const PicturePlan plan = planFor(

@@ -1,8 +1,11 @@
 #include "apps/quorvane/drawing/planning.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "media/picture/resample.h"
+#include "sizes/detail.h"
 #include "system/error.h"
 
 namespace quorvane::app {
@@ -33,17 +36,26 @@ PictureRequest requestFor(const ViewOptions& options, const Target& target, cons
     return request;
 }
 
+// What most photos show, and what few show less than.
+constexpr double kUsuallyVisible = 0.95, kLeastUsuallyVisible = 0.85;
+
+Shown shownIn(const Target& target, double visible) {
+    return {{target.size.width * target.supersample, target.size.height * target.supersample}, visible};
+}
+
 }  // namespace
 
-FitPlan fitFor(const ViewOptions& options, const Target& target, Size photo, Size depth) {
-    return planFit(photo, depth, target.size, target.largest_texture, options.grid);
+FitPlan fitFor(const ViewOptions& options, const Target& target, Size photo, Size depth, double visible) {
+    return options.whole_photo ? planFit(photo, depth, target.size, target.largest_texture, options.grid)
+                               : planShown(photo, depth, target.size, target.largest_texture, options.grid,
+                                           shownIn(target, visible));
 }
 
 bool planReadsPhoto(const ViewOptions& options) { return planReadsPhoto(requestFor(options)); }
 
 PicturePlan planFor(const ViewOptions& options, const Target& target, const FitPlan& fit,
                     const media::RgbImage& photo, media::Plane depth) {
-    if (fit.cut) depth = media::crop(depth, fit.depth);
+    if (Size{depth.width, depth.height} != fit.depth) depth = media::crop(depth, fit.depth);
     const Size plane = options.clean_edges ? Size{depth.width, depth.height} : fit.fit.depth;
     const media::GrayImage bytes = media::toBytes(depth, plane);
 
@@ -62,6 +74,40 @@ PictureStretch stretchOf(const ViewOptions& options, const Target& target, const
     const Status status = measureStretch(requestFor(options, target, fit), plan, &stretch);
     if (!status) throw Error(status.message());
     return stretch;
+}
+
+Size enoughPhoto(const ViewOptions& options, Size picture, Size photo) {
+    if (options.whole_photo) return photo;
+    const Target target = {picture, supersampleInSoftware(options), {}, 0};
+    return aimedPhoto(shownIn(target, frameGiven(options).value_or(kLeastUsuallyVisible)));
+}
+
+media::RgbImage fittedPhoto(const FitPlan& fit, Size whole, const media::RgbImage& photo) {
+    const auto share = [](int some, int all, int length) {
+        return std::max(1, static_cast<int>(std::lround(static_cast<double>(length) * some / all)));
+    };
+    const Size part = {share(fit.photo.width, whole.width, photo.width),
+                       share(fit.photo.height, whole.height, photo.height)};
+    return part == Size{photo.width, photo.height} ? media::resample(photo, fit.fit.photo)
+                                                   : media::resample(media::crop(photo, part), fit.fit.photo);
+}
+
+FittedPicture fitPicture(const ViewOptions& options, const Target& target, Size photo_size,
+                         const PhotoFor& photo_for, const media::Plane& depth) {
+    const Size depth_size = {depth.width, depth.height};
+    const auto planned = [&](double visible) {
+        FittedPicture picture;
+        picture.fit = fitFor(options, target, photo_size, depth_size, visible);
+        if (planReadsPhoto(options)) picture.photo = photo_for(picture.fit);
+        picture.plan = planFor(options, target, picture.fit, picture.photo, depth);
+        return picture;
+    };
+    FittedPicture picture = planned(frameGiven(options).value_or(kUsuallyVisible));
+    const FitPlan& fit = picture.fit;
+    const double visible = picture.plan.fov_scale;
+    if (!options.whole_photo && !showsDetail(fit.fit, fit.photo, shownIn(target, visible)))
+        picture = planned(visible);
+    return picture;
 }
 
 }  // namespace quorvane::app

@@ -1,6 +1,7 @@
 #ifndef QUORVANE_APPS_DRAWING_PLANNING_H
 #define QUORVANE_APPS_DRAWING_PLANNING_H
 
+#include <functional>
 #include <vector>
 
 #include "apps/quorvane/drawing/motion.h"
@@ -22,8 +23,9 @@ struct Target {
     int largest_texture = 0;     ///< that the driver takes
 };
 
-/// The part of both images that is used, and the sizes that they are brought to.
-FitPlan fitFor(const ViewOptions& options, const Target& target, Size photo, Size depth);
+/// The part of both images that is used, and the sizes that they are brought to, for a picture that fills
+/// itself with the part `visible` of each of the photo's sides.
+FitPlan fitFor(const ViewOptions& options, const Target& target, Size photo, Size depth, double visible);
 
 /// Whether the photo's pixels have a part in the plan.
 bool planReadsPhoto(const ViewOptions& options);
@@ -36,6 +38,27 @@ PicturePlan planFor(const ViewOptions& options, const Target& target, const FitP
 /// How far the pictures of `plan` stretch, which planFor made of the same. Throws Error.
 PictureStretch stretchOf(const ViewOptions& options, const Target& target, const FitPlan& fit,
                          const PicturePlan& plan);
+
+/// How many pixels of a photo of that size are enough to decode for almost every depth map; all of them where
+/// the options want them.
+Size enoughPhoto(const ViewOptions& options, Size picture, Size photo);
+
+/// Brings `photo`, all of which has `whole` pixels or fewer where it was shrunk, to the size of `fit`.
+media::RgbImage fittedPhoto(const FitPlan& fit, Size whole, const media::RgbImage& photo);
+
+/// Gives the photo brought to the size of a plan.
+using PhotoFor = std::function<media::RgbImage(const FitPlan& fit)>;
+
+struct FittedPicture {
+    FitPlan fit;
+    PicturePlan plan;
+    media::RgbImage photo;  ///< empty where it has no part in the plan
+};
+
+/// Both plans together: the photo's size depends on how much of it will be seen, which only the second says.
+/// Throws Error.
+FittedPicture fitPicture(const ViewOptions& options, const Target& target, Size photo_size,
+                         const PhotoFor& photo_for, const media::Plane& depth);
 
 }  // namespace quorvane::app
 

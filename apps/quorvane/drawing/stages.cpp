@@ -33,17 +33,14 @@ constexpr StageFile kFiles[] = {
 
 Stages drawStages(const ViewOptions& options, const Talk& talk, media::RgbImage photo, media::Plane depth) {
     const Size size = pictureSize({photo.width, photo.height}, kLongestSide, false);
-    View view(options, talk, size, 1);
-    PlannedInput input =
-        view.plan(std::move(photo), std::move(depth), pathAround({}, motions().front(), 1.0, 1));
+    View view(options, talk, size);
+    PlannedInput input = view.plan(std::move(photo), depth, pathAround({}, motions().front(), 1.0, 1));
     view.upload(input);
 
     const auto picture = [&view](double x) {
         throwIfCancelled();
         view.draw({x, 0.0});
-        media::RgbaImage drawn;
-        view.readBack(&drawn);
-        return drawn;
+        return view.picture();
     };
     Stages stages;
     stages.guide = view.guide();

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "apps/quorvane/drawing/average.h"
 #include "apps/quorvane/terminal/text.h"
 #include "system/error.h"
 
@@ -26,43 +27,71 @@ media::GrayImage plane(const void* bytes, int width, int height) {
 
 }  // namespace
 
-View::View(const ViewOptions& options, const Talk& talk, Size picture, int supersample)
-    : m_options(options), m_talk(talk), m_picture(picture), m_supersample(supersample) {
+SourcePhoto::SourcePhoto(media::RgbImage all) : pixels(std::move(all)), size({pixels.width, pixels.height}) {}
+
+SourcePhoto::SourcePhoto(media::RgbImage some, Size whole_size, std::function<media::RgbImage()> decode_whole)
+    : pixels(std::move(some)), size(whole_size), whole(std::move(decode_whole)) {}
+
+View::View(const ViewOptions& options, const Talk& talk, Size picture)
+    : m_options(options), m_talk(talk), m_picture(picture), m_supersample(options.supersample) {
     if (talk.verbosity > 1) __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
     require(OffscreenContext::create(&m_context));
-    const Status made = ParallaxView::create(picture.width * supersample, picture.height * supersample,
-                                             static_cast<uint32_t>(options.orientation), &m_view);
-    if (!made && supersample > 1)
-        throw Error(made.message() + " (--supersample " + std::to_string(supersample) + " multiplies them)");
+    makeView();
+}
+
+void View::makeView() {
+    const auto create = [this](int samples) {
+        return ParallaxView::create(
+            m_picture.width * m_supersample, m_picture.height * m_supersample,
+            quorvane::ViewOptions{static_cast<uint32_t>(m_options.orientation), samples}, &m_view);
+    };
+    const Status made = create(m_supersample > 1 ? 1 : m_options.samples);
+    if (!made && m_supersample > 1)
+        throw Error(made.message() + " (--supersample " + std::to_string(m_supersample) +
+                    " multiplies them)");
     require(made);
+    // A picture too large for the driver to draw twice as large stays as it is.
+    if (m_options.samples != 1 && m_supersample == 1 && m_view->samples() == 1 &&
+        m_view->resize(2 * m_picture.width, 2 * m_picture.height))
+        m_supersample = 2;
 }
 
 void View::say(const std::string& line) const {
     if (m_talk.verbosity > 0) std::fputs(line.c_str(), stderr);
 }
 
-PlannedInput View::plan(media::RgbImage photo, media::Plane depth, std::vector<Position> path) const {
+PlannedInput View::plan(SourcePhoto photo, const media::Plane& depth, std::vector<Position> path) const {
     GLint largest_texture = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest_texture);
     Target target = {m_picture, m_supersample, std::move(path), largest_texture};
-    const FitPlan plan = fitFor(m_options, target, {photo.width, photo.height}, {depth.width, depth.height});
+    // The last one needs no copy, but which one that is shows only afterwards.
+    const auto photo_for = [&photo](const FitPlan& fit) {
+        const bool has_few = photo.pixels.width < photo.size.width;
+        const auto needs_more = [&](int wanted, int has, int part, int whole) {
+            return static_cast<int64_t>(wanted) * whole > static_cast<int64_t>(has) * part;
+        };
+        if (has_few &&
+            (needs_more(fit.fit.photo.width, photo.pixels.width, fit.photo.width, photo.size.width) ||
+             needs_more(fit.fit.photo.height, photo.pixels.height, fit.photo.height, photo.size.height)))
+            photo.pixels = photo.whole();
+        return fittedPhoto(fit, photo.size, photo.pixels);
+    };
+    FittedPicture fitted = fitPicture(m_options, target, photo.size, photo_for, depth);
+    if (fitted.photo.samples.empty()) fitted.photo = photo_for(fitted.fit);
+    const FitPlan& plan = fitted.fit;
     const Fit& fit = plan.fit;
-    if (plan.cut) {
-        photo = media::crop(photo, plan.photo);
+    if (plan.cut)
         say(formatted("cut      the middle %d x %d of the photo, for the picture's aspect\n",
                       plan.photo.width, plan.photo.height));
-    }
     say(formatted("fitted   photo %d x %d%s, depth %d x %d%s, %d photo pixels a cell\n", fit.photo.width,
                   fit.photo.height, fit.photo == plan.photo ? "" : " (resampled)", fit.depth.width,
                   fit.depth.height, fit.depth == plan.depth ? "" : " (scaled)", fit.ratio));
-    photo = media::resample(std::move(photo), fit.photo);
-    PicturePlan picture = planFor(m_options, target, plan, photo, std::move(depth));
-    if (picture.swing < 1.0 && !m_talk.quiet)
+    if (fitted.plan.swing < 1.0 && !m_talk.quiet)
         std::fprintf(stderr,
                      "frame: the view swings %.2f times as far as asked, so that no border shows in half of "
                      "the photo\n",
-                     picture.swing);
-    return {std::move(photo), std::move(picture), std::move(target), plan};
+                     fitted.plan.swing);
+    return {std::move(fitted.photo), std::move(fitted.plan), std::move(target), fitted.fit};
 }
 
 void View::upload(const PlannedInput& input) {
@@ -79,6 +108,11 @@ void View::upload(const PlannedInput& input) {
                   "still\n",
                   m_picture.width, m_picture.height, m_options.orientation, plan.fov_scale,
                   static_cast<double>(geometry.still_depth)));
+    if (m_supersample > 1)
+        say(formatted("drawn    %d times as large, then averaged\n", m_supersample));
+    else
+        say(formatted("drawn    with %d sample%s a pixel\n", m_view->samples(),
+                      m_view->samples() == 1 ? "" : "s"));
 }
 
 void View::draw(Position position) {
@@ -90,6 +124,14 @@ void View::draw(Position position) {
 void View::readBack(media::RgbaImage* drawn) const {
     if (drawn->samples.empty()) *drawn = media::RgbaImage(m_view->width(), m_view->height());
     require(m_view->readPixels({drawn->samples, drawn->width, drawn->height}));
+}
+
+media::RgbaImage View::picture() const {
+    media::RgbaImage drawn, averaged;
+    readBack(&drawn);
+    if (m_supersample == 1) return drawn;
+    average(drawn, m_picture, &averaged);
+    return averaged;
 }
 
 media::GrayImage View::guide() const {

@@ -95,6 +95,20 @@ void addViewOptions(CommandLine* line, ViewOptions* options) {
         "how closely silhouettes follow the photo: auto up to 400,000 triangles, fine up to 1,600,000, "
         "coarse "
         "as many as the depth map needs (default auto)");
+    options->of_drawing.push_back(&line->word(
+        "--samples", {"auto", "1", "2", "4", "8"},
+        [options](size_t i) {
+            options->samples = std::array{kAutoSamples, 1, 2, 4, 8}[i];
+        },
+        "for smooth silhouettes, how many samples a pixel; where the driver has none, or for auto where it "
+        "draws in software, the picture is drawn twice as large and averaged instead (default auto)"));
+    options->of_drawing.push_back(
+        &line->whole("--supersample", &options->supersample, 1, 4,
+                     "draw this many times as large, then average; above 1 without samples"));
+    options->of_drawing.push_back(&line->word(
+        "--detail", {"auto", "full"}, [options](size_t i) { options->whole_photo = i == 1; },
+        "auto brings the photo to what the picture shows of it, so that fine textures stay quiet; full takes "
+        "all of its pixels (default auto)"));
     line->whole(
         "--orientation", &options->orientation, 0, 8,
         "set of parameters by the device's orientation code: 4 and 7 take the first set, all others the "
@@ -114,12 +128,21 @@ void addTimingsOption(CommandLine* line, ViewOptions* options) {
     line->text("--timings", &options->timings, "write the renderer's timing lines to FILE").called("FILE");
 }
 
-bool hasFrame(const ViewOptions& options) {
-    return options.frame || std::any_of(options.settings.begin(), options.settings.end(),
-                                        [](const auto& setting) { return setting.first == "fov_scale"; });
+std::optional<double> frameGiven(const ViewOptions& options) {
+    std::optional<double> frame = options.frame;
+    for (const auto& [name, value] : options.settings)
+        if (name == "fov_scale") frame = value;
+    return frame;
+}
+
+int supersampleInSoftware(const ViewOptions& options) {
+    return options.supersample == 1 && options.samples == kAutoSamples ? 2 : options.supersample;
 }
 
 void refuseTwoWays(const ViewOptions& options) {
+    if (options.supersample > 1 && options.samples > 1)
+        throw UsageError(formatted("--supersample %d and --samples %d: one of the two is wanted",
+                                   options.supersample, options.samples));
     for (const auto& [option, parameters] : options.deciding)
         for (const auto& [name, value] : options.settings)
             if (std::find(parameters.begin(), parameters.end(), name) != parameters.end())

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "apps/quorvane/terminal/command_line.h"
+#include "quorvane/host/ParallaxView.h"
 #include "quorvane/host/PicturePlan.h"
 #include "sizes/sizes.h"
 
@@ -24,7 +25,12 @@ struct ViewOptions {
     double pivot_y = 0.0;  ///< from its top
     bool clean_edges = true;
     GridBudget grid = kAutoGrid;
-    std::string timings;  ///< a file for the renderer's timing lines; empty: nowhere
+    int samples = kAutoSamples;  ///< a pixel: 1, 2, 4, 8 or kAutoSamples
+    int supersample = 1;         ///< pictures are drawn this many times as large at least, then averaged
+    bool whole_photo = false;    ///< takes all of its pixels, though the picture does not show them
+    std::string timings;         ///< a file for the renderer's timing lines; empty: nowhere
+
+    std::vector<const Option*> of_drawing;  ///< those that say nothing of what is drawn elsewhere
 
     /// Options as they were given, and the parameters that each of them decides.
     std::vector<std::pair<std::string, std::vector<std::string>>> deciding;
@@ -41,10 +47,13 @@ void addViewOptions(CommandLine* line, ViewOptions* options);
 /// Adds --timings.
 void addTimingsOption(CommandLine* line, ViewOptions* options);
 
-/// Whether they say how much of the photo is seen.
-bool hasFrame(const ViewOptions& options);
+/// The part of each of the photo's sides that they say is seen.
+std::optional<double> frameGiven(const ViewOptions& options);
 
-/// Throws UsageError where a parameter was given in two ways.
+/// How many times as large pictures are drawn by a driver that draws in software.
+int supersampleInSoftware(const ViewOptions& options);
+
+/// Throws UsageError where a parameter, or smoothness, was given in two ways.
 void refuseTwoWays(const ViewOptions& options);
 
 }  // namespace quorvane::app

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 #include <utility>
 
 #include "apps/quorvane/input/depth_command.h"
@@ -35,24 +36,49 @@ Size sizeOf(const Picture& image) {
     return {image.width, image.height};
 }
 
+/// What is enough of the photo, for the doctor too.
+std::optional<Size> enoughOf(const std::string& file, const media::Contents& contents,
+                             const std::string& name, const EnoughPhoto& enough) {
+    if (!enough) return {};
+    try {
+        const media::PictureHeader header =
+            media::decoder::readPictureHeader(contents.original ? contents.original->bytes : file, name);
+        const Size least = enough({header.width, header.height});
+        Size all = {std::max(least.width, kPreviewSide), std::max(least.height, kPreviewSide)};
+        // Whether it lies as its header says is known only to what holds it.
+        if (contents.original) {
+            const Size turned = enough({header.height, header.width});
+            all = {std::max(all.width, turned.width), std::max(all.height, turned.height)};
+        }
+        return all;
+    } catch (const Error&) {
+        // Whoever decodes it says what is wrong with it.
+        return {};
+    }
+}
+
 /// The photo of a file, the unblurred one where `contents` are given.
 void decodePhotoInto(Input* input, const std::string& file, const media::Contents& contents,
-                     const std::string& name, PhotoDetail detail) {
+                     const std::string& name, PhotoDetail detail, const EnoughPhoto& enough) {
     std::string remark;
-    if (detail == PhotoDetail::kFull) {
+    const auto take = [input](media::ShrunkPhoto photo) {
+        input->photo = std::move(photo.shrunk);
+        input->photo_size = {photo.header.width, photo.header.height};
+    };
+    if (detail == PhotoDetail::kPreview) {
+        take(media::decoder::previewPhoto(file, contents, name, kPreviewSide, &remark));
+    } else if (const std::optional<Size> least = enoughOf(file, contents, name, enough)) {
+        take(media::decoder::decodePhotoAtLeast(file, contents, name, *least, &remark));
+    } else {
         input->photo = media::decoder::decodePhoto(file, contents, name, &remark);
         input->photo_size = sizeOf(input->photo);
-    } else {
-        media::ShrunkPhoto preview =
-            media::decoder::previewPhoto(file, contents, name, kPreviewSide, &remark);
-        input->photo = std::move(preview.shrunk);
-        input->photo_size = {preview.header.width, preview.header.height};
     }
     if (!remark.empty()) input->remarks.push_back(remark);
 }
 
 /// Both images as they are in their files; without the depth of an estimator.
-Input decodeBoth(const InputOptions& options, const DepthSource& source, PhotoDetail detail) {
+Input decodeBoth(const InputOptions& options, const DepthSource& source, PhotoDetail detail,
+                 const EnoughPhoto& enough) {
     const std::string& name = options.photo;
     Input input;
     switch (source.origin) {
@@ -65,17 +91,19 @@ Input decodeBoth(const InputOptions& options, const DepthSource& source, PhotoDe
             break;
         }
         case DepthOrigin::kInside: {
-            decodePhotoInto(&input, source.file, source.contents, name, detail);
+            decodePhotoInto(&input, source.file, source.contents, name, detail, enough);
             std::string remark;
             input.depth = media::decoder::decodeDepth(*source.contents.depth, name, &remark);
             if (!remark.empty()) input.remarks.push_back(remark);
             break;
         }
         case DepthOrigin::kCommand:
-        case DepthOrigin::kModel: decodePhotoInto(&input, source.file, {}, name, PhotoDetail::kFull); break;
+        case DepthOrigin::kModel:
+            decodePhotoInto(&input, source.file, {}, name, PhotoDetail::kFull, {});
+            break;
         case DepthOrigin::kGiven:
         case DepthOrigin::kNeighbour:
-            decodePhotoInto(&input, source.file, {}, name, detail);
+            decodePhotoInto(&input, source.file, {}, name, detail, enough);
             input.depth = media::decoder::decodeDepthMap(media::readPictureFile(source.depth), source.depth);
             break;
         case DepthOrigin::kPair: {
@@ -158,7 +186,8 @@ media::ModelEstimate estimateDepth(const ModelOptions& options, const media::Rgb
 
 }  // namespace
 
-Input readInput(const InputOptions& options, const DepthSource& source, PhotoDetail detail) {
+Input readInput(const InputOptions& options, const DepthSource& source, PhotoDetail detail,
+                const EnoughPhoto& enough) {
     const std::string& name = options.photo;
     if (source.origin == DepthOrigin::kNone) {
         // A damaged photo is told as such first.
@@ -168,7 +197,7 @@ Input readInput(const InputOptions& options, const DepthSource& source, PhotoDet
         });
         throw NoDepth(name, noDepthAnywhere(source.contents, name));
     }
-    Input input = endedBySignals([&] { return decodeBoth(options, source, detail); });
+    Input input = endedBySignals([&] { return decodeBoth(options, source, detail, enough); });
     if (source.origin == DepthOrigin::kCommand)
         input.depth = estimateDepth(options.depth_command, input.photo);
     double polarity_confidence = 1.0;
@@ -223,10 +252,11 @@ Input readInput(const InputOptions& options, const DepthSource& source, PhotoDet
     return input;
 }
 
-Input readInput(const InputOptions& options, const Talk& talk, const DepthSource& source) {
+Input readInput(const InputOptions& options, const Talk& talk, const DepthSource& source,
+                const EnoughPhoto& enough) {
     if (source.origin == DepthOrigin::kNeighbour && !talk.quiet)
         std::fprintf(stderr, "depth: %s, found beside the photo\n", printable(source.depth).c_str());
-    Input input = readInput(options, source);
+    Input input = readInput(options, source, PhotoDetail::kFull, enough);
     if (!talk.quiet) {
         for (const std::string& remark : input.remarks)
             std::fprintf(stderr, "%s: %s\n", source.origin == DepthOrigin::kPair ? "pair" : "inside",
@@ -248,13 +278,21 @@ Input readInput(const InputOptions& options, const Talk& talk, const DepthSource
                  inside && contents.original
                      ? printable(", the unblurred one, " + contents.original->where).c_str()
                      : "",
-                 input.photo.width, input.photo.height);
+                 input.photo_size.width, input.photo_size.height);
     std::fprintf(stderr, "depth    %s: %d x %d, %d bit%s%s\n", printable(from).c_str(),
                  input.depth.plane.width, input.depth.plane.height, input.depth.bits,
                  options.doctor ? ", spread over its range" : "",
                  input.polarity.inverted ? ", inverted" : "");
     if (!input.belief.empty()) std::fprintf(stderr, "model    %s\n", printable(input.belief).c_str());
     return input;
+}
+
+media::RgbImage readPhoto(const InputOptions& options, const DepthSource& source) {
+    const bool inside = source.origin == DepthOrigin::kInside;
+    return endedBySignals([&] {
+        return media::decoder::decodePhoto(source.file, inside ? source.contents : media::Contents(),
+                                           options.photo, nullptr);
+    });
 }
 
 }  // namespace quorvane::app

@@ -1,6 +1,7 @@
 #ifndef QUORVANE_APPS_INPUT_DEPTH_SOURCE_H
 #define QUORVANE_APPS_INPUT_DEPTH_SOURCE_H
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -75,19 +76,26 @@ class NoDepth : public Error {
 
 /// How much of the photo is wanted.
 enum class PhotoDetail {
-    kFull,
+    kFull,     ///< or as much as is enough
     kPreview,  ///< shrunk while it is decoded where its format can be: enough for the doctor
 };
+
+/// For a photo of that size: how many pixels of it are enough, where it can be shrunk while it is decoded.
+using EnoughPhoto = std::function<Size(Size photo)>;
 
 /// Decodes both images; turns and inverts the depth as the options say, then has the doctor check it. The
 /// photo is the file's own picture; for depth from inside, the unblurred original where the file has one. A
 /// signal while it decodes ends the process. Throws Error, also where there is no depth.
 Input readInput(const InputOptions& options, const DepthSource& source,
-                PhotoDetail detail = PhotoDetail::kFull);
+                PhotoDetail detail = PhotoDetail::kFull, const EnoughPhoto& enough = {});
 
 /// The same, and prints notes to standard error: for a depth map that was guessed by its name and for what
 /// was found or mended, unless told to be quiet; with -v for everything that was read.
-Input readInput(const InputOptions& options, const Talk& talk, const DepthSource& source);
+Input readInput(const InputOptions& options, const Talk& talk, const DepthSource& source,
+                const EnoughPhoto& enough = {});
+
+/// The photo alone, with all of its pixels.
+media::RgbImage readPhoto(const InputOptions& options, const DepthSource& source);
 
 }  // namespace quorvane::app
 
