@@ -321,6 +321,15 @@ void exchangeEnds(Plane* plane) {
     for (float& level : plane->samples) level = 255.0f - level;
 }
 
+/// 1 / distance, on the scale of 0 to 255. Where `known` is 0 there is no distance, as near as can be.
+void takeInverse(const GrayImage& known, Plane* distances) {
+    const std::vector<float>& levels = distances->samples;
+    float lowest = 255.0f;
+    for (size_t i = 0; i < levels.size(); ++i)
+        if (known.samples.empty() || known.samples[i] != 0) lowest = std::min(lowest, levels[i]);
+    for (float& level : distances->samples) level = level > lowest ? 255.0f * lowest / level : 255.0f;
+}
+
 /// Takes the likelier way. `upright` is how sure it is that the depth map lies as the photo, and with that
 /// where below is.
 Polarity examinePolarity(const RgbImage& photo, const GrayImage& known, const PolarityClues& clues,
@@ -333,7 +342,12 @@ Polarity examinePolarity(const RgbImage& photo, const GrayImage& known, const Po
     polarity.confidence = polarity.larger_is_nearer ? 1.0 - farther : farther;
     polarity.inverted = !polarity.larger_is_nearer;
     polarity.doubtful = polarity.confidence < kCertain || upright < 0.5;
-    if (polarity.inverted) exchangeEnds(&depth->plane);
+    const bool distances = polarity.inverted && polarity.confidence >= kCertain && depth->bits == 16 &&
+                           looksMeasured(depth->plane, known);
+    if (distances)
+        takeInverse(known, &depth->plane);
+    else if (polarity.inverted)
+        exchangeEnds(&depth->plane);
     if (polarity.doubtful || polarity.inverted) {
         Finding finding = {FindingKind::kPolarity, polarity.confidence, polarity.inverted, ""};
         if (!polarity.doubtful)
@@ -344,6 +358,7 @@ Polarity examinePolarity(const RgbImage& photo, const GrayImage& known, const Po
             finding.text = "nothing shows which end is near: its larger levels are taken for the nearer ones";
         else
             finding.text = "not certain which end is near: its larger levels seem to be the nearer ones";
+        if (distances) finding.text += "; taken as 1 / distance";
         if (polarity.doubtful) finding.inverting = !polarity.inverted;
         findings->push_back(finding);
     }

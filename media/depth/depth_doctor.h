@@ -30,7 +30,7 @@ struct DepthKnowledge {
 struct Polarity {
     bool larger_is_nearer = true;
     double confidence = 1.0;  ///< about 0.5 to 1; 1 where it is known
-    bool inverted = false;    ///< the levels were exchanged, so that larger is nearer now
+    bool inverted = false;    ///< the levels were exchanged, or 1 / distance taken: larger is nearer now
     bool doubtful = false;    ///< the likelier way was taken; a finding says so
 };
 

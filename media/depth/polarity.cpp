@@ -259,19 +259,6 @@ double growingSteps(const Plane& plane, const GrayImage& known) {
     return std::abs(grows) >= kClear ? grows : 0.0;
 }
 
-/// Whether levels of 16 bit look like distances in a unit: they begin well above nothing and use only a part
-/// of what their bits hold.
-bool looksMeasured(const Plane& plane, const GrayImage& known) {
-    constexpr float kMost = 0.85f * 255.0f, kLeastShare = 0.02f;
-    float lowest = 255.0f, highest = 0.0f;
-    for (size_t i = 0; i < plane.samples.size(); ++i) {
-        if (!known.samples.empty() && known.samples[i] == 0) continue;
-        lowest = std::min(lowest, plane.samples[i]);
-        highest = std::max(highest, plane.samples[i]);
-    }
-    return highest < kMost && lowest > kLeastShare * highest;
-}
-
 /// What the words of a file's name say: positive where larger is nearer.
 double wordsOf(const std::string& name) {
     constexpr double kWord = 1.5;
@@ -286,6 +273,17 @@ double wordsOf(const std::string& name) {
 }
 
 }  // namespace
+
+bool looksMeasured(const Plane& plane, const GrayImage& known) {
+    constexpr float kMost = 0.85f * 255.0f, kLeastShare = 0.02f;
+    float lowest = 255.0f, highest = 0.0f;
+    for (size_t i = 0; i < plane.samples.size(); ++i) {
+        if (!known.samples.empty() && known.samples[i] == 0) continue;
+        lowest = std::min(lowest, plane.samples[i]);
+        highest = std::max(highest, plane.samples[i]);
+    }
+    return highest < kMost && lowest > kLeastShare * highest;
+}
 
 double confidenceLargerIsFarther(const RgbImage& photo, const Plane& plane, const GrayImage& known,
                                  const PolarityClues& clues) {

@@ -35,6 +35,10 @@ struct PolarityClues {
 double confidenceLargerIsFarther(const RgbImage& photo, const Plane& plane, const GrayImage& known,
                                  const PolarityClues& clues = {});
 
+/// Whether levels of 16 bit look like distances in a unit, such as millimetres: they begin well above nothing
+/// and leave the upper part of what 16 bits hold unused.
+bool looksMeasured(const Plane& plane, const GrayImage& known);
+
 }  // namespace quorvane::media
 
 #endif

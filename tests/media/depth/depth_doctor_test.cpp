@@ -543,6 +543,25 @@ TEST(DepthDoctor, HolesBesideNearThingsAreFilledFromTheFarSide) {
     EXPECT_EQ(at(depth.plane, 79, 75), 200.0f);
 }
 
+// The renderer needs 1 / distance. Of 65535 a sensor in millimetres uses little.
+TEST(DepthDoctor, DistancesOfASensorBecomeTheirInverse) {
+    const Pair pair = scene(300, 200);
+    DepthMap depth = pair.depth;
+    depth.bits = 16;
+    std::vector<float> millimetres;
+    for (float& level : depth.plane.samples) {
+        millimetres.push_back(800.0f + 20.0f * (255.0f - level));
+        level = millimetres.back() / 257.0f;
+    }
+    Polarity polarity;
+    const std::vector<Finding> findings = examine(pair.photo, {}, &depth, &polarity);
+    ASSERT_TRUE(polarity.inverted) << textsOf(findings);
+    const float nearest = *std::min_element(millimetres.begin(), millimetres.end());
+    for (size_t i = 0; i < millimetres.size(); ++i)
+        ASSERT_NEAR(depth.plane.samples[i], 255.0f * nearest / millimetres[i], 0.01f);
+    EXPECT_THAT(findings.back().text, HasSubstr("taken as 1 / distance"));
+}
+
 TEST(DepthDoctor, SpecksOfTheHighestLevelAreFilled) {
     const Pair pair = scene(300, 200);
     DepthMap depth = pair.depth;
