@@ -216,7 +216,8 @@ Plane positionsOnColourMap(const RgbImage& image, const ColourMap& map, GrayImag
     constexpr int kShift = 3;
     constexpr int kUnsearched = -2;
     constexpr int kReach = 12;
-    constexpr double kFarOff = 48.0;
+    // JPEG leaves most colours within 12; where it mixed two, at steps, the position would be a third one's.
+    constexpr double kFarOff = 24.0;
     std::vector<int> segments(size_t{1} << (3 * (8 - kShift)), kUnsearched);
     Plane positions(image.width, image.height);
     for (size_t i = 0; i < positions.samples.size(); ++i) {
