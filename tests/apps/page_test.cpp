@@ -5,9 +5,12 @@
 
 #include <cstdlib>
 
+#include "apps/quorvane/drawing/motion.h"
+#include "media/clip/share_script.h"
 #include "media/picture/picture_file.h"
 #include "media/scene/sample_scene.h"
 #include "process.h"
+#include "quorvane/parameters.h"
 #include "support/photo_writers/pictures.h"
 #include "support/share_page.h"
 #include "support/temporary_folder.h"
@@ -71,6 +74,21 @@ TEST_F(Page, CarriesTheTunedSet) {
                                                          "&quot;border_deadzone&quot;:18"));
     EXPECT_THAT(words({"--frame", "0.81", "--pivot", "off"}), Not(HasSubstr("params=")))
         << "the element has these by itself";
+}
+
+// The element has tables of its own, which have to say the same.
+TEST_F(Page, KnowsEveryMotionAndDefault) {
+    for (const app::Motion& motion : app::motions())
+        EXPECT_THAT(std::string(media::kShareScript),
+                    HasSubstr(std::string("\n") + motion.name + ": (turn) =>"));
+    for (const Parameter& parameter : kParameters) {
+        const std::string line = std::string("\n") + parameter.name + ": ";
+        const size_t at = media::kShareScript.find(line);
+        if (at == std::string_view::npos) continue;
+        EXPECT_EQ(static_cast<float>(std::atof(media::kShareScript.substr(at + line.size(), 12).data())),
+                  static_cast<float>(parameter.of(LibParam())))
+            << parameter.name;
+    }
 }
 
 TEST_F(Page, SaysWhichOptionsAreIdle) {

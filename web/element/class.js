@@ -213,6 +213,7 @@ const STYLE = `
 :host([hidden]) { display: none; }
 [part=poster] { height: 100%; transform-origin: center; }
 img, ::slotted(img) { display: block; width: 100%; height: 100%; object-fit: cover; }
+img[hidden] { display: none; }
 canvas { position: absolute; inset: 0; width: 100%; height: 100%; object-fit: cover; visibility: hidden; }
 :host([ready]) canvas { visibility: visible; }
 :host([ready]) [part=poster] { visibility: hidden; }
@@ -227,7 +228,7 @@ const Base = globalThis.HTMLElement ?? class {};
 export class ParallaxPhoto extends Base {
   static observedAttributes = ATTRIBUTES;
 
-  #internals = this.attachInternals();
+  #internals = this.attachInternals?.() ?? {};  // older browsers have none
   #canvas;
   #poster;    // the box around the poster
   #fallback;  // the image in it where the page slots none
