@@ -458,8 +458,6 @@ class DepthModel::Network {
     /// Runs the network on the photo normalised in one way and another, small where it may be, and keeps the
     /// way that agrees best with the photo's edges. Returns what came out where that is of `size`.
     std::optional<Output> chooseManner(const RgbImage& photo, Size size) {
-        // The usual way stays unless another is clearly better: most networks bear either.
-        constexpr double kClearly = 1.02;
         const std::array<Manner, 3> manners = m_file.calculates_first
                                                   ? std::array<Manner, 3>{kUnit, kBytes, kImageNet}
                                                   : std::array<Manner, 3>{kImageNet, kHalves, kUnit};
@@ -468,13 +466,15 @@ class DepthModel::Network {
         const Edges edges(photo);
         std::optional<Output> best;
         double best_agreement = 0.0;
-        for (const Manner& manner : manners) {
-            Output output = run(fitted, manner);
+        // The rarer a way is, the more clearly it has to agree.
+        constexpr std::array<double, 3> kBetter = {1.0, 1.02, 1.1};
+        for (size_t i = 0; i < manners.size(); ++i) {
+            Output output = run(fitted, manners[i]);
             const Ends ends = endsOf(output);
             const double agreement =
                 edges.agreementWith(levelsOf(output.plane, ends.larger_is_farther, m_path));
-            if (best && agreement <= kClearly * best_agreement) continue;
-            m_manner = manner;
+            if (best && agreement <= kBetter[i] * best_agreement) continue;
+            m_manner = manners[i];
             best = std::move(output);
             best_agreement = agreement;
         }

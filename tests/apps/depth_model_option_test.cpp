@@ -103,6 +103,7 @@ TEST_F(DepthModelOption, OtherSourcesOfDepthGoAgainstIt) {
           {"render", photo, "-o", out, "--rgbd", "left"},
           {"extract", photo, "-o", out, "--raw"}})
         EXPECT_EQ(run(arguments, "midas_v21_small.onnx").code, 2);
+    EXPECT_EQ(quorvane({"render", photo, "-o", out, "--depth-size", "300"}).code, 2);
     EXPECT_FALSE(fs::exists(out));
 }
 

@@ -9,6 +9,7 @@
 #include "apps/quorvane/input/neighbour.h"
 #include "apps/quorvane/terminal/ended_by_signals.h"
 #include "apps/quorvane/terminal/text.h"
+#include "apps/quorvane/terminal/usage_error.h"
 #include "media/decoder/decoder.h"
 #include "media/depth/anaglyph.h"
 #include "media/depth/depth_model.h"
@@ -122,6 +123,8 @@ Input decodeBoth(const InputOptions& options, const DepthSource& source, PhotoDe
 }  // namespace
 
 DepthSource findDepth(const InputOptions& options) {
+    if (options.depth_model.size > 0 && options.depth_model.file.empty())
+        throw UsageError("--depth-size: goes with --depth-model");
     DepthSource source;
     endedBySignals([&] {
         source.file = media::readPictureFile(options.photo);
