@@ -141,6 +141,21 @@ TEST_F(StagesTest, PicturesAreTheStillsOfRender) {
     }
 }
 
+TEST_F(StagesTest, PicturesAreOfTheMotionAndTheSizeAskedFor) {
+    ASSERT_EQ(stages(folder / "st/", {"--size", "160", "--motion", "nod", "--amount", "0.5"}).code, 0);
+    EXPECT_EQ(stage("left.png").width, 160);
+    EXPECT_EQ(stage("left.png").height, 120);
+    for (const auto& [name, at] : {std::pair{"left.png", "--at=0,-0.5"}, {"right.png", "--at=0,0.5"}}) {
+        ASSERT_EQ(quorvane({"render", photo, depth, "-o", folder / "still.png", "--size", "160", "--motion",
+                            "nod", "--amount", "0.5", at})
+                      .code,
+                  0);
+        EXPECT_EQ(bytesOf(folder / "still.png"), bytesOf(folder / (std::string("st/") + name))) << name;
+    }
+    const Json small = plan({"--size", "160", "--motion", "nod", "--amount", "0.5"});
+    EXPECT_LT(small["stretch"].get<double>(), plan()["stretch"].get<double>());
+}
+
 TEST_F(StagesTest, FolderWithOtherFilesTakesForce) {
     fs::create_directory(folder / "st");
     writeBytes(folder / "st/mine", "mine");

@@ -141,7 +141,7 @@ void inspect(const InspectOptions& options) {
         const media::GrayImage given = media::toBytes(depth, {depth.width, depth.height});
         const Stages stages = [&] {
             const StandardOutputTo nowhere("");
-            return drawStages(options.view, {}, std::move(input->photo), std::move(depth));
+            return drawStages(options.view, options.picture, {}, std::move(input->photo), std::move(depth));
         }();
         const media::RgbImage sheet = stagesSheet(stages, given);
         throwIfCancelled();

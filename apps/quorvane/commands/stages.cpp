@@ -6,6 +6,7 @@
 
 #include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/commands/output_guard.h"
+#include "apps/quorvane/drawing/picture_options.h"
 #include "apps/quorvane/drawing/stages_sheet.h"
 #include "apps/quorvane/input/depth_source.h"
 #include "apps/quorvane/terminal/usage_error.h"
@@ -19,6 +20,7 @@ namespace {
 struct StagesOptions {
     InputOptions input;
     ViewOptions view;
+    PictureOptions picture;
     Talk talk;
     std::string out;  ///< the sheet, or a folder
     bool force = false;
@@ -64,8 +66,8 @@ void stages(const StagesOptions& options) {
     if (into_folder) openFolder(options, &folder);
     const media::GrayImage given =
         media::toBytes(input.depth.plane, {input.depth.plane.width, input.depth.plane.height});
-    const Stages drawn =
-        drawStages(options.view, options.talk, std::move(input.photo), std::move(input.depth.plane));
+    const Stages drawn = drawStages(options.view, options.picture, options.talk, std::move(input.photo),
+                                    std::move(input.depth.plane));
     timing_lines.require();
     throwIfCancelled();
     if (into_folder) {
@@ -85,6 +87,7 @@ std::function<void()> prepare(CommandLine* line) {
         .called("PATH")
         .required();
     line->flag("--force", &options->force, "replace the stages in a folder that is not empty");
+    addPictureOptions(line, "1920", &options->picture);
     addTalkOptions(line, &options->talk);
     addViewOptions(line, &options->view);
     addTimingsOption(line, &options->view);

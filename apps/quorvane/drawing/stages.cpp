@@ -1,5 +1,6 @@
 #include "apps/quorvane/drawing/stages.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "apps/quorvane/drawing/clip_drawing.h"
@@ -29,25 +30,44 @@ constexpr StageFile kFiles[] = {
     {"right.png", save<&Stages::right>},
 };
 
+/// The farthest places of a motion, from side to side or, if it only goes up and down, there.
+struct Ends {
+    Position first, last;
+    bool upright = false;
+};
+
+Ends endsOf(const std::vector<Position>& path) {
+    const auto less_right = [](const Position& a, const Position& b) { return a.x < b.x; };
+    const auto less_high = [](const Position& a, const Position& b) { return a.y < b.y; };
+    const auto [left, right] = std::minmax_element(path.begin(), path.end(), less_right);
+    const auto [low, high] = std::minmax_element(path.begin(), path.end(), less_high);
+    if (right->x - left->x >= high->y - low->y) return {*left, *right, false};
+    return {*low, *high, true};
+}
+
 }  // namespace
 
-Stages drawStages(const ViewOptions& options, const Talk& talk, media::RgbImage photo, media::Plane depth) {
-    const Size size = pictureSize({photo.width, photo.height}, kLongestSide, false);
+Stages drawStages(const ViewOptions& options, const PictureOptions& asked, const Talk& talk,
+                  media::RgbImage photo, media::Plane depth) {
+    const Size size = sizeOf(asked, {photo.width, photo.height}, kLongestSide, false);
+    const std::vector<Position> path = pathAround({}, *asked.motion, asked.amount, 1);
     View view(options, talk, size);
-    PlannedInput input = view.plan(std::move(photo), depth, pathAround({}, motions().front(), 1.0, 1));
+    PlannedInput input = view.plan(std::move(photo), depth, path);
     view.upload(input);
 
-    const auto picture = [&view](double x) {
+    const auto picture = [&view](Position place) {
         throwIfCancelled();
-        view.draw({x, 0.0});
+        view.draw(place);
         return view.picture();
     };
     Stages stages;
+    const Ends ends = endsOf(path);
+    stages.upright = ends.upright;
     stages.guide = view.guide();
     stages.shaped = view.shapedDepth();
-    stages.left = picture(-1.0);
-    stages.rest = picture(0.0);
-    stages.right = picture(1.0);
+    stages.left = picture(ends.first);
+    stages.rest = picture({});
+    stages.right = picture(ends.last);
     stages.fov_scale = input.plan.fov_scale;
     stages.still_depth = depthAtDistance(input.plan.rotate_z_trans);
     stages.stretch = stretchOf(options, input.target, input.fit, input.plan);

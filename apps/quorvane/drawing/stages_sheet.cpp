@@ -77,9 +77,9 @@ media::RgbImage stagesSheet(const Stages& stages, const media::GrayImage& given)
         {"guide: its luma at grid size", media::toRgb(stages.guide)},
         {"depth as given, larger = nearer", media::toRgb(given)},
         {pivotLabel(stages), shapedWithPivot(stages, panel)},
-        {"from the left", media::toRgb(stages.left)},
+        {stages.upright ? "from below" : "from the left", media::toRgb(stages.left)},
         {"at rest", media::toRgb(stages.rest)},
-        {"from the right", media::toRgb(stages.right)},
+        {stages.upright ? "from above" : "from the right", media::toRgb(stages.right)},
         {stretchLabel(stages.stretch), stretchMap(stages, panel)},
     };
     return media::contactSheet(panels, kColumns, kPanelWidth);
