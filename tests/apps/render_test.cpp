@@ -620,11 +620,13 @@ TEST_F(Render, NoPictureOfAMotionShowsABorder) {
         [](int x, int y) { return (x * 7919 + y * 104729) % 256; },
         [](int x, int y) { return (x / 20 + y / 20) % 2 == 0 ? 255 : 0; }};
     const char* const motions[] = {"sway", "nod", "circle", "eight"};
-    size_t motion = 0;
+    size_t cases = 0;
     for (const auto& [width, height] : {std::pair{60, 180}, {120, 96}, {180, 60}})
         for (const auto& depth : depths)
             for (const char* set : {"4", "0"}) {
-                const std::string name = motions[motion++ % 4];
+                // So that each motion comes with each set.
+                const size_t number = cases++;
+                const std::string name = motions[(number + number / 4) % 4];
                 SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height) + ", " + name + ", set " +
                              set);
                 writePng(painted(width, height, white), folder / "p.png");
@@ -638,8 +640,7 @@ TEST_F(Render, NoPictureOfAMotionShowsABorder) {
                     for (const std::string& frame : TemporaryFolder::names(folder / "frames"))
                         EXPECT_EQ(darkest(media::readPhoto(folder / "frames/" + frame)), 255) << frame;
                 };
-                drawn({"--motion", name, "--frames", "9"});
-                drawn({"--motion", name, "--frames", "5", "--at=-1,1"});
+                drawn({"--motion", name, "--frames", "7", number / 2 % 2 == 0 ? "--at=0,0" : "--at=-1,1"});
                 EXPECT_EQ(darkest(still(painted(width, height, white), shaded(width, height, depth), "1,-1",
                                         {"--orientation", set, "--no-doctor"})),
                           255);
