@@ -341,9 +341,11 @@ Polarity examinePolarity(const RgbImage& photo, const GrayImage& known, const Po
     polarity.larger_is_nearer = farther <= kShows;
     polarity.confidence = polarity.larger_is_nearer ? 1.0 - farther : farther;
     polarity.inverted = !polarity.larger_is_nearer;
-    polarity.doubtful = polarity.confidence < kCertain || upright < 0.5;
     const bool distances = polarity.inverted && polarity.confidence >= kCertain && depth->bits == 16 &&
                            looksMeasured(depth->plane, known);
+    // A map that lies otherwise has its ground elsewhere.
+    if (upright < 0.5) polarity.confidence = 0.5 + 0.75 * (polarity.confidence - 0.5);
+    polarity.doubtful = polarity.confidence < kCertain;
     if (distances)
         takeInverse(known, &depth->plane);
     else if (polarity.inverted)

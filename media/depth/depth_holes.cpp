@@ -157,7 +157,9 @@ void fillFromFarSide(const GrayImage& known, Plane* plane) {
     using Histogram = std::array<size_t, kBins>;
     const int block = std::max(4, (std::max(width, height) + kBlocks - 1) / kBlocks);
     const int blocks_x = (width + block - 1) / block, blocks_y = (height + block - 1) / block;
-    const auto blockAt = [blocks_x](int x, int y) { return static_cast<size_t>(y * blocks_x + x); };
+    const auto blockAt = [blocks_x](int x, int y) {
+        return static_cast<size_t>(y) * static_cast<size_t>(blocks_x) + static_cast<size_t>(x);
+    };
     std::vector<Histogram> histograms(static_cast<size_t>(blocks_x) * static_cast<size_t>(blocks_y),
                                       Histogram{});
     GrayImage sources(width, height);
