@@ -48,6 +48,18 @@ class DepthModelOption : public testing::Test {
         return quorvane(arguments);
     }
 
+    /// A command line that does not end by itself.
+    std::vector<std::string> endless() const {
+        return {"render", photo, "-o", out, "--depth-model", kNetworks + "/no_end.onnx"};
+    }
+
+    /// Waits for the third process that names `name`, besides the program and its decoding worker.
+    static void waitForRunner(const std::string& name) {
+        for (int i = 0; i < 1000 && processesNaming(name) < 3; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        ASSERT_EQ(processesNaming(name), 3);
+    }
+
     const TemporaryFolder folder;
     const std::string photo = folder / "photo.png";
     const std::string out = folder / "out.png";
@@ -131,18 +143,26 @@ TEST_F(DepthModelOption, TheModelIsNeverOverwritten) {
 
 TEST_F(DepthModelOption, SignalEndsItsProcess) {
     const std::string name = folder.path() + "/started";
-    Process process({"render", photo, "-o", out, "--depth-model", kNetworks + "/no_end.onnx"},
-                    {{"QUORVANE_TEST", name}});
-    // Its runner, besides the program and its decoding worker.
-    for (int i = 0; i < 1000 && processesNaming(name) < 3; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    ASSERT_EQ(processesNaming(name), 3);
+    Process process(endless(), {{"QUORVANE_TEST", name}});
+    waitForRunner(name);
     process.signal(SIGINT);
     const Outcome outcome = process.wait();
     EXPECT_EQ(outcome.code, 1);
     EXPECT_EQ(outcome.err, "quorvane: interrupted\n");
     EXPECT_TRUE(noProcessNames(name)) << "a process still runs";
     EXPECT_FALSE(fs::exists(out));
+}
+
+// Nothing tidies up after a program that is killed; the runner itself goes.
+TEST_F(DepthModelOption, ItsProcessDoesNotOutliveTheProgram) {
+    const std::string name = folder.path() + "/started";
+    Process process(endless(), {{"QUORVANE_TEST", name}});
+    waitForRunner(name);
+    // By now the network is being run.
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    process.signal(SIGKILL);
+    process.wait();
+    EXPECT_TRUE(noProcessNames(name)) << "a process still runs";
 }
 
 TEST(InfoModels, NamesNetworksAndWhereTheRuntimeIsLookedFor) {
