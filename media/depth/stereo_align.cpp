@@ -85,14 +85,14 @@ class PatchSearch {
         const float mean = from.m_mean.at(point.x, point.y), scale = from.m_scale.at(point.x, point.y);
         for (int v = 0; v < kSide; ++v)
             for (int u = 0; u < kSide; ++u)
-                patch[static_cast<size_t>(v * kSide + u)] =
+                patch[static_cast<size_t>(v) * kSide + static_cast<size_t>(u)] =
                     (from.m_image.at(point.x - kPatch + u, point.y - kPatch + v) - mean) * scale;
         const auto likenessAt = [&](int x, int y) {
             // The patch has no mean, so that of the other falls out.
             float sum = 0;
-            for (int v = 0; v < kSide; ++v) {
+            const float* ours = patch.data();
+            for (int v = 0; v < kSide; ++v, ours += kSide) {
                 const float* const row = &m_image.at(x - kPatch, y - kPatch + v);
-                const float* const ours = &patch[static_cast<size_t>(v * kSide)];
                 for (int u = 0; u < kSide; ++u) sum += ours[u] * row[u];
             }
             return sum * m_scale.at(x, y);

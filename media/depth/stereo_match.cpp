@@ -207,38 +207,32 @@ void removeIslands(const Plane& plane, int least, GrayImage* sure) {
         }
 }
 
-/// 255 where the pixels beside a pixel hardly differ from it.
+/// 255 where the pixels beside a pixel hardly differ from it. What lies above and below tells little of where
+/// in its row a pixel is.
 GrayImage flatParts(const Plane& image) {
     constexpr double kLeastVariance = 0.3;                  // squared levels: what coding leaves of nothing
     constexpr double kWhite = 250.0, kWhiteVariance = 4.0;  // what is overexposed shows only noise
-    constexpr int kRows = 0;  // radius: what lies above and below tells little of where in its row a pixel is
-    const int w = image.width, h = image.height;
-    // Sums over all rows so far, of each column's samples and squares.
-    const auto stride = static_cast<size_t>(w) + 1;
-    std::vector<double> sums(stride * (static_cast<size_t>(h) + 1)), squares(sums.size());
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x) {
-            const size_t at = (static_cast<size_t>(y) + 1) * stride + static_cast<size_t>(x) + 1;
-            const double value = image.at(x, y);
-            sums[at] = value + sums[at - 1] + sums[at - stride] - sums[at - stride - 1];
-            squares[at] = value * value + squares[at - 1] + squares[at - stride] - squares[at - stride - 1];
+    const int w = image.width;
+    GrayImage flat(w, image.height);
+    // Sums of a row's samples and of their squares, up to each.
+    std::vector<double> sums(static_cast<size_t>(w) + 1), squares(sums.size());
+    for (int y = 0; y < image.height; ++y) {
+        const float* const row = image.row(y);
+        for (size_t x = 0; x < static_cast<size_t>(w); ++x) {
+            const double value = row[x];
+            sums[x + 1] = sums[x] + value;
+            squares[x + 1] = squares[x] + value * value;
         }
-    GrayImage flat(w, h);
-    for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x) {
             const auto left = static_cast<size_t>(std::max(0, x - kCensusX)),
-                       right = static_cast<size_t>(std::min(w, x + kCensusX + 1)),
-                       top = static_cast<size_t>(std::max(0, y - kRows)) * stride,
-                       bottom = static_cast<size_t>(std::min(h, y + kRows + 1)) * stride;
-            const auto inside = [&](const std::vector<double>& table) {
-                return table[bottom + right] - table[bottom + left] - table[top + right] + table[top + left];
-            };
-            const double count = static_cast<double>((right - left) * (bottom - top) / stride);
-            const double mean = inside(sums) / count;
-            const double variance = inside(squares) / count - mean * mean;
-            flat.at(x, y) =
-                variance < kLeastVariance || (mean > kWhite && variance < kWhiteVariance) ? 255 : 0;
+                       right = static_cast<size_t>(std::min(w, x + kCensusX + 1));
+            const auto count = static_cast<double>(right - left);
+            const double mean = (sums[right] - sums[left]) / count;
+            const double variance = (squares[right] - squares[left]) / count - mean * mean;
+            const bool is_flat = variance < kLeastVariance || (mean > kWhite && variance < kWhiteVariance);
+            flat.at(x, y) = is_flat ? 255 : 0;
         }
+    }
     return flat;
 }
 

@@ -10,6 +10,7 @@
 #include "media/decoder/packing.h"
 #include "support/photo_writers/apple_heic.h"
 #include "support/photo_writers/pictures.h"
+#include "support/photo_writers/stereo.h"
 #include "support/photo_writers/trailers.h"
 #include "support/processes.h"
 #include "system/error.h"
@@ -112,6 +113,24 @@ TEST_F(Decoder, GivesWhatDecodingHereGives) {
     EXPECT_EQ(header.height, 180);
     const SplitPicture split = decoder::decodeSideBySide(map, DepthHalf::kLeft, "s");
     EXPECT_EQ(split.depth.plane.samples, decodeSideBySide(map, DepthHalf::kLeft, "s").depth.plane.samples);
+}
+
+TEST_F(Decoder, GivesTheViewsOfPairs) {
+    const RgbImage left = somePhoto(128, 96), right = somePhoto(64, 48);
+    const std::string mpo = test::mpoFile(jpegFile(left), jpegFile(right));
+    const std::string heic = test::stereoHeicFile(somePhoto(128, 128), somePhoto(128, 128));
+    for (const std::string& file : {mpo, heic, test::jpsFile(jpegFile(left), 4)}) {
+        const Contents contents = decoder::lookInside(file, "p");
+        ASSERT_TRUE(contents.pair);
+        const StereoViews views = decoder::decodeViews(file, *contents.pair, "p");
+        const StereoViews here = decodeViews(file, *lookInside(file).pair, "p");
+        EXPECT_TRUE(views.left.samples == here.left.samples);
+        EXPECT_TRUE(views.right.samples == here.right.samples);
+        EXPECT_EQ(views.right.width, here.right.width);
+    }
+    StereoPair missing;
+    missing.left.heif_item = missing.right.heif_item = 77;
+    EXPECT_THAT(refusal([&] { decoder::decodeViews(heic, missing, "p"); }), HasSubstr("HEIF item 77"));
 }
 
 TEST_F(Decoder, GivesTheDepthInsidePhotosOfEveryCoding) {
