@@ -123,16 +123,14 @@ Result resultOf(const Job& job, const std::string& pictures) {
     options.depth = job.depth;
     app::Input input = app::readInput(options, app::findDepth(options));
     const Size size = pictureSize({input.photo.width, input.photo.height}, kLongest, false);
-    app::View view({}, {}, size, 1);
-    const app::PlannedInput planned = view.plan(std::move(input.photo), std::move(input.depth.plane),
+    app::View view({}, {}, size);
+    const app::PlannedInput planned = view.plan(std::move(input.photo), input.depth.plane,
                                                 app::pathAround({}, app::motions().front(), 1.0, 1));
     view.upload(planned);
     const std::string name = job.photo.substr(job.photo.rfind('/') + 1);
     const auto drawn = [&](double x, const char* end) {
         view.draw({x, 0.0});
-        media::RgbaImage picture;
-        view.readBack(&picture);
-        const media::RgbImage rgb = media::toRgb(picture);
+        const media::RgbImage rgb = media::toRgb(view.picture());
         if (!pictures.empty()) media::writePng(rgb, pictures + "/" + name + end);
         return grayOf(rgb);
     };
