@@ -139,6 +139,8 @@ void OffscreenContext::release() {
     eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
 }
 
+bool OffscreenContext::drawsInSoftware() const { return quorvane::drawsInSoftware(); }
+
 bool OffscreenContext::isCurrent() const {
     return m_context != EGL_NO_CONTEXT && eglGetCurrentContext() == m_context;
 }

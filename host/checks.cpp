@@ -2,7 +2,7 @@
 
 #include "host/rows.h"
 #include "host/text.h"
-#include "quorvane/host/ParallaxView.h"
+#include "quorvane/host/PhotoView.h"
 
 namespace quorvane {
 

@@ -37,38 +37,44 @@ Status withMemory(const char* what, const Work& work) {
     }
 }
 
-float halfWidthFor(int width, int height) {
-    return meshExtents(static_cast<float>(width), static_cast<float>(height), kMeshHalfHeight, kMeshBaseline)
-        .half_width;
-}
-
 }  // namespace
 
-SoftwareView::SoftwareView(int width, int height, int samples, const LibParam& parameters)
-    : m_width(width),
-      m_height(height),
-      m_samples(samples),
-      m_half_width(halfWidthFor(width, height)),
-      m_parameters(parameters) {}
+SoftwareView::SoftwareView(int samples, const LibParam& parameters)
+    : m_samples(samples), m_parameters(parameters) {}
 
 SoftwareView::~SoftwareView() = default;
 
 Status SoftwareView::create(int width, int height, const Options& options,
                             std::unique_ptr<SoftwareView>* view) {
     view->reset();
-    Status status = checkSides("output", width, height, 1, kLargestSide);
-    if (status) status = checkSamples(options.samples);
+    Status status = checkSamples(options.samples);
     if (!status) return status;
     const int threads = options.threads > 0
                             ? options.threads
                             : static_cast<int>(std::max(std::thread::hardware_concurrency(), 1u));
-    return withMemory("output", [&] {
-        std::unique_ptr<SoftwareView> made(
-            new SoftwareView(width, height, options.samples > 0 ? options.samples : kGoodSamples,
-                             startingParameters(options.orientation, nullptr)));
+    std::unique_ptr<SoftwareView> made;
+    status = withMemory("output", [&] {
+        made.reset(new SoftwareView(options.samples > 0 ? options.samples : kGoodSamples,
+                                    startingParameters(options.orientation, nullptr)));
         made->m_drawing = std::make_unique<software::MeshDrawing>(software::chosenDrawingPath(), threads);
-        made->m_picture.resize(size_t{4} * static_cast<size_t>(width) * static_cast<size_t>(height));
-        *view = std::move(made);
+    });
+    if (status) status = made->resize(width, height);
+    if (status) *view = std::move(made);
+    return status;
+}
+
+Status SoftwareView::resize(int width, int height) {
+    Status status = checkSides("output", width, height, 1, kLargestSide);
+    if (!status) return status;
+    return withMemory("output", [&] {
+        m_picture =
+            std::vector<uint8_t>(size_t{4} * static_cast<size_t>(width) * static_cast<size_t>(height));
+        m_has_picture = false;
+        m_width = width;
+        m_height = height;
+        m_half_width =
+            meshExtents(static_cast<float>(width), static_cast<float>(height), kMeshHalfHeight, kMeshBaseline)
+                .half_width;
     });
 }
 

@@ -23,9 +23,9 @@ class MeshDrawing;
 class SoftwareView final : public PhotoView {
   public:
     struct Options {
-        uint32_t orientation = 4;  ///< the tuned parameter set, as in ViewOptions
-        int samples = 0;  ///< a pixel at silhouettes: 1, 2, 4 or 8; 0 for as many as are good, which is 4
-        int threads = 0;  ///< that draw; 0 for as many as the machine has processors
+        uint32_t orientation = 4;    ///< the tuned parameter set, as in ViewOptions
+        int samples = kAutoSamples;  ///< a pixel at silhouettes: 1, 2, 4 or 8; kAutoSamples is 4
+        int threads = 0;             ///< that draw; 0 for as many as the machine has processors
     };
 
     /// Makes a view whose pictures are width x height pixels, each 1 to 16384.
@@ -37,6 +37,7 @@ class SoftwareView final : public PhotoView {
     Status setPhoto(const Pixels& rgb) override;
     Status setDepth(const Pixels& depth) override;
     Status lookAt(float x, float y) override;
+    Status resize(int width, int height) override;
     Status render() override;
     Status readPixels(const WritablePixels& rgba) const override;
 
@@ -49,10 +50,11 @@ class SoftwareView final : public PhotoView {
     Pixels shapedDepth() const override;
 
   private:
-    SoftwareView(int width, int height, int samples, const LibParam& parameters);
+    SoftwareView(int samples, const LibParam& parameters);
 
-    const int m_width, m_height, m_samples;
-    const float m_half_width;  ///< of the mesh, object units
+    const int m_samples;
+    int m_width = 0, m_height = 0;
+    float m_half_width = 0.0f;  ///< of the mesh, object units
     LibParam m_parameters;
     std::unique_ptr<software::MeshDrawing> m_drawing;
 

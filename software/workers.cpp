@@ -1,10 +1,32 @@
 #include "software/workers.h"
 
+#include <signal.h>
+
 #include <system_error>
 
 namespace quorvane::software {
+namespace {
+
+/// Threads that are made meanwhile leave every signal to the others, whose system calls it is to interrupt.
+class SignalsHeldOff {
+  public:
+    SignalsHeldOff() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &m_before);
+    }
+    ~SignalsHeldOff() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+    SignalsHeldOff(const SignalsHeldOff&) = delete;
+    SignalsHeldOff& operator=(const SignalsHeldOff&) = delete;
+
+  private:
+    sigset_t m_before;
+};
+
+}  // namespace
 
 Workers::Workers(int threads) {
+    const SignalsHeldOff signals;
     try {
         for (int i = 1; i < threads; ++i) m_threads.emplace_back([this, i] { serve(i); });
     } catch (const std::system_error&) {

@@ -571,9 +571,9 @@ TEST_F(Render, LargeJpegGivesThePictureThatItsPixelsGive) {
 // Composition
 
 /// What gives the picture of version 0.1.0's first builds, which the tuned parameters alone made.
-const std::vector<std::string> kAsTuned = {"--frame",  "0.81",   "--pivot",    "off",       "--edges",
-                                           "soft",     "--grid", "coarse",     "--samples", "1",
-                                           "--detail", "full",   "--no-doctor"};
+const std::vector<std::string> kAsTuned = {"--frame",  "0.81",   "--pivot",     "off",        "--edges",
+                                           "soft",     "--grid", "coarse",      "--samples",  "1",
+                                           "--detail", "full",   "--no-doctor", "--renderer", "gl"};
 
 /// That picture by the host alone.
 RgbImage tunedStill(const RgbImage& photo, const media::Plane& depth, float x, float y) {
@@ -596,6 +596,54 @@ RgbImage tunedStill(const RgbImage& photo, const media::Plane& depth, float x, f
     testing::internal::GetCapturedStdout();
     EXPECT_TRUE(status.ok()) << status.message();
     return media::toRgb(drawn);
+}
+
+/// An environment in which neither EGL nor OpenGL ES can be loaded.
+std::map<std::string, std::string> withoutDriver(const TemporaryFolder& folder) {
+    for (const char* library : {"libEGL.so.1", "libGLESv2.so.2"})
+        std::ofstream(folder / library) << "not a library\n";
+    return {{"LD_LIBRARY_PATH", folder.path()}};
+}
+
+TEST_F(Render, ProcessorDrawsWhereThereIsNoGraphicsDriver) {
+    const TemporaryFolder libraries;
+    render("software.png", {"--renderer", "software"});
+    const Outcome outcome =
+        quorvane({"render", scene("photo.png"), scene("depth.png"), "-o", folder / "auto.png"},
+                 withoutDriver(libraries));
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_EQ(media::readPhoto(folder / "auto.png").samples,
+              media::readPhoto(folder / "software.png").samples);
+
+    const Outcome refused = quorvane(
+        {"render", scene("photo.png"), scene("depth.png"), "-o", folder / "gl.png", "--renderer", "gl"},
+        withoutDriver(libraries));
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_THAT(refused.err, HasSubstr("no OpenGL ES 2 context could be made"));
+    EXPECT_THAT(folder.names(), ElementsAre("auto.png", "software.png"));
+}
+
+TEST_F(Render, RenderersDrawTheSamePicture) {
+    render("gl.png", {"--renderer", "gl"});
+    render("software.png", {"--renderer", "software"});
+    const RgbImage gl = media::readPhoto(folder / "gl.png"),
+                   software = media::readPhoto(folder / "software.png");
+    ASSERT_EQ(gl.width, software.width);
+    // Silhouettes are smooth in one of them, and leaves have many.
+    double sum = 0;
+    for (size_t i = 0; i < gl.samples.size(); ++i) sum += std::abs(gl.samples[i] - software.samples[i]);
+    EXPECT_LT(sum / static_cast<double>(gl.samples.size()), 2.0);
+}
+
+TEST_F(Render, TimingLinesComeFromTheDriver) {
+    const Outcome outcome =
+        quorvane({"render", scene("photo.png"), scene("depth.png"), "-o", folder / "a.png", "--renderer",
+                  "software", "--timings", folder / "timings.txt"});
+    EXPECT_EQ(outcome.code, 2);
+    EXPECT_THAT(outcome.err, HasSubstr("--timings has the lines of --renderer gl"));
+    EXPECT_THAT(folder.names(), IsEmpty());
+    render("a.png", {"--timings", folder / "timings.txt"});
+    EXPECT_THAT(folder.names(), ElementsAre("a.png", "timings.txt"));
 }
 
 TEST_F(Render, PictureOfTheTunedParametersAloneIsStillToBeHad) {

@@ -1,7 +1,10 @@
 #include "software/workers.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
 
+#include <chrono>
+#include <thread>
 #include <vector>
 
 namespace quorvane::software {
@@ -22,6 +25,22 @@ TEST(Workers, DoEachItemOnceWhateverTheirNumber) {
             EXPECT_EQ(wrong_worker, 0);
         }
     }
+}
+
+// A program that is asked to end waits in a write, which the signal is to interrupt.
+TEST(Workers, LeaveSignalsToTheThreadThatMadeThem) {
+    Workers workers(3);
+    const pthread_t caller = pthread_self();
+    std::atomic<int> open{0}, of_caller{0};
+    workers.run(300, [&](int, int) {
+        sigset_t blocked;
+        pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+        if (sigismember(&blocked, SIGTERM) != 0) return;
+        ++(pthread_equal(pthread_self(), caller) != 0 ? of_caller : open);
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
+    });
+    EXPECT_EQ(open, 0);
+    EXPECT_GT(of_caller, 0);
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "apps/quorvane/drawing/view.h"
 
-#include <GLES2/gl2.h>
 #include <android/log.h>
 
 #include <algorithm>
@@ -18,11 +17,16 @@ void require(const Status& status) {
     if (!status) throw Error(status.message());
 }
 
-media::GrayImage plane(const void* bytes, int width, int height) {
-    media::GrayImage image(width, height);
-    const uint8_t* samples = static_cast<const uint8_t*>(bytes);
-    std::copy_n(samples, image.samples.size(), image.samples.begin());
+media::GrayImage imageOf(const Pixels& plane) {
+    media::GrayImage image(plane.width, plane.height);
+    std::copy_n(plane.data, image.samples.size(), image.samples.begin());
     return image;
+}
+
+/// The renderer's timing lines come from OpenGL's.
+Renderer chosenRenderer(const ViewOptions& options) {
+    const bool timed = options.renderer == Renderer::kAuto && !options.timings.empty();
+    return timed ? Renderer::kGl : options.renderer;
 }
 
 }  // namespace
@@ -35,17 +39,15 @@ SourcePhoto::SourcePhoto(media::RgbImage some, Size whole_size, std::function<me
 View::View(const ViewOptions& options, const Talk& talk, Size picture)
     : m_options(options), m_talk(talk), m_picture(picture), m_supersample(options.supersample) {
     if (talk.verbosity > 1) __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
-    require(OffscreenContext::create(&m_context));
+    m_context = contextFor(chosenRenderer(options));
+    say(formatted("renderer %s\n", m_context != nullptr ? "gl" : "software"));
     makeView();
 }
 
 void View::makeView() {
-    const auto create = [this](int samples) {
-        return ParallaxView::create(
-            m_picture.width * m_supersample, m_picture.height * m_supersample,
-            quorvane::ViewOptions{static_cast<uint32_t>(m_options.orientation), samples}, &m_view);
-    };
-    const Status made = create(m_supersample > 1 ? 1 : m_options.samples);
+    const Status made =
+        createView(m_context.get(), {m_picture.width * m_supersample, m_picture.height * m_supersample},
+                   m_options.orientation, m_supersample > 1 ? 1 : m_options.samples, &m_view);
     if (!made && m_supersample > 1)
         throw Error(made.message() + " (--supersample " + std::to_string(m_supersample) +
                     " multiplies them)");
@@ -61,9 +63,7 @@ void View::say(const std::string& line) const {
 }
 
 PlannedInput View::plan(SourcePhoto photo, const media::Plane& depth, std::vector<Position> path) const {
-    GLint largest_texture = 0;
-    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest_texture);
-    Target target = {m_picture, m_supersample, std::move(path), largest_texture};
+    Target target = {m_picture, m_supersample, std::move(path), m_view->largestPhotoSide()};
     // The last one needs no copy, but which one that is shows only afterwards.
     const auto photo_for = [&photo](const FitPlan& fit) {
         const bool has_few = photo.pixels.width < photo.size.width;
@@ -134,14 +134,8 @@ media::RgbaImage View::picture() const {
     return averaged;
 }
 
-media::GrayImage View::guide() const {
-    const ESRenderer& renderer = m_view->renderer();
-    return plane(renderer.m_pSmallTextureData, renderer.m_vtxW, renderer.m_vtxH);
-}
+media::GrayImage View::guide() const { return imageOf(m_view->guide()); }
 
-media::GrayImage View::shapedDepth() const {
-    const ESRenderer& renderer = m_view->renderer();
-    return plane(renderer.m_pDepthData, renderer.m_vtxW, renderer.m_vtxH);
-}
+media::GrayImage View::shapedDepth() const { return imageOf(m_view->shapedDepth()); }
 
 }  // namespace quorvane::app

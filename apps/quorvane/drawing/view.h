@@ -9,7 +9,7 @@
 #include "media/picture/image.h"
 #include "media/picture/resample.h"
 #include "quorvane/host/OffscreenContext.h"
-#include "quorvane/host/ParallaxView.h"
+#include "quorvane/host/PhotoView.h"
 
 namespace quorvane::app {
 
@@ -32,7 +32,7 @@ struct SourcePhoto {
     std::function<media::RgbImage()> whole;  ///< called where `pixels` are too few
 };
 
-/// A view of a photo and its depth map, in an offscreen context of its own. Used in the order of its
+/// A view of a photo and its depth map, drawn by the renderer of its options. Used in the order of its
 /// functions, all of which throw Error.
 class View {
   public:
@@ -65,8 +65,8 @@ class View {
     void makeView();
     void say(const std::string& line) const;
 
-    std::unique_ptr<OffscreenContext> m_context;
-    std::unique_ptr<ParallaxView> m_view;
+    std::unique_ptr<OffscreenContext> m_context;  ///< none where the processor draws
+    std::unique_ptr<PhotoView> m_view;
     ViewOptions m_options;
     Talk m_talk;
     Size m_picture;

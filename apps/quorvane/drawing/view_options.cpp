@@ -109,6 +109,14 @@ void addViewOptions(CommandLine* line, ViewOptions* options) {
         "--detail", {"auto", "full"}, [options](size_t i) { options->whole_photo = i == 1; },
         "auto brings the photo to what the picture shows of it, so that fine textures stay quiet; full takes "
         "all of its pixels (default auto)"));
+    options->of_drawing.push_back(&line->word(
+        "--renderer", {"auto", "gl", "software"},
+        [options](size_t i) {
+            options->renderer = std::array{Renderer::kAuto, Renderer::kGl, Renderer::kSoftware}[i];
+        },
+        "gl draws with the graphics driver, software on the processor without one, auto with the driver "
+        "unless that draws "
+        "on the processor too (default auto)"));
     line->whole(
         "--orientation", &options->orientation, 0, 8,
         "set of parameters by the device's orientation code: 4 and 7 take the first set, all others the "
@@ -143,6 +151,8 @@ void refuseTwoWays(const ViewOptions& options) {
     if (options.supersample > 1 && options.samples > 1)
         throw UsageError(formatted("--supersample %d and --samples %d: one of the two is wanted",
                                    options.supersample, options.samples));
+    if (options.renderer == Renderer::kSoftware && !options.timings.empty())
+        throw UsageError("--timings has the lines of --renderer gl, and --renderer software was given");
     for (const auto& [option, parameters] : options.deciding)
         for (const auto& [name, value] : options.settings)
             if (std::find(parameters.begin(), parameters.end(), name) != parameters.end())

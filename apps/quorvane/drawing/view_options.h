@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "apps/quorvane/drawing/renderer.h"
 #include "apps/quorvane/terminal/command_line.h"
 #include "quorvane/host/ParallaxView.h"
 #include "quorvane/host/PicturePlan.h"
@@ -28,7 +29,8 @@ struct ViewOptions {
     int samples = kAutoSamples;  ///< a pixel: 1, 2, 4, 8 or kAutoSamples
     int supersample = 1;         ///< pictures are drawn this many times as large at least, then averaged
     bool whole_photo = false;    ///< takes all of its pixels, though the picture does not show them
-    std::string timings;         ///< a file for the renderer's timing lines; empty: nowhere
+    Renderer renderer = Renderer::kAuto;
+    std::string timings;  ///< a file for the renderer's timing lines; empty: nowhere
 
     std::vector<const Option*> of_drawing;  ///< those that say nothing of what is drawn elsewhere
 

@@ -34,6 +34,9 @@ class OffscreenContext {
 
     bool isCurrent() const;
 
+    /// Whether its driver draws on the processor. The context has to be current.
+    bool drawsInSoftware() const;
+
     /// Which of the ways gave the context: "Mesa surfaceless", "EGL device 0", "default display".
     const std::string& platform() const { return m_platform; }
 

@@ -35,10 +35,6 @@ struct ParameterInfo {
     const char* meaning;  ///< with its unit
 };
 
-/// Leaves the number of samples to the view: 4, or as many as the driver has; 1 where it draws in software,
-/// which takes longer for several than for a picture of twice the size.
-constexpr int kAutoSamples = 0;
-
 struct ViewOptions {
     /// Chooses the tuned parameter set as in `ESRenderer::getProperties`: 4 and 7 the first, every other code
     /// the second.
@@ -143,7 +139,7 @@ class ParallaxView final : public PhotoView {
     Status suggestPivot(double x, double y, double* rotate_z_trans) const;
 
     /// Changes the pictures' size, 1 x 1 to the driver's limit. The images stay.
-    Status resize(int width, int height);
+    Status resize(int width, int height) override;
 
     /// Changes how many samples a pixel are drawn: 1, 2, 4, 8 or `kAutoSamples`. As `resize` does, it makes a
     /// new texture. The images stay.

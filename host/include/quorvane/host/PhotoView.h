@@ -23,6 +23,10 @@ struct Geometry {
     float still_depth;
 };
 
+/// Leaves the number of samples a pixel to the view: 4, or as many as a graphics driver has; 1 where one
+/// draws in software, which takes longer for several than for a picture of twice the size.
+constexpr int kAutoSamples = 0;
+
 /// A photo that moves in depth, whatever draws it: first the parameters, the photo and its depth map, then
 /// for every picture `lookAt`, `render` and `readPixels`. A call that fails leaves the view as it was. Needs
 /// no header of a graphics interface.
@@ -46,6 +50,9 @@ class PhotoView {
     /// Looks from (x, y), each -1..1 and clamped to it: positive x from the right, positive y from above. (0,
     /// 0) is the rest position. The border dead zone holds the ends a little inside.
     virtual Status lookAt(float x, float y) = 0;
+
+    /// Changes the pictures' size, 1 x 1 to what can be drawn. The images stay.
+    virtual Status resize(int width, int height) = 0;
 
     /// Draws the picture and waits until it is finished. Needs a photo and a depth map.
     virtual Status render() = 0;

@@ -1,0 +1,52 @@
+#include "apps/quorvane/drawing/renderer.h"
+
+#include <cutils/properties.h>
+
+#include <cstdlib>
+
+#include "quorvane/host/ParallaxView.h"
+#include "software/SoftwareView.h"
+#include "system/error.h"
+
+namespace quorvane::app {
+namespace {
+
+/// The files that the debug switch asks for are written by the renderer that draws with OpenGL.
+bool debugs() {
+    char value[128] = {};
+    return property_get("quorvane.debug", value, "0") > 0 && std::atoi(value) != 0;
+}
+
+}  // namespace
+
+std::unique_ptr<OffscreenContext> contextFor(Renderer renderer) {
+    std::unique_ptr<OffscreenContext> context;
+    if (renderer == Renderer::kSoftware) return context;
+    const Status made = OffscreenContext::create(&context);
+    if (renderer == Renderer::kGl) {
+        if (!made) throw Error(made.message());
+        return context;
+    }
+    if (made && context->drawsInSoftware() && !debugs()) context.reset();
+    return context;
+}
+
+Status createView(const OffscreenContext* context, Size picture, int orientation, int samples,
+                  std::unique_ptr<PhotoView>* view) {
+    const auto code = static_cast<uint32_t>(orientation);
+    if (context == nullptr) {
+        // As where a driver draws on the processor: a larger picture shows more of the photo's detail than
+        // samples do.
+        if (samples == kAutoSamples) samples = 1;
+        std::unique_ptr<SoftwareView> made;
+        Status status = SoftwareView::create(picture.width, picture.height, {code, samples, 0}, &made);
+        *view = std::move(made);
+        return status;
+    }
+    std::unique_ptr<ParallaxView> made;
+    Status status = ParallaxView::create(picture.width, picture.height, ViewOptions{code, samples}, &made);
+    *view = std::move(made);
+    return status;
+}
+
+}  // namespace quorvane::app
