@@ -41,7 +41,9 @@ struct Job {
 struct Gray {
     int width, height;
     std::vector<int> samples;
-    int at(int x, int y) const { return samples[static_cast<size_t>(y * width + x)]; }
+    int at(int x, int y) const {
+        return samples[static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)];
+    }
 };
 
 Gray grayOf(const media::RgbImage& picture) {

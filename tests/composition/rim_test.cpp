@@ -31,7 +31,7 @@ std::vector<uint8_t> eased(uint8_t depth, ViewPosition reach) {
 }
 
 double shapedAt(const std::vector<uint8_t>& plane, int x, int y) {
-    return kCurve.levels[plane[static_cast<size_t>(y * kSize.width + x)]];
+    return kCurve.levels[plane[static_cast<size_t>(y) * kSize.width + static_cast<size_t>(x)]];
 }
 
 /// How far a point of that depth moves sideways at full swing, where half the picture's width is 1.

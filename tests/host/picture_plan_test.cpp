@@ -126,7 +126,8 @@ TEST_F(PicturePlanTest, CleanEdgesAreThoseOfCleanDepth) {
     for (int y = 0; y < expected.height; ++y)
         for (int x = 0; x < expected.width; ++x) {
             const bool in_rim = std::min({x, y, expected.width - 1 - x, expected.height - 1 - y}) < 16;
-            const auto i = static_cast<size_t>(y * expected.width + x);
+            const auto i =
+                static_cast<size_t>(y) * static_cast<size_t>(expected.width) + static_cast<size_t>(x);
             if (in_rim) continue;
             ASSERT_EQ(plan.depth[i], expected.samples[i]) << x << ", " << y;
         }
