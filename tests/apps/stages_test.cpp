@@ -98,8 +98,10 @@ TEST_F(StagesTest, FolderSaysWhatTheRendererWasGiven) {
 }
 
 TEST_F(StagesTest, RenderMakesTheSamePicturesOfTheFiles) {
-    ASSERT_EQ(stages(folder / "st/").code, 0);
-    const Json planned = plan();
+    // Smaller than the photo, of which less is uploaded then.
+    ASSERT_EQ(stages(folder / "st/", {"--size", "90"}).code, 0);
+    EXPECT_LT(stage("photo.png").width, 320);
+    const Json planned = plan({"--size", "90"});
     const auto number = [&planned](const char* name) { return Json(planned[name]).dump(); };
     for (const auto& [name, at] :
          {std::pair{"left.png", "-1,0"}, {"rest.png", "0,0"}, {"right.png", "1,0"}}) {
@@ -111,6 +113,8 @@ TEST_F(StagesTest, RenderMakesTheSamePicturesOfTheFiles) {
                                           folder / "again.png",
                                           "--at",
                                           at,
+                                          "--size",
+                                          "90x68",
                                           "--no-doctor",
                                           "--edges",
                                           "soft",
@@ -125,7 +129,7 @@ TEST_F(StagesTest, RenderMakesTheSamePicturesOfTheFiles) {
                                           "--set",
                                           "rotate_z_trans=" + number("pivot")});
         ASSERT_EQ(outcome.code, 0) << outcome.err;
-        EXPECT_EQ(bytesOf(folder / "again.png"), bytesOf(folder / (std::string("st/") + name))) << name;
+        EXPECT_TRUE(bytesOf(folder / "again.png") == bytesOf(folder / (std::string("st/") + name))) << name;
     }
 }
 
@@ -137,7 +141,7 @@ TEST_F(StagesTest, PicturesAreTheStillsOfRender) {
         arguments = {"render", photo, depth, "-o", folder / "still.png", "--at=-1,0"};
         arguments.insert(arguments.end(), more.begin(), more.end());
         ASSERT_EQ(quorvane(arguments).code, 0);
-        EXPECT_EQ(bytesOf(folder / "still.png"), bytesOf(folder / "st/left.png"));
+        EXPECT_TRUE(bytesOf(folder / "still.png") == bytesOf(folder / "st/left.png"));
     }
 }
 
@@ -150,7 +154,7 @@ TEST_F(StagesTest, PicturesAreOfTheMotionAndTheSizeAskedFor) {
                             "nod", "--amount", "0.5", at})
                       .code,
                   0);
-        EXPECT_EQ(bytesOf(folder / "still.png"), bytesOf(folder / (std::string("st/") + name))) << name;
+        EXPECT_TRUE(bytesOf(folder / "still.png") == bytesOf(folder / (std::string("st/") + name))) << name;
     }
     const Json small = plan({"--size", "160", "--motion", "nod", "--amount", "0.5"});
     EXPECT_LT(small["stretch"].get<double>(), plan()["stretch"].get<double>());

@@ -137,11 +137,11 @@ void inspect(const InspectOptions& options) {
     std::optional<Input> input = look(options, source, &report);
 
     if (!options.sheet.empty()) {
-        media::Plane& depth = input->depth.plane;
+        const media::Plane& depth = input->depth.plane;
         const media::GrayImage given = media::toBytes(depth, {depth.width, depth.height});
         const Stages stages = [&] {
             const StandardOutputTo nowhere("");
-            return drawStages(options.view, options.picture, {}, std::move(input->photo), std::move(depth));
+            return drawStages(options.view, options.picture, {}, std::move(input->photo), depth);
         }();
         const media::RgbImage sheet = stagesSheet(stages, given);
         throwIfCancelled();

@@ -48,7 +48,7 @@ Ends endsOf(const std::vector<Position>& path) {
 }  // namespace
 
 Stages drawStages(const ViewOptions& options, const PictureOptions& asked, const Talk& talk,
-                  media::RgbImage photo, media::Plane depth) {
+                  media::RgbImage photo, const media::Plane& depth) {
     const Size size = sizeOf(asked, {photo.width, photo.height}, kLongestSide, false);
     const std::vector<Position> path = pathAround({}, *asked.motion, asked.amount, 1);
     View view(options, talk, size);

@@ -28,7 +28,7 @@ struct Stages {
 
 /// `depth` is on the scale 0..255, larger = nearer. Throws Error, and Cancelled after a signal.
 Stages drawStages(const ViewOptions& options, const PictureOptions& asked, const Talk& talk,
-                  media::RgbImage photo, media::Plane depth);
+                  media::RgbImage photo, const media::Plane& depth);
 
 /// The names of the files that `addStages` makes, one for each stage.
 const std::vector<std::string>& stageFiles();
