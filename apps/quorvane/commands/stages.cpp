@@ -66,8 +66,8 @@ void stages(const StagesOptions& options) {
     if (into_folder) openFolder(options, &folder);
     const media::GrayImage given =
         media::toBytes(input.depth.plane, {input.depth.plane.width, input.depth.plane.height});
-    const Stages drawn = drawStages(options.view, options.picture, options.talk, std::move(input.photo),
-                                    std::move(input.depth.plane));
+    const Stages drawn =
+        drawStages(options.view, options.picture, options.talk, std::move(input.photo), input.depth.plane);
     timing_lines.require();
     throwIfCancelled();
     if (into_folder) {
