@@ -51,8 +51,8 @@ struct PictureRequest {
     /// A byte a pixel, larger is nearer; covers the photo. Any size for clean edges, else 4 times the grid.
     Pixels depth;
 
-    /// Whether the depth is prepared as `cleanDepth` does. The rim of the photo is then also brought closer to
-    /// what stays in place, where more of the photo can be seen that way without a border.
+    /// Whether the depth is prepared as `cleanDepth` does. The rim of the photo is then also brought closer
+    /// to what stays in place, where more of the photo can be seen that way without a border.
     bool clean_edges = true;
 
     int width = 0;  ///< of the picture as the view draws it, pixels
