@@ -1,6 +1,6 @@
 #include "software/workers.h"
 
-#include <signal.h>
+#include <csignal>
 
 #include <system_error>
 

@@ -1,7 +1,7 @@
 #include "software/workers.h"
 
 #include <gtest/gtest.h>
-#include <signal.h>
+#include <csignal>
 
 #include <chrono>
 #include <thread>
