@@ -90,9 +90,11 @@ Picture averaged(const std::vector<uint8_t>& rgba, Size size, int ratio) {
         for (int x = 0; x < result.width; ++x)
             for (int c = 0; c < 3; ++c) {
                 int sum = 0;
-                for (int j = y * ratio; j < (y + 1) * ratio; ++j)
-                    for (int i = x * ratio; i < (x + 1) * ratio; ++i)
-                        sum += rgba[static_cast<size_t>(4 * (j * size.width + i) + c)];
+                for (int j = y * ratio; j < (y + 1) * ratio; ++j) {
+                    const uint8_t* row =
+                        &rgba[size_t{4} * static_cast<size_t>(j) * static_cast<size_t>(size.width)];
+                    for (int i = x * ratio; i < (x + 1) * ratio; ++i) sum += row[4 * i + c];
+                }
                 result.at(x, y, c) = static_cast<uint8_t>((sum + count / 2) / count);
             }
     return result;
