@@ -137,8 +137,8 @@ void run(const std::string& folder) {
     std::printf("| mean | | %.1f %% | | |\n", 100 * sum);
     // A photo as large as phones make them; what it shows is the first pair.
     constexpr Size kLarge = {4000, 3000};
-    large.left = media::resample(std::move(large.left), kLarge);
-    large.right = media::resample(std::move(large.right), kLarge);
+    large.left = media::resample(large.left, kLarge);
+    large.right = media::resample(large.right, kLarge);
     Cost cost = {};
     timed(large, "large", &cost);
     std::printf("| large | %d x %d | | %.1f | %.1f |\n\npeak memory %.0f MB\n", kLarge.width, kLarge.height,

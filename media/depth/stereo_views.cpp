@@ -36,9 +36,9 @@ StereoViews parted(const RgbImage& whole, const PairLayout& layout, const std::s
         throw Error(name + ": " + sides(whole) + " pixels cannot be parted into two views");
     const auto stretched = [&](int left, int top) {
         Size size = {width, height};
-        RgbImage half = cut(whole, left, top, size);
+        const RgbImage half = cut(whole, left, top, size);
         if (layout.squeezed) (layout.one_above_other ? size.height : size.width) *= 2;
-        return resample(std::move(half), size);
+        return resample(half, size);
     };
     RgbImage first = stretched(0, 0);
     RgbImage second = stretched(whole.width - width, whole.height - height);
@@ -59,7 +59,7 @@ StereoViews decodeViews(std::string_view file, const StereoPair& pair, const std
     if (std::abs(std::log(stretch)) > std::log(kMostStretch))
         throw Error(name + ": its views are " + sides(views.left) + " and " + sides(views.right) +
                     " pixels; a stereo pair's are of one shape");
-    views.right = resample(std::move(views.right), {views.left.width, views.left.height});
+    views.right = resample(views.right, {views.left.width, views.left.height});
     return views;
 }
 

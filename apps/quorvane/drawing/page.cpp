@@ -61,7 +61,7 @@ PagePicture pagePicture(const ViewOptions& options, const Talk& talk, Size size,
                      plan.swing);
 
     PagePicture picture;
-    picture.photo = media::resample(std::move(photo), size);
+    picture.photo = media::resample(photo, size);
     picture.depth = media::GrayImage(fit.fit.grid.width, fit.fit.grid.height);
     picture.depth.samples = plan.shaped;
     picture.amount = amount * plan.swing;
