@@ -35,6 +35,14 @@ Status checkDepthMap(const Pixels& depth, Size photo, int largest_grid) {
     return status;
 }
 
+Status checkWorkingMemory(Size photo, Size depth) {
+    const Size grid = {depth.width / kDepthPixelsPerCell, depth.height / kDepthPixelsPerCell};
+    if (blockFits(photo, grid)) return Status::success();
+    return Status::failure(
+        text("a %d x %d photo with a %d x %d depth map needs %.1f GB of working memory; 2 GB is the limit",
+             photo.width, photo.height, depth.width, depth.height, blockBytes(photo, grid) / 1e9));
+}
+
 Status checkSamples(int samples) {
     if (samples == kAutoSamples || samples == 1 || samples == 2 || samples == 4 || samples == 8)
         return Status::success();

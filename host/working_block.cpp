@@ -3,6 +3,7 @@
 #include <cstring>
 #include <utility>
 
+#include "host/checks.h"
 #include "host/large_pages.h"
 #include "host/text.h"
 
@@ -10,10 +11,8 @@ namespace quorvane {
 
 Status WorkingBlock::plan(ESRenderer* renderer, Size photo, Size depth, bool keep_photo) {
     const Size grid = {depth.width / kDepthPixelsPerCell, depth.height / kDepthPixelsPerCell};
-    if (!blockFits(photo, grid))
-        return Status::failure(text(
-            "a %d x %d photo with a %d x %d depth map needs %.1f GB of working memory; 2 GB is the limit",
-            photo.width, photo.height, depth.width, depth.height, blockBytes(photo, grid) / 1e9));
+    Status status = checkWorkingMemory(photo, depth);
+    if (!status) return status;
     if (keep_photo && grid == Size{renderer->m_vtxW, renderer->m_vtxH}) return Status::success();
 
     const size_t bytes = static_cast<size_t>(blockBytes(photo, grid));

@@ -104,6 +104,7 @@ Status SoftwareView::setDepth(const Pixels& depth) {
     if (m_photo.empty()) return Status::failure("depth map: set the photo first");
     const Size photo = {m_photo_width, m_photo_height};
     Status status = checkDepthMap(depth, photo, kLargestSide);
+    if (status) status = checkWorkingMemory(photo, {depth.width, depth.height});
     TightRows rows;
     if (status) status = TightRows::of("depth map", depth, 1, 1, &rows);
     if (!status) return status;

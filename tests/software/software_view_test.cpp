@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -170,6 +171,27 @@ TEST_F(BothViews, RefuseTheSameInTheSameWords) {
                   SoftwareView::create(8, 8, {4, samples, 1}, &software).message());
     EXPECT_EQ(SoftwareView::create(0, 8, {4, 1, 1}, &software).message(),
               "output: 0 x 8 pixels; each side must be 1 to 16384");
+}
+
+// By hand: 19.7 million cells, 112 bytes each with the pixel of the photo, are 2.2 GB.
+TEST(SoftwareView, RefusesMoreWorkingMemoryThanTheRendererCounts) {
+    constexpr int kWidth = 16384, kHeight = 1200;
+    constexpr size_t kPhoto = size_t{3} * kWidth * kHeight, kDepth = size_t{16} * kWidth * kHeight;
+    // Zeroes that take no memory: the depth map is refused unread.
+    const auto zeroes = [](size_t bytes) {
+        return std::unique_ptr<uint8_t, void (*)(void*)>(static_cast<uint8_t*>(std::calloc(bytes, 1)),
+                                                         std::free);
+    };
+    const auto photo = zeroes(kPhoto), depth = zeroes(kDepth);
+    ASSERT_TRUE(photo && depth);
+    std::unique_ptr<SoftwareView> view;
+    ASSERT_TRUE(SoftwareView::create(24, 16, {4, 1, 1}, &view).ok());
+    ASSERT_TRUE(view->setPhoto({photo.get(), kPhoto, kWidth, kHeight}).ok());
+    EXPECT_EQ(
+        view->setDepth({depth.get(), kDepth, 4 * kWidth, 4 * kHeight}).message(),
+        "a 16384 x 1200 photo with a 65536 x 4800 depth map needs 2.2 GB of working memory; 2 GB is the "
+        "limit");
+    EXPECT_EQ(view->geometry().grid_width, 0);
 }
 
 TEST(SoftwareView, PaddingOfTheRowsThatItFillsStaysAsItWas) {
