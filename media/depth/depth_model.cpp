@@ -81,7 +81,7 @@ std::string fileAt(const std::string& path) {
     if (!fs::exists(path, failed)) throw Error(path + ": no such file");
     if (!fs::is_regular_file(path, failed)) throw Error(path + ": not a file");
     if (fs::file_size(path, failed) > kLargestFile)
-        throw Error(path + ": larger than 2 GB, which no .onnx file is; large weights lie beside it");
+        throw Error(path + ": larger than 2 GB, which no .onnx file is; large weights lie next to it");
     return path;
 }
 
@@ -94,7 +94,7 @@ std::string textOf(const fs::path& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// What lies beside the .onnx file, or above its folder where that is called onnx.
+/// What lies next to the .onnx file, or above its folder where that is called onnx.
 PreprocessorConfig configBeside(const std::string& file) {
     fs::path folder = fs::absolute(file).parent_path();
     std::error_code failed;
@@ -332,8 +332,10 @@ Plane levelsOf(Plane plane, bool larger_is_farther, const std::string& name) {
     const auto high = sorted.end() - 1 - static_cast<std::ptrdiff_t>(stray);
     std::nth_element(sorted.begin(), high, sorted.end());
     const float most = *high;
+    // Halved, so that no difference is too large for a float.
+    const float range = most / 2 - least / 2;
     for (float& value : plane.samples)
-        value = most > least ? std::clamp((value - least) / (most - least), 0.0f, 1.0f) * 255.0f : 0.0f;
+        value = range > 0.0f ? std::clamp((value / 2 - least / 2) / range, 0.0f, 1.0f) * 255.0f : 0.0f;
     if (sorted.size() < plane.samples.size()) fillFromNeighbours(std::move(known), &plane);
     return plane;
 }

@@ -175,11 +175,15 @@ Weight readWeight(Reader* file, Range range) {
         if (field.number == 8) weight.name = file->text(field);
         if (field.number == 13 && field.is_range) {
             std::string key, value;
+            bool value_is_long = false;
             file->each(field.range, [&](const Field& part) {
                 if (part.number == 1) key = file->text(part);
                 if (part.number == 2) value = file->text(part);
+                value_is_long = value_is_long || part.range.size() > kLongestText;
                 return true;
             });
+            // Nothing that is to be read goes unseen.
+            if (value_is_long) throw NoOnnx();
             if (key == "location") weight.file = value;
         }
         return true;
@@ -237,15 +241,15 @@ void readGraph(Reader* file, Range graph, OnnxFile* found) {
                 pixels.emplace(output, calculated || calculates(node.operation));
         return true;
     });
+    std::set<std::string> files;
     file->each(graph, [&](const Field& field) {
         if (field.number != 5 || !field.is_range) return true;
         const Weight weight = readWeight(file, field.range);
         if (!kernel.empty() && weight.name == kernel && weight.sides.size() == 4)
             setKernel(weight.sides, found);
-        std::vector<std::string>& files = found->data_files;
-        if (!weight.file.empty() && files.size() < kMostTexts &&
-            std::find(files.begin(), files.end(), weight.file) == files.end())
-            files.push_back(weight.file);
+        if (weight.file.empty() || !files.insert(weight.file).second) return true;
+        if (files.size() > kMostNames) throw NoOnnx();
+        found->data_files.push_back(weight.file);
         return true;
     });
 }
@@ -276,7 +280,11 @@ OnnxFile lookIntoOnnx(const RandomBytes& file, const std::string& name) {
         std::optional<Range> graph;
         reader.each({0, file.size}, [&](const Field& field) {
             if (field.number == 1 && !field.is_range) has_version = true;
-            if (field.number == 7 && field.is_range) graph = field.range;
+            if (field.number == 7 && field.is_range) {
+                // A runtime would read both as one.
+                if (graph) throw NoOnnx();
+                graph = field.range;
+            }
             if (field.number == 14 && field.is_range && found.metadata.size() < kMostTexts) {
                 auto& [key, value] = found.metadata.emplace_back();
                 reader.each(field.range, [&, &key = key, &value = value](const Field& part) {

@@ -21,7 +21,8 @@ struct OnnxFile {
     bool calculates_first = false;
     /// Names and values that the file gives about itself.
     std::vector<std::pair<std::string, std::string>> metadata;
-    /// The files beside it that hold weights, by the paths that it gives, each once.
+    /// The files next to it that hold its graph's weights, by the paths that it gives, each once; 4096 at
+    /// most.
     std::vector<std::string> data_files;
 };
 
@@ -33,8 +34,9 @@ struct RandomBytes {
 };
 
 /// Looks through an .onnx file (protocol buffers, as onnx.proto3 lays them out), skipping weights unread.
-/// Throws Error, about `name`, for what is no such file. Whatever the bytes are, it takes a second and
-/// 10 MB at most.
+/// Throws Error, about `name`, for what is no such file, and for one that a runtime could read otherwise:
+/// with two graphs, a path of more than 512 bytes or more than 4096 files of weights. Whatever the bytes are,
+/// it takes a second and 10 MB at most.
 OnnxFile lookIntoOnnx(const RandomBytes& file, const std::string& name);
 OnnxFile lookIntoOnnx(std::string_view bytes, const std::string& name);
 

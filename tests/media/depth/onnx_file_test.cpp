@@ -22,7 +22,7 @@ OnnxFile networkOf(const std::string& name) {
     return lookIntoOnnx(test::bytesOf(std::string(NETWORKS) + "/" + name + ".onnx"), name);
 }
 
-// Protocol buffers by hand, as their specification has them.
+// Protocol buffers by hand.
 
 std::string varint(uint64_t value) {
     std::string bytes;
@@ -44,6 +44,9 @@ std::string node(const std::string& operation, const std::vector<std::string>& i
     for (const std::string& input : inputs) bytes += range(1, input);
     return range(
         1, bytes + range(2, output) + range(4, operation) + (attribute.empty() ? "" : range(5, attribute)));
+}
+std::string weightsIn(const std::string& path) {
+    return range(5, range(8, "w") + range(13, range(1, "location") + range(2, path)));
 }
 const std::string kInput = range(11, range(1, "x"));
 
@@ -73,6 +76,28 @@ TEST(OnnxFile, ReadsPackedNumbersAsItReadsOthers) {
         EXPECT_EQ(file.kernel_height, 16);
         EXPECT_EQ(file.kernel_width, 300);
     }
+}
+
+// A network of large weights may have a file for each of them.
+TEST(OnnxFile, NamesEveryFileOfWeights) {
+    std::string graph = kInput + weightsIn("last") + weightsIn("last");
+    for (int i = 0; i < 1000; ++i) graph += weightsIn("w" + std::to_string(i));
+    const OnnxFile file = lookIntoOnnx(model(graph), "a");
+    EXPECT_EQ(file.data_files.size(), 1001u);
+    EXPECT_EQ(file.data_files.back(), "w999");
+}
+
+TEST(OnnxFile, RefusesWhatCouldHideAFileOfWeights) {
+    const auto refused = [](const std::string& bytes) {
+        EXPECT_THROW(lookIntoOnnx(bytes, "a"), Error) << bytes.substr(0, 60);
+    };
+    std::string far;
+    for (int i = 0; i < 300; ++i) far += "./";
+    refused(model(kInput + weightsIn(far + "../secret")));
+    refused(model(kInput + weightsIn("../secret"), range(7, kInput)));
+    std::string many = kInput;
+    for (int i = 0; i < 5000; ++i) many += weightsIn(std::to_string(i));
+    refused(model(many));
 }
 
 // Sizes are calculated from the input too, and weights from each other.
