@@ -55,8 +55,7 @@ void checkFit(Size photo, Size depth, int largest, const GridBudget& budget) {
     const double photo_bytes = 3.0 * coarser.width * coarser.height * 4 * fit.ratio * fit.ratio;
     const bool cells_can_grow = 2 * fit.ratio <= std::min(kLargestRatio, largest) &&
                                 photo_bytes + 200.0 * coarser.width * coarser.height <= kLargestInt;
-    promised(budget.triangles <= 0 || !cells_can_grow ||
-                 (triangleCount(fit.grid) <= budget.triangles && vertexCount(fit.grid) <= budget.vertices),
+    promised(budget.triangles <= 0 || !cells_can_grow || triangleCount(fit.grid) <= budget.triangles,
              "a budget is kept while cells can grow");
     promised(fit.photo.width < int64_t{photo.width} + fit.ratio &&
                  fit.photo.height < int64_t{photo.height} + fit.ratio,

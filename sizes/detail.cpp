@@ -40,10 +40,10 @@ Size cells(Size photo, int ratio) {
 
 /// The largest grid of about the same aspect that the budget has.
 Size within(const GridBudget& budget, Size grid) {
-    const double most = std::min<double>(budget.triangles / 2.0, budget.vertices / 2.0 - grid.height);
+    const double most = budget.triangles / 2.0;
     const double all = static_cast<double>(grid.width) * grid.height;
     if (all <= most) return grid;
-    const double scale = std::sqrt(std::max(0.0, most) / all);
+    const double scale = std::sqrt(most / all);
     return {std::max(1, static_cast<int>(grid.width * scale)),
             std::max(1, static_cast<int>(grid.height * scale))};
 }

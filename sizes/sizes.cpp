@@ -43,8 +43,6 @@ bool blockFits(Size photo, Size grid) {
 
 int64_t triangleCount(Size grid) { return int64_t{2} * grid.width * grid.height; }
 
-int64_t vertexCount(Size grid) { return int64_t{2} * (int64_t{grid.width} + 1) * grid.height; }
-
 Fit fitSizes(Size photo, Size depth, int largest_photo_side, const GridBudget& budget) {
     Size source = scaledInto(photo, largest_photo_side);
     const auto grid_for = [&](int ratio) {
@@ -77,8 +75,7 @@ Fit fitSizes(Size photo, Size depth, int largest_photo_side, const GridBudget& b
 
     if (budget.triangles > 0) {
         const auto within_budget = [&](int some_ratio) {
-            const Size grid = grid_for(some_ratio);
-            return triangleCount(grid) <= budget.triangles && vertexCount(grid) <= budget.vertices;
+            return triangleCount(grid_for(some_ratio)) <= budget.triangles;
         };
         for (int coarser = 1; coarser <= largest_ratio; coarser *= 2) {
             if (!fits(coarser)) continue;

@@ -2,7 +2,6 @@
 #define QUORVANE_SIZES_SIZES_H
 
 #include <cstdint>
-#include <limits>
 
 namespace quorvane {
 
@@ -41,21 +40,16 @@ struct Fit {
 /// How fine a grid may be. The finer, the closer silhouettes follow the photo, and the more there is to draw.
 struct GridBudget {
     int triangles = 0;  ///< 0: the coarsest grid that keeps every sample of the depth map
-    int vertices = std::numeric_limits<int>::max();
 };
 
 constexpr GridBudget kCoarseGrid = {};
 constexpr GridBudget kFineGrid = {1600000};
 /// For pictures that are made, not watched while they move.
 constexpr GridBudget kAutoGrid = {400000};
-/// For windows and phones, which draw every picture in time.
+/// For windows, phones and pages, which draw every picture in time.
 constexpr GridBudget kAutoGridLive = {100000};
-/// For pages, whose WebGL may count vertices in 16 bits.
-constexpr GridBudget kAutoGridPage = {100000, 65536};
 
 int64_t triangleCount(Size grid);
-/// The renderer has two vertices for each column's edge in each row of cells.
-int64_t vertexCount(Size grid);
 
 /// For a photo of its size or, where it is larger than `largest_photo_side`, scaled down to that. The photo
 /// grows by less than one cell. Without a budget the coarsest grid that keeps every sample of the depth map,

@@ -123,7 +123,7 @@ TEST(FitSizes, KeepsItsPromisesForAllSizes) {
             }
 }
 
-// Cells by hand: 2 triangles each, and 2 * (columns + 1) * rows vertices.
+// Cells by hand: 2 triangles each.
 TEST(FitSizes, TakesACellAPhotoPixelWithinTheBudget) {
     EXPECT_EQ(fitSizes({463, 370}, {463, 370}, kLargest, kFineGrid).ratio, 1);
     EXPECT_EQ(fitSizes({463, 370}, {463, 370}, kLargest, kAutoGrid).ratio, 1);  // 342620 triangles
@@ -137,8 +137,7 @@ TEST(FitSizes, TakesTheFinestGridWithinTheBudget) {
     };
     EXPECT_EQ(grid(kFineGrid), (Size{1008, 756}));     // 1524096 triangles
     EXPECT_EQ(grid(kAutoGrid), (Size{504, 378}));      // 381024
-    EXPECT_EQ(grid(kAutoGridLive), (Size{252, 189}));  // 95256 triangles, 95634 vertices
-    EXPECT_EQ(grid(kAutoGridPage), (Size{126, 95}));
+    EXPECT_EQ(grid(kAutoGridLive), (Size{252, 189}));  // 95256
 }
 
 TEST(FitSizes, KeepsToTheBudgetWhereTheDepthHasMoreDetail) {
@@ -147,13 +146,13 @@ TEST(FitSizes, KeepsToTheBudgetWhereTheDepthHasMoreDetail) {
 }
 
 TEST(FitSizes, PassesTheBudgetRatherThanScaleThePhotoDown) {
-    const Fit fit = fitSizes({16384, 16384}, {64, 64}, kLargest, kAutoGridPage);
+    const Fit fit = fitSizes({16384, 16384}, {64, 64}, kLargest, kAutoGridLive);
     EXPECT_EQ(fit.ratio, 32);
     EXPECT_EQ(fit.photo, (Size{16384, 16384}));
 }
 
 TEST(FitSizes, KeepsItsPromisesForAllBudgets) {
-    for (const GridBudget& budget : {kFineGrid, kAutoGrid, kAutoGridLive, kAutoGridPage, GridBudget{1, 1}})
+    for (const GridBudget& budget : {kFineGrid, kAutoGrid, kAutoGridLive, GridBudget{1}})
         for (int width = 1; width < 30000; width += 1 + width / 3)
             for (int height = 1; height < 30000; height += 1 + height / 2)
                 for (const Size depth : {Size{1, 1}, Size{257, 193}, Size{3001, 1999}}) {
@@ -168,15 +167,12 @@ TEST(FitSizes, KeepsItsPromisesForAllBudgets) {
                     ASSERT_GT(fit.photo.width, coarse.photo.width - coarse.ratio);
                     ASSERT_GT(fit.photo.height, coarse.photo.height - coarse.ratio);
                     const int64_t cells = int64_t{fit.grid.width} * fit.grid.height;
-                    const int64_t vertices = int64_t{2} * (fit.grid.width + 1) * fit.grid.height;
-                    ASSERT_TRUE(fit.ratio == 32 ||
-                                (2 * cells <= budget.triangles && vertices <= budget.vertices));
+                    ASSERT_TRUE(fit.ratio == 32 || 2 * cells <= budget.triangles);
                     if (fit.ratio == 1) continue;
                     // Half the cell would pass it, or the working memory's limit.
                     const Size finer_grid = {2 * fit.grid.width, 2 * fit.grid.height};
                     ASSERT_TRUE(!blockFits(fit.photo, finer_grid) ||
-                                int64_t{2} * finer_grid.width * finer_grid.height > budget.triangles ||
-                                int64_t{2} * (finer_grid.width + 1) * finer_grid.height > budget.vertices);
+                                int64_t{2} * finer_grid.width * finer_grid.height > budget.triangles);
                 }
 }
 
