@@ -139,7 +139,7 @@ TEST_F(DepthSource, NeighbourIsUsedAndNamed) {
     const std::string file = write("a.jpg", jpegFile(photo));
     const std::string depth = write("a_depth.png", pngFile(plane));
     const std::string given = still({file, depth, "--no-doctor"});
-    EXPECT_EQ(render({file, "--no-doctor"}, "b.png"), "depth: " + depth + ", found beside the photo\n");
+    EXPECT_EQ(render({file, "--no-doctor"}, "b.png"), "depth: " + depth + ", found next to the photo\n");
     EXPECT_EQ(bytesOf(folder / "b.png"), given);
     EXPECT_EQ(render({file, "--no-doctor", "--quiet"}, "c.png"), "");
     EXPECT_EQ(bytesOf(folder / "c.png"), given);
@@ -186,7 +186,7 @@ TEST_F(DepthSource, PhotoInTheWorkingFolderFindsItsNeighbour) {
         if (chdir(folder.path().c_str()) != 0) _exit(99);
     });
     EXPECT_EQ(outcome.code, 0);
-    EXPECT_EQ(outcome.err, "depth: a_depth.png, found beside the photo\n");
+    EXPECT_EQ(outcome.err, "depth: a_depth.png, found next to the photo\n");
 }
 
 TEST_F(DepthSource, NeighbourIsNeverOverwritten) {
@@ -205,12 +205,13 @@ TEST_F(DepthSource, NeighbourIsNeverOverwritten) {
 TEST_F(DepthSource, NoDepthSaysWhatWasLookedForAndWhatToDo) {
     const std::string file = write("a.jpg", jpegFile(photo));
     for (const char* command : {"render", "stages"})
-        expectRefused({command, file, "-o", folder / "b.png"}, 1,
-                      AllOf(HasSubstr("a.jpg: no depth found"), HasSubstr("GDepth, "),
-                            HasSubstr("Apple HEIC"), HasSubstr("Huawei"), HasSubstr("a_depth.*"),
-                            HasSubstr("depth/a.*"), HasSubstr("\n  messengers and editors"),
-                            HasSubstr("DEPTH"), HasSubstr("--depth-model"), HasSubstr("--depth-cmd")),
-                      3);
+        expectRefused(
+            {command, file, "-o", folder / "b.png"}, 1,
+            AllOf(HasSubstr("a.jpg: no depth found"), HasSubstr("GDepth, "), HasSubstr("Apple HEIC"),
+                  HasSubstr("Huawei"), HasSubstr("a_depth.*"), HasSubstr("depth/a.*"),
+                  HasSubstr("\n  messengers and editors"), HasSubstr("DEPTH"), HasSubstr("--right"),
+                  HasSubstr("--pair"), HasSubstr("--depth-model"), HasSubstr("--depth-cmd")),
+            3);
 }
 
 TEST_F(DepthSource, DamagedContainerIsNamedWhenThereIsNoDepth) {

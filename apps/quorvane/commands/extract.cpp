@@ -103,7 +103,9 @@ void extract(const ExtractOptions& options) {
         bytes = media::grayPng(readInput(input, Talk(), source).depth.plane, 16);
     } else if (!contents.depth) {
         throw Error(options.file + ": " + noDepthInside(contents) +
-                    "; messengers and editors strip it from photos; --depth-model estimates one");
+                    "; messengers and editors strip it from photos; --depth-model estimates one, and --right "
+                    "or --pair "
+                    "makes one from two views");
     } else if (const media::EmbeddedDepth& depth = *contents.depth; options.raw) {
         bytes = rawBytes(depth, options.file);
     } else {

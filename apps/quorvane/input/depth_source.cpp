@@ -173,11 +173,11 @@ std::string noDepthInside(const media::Contents& contents) {
 }
 
 std::vector<std::string> noDepthAnywhere(const media::Contents& contents, const std::string& photo) {
-    return {
-        noDepthInside(contents) + ", nor beside it (" + neighbourNames(photo) + ")",
-        "messengers and editors strip it: take a portrait photo as the phone stored it, or a depth map as "
-        "DEPTH",
-        "or have it estimated: --depth-model FILE.onnx (see quorvane info --models) or --depth-cmd"};
+    return {noDepthInside(contents) + ", nor next to it (" + neighbourNames(photo) + ")",
+            "messengers and editors strip it: take a portrait photo as the phone stored it, a depth map as "
+            "DEPTH, "
+            "or two views (--right FILE, --pair LAYOUT)",
+            "or have it estimated: --depth-model FILE.onnx (see quorvane info --models) or --depth-cmd"};
 }
 
 namespace {
@@ -258,7 +258,7 @@ Input readInput(const InputOptions& options, const DepthSource& source, PhotoDet
 Input readInput(const InputOptions& options, const Talk& talk, const DepthSource& source,
                 const EnoughPhoto& enough) {
     if (source.origin == DepthOrigin::kNeighbour && !talk.quiet)
-        std::fprintf(stderr, "depth: %s, found beside the photo\n", printable(source.depth).c_str());
+        std::fprintf(stderr, "depth: %s, found next to the photo\n", printable(source.depth).c_str());
     Input input = readInput(options, source, PhotoDetail::kFull, enough);
     if (!talk.quiet) {
         for (const std::string& remark : input.remarks)

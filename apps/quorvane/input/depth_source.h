@@ -49,8 +49,9 @@ struct Input {
 };
 
 /// Reads the photo's file and looks for its depth: first what the options name, then inside the file, then a
-/// neighbour, then two views inside the file. Throws Error where the file cannot be read or is no picture,
-/// and UsageError for a size without a network. A signal meanwhile ends the process.
+/// neighbour, then two views inside the file, or in its halves by its name. Throws Error where the file
+/// cannot be read or is no picture, and UsageError for a size without a network. A signal meanwhile ends the
+/// process.
 DepthSource findDepth(const InputOptions& options);
 
 /// The doctor's line, with the option that puts right what the doctor has left alone.
