@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 
 #include "support/temporary_folder.h"
@@ -86,6 +87,27 @@ bool runtimeIsThere() {
         return false;
     }
 }
+
+/// Has the runtime looked for in a folder while it lives.
+class RuntimeIn {
+  public:
+    explicit RuntimeIn(const std::string& folder) {
+        if (const char* named = getenv(kName)) m_before = named;
+        setenv(kName, folder.c_str(), 1);
+    }
+    ~RuntimeIn() {
+        if (m_before)
+            setenv(kName, m_before->c_str(), 1);
+        else
+            unsetenv(kName);
+    }
+    RuntimeIn(const RuntimeIn&) = delete;
+    RuntimeIn& operator=(const RuntimeIn&) = delete;
+
+  private:
+    static constexpr const char* kName = "QUORVANE_ONNXRUNTIME";
+    std::optional<std::string> m_before;
+};
 
 #define NEEDS_THE_RUNTIME() \
     if (!runtimeIsThere()) GTEST_SKIP() << "NO ONNX RUNTIME HERE (scripts/setup model installs it)"
@@ -275,9 +297,8 @@ TEST(DepthModel, WhatNeedsTooMuchMemoryIsRefused) {
 
 TEST(DepthModel, WithoutTheRuntimeTheCommandIsNamed) {
     const test::TemporaryFolder folder;
-    setenv("QUORVANE_ONNXRUNTIME", folder.path().c_str(), 1);
+    const RuntimeIn place(folder.path());
     const std::string said = refusal(kNetworks + "/midas_v21_small.onnx");
-    unsetenv("QUORVANE_ONNXRUNTIME");
     EXPECT_THAT(said, AllOf(HasSubstr("ONNX Runtime is not there (looked in " + folder.path() + ")"),
                             HasSubstr("scripts/setup model installs it")));
 }
@@ -296,7 +317,7 @@ TEST(DepthModel, FailsAsOneLineWhereTheRuntimeIsBroken) {
     NEEDS_THE_RUNTIME();
     const test::TemporaryFolder folder;
     fs::create_directories(folder / "node_modules/onnxruntime-node");
-    setenv("QUORVANE_ONNXRUNTIME", folder.path().c_str(), 1);
+    const RuntimeIn place(folder.path());
     for (const char* script :
          {"", "throw 1", "process.exit(3)", "process.abort()", "while (true);",
           "require('fs').writeSync(0, Buffer.alloc(1000, 255))",
@@ -308,7 +329,6 @@ TEST(DepthModel, FailsAsOneLineWhereTheRuntimeIsBroken) {
         limits.answer = std::chrono::seconds(3);
         EXPECT_NE(refusal(kNetworks + "/midas_v21_small.onnx", limits), "");
     }
-    unsetenv("QUORVANE_ONNXRUNTIME");
 }
 
 }  // namespace
