@@ -35,7 +35,7 @@ void easeRim(uint8_t* depth, Size size, const uint8_t (&curve)[256], const BentG
     const std::vector<double> down =
         easing(size.height, grid.half_height, camera.pivot_distance, camera.y_turn_deg * reach.y);
     const double pivot = 1.0 / camera.pivot_distance;
-    // The depth that the curve makes the nearest level to a given one of.
+    // For each level, the lowest depth that the curve maps to it or above.
     std::array<uint8_t, 256> source = {};
     for (size_t level = 0, i = 0; level < source.size(); ++level) {
         while (i < 255 && curve[i] < level) ++i;

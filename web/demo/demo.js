@@ -137,8 +137,15 @@ document.addEventListener('drop', (event) => {
   drop(event.dataTransfer.files);
 });
 find('save').addEventListener('click', async () => {
+  let page;
+  try {
+    page = await sharePage();
+  } catch (error) {
+    return say(`the page cannot be made: ${error.message}`);
+  }
+  say('');
   const link = document.createElement('a');
-  link.href = URL.createObjectURL(new Blob([await sharePage()], {type: 'text/html'}));
+  link.href = URL.createObjectURL(new Blob([page], {type: 'text/html'}));
   link.download = 'share.html';
   link.click();
   setTimeout(() => URL.revokeObjectURL(link.href), 60000);

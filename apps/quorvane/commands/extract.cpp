@@ -7,6 +7,7 @@
 #include "apps/quorvane/commands/output_guard.h"
 #include "apps/quorvane/input/depth_source.h"
 #include "apps/quorvane/terminal/ended_by_signals.h"
+#include "apps/quorvane/terminal/text.h"
 #include "apps/quorvane/terminal/usage_error.h"
 #include "media/decoder/decoder.h"
 #include "media/embedded/bytes.h"
@@ -59,7 +60,8 @@ void extractFromPair(const ExtractOptions& options, const DepthSource& source) {
         throw UsageError("--photo " + options.photo +
                          ": the left view is a part of the photo's file; it is written as .png");
     const PhotoOfPair read = endedBySignals([&] { return readPair(source.file, pair, options.file); });
-    for (const std::string& remark : read.remarks) std::fprintf(stderr, "pair: %s\n", remark.c_str());
+    for (const std::string& remark : read.remarks)
+        std::fprintf(stderr, "pair: %s\n", printable(remark).c_str());
     PendingOutput depth_file(options.depth);
     depth_file.fill(media::grayPng(read.depth.plane, read.depth.bits));
     throwIfCancelled();

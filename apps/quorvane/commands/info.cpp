@@ -71,7 +71,7 @@ std::function<void()> prepare(CommandLine* line) {
     const auto of_models = std::make_shared<bool>(false);
     line->flag(
         "--models", of_models.get(),
-        "instead which networks suit --depth-model, their size and licence, and where the runtime that "
+        "say instead which networks suit --depth-model, their size and licence, and where the runtime that "
         "they need was looked for");
     return [of_models] { info(*of_models); };
 }

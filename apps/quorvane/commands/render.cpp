@@ -230,7 +230,7 @@ std::function<void()> prepare(CommandLine* line) {
         .required();
     addMotionOptions(line, options.get());
     options->of_pages.push_back(
-        &line->text("--alt", &options->alt, "what the photo shows, for people who do not see it: of a page")
+        &line->text("--alt", &options->alt, "in a page: what the photo shows, for people who do not see it")
              .called("TEXT"));
     options->of_pages.push_back(
         &line->text("--title", &options->title, "a page's title (default: as --alt)").called("TEXT"));

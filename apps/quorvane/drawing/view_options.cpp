@@ -133,7 +133,9 @@ void addViewOptions(CommandLine* line, ViewOptions* options) {
 }
 
 void addTimingsOption(CommandLine* line, ViewOptions* options) {
-    line->text("--timings", &options->timings, "write the renderer's timing lines to FILE").called("FILE");
+    line->text("--timings", &options->timings,
+               "write the renderer's timing lines to FILE; implies --renderer gl")
+        .called("FILE");
 }
 
 std::optional<double> frameGiven(const ViewOptions& options) {

@@ -55,7 +55,7 @@ void addInputOptions(CommandLine* line, InputOptions* options) {
     Option& depth = line->text(
         "DEPTH", &options->depth,
         "gray picture of 8 or 16 bit, any size, larger = nearer (default: the depth inside PHOTO, else "
-        "NAME_depth.*, NAME-depth.* or depth/NAME.* next to it)");
+        "NAME_depth.*, NAME-depth.* or depth/NAME.* next to it, else what two views inside PHOTO give)");
     Option& estimator =
         line->parsed(
                 "--depth-cmd",
@@ -97,10 +97,9 @@ void addInputOptions(CommandLine* line, InputOptions* options) {
     for (const Way& way : kWays) ways.emplace_back(way.name);
     line->word(
         "--holes", ways, [options](size_t i) { options->holes = kWays[i].holes; },
-        "pixels without a depth: fill them from the far side where it is certain that they are some (auto, "
-        "the "
-        "default), also where their level, the lowest or highest, only may stand for \"unknown\" (fill), or "
-        "leave them (keep)");
+        "pixels without a depth: fill them from the far side where they certainly have none (auto, the "
+        "default), also where the lowest or highest level may stand for \"unknown\" (fill), or leave them "
+        "(keep)");
     line->unset(
         "--no-doctor", &options->doctor,
         "take the depth map as it is: not checked against the photo, nor turned, inverted, filled or spread "

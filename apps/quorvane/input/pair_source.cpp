@@ -37,7 +37,7 @@ constexpr Layout kEndings[] = {{"_half_sbs", {false, true, false}},    {"_hsbs",
 void addPairOptions(CommandLine* line, PairOptions* options, const std::vector<const Option*>& others) {
     Option& right =
         line->text("--right", &options->right,
-                   "the right eye's view, of which PHOTO is the left one; the depth is made from both")
+                   "the right eye's view, where PHOTO is the left eye's; the depth is made from both")
             .called("FILE");
     std::vector<std::string> layouts;
     for (const Layout& layout : kLayouts) layouts.emplace_back(layout.name);
