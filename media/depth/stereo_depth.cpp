@@ -277,9 +277,11 @@ DepthMap depthOfPair(const StereoViews& views, const std::string& name, std::vec
             small = std::move(upright);
         }
     }
-    if (look.agreeing < kLeast)
-        throw Error(name +
-                    ": its two views show different things; a stereo pair shows one scene from two places");
+    const auto different = [&name] {
+        return Error(name +
+                     ": its two views show different things; a stereo pair shows one scene from two places");
+    };
+    if (look.agreeing < kLeast) throw different();
     const double spread = quantile(look.disparities, 0.95) - quantile(look.disparities, 0.05);
     constexpr double kLeastSpread = 0.6;
     if (spread < kLeastSpread)
@@ -298,14 +300,14 @@ DepthMap depthOfPair(const StereoViews& views, const std::string& name, std::vec
         turn = followedBy(turn, kMirrored);
         small = turnedBy(small, kMirrored);
         look = lookAt(small);
+        if (look.agreeing < kLeast) throw different();
         first = matchSmall();
         if (remarks != nullptr) remarks->emplace_back("the views were exchanged; taken the other way round");
     }
     const std::vector<double> sure = sureOnes(first);
     constexpr double kFewestSure = 0.2;
     if (static_cast<double>(sure.size()) < kFewestSure * static_cast<double>(first.plane.samples.size()))
-        throw Error(name +
-                    ": its two views show different things; a stereo pair shows one scene from two places");
+        throw different();
 
     if (turn != 0) pair = turnedBy(pair, turn);
     // Then as large as the candidates allow.
