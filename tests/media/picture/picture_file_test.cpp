@@ -383,7 +383,8 @@ TEST_F(PictureFile, ShrunkPhotoIsTheWholePhotoSmaller) {
 TEST_F(PictureFile, JpegIsDecodedNoSmallerThanIsWanted) {
     for (const int orientation : {1, 6}) {
         // 800 x 600 as it is stored.
-        VImage picture = toVips(blueCorner()).resize(5.0).copy();
+        const RgbImage corner = blueCorner();  // toVips() does not copy its pixels
+        VImage picture = toVips(corner).resize(5.0).copy();
         picture.set("orientation", orientation);
         const std::string bytes = bytesOf(saved(picture, "a.jpg"));
         const bool turned = orientation == 6;
@@ -404,7 +405,8 @@ TEST_F(PictureFile, JpegIsDecodedNoSmallerThanIsWanted) {
 }
 
 TEST_F(PictureFile, OnlyJpegIsShrunkWhileItIsDecoded) {
-    const VImage picture = toVips(blueCorner());
+    const RgbImage corner = blueCorner();
+    const VImage picture = toVips(corner);
     for (const char* name : {"a.png", "a.webp", "a.tif"})
         EXPECT_EQ(decodePhotoAtLeast(bytesOf(saved(picture, name)), "it", {10, 10}).width, 160) << name;
 }
