@@ -69,12 +69,6 @@ DepthMap decodeSamples(const EmbeddedDepth& depth, const std::string& name, long
     return map;
 }
 
-/// With the share t of the way from near to far, d = near + t (far - near), this is
-/// (1 / d - 1 / far) / (1 / near - 1 / far), brought to a form that no near or far takes out of range.
-double inverseRange(double t, double near, double far) {
-    return near * (1.0 - t) / (near + t * (far - near));
-}
-
 /// decode(bytes, name, orientation) of the unblurred original; where that is missing or fails, of the file.
 template <typename Decode>
 auto originalOr(std::string_view file, const Contents& contents, const std::string& name, std::string* remark,
@@ -121,22 +115,12 @@ ShrunkPhoto decodePhotoAtLeast(std::string_view file, const Contents& contents, 
 DepthMap decodeDepth(const EmbeddedDepth& depth, const std::string& name, long long most_pixels,
                      std::string* remark) {
     DepthMap map = decodeSamples(depth, name, most_pixels);
-    if (depth.kind == DepthKind::kLinearRange) {
-        const double near = depth.near.value_or(0.0), far = depth.far.value_or(0.0);
-        if (near > 0.0 && far > near && std::isfinite(far)) {
-            for (float& level : map.plane.samples) {
-                const double share = level / 255.0;
-                const double to_far = depth.larger_is_nearer ? 1.0 - share : share;
-                level = static_cast<float>(255.0 * inverseRange(to_far, near, far));
-            }
-            spread(&map.plane);
-            return map;
-        }
+    for (float& level : map.plane.samples) level = static_cast<float>(nearness(depth, level));
+    if (givesDistances(depth))
+        spread(&map.plane);
+    else if (depth.kind == DepthKind::kLinearRange)
         setRemark(remark,
                   "the depth is linear in distance, but gives no usable near and far; taken as it is");
-    }
-    if (!depth.larger_is_nearer)
-        for (float& level : map.plane.samples) level = 255.0f - level;
     return map;
 }
 

@@ -1,9 +1,5 @@
 #include "media/embedded/bytes.h"
 
-#include <cmath>
-#include <locale>
-#include <sstream>
-
 namespace quorvane::media {
 
 std::string_view mimeOf(std::string_view bytes) {
@@ -71,17 +67,6 @@ std::optional<std::string> fromBase64(std::string_view text) {
     if (letters >= 2) bytes.push_back(static_cast<char>(group >> (letters == 2 ? 4 : 10) & 255));
     if (letters == 3) bytes.push_back(static_cast<char>(group >> 2 & 255));
     return bytes;
-}
-
-std::optional<double> toNumber(std::string_view text) {
-    // strtod would take the user's decimal comma.
-    std::istringstream stream{std::string(text)};
-    stream.imbue(std::locale::classic());
-    double value = 0;
-    if (!(stream >> value) || !std::isfinite(value)) return std::nullopt;
-    char rest = 0;
-    if (stream >> rest) return std::nullopt;
-    return value;
 }
 
 }  // namespace quorvane::media

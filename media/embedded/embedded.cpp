@@ -1,5 +1,6 @@
 #include "media/embedded/embedded.h"
 
+#include <cmath>
 #include <map>
 #include <utility>
 
@@ -39,12 +40,29 @@ void addImage(InnerImage image, std::map<std::string, size_t>* places, std::vect
     if (first.role == ImageRole::kOther) first.role = image.role;
 }
 
+/// With the share t of the way from near to far, d = near + t (far - near), this is
+/// (1 / d - 1 / far) / (1 / near - 1 / far), brought to a form that no near or far takes out of range.
+double inverseRange(double t, double near, double far) {
+    return near * (1.0 - t) / (near + t * (far - near));
+}
+
 }  // namespace
 
 std::string_view planeBytes(const EmbeddedDepth& depth) {
     if (const auto* item = std::get_if<DepthHeifItem>(&depth.plane)) return item->file;
     if (const auto* samples = std::get_if<DepthSamples>(&depth.plane)) return samples->bytes;
     return std::get<DepthPicture>(depth.plane).bytes;
+}
+
+bool givesDistances(const EmbeddedDepth& depth) {
+    const double near = depth.near.value_or(0.0), far = depth.far.value_or(0.0);
+    return depth.kind == DepthKind::kLinearRange && near > 0.0 && far > near && std::isfinite(far);
+}
+
+double nearness(const EmbeddedDepth& depth, double level) {
+    if (!givesDistances(depth)) return depth.larger_is_nearer ? level : 255.0 - level;
+    const double share = level / 255.0;
+    return 255.0 * inverseRange(depth.larger_is_nearer ? 1.0 - share : share, *depth.near, *depth.far);
 }
 
 StereoPair pairOfHalves(PairLayout layout) {

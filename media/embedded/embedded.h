@@ -79,6 +79,13 @@ struct EmbeddedDepth {
 /// The bytes that hold the plane; for a HEIF item those of the whole file.
 std::string_view planeBytes(const EmbeddedDepth& depth);
 
+/// Whether the samples are linear in distance and come with the range that makes 1 / distance of them.
+bool givesDistances(const EmbeddedDepth& depth);
+
+/// How near a sample on the scale of 0 to 255 is, from 0 for far to 255 for near. Linear in 1 / distance
+/// where the depth gives distances; else as linear as the samples are.
+double nearness(const EmbeddedDepth& depth, double level);
+
 /// A second photo in the file, which viewers do not show.
 struct EmbeddedPhoto {
     std::string where;

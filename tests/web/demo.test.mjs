@@ -71,6 +71,71 @@ test('two dropped files find their places by their colours', async () => {
   await page.close();
 });
 
+/** Drops a file of build/web on the page. */
+const drop = (page, name) => page.evaluate(async (name) => {
+  const data = new DataTransfer();
+  data.items.add(new File([await (await fetch(`/made/${name}`)).blob()], name));
+  document.dispatchEvent(new DragEvent('drop', {dataTransfer: data, bubbles: true, cancelable: true}));
+}, name);
+
+/** By how much the depths of two pictures differ, each spread from 0 to 255: mean over the first one's pixels, and its size. */
+const depthDifference = (page, one, other) => page.evaluate(async (urls) => {
+  const [one, other] = await Promise.all(urls.map(async (url) => createImageBitmap(await (await fetch(url)).blob())));
+  const [first, second] = [one, other].map((picture) => {
+    const canvas = new OffscreenCanvas(one.width, one.height);
+    const context = canvas.getContext('2d');
+    context.drawImage(picture, 0, 0, one.width, one.height);
+    const levels = Array.from(context.getImageData(0, 0, one.width, one.height).data).filter((_, i) => i % 4 === 0);
+    const low = levels.reduce((a, b) => Math.min(a, b)), high = levels.reduce((a, b) => Math.max(a, b));
+    return levels.map((level) => 255 * (level - low) / (high - low));
+  });
+  const mean = first.reduce((sum, level, i) => sum + Math.abs(level - second[i]), 0) / first.length;
+  return {mean, size: [one.width, one.height], otherSize: [other.width, other.height]};
+}, [one, other]);
+
+test("a portrait photo's own depth is found, upright and with its near end near", async () => {
+  const page = await browser.newPage();
+  await page.goto(`${base}/web/demo/index.html`);
+  // Pictures stored on their side, two that store 0 for near, a matte before the depth, bare samples.
+  for (const name of ['gdepth', 'dynamic', 'apple', 'huawei']) {
+    await page.evaluate(() => document.querySelector('#picture').replaceChildren());
+    await drop(page, `portrait-${name}.jpg`);
+    await ready(page);
+    assert.strictEqual(await page.locator('#said').textContent(), '');
+    const depth = await page.evaluate(() => document.querySelector('parallax-photo').depth);
+    const {mean, size, otherSize} = await depthDifference(page, depth, `/made/portrait-${name}-depth.png`);
+    assert.deepStrictEqual(size, otherSize, name);
+    assert.ok(mean < 1.5, `${name}: ${mean} levels off`);
+  }
+  await page.close();
+});
+
+test('a portrait photo becomes a page, and a photo without a depth asks for one', async () => {
+  const page = await browser.newPage({acceptDownloads: true});
+  await page.goto(`${base}/web/demo/index.html`);
+  await drop(page, 'portrait-gdepth.jpg');
+  await ready(page);
+  await page.screenshot({path: join(made, 'demo-portrait.png'), fullPage: true});
+  const shapedIn = async (name) => {
+    const download = page.waitForEvent('download');
+    await page.locator('#save').click();
+    const file = join(made, name);
+    await (await download).saveAs(file);
+    return readFileSync(file, 'utf8').match(/ depth="(data:[^"]*)"/)[1];
+  };
+  const found = await shapedIn('portrait.html');
+  await page.evaluate(() => document.querySelector('#picture').replaceChildren());
+  await page.locator('#depth').setInputFiles(join(made, 'portrait-gdepth-depth.png'));
+  await ready(page);
+  const {mean} = await depthDifference(page, found, await shapedIn('portrait-by-hand.html'));
+  assert.ok(mean < 1.5, `${mean} levels off the page of the same depth map given by hand`);
+
+  await drop(page, 'portrait-gdepth.jpg');
+  await drop(page, 'photo.png');
+  await until('the question', async () => (await page.locator('#said').textContent()).includes('its depth map?'));
+  await page.close();
+});
+
 test('what is no picture is said in a sentence', async () => {
   const page = await browser.newPage();
   await page.goto(`${base}/web/demo/index.html`);

@@ -1,13 +1,15 @@
-// Makes a share page out of a photo and a depth map, all in this page.
+// Makes a share page out of a photo and a depth map, or a portrait photo that holds one, all in this page.
 import '../element/parallax-photo.js';
 import {DEFAULTS} from '../element/geometry.js';
 import {shape} from '../element/shape.js';
+import {depthInside} from './portrait.js';
 
 const LONGEST_SIDE = 2048;
 const PHOTO_QUALITY = 0.85;
 const find = (id) => document.getElementById(id);
 
 const images = {};  // photo and depth
+let depthIsThePhotos = false;  // found inside it
 
 function say(text) {
   find('said').textContent = text;
@@ -21,7 +23,11 @@ function params() {
 const motion = () => `pointer tilt keys ${find('motion').value}`;
 
 function show() {
-  if (!images.photo || !images.depth) return;
+  find('picture').replaceChildren();
+  if (!images.photo || !images.depth) {
+    find('choices').disabled = true;
+    return;
+  }
   const element = document.createElement('parallax-photo');
   element.loading = 'eager';
   // The whole picture, as the page will show it.
@@ -32,24 +38,48 @@ function show() {
   element.params = params();
   element.src = images.photo.src;
   element.depth = images.depth.src;
-  element.addEventListener('error', (event) => say(event.message));
+  element.addEventListener('error', (event) => element.isConnected && say(event.message));
   element.addEventListener('load', () => {
+    if (!element.isConnected) return;
     say('');
     find('choices').disabled = false;
   });
   find('picture').replaceChildren(element);
 }
 
-async function take(file, role) {
+async function set(role, picture) {
   const image = new Image();
-  image.src = URL.createObjectURL(file);
+  image.src = URL.createObjectURL(picture);
+  await image.decode();
+  if (images[role]) URL.revokeObjectURL(images[role].src);
+  images[role] = image;
+}
+
+/** The depth map that a portrait photo holds; null for other pictures, and where nothing can read it. */
+const depthOf = (file) => depthInside(file).catch(() => null);
+
+let work = Promise.resolve();
+/** Files are taken one after the other, however fast they come. */
+const inTurn = (task) => work = work.then(task);
+
+async function take(file, role) {
   try {
-    await image.decode();
+    await set(role, file);
   } catch {
     return say(`${file.name}: this browser cannot read it as a picture`);
   }
-  if (images[role]) URL.revokeObjectURL(images[role].src);
-  images[role] = image;
+  if (role === 'photo') {
+    const depth = await depthOf(file);
+    if (depth) {
+      await set('depth', depth);
+      find('inverted').checked = false;
+    } else if (depthIsThePhotos) {
+      delete images.depth;
+    }
+    depthIsThePhotos = !!depth;
+  } else {
+    depthIsThePhotos = false;
+  }
   say(images.photo && images.depth ? '' : `${file.name}: and its ${role === 'photo' ? 'depth map' : 'photo'}?`);
   show();
 }
@@ -68,13 +98,17 @@ async function isGray(file) {
 }
 
 async function drop(files) {
+  const maps = [];
   for (const file of files) {
     try {
-      await take(file, (await isGray(file)) ? 'depth' : 'photo');
+      // Portraits may be black and white.
+      if ((await isGray(file)) && !(await depthOf(file))) maps.push(file);
+      else await take(file, 'photo');
     } catch {
       say(`${file.name}: this browser cannot read it as a picture`);
     }
   }
+  for (const map of maps) await take(map, 'depth');
 }
 
 function coded(width, height, draw, type, quality) {
@@ -123,7 +157,10 @@ async function sharePage() {
 }
 
 for (const role of ['photo', 'depth'])
-  find(role).addEventListener('change', (event) => event.target.files[0] && take(event.target.files[0], role));
+  find(role).addEventListener('change', (event) => {
+    const [file] = event.target.files;
+    if (file) inTurn(() => take(file, role));
+  });
 for (const id of ['inverted', 'motion', 'frame', 'pivot']) find(id).addEventListener('change', show);
 for (const type of ['dragenter', 'dragover'])
   document.addEventListener(type, (event) => {
@@ -134,7 +171,9 @@ document.addEventListener('dragleave', () => find('drop').classList.remove('over
 document.addEventListener('drop', (event) => {
   event.preventDefault();
   find('drop').classList.remove('over');
-  drop(event.dataTransfer.files);
+  // The event's own list empties once it is over.
+  const files = [...event.dataTransfer.files];
+  inTurn(() => drop(files));
 });
 find('save').addEventListener('click', async () => {
   let page;
