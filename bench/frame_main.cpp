@@ -5,7 +5,6 @@
 #include <EGL/egl.h>
 #include <EGL/eglext.h>
 #include <GLES2/gl2.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -17,6 +16,7 @@
 #include <vector>
 
 #include "content.h"
+#include "drawing.h"
 #include "quorvane/esRenderer.h"
 #include "quorvane/host/OffscreenContext.h"
 #include "render_target.h"
@@ -28,16 +28,7 @@ constexpr int kPhotoWidth = 2048, kPhotoHeight = 1536;
 constexpr int kDepthWidth = 1024, kDepthHeight = 768;
 constexpr int kPositions = 16;
 
-double wallSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
+double wallSeconds() { return seconds(CLOCK_MONOTONIC); }
 
 /// A renderer with a scene, an output texture and a depth buffer.
 class Scene {
@@ -167,9 +158,8 @@ void measure(int width, int height, double seconds, FILE* out) {
 
 int main(int argc, char** argv) {
     const bool quick = argc > 1 && std::strcmp(argv[1], "--quick") == 0;
-    // Standard output belongs to the renderer's timing lines.
-    FILE* out = fdopen(dup(STDOUT_FILENO), "w");
-    if (out == nullptr || std::freopen("/dev/null", "w", stdout) == nullptr) return 1;
+    FILE* const out = quorvane::bench::figuresOutput();
+    if (out == nullptr) return 1;
 
     std::unique_ptr<quorvane::OffscreenContext> context;
     const quorvane::Status status = quorvane::OffscreenContext::create(&context);

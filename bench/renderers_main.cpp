@@ -5,7 +5,6 @@
 // two medians in one run. It says nothing of a driver that draws on a graphics processor.
 
 #include <GLES2/gl2.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -16,6 +15,7 @@
 #include <vector>
 
 #include "bench/content.h"
+#include "bench/drawing.h"
 #include "quorvane/host/OffscreenContext.h"
 #include "quorvane/host/ParallaxView.h"
 #include "sizes/sizes.h"
@@ -30,17 +30,6 @@ void require(const Status& status) {
     if (status) return;
     std::fprintf(stderr, "bench_renderers: %s\n", status.message().c_str());
     std::exit(1);
-}
-
-double seconds(clockid_t clock) {
-    timespec now{};
-    clock_gettime(clock, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 /// A view, and what its frames took so far.
@@ -105,9 +94,8 @@ void measure(int triangles, int samples, int frames, FILE* out) {
 
 int main(int argc, char** argv) {
     const bool quick = argc > 1 && std::strcmp(argv[1], "--quick") == 0;
-    // Standard output belongs to the renderer's timing lines.
-    FILE* out = fdopen(dup(STDOUT_FILENO), "w");
-    if (out == nullptr || std::freopen("/dev/null", "w", stdout) == nullptr) return 1;
+    FILE* const out = quorvane::bench::figuresOutput();
+    if (out == nullptr) return 1;
     std::unique_ptr<quorvane::OffscreenContext> context;
     quorvane::bench::require(quorvane::OffscreenContext::create(&context));
     std::fprintf(out, "driver %s\n\n", reinterpret_cast<const char*>(glGetString(GL_RENDERER)));

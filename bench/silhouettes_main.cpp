@@ -5,7 +5,6 @@
 // detail (soft) and of the photo (band), and all pixels.
 
 #include <GLES2/gl2.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -16,6 +15,7 @@
 #include <memory>
 #include <vector>
 
+#include "bench/drawing.h"
 #include "bench/views/measures.h"
 #include "composition/edges.h"
 #include "media/scene/sample_scene.h"
@@ -109,12 +109,6 @@ class Scene {
     DepthMap m_depth;
 };
 
-double seconds(clockid_t clock) {
-    timespec now{};
-    clock_gettime(clock, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
 struct Time {
     double wall, processor;  ///< seconds; the processor's of all threads, a software driver's too
 };
@@ -169,11 +163,6 @@ Mask bandOf(const Picture& places) {
             mark(x, y, x, y + 1);
         }
     return grown(jumps, kBand);
-}
-
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 /// The same way once with the photo and once with the soft one.
@@ -255,9 +244,8 @@ void measure(Size picture, bool quick, FILE* out) {
 
 int main(int argc, char** argv) {
     const bool quick = argc > 1 && std::strcmp(argv[1], "--quick") == 0;
-    // Standard output belongs to the renderer's timing lines.
-    FILE* out = fdopen(dup(STDOUT_FILENO), "w");
-    if (out == nullptr || std::freopen("/dev/null", "w", stdout) == nullptr) return 1;
+    FILE* const out = quorvane::bench::figuresOutput();
+    if (out == nullptr) return 1;
 
     std::unique_ptr<quorvane::OffscreenContext> context;
     quorvane::bench::require(quorvane::OffscreenContext::create(&context));

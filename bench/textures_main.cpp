@@ -5,7 +5,6 @@
 // changes from one view to the next.
 
 #include <GLES2/gl2.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -19,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/drawing.h"
 #include "bench/views/measures.h"
 #include "media/picture/picture_file.h"
 #include "media/picture/resample.h"
@@ -100,11 +100,7 @@ Picture averaged(const std::vector<uint8_t>& rgba, Size size, int ratio) {
     return result;
 }
 
-double processorSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
+double processorSeconds() { return seconds(CLOCK_PROCESS_CPUTIME_ID); }
 
 struct Sequence {
     std::vector<Picture> pictures;
@@ -215,9 +211,8 @@ int main(int argc, char** argv) {
         if (std::strcmp(argv[i], "--quick") == 0) views = 3;
         if (std::strcmp(argv[i], "--pictures") == 0 && i + 1 < argc) pictures = argv[++i];
     }
-    // Standard output belongs to the renderer's timing lines.
-    FILE* out = fdopen(dup(STDOUT_FILENO), "w");
-    if (out == nullptr || std::freopen("/dev/null", "w", stdout) == nullptr) return 1;
+    FILE* const out = quorvane::bench::figuresOutput();
+    if (out == nullptr) return 1;
     try {
         if (!pictures.empty()) std::filesystem::create_directories(pictures);
         std::unique_ptr<quorvane::OffscreenContext> context;

@@ -3,8 +3,6 @@
 // Draws our own exact scene and, where a folder of stereo pairs is given or QUORVANE_SHARED_PHOTOS names a
 // folder that holds them in stereo/, predicts each right photo from the left one and its depth.
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -16,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/drawing.h"
 #include "bench/views/exact_scene.h"
 #include "bench/views/measures.h"
 #include "bench/views/png_file.h"
@@ -251,9 +250,8 @@ void run(const std::vector<std::string>& arguments, FILE* out) {
 }  // namespace quorvane::bench
 
 int main(int argc, char** argv) {
-    // Standard output belongs to the renderer's timing lines.
-    FILE* out = fdopen(dup(STDOUT_FILENO), "w");
-    if (out == nullptr || std::freopen("/dev/null", "w", stdout) == nullptr) return 1;
+    FILE* const out = quorvane::bench::figuresOutput();
+    if (out == nullptr) return 1;
     try {
         quorvane::bench::run({argv + 1, argv + argc}, out);
     } catch (const std::exception& error) {
