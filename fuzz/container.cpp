@@ -8,10 +8,11 @@
 #include "media/depth/photo_with_depth.h"
 #include "media/depth/stereo_views.h"
 #include "media/embedded/container.h"
-#include "promise.h"
-#include "system/error.h"
+#include "one_line.h"
 
 using namespace quorvane;
+using fuzz::isOneLine;
+using fuzz::orOneLine;
 using fuzz::promised;
 
 namespace {
@@ -19,18 +20,14 @@ namespace {
 // Larger pictures only cost time.
 constexpr long long kMostFuzzedPixels = 1'000'000;
 
-bool isOneLine(const std::string& text) { return !text.empty() && text.find('\n') == std::string::npos; }
-
 void checkDepth(const media::EmbeddedDepth& depth) {
     promised(depth.orientation >= 1 && depth.orientation <= 8, "a depth has one of Exif's orientations");
-    try {
+    orOneLine([&] {
         const media::DepthMap map = media::decodeDepth(depth, "photo", kMostFuzzedPixels);
         promised(map.plane.width >= 1 && map.plane.height >= 1, "a depth map has pixels");
         for (const float level : map.plane.samples)
             promised(level >= 0.0f && level <= 255.0f, "levels from 0 to 255");
-    } catch (const Error& error) {
-        promised(isOneLine(error.what()), "a refusal is one line");
-    }
+    });
 }
 
 void checkPair(std::string_view file, const media::StereoPair& pair) {
@@ -38,14 +35,12 @@ void checkPair(std::string_view file, const media::StereoPair& pair) {
         promised(!view->where.empty(), "a view is somewhere");
         promised(view->orientation >= 1 && view->orientation <= 8, "a view has one of Exif's orientations");
     }
-    try {
+    orOneLine([&] {
         const media::StereoViews views = media::decodeViews(file, pair, "photo", kMostFuzzedPixels);
         promised(views.left.width >= 1 && views.left.height >= 1, "a view has pixels");
         promised(views.left.width == views.right.width && views.left.height == views.right.height,
                  "views of one size");
-    } catch (const Error& error) {
-        promised(isOneLine(error.what()), "a refusal is one line");
-    }
+    });
 }
 
 }  // namespace

@@ -8,35 +8,22 @@
 
 #include "media/depth/onnx_file.h"
 #include "media/depth/preprocessor_config.h"
-#include "promise.h"
-#include "system/error.h"
+#include "one_line.h"
 
 using namespace quorvane;
+using fuzz::orOneLine;
 using fuzz::promised;
-
-namespace {
-
-template <typename Read>
-void oneLineOr(Read read) {
-    try {
-        read();
-    } catch (const Error& error) {
-        promised(std::string(error.what()).find('\n') == std::string::npos, "a refusal is one line");
-    }
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-    oneLineOr([bytes] {
+    orOneLine([bytes] {
         const media::OnnxFile file = media::lookIntoOnnx(bytes, "model");
         promised(file.kernel_width >= 0 && file.kernel_width <= 1024, "a kernel's width");
         promised((file.kernel_width == 0) == (file.kernel_height == 0), "a kernel has both sides or none");
         promised(file.metadata.size() <= 64 && file.data_files.size() <= 4096, "few names");
         for (const std::string& name : file.data_files) promised(name.size() <= 512, "short names");
     });
-    oneLineOr([bytes] {
+    orOneLine([bytes] {
         const media::PreprocessorConfig config = media::readPreprocessorConfig(bytes, bytes, "");
         if (config.normalisation)
             for (const double deviation : config.normalisation->deviation)

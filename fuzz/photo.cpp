@@ -7,10 +7,10 @@
 #include <string>
 
 #include "media/picture/picture_file.h"
-#include "promise.h"
-#include "system/error.h"
+#include "one_line.h"
 
 using namespace quorvane;
+using fuzz::orOneLine;
 using fuzz::promised;
 
 namespace {
@@ -19,16 +19,6 @@ namespace {
 constexpr long long kMostFuzzedPixels = 4'000'000;
 
 constexpr int kLeastSide = 20;
-
-/// Runs `read`; a refusal has to be one line.
-template <typename Read>
-void orOneLine(Read read) {
-    try {
-        read();
-    } catch (const Error& error) {
-        promised(std::string(error.what()).find('\n') == std::string::npos, "a refusal is one line");
-    }
-}
 
 }  // namespace
 

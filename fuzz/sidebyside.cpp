@@ -5,17 +5,17 @@
 #include <string>
 
 #include "media/depth/photo_with_depth.h"
-#include "promise.h"
-#include "system/error.h"
+#include "one_line.h"
 
 using namespace quorvane;
+using fuzz::orOneLine;
 using fuzz::promised;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0) return 0;
     const std::string bytes(reinterpret_cast<const char*>(data), size - 1);
     const auto half = static_cast<media::DepthHalf>(data[size - 1] % 4);
-    try {
+    orOneLine([&] {
         const media::SplitPicture split = media::decodeSideBySide(bytes, half, "photo", 4'000'000);
         promised(
             split.photo.width == split.depth.plane.width && split.photo.height == split.depth.plane.height,
@@ -23,8 +23,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         promised(split.photo.width >= 1 && split.photo.height >= 1, "a half has pixels");
         for (const float level : split.depth.plane.samples)
             promised(level >= 0.0f && level <= 255.0f, "levels from 0 to 255");
-    } catch (const Error& error) {
-        promised(std::string(error.what()).find('\n') == std::string::npos, "a refusal is one line");
-    }
+    });
     return 0;
 }
