@@ -9,7 +9,6 @@
 #include "host/look_at.h"
 #include "host/text.h"
 #include "quorvane/host/ParallaxView.h"
-#include "src/view/motion.h"
 
 namespace quorvane {
 namespace {
@@ -71,10 +70,7 @@ Camera cameraOf(const LibParam& params) {
 
 ViewPosition positionOf(const Composed& composed, double x, double y) {
     const auto axis = [&](double position, float extent) {
-        const float border = extent / static_cast<float>(composed.parameters.border_deadzone);
-        const float place =
-            heldOffBorder(placeOnPicture(static_cast<float>(position), extent), extent, border);
-        return static_cast<double>(viewPosition(place, extent));
+        return static_cast<double>(lookedFrom(static_cast<float>(position), extent, composed.parameters));
     };
     return {axis(x, composed.width), axis(y, composed.height)};
 }

@@ -15,7 +15,6 @@
 #include "host/text.h"
 #include "software/mesh_drawing.h"
 #include "src/view/mesh_extents.h"
-#include "src/view/motion.h"
 #include "src/view/view_matrix.h"
 
 namespace quorvane {
@@ -122,13 +121,8 @@ Status SoftwareView::setDepth(const Pixels& depth) {
 
 Status SoftwareView::lookAt(float x, float y) {
     if (!(std::isfinite(x) && std::isfinite(y))) return Status::failure("view position: not a finite number");
-    const auto position = [&](float at, int side) {
-        const auto extent = static_cast<float>(side);
-        const float border = extent / static_cast<float>(m_parameters.border_deadzone);
-        return viewPosition(heldOffBorder(placeOnPicture(at, extent), extent, border), extent);
-    };
-    m_x = position(x, m_width);
-    m_y = position(y, m_height);
+    m_x = lookedFrom(x, static_cast<float>(m_width), m_parameters);
+    m_y = lookedFrom(y, static_cast<float>(m_height), m_parameters);
     return Status::success();
 }
 

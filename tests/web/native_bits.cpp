@@ -79,10 +79,7 @@ void printView(bool last) {
     const double look[2] = {between(-1.2, 1.2), between(-1.2, 1.2)};
 
     const auto held = [&params](double position, int extent) {
-        const float size = static_cast<float>(extent);
-        const float place = quorvane::placeOnPicture(static_cast<float>(position), size);
-        const float border = size / static_cast<float>(params.border_deadzone);
-        return quorvane::viewPosition(quorvane::heldOffBorder(place, size, border), size);
+        return quorvane::lookedFrom(static_cast<float>(position), static_cast<float>(extent), params);
     };
     quorvane::View view = {};
     view.x = held(look[0], width);
