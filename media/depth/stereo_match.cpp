@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <thread>
+#include <future>
 #include <utility>
 #include <vector>
 
@@ -269,9 +269,11 @@ Disparities matchViews(const Plane& left, const Plane& right, DisparityRange ran
     const int count = (range.highest - range.lowest + kLanes) / kLanes * kLanes;
     const Volume<uint8_t> costs = matchingCosts(left, right, range.lowest, count);
     Volume<int16_t> sums(w, h, count), backward_sums(w, h, count);
-    std::thread backwards([&] { addPaths(left, costs, true, &backward_sums); });
+    // A future hands on what is thrown, such as memory that runs out.
+    std::future<void> backwards =
+        std::async(std::launch::async, [&] { addPaths(left, costs, true, &backward_sums); });
     addPaths(left, costs, false, &sums);
-    backwards.join();
+    backwards.get();
     for (size_t i = 0; i < sums.values.size(); ++i)
         sums.values[i] = static_cast<int16_t>(sums.values[i] + backward_sums.values[i]);
 
