@@ -1,6 +1,5 @@
 #include "apps/quorvane/drawing/page.h"
 
-#include <cstdio>
 #include <string_view>
 
 #include "apps/quorvane/drawing/planning.h"
@@ -54,11 +53,7 @@ PagePicture pagePicture(const ViewOptions& options, const Talk& talk, Size size,
     const PicturePlan plan = planFor(
         view, target, fit, planReadsPhoto(view) ? media::resample(photo, fit.fit.photo) : media::RgbImage(),
         std::move(input.depth.plane));
-    if (plan.swing < 1.0 && !talk.quiet)
-        std::fprintf(stderr,
-                     "frame: the view swings %.2f times as far as asked, so that no border shows in half of "
-                     "the photo\n",
-                     plan.swing);
+    saySwing(plan, talk);
 
     PagePicture picture;
     picture.photo = media::resample(photo, size);

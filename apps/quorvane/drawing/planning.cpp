@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <utility>
 
 #include "media/picture/resample.h"
@@ -74,6 +75,14 @@ PictureStretch stretchOf(const ViewOptions& options, const Target& target, const
     const Status status = measureStretch(requestFor(options, target, fit), plan, &stretch);
     if (!status) throw Error(status.message());
     return stretch;
+}
+
+void saySwing(const PicturePlan& plan, const Talk& talk) {
+    if (plan.swing < 1.0 && !talk.quiet)
+        std::fprintf(stderr,
+                     "frame: the view swings %.2f times as far as asked, so that no border shows in half of "
+                     "the photo\n",
+                     plan.swing);
 }
 
 Size enoughPhoto(const ViewOptions& options, Size picture, Size photo) {

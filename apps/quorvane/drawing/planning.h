@@ -6,6 +6,7 @@
 
 #include "apps/quorvane/drawing/motion.h"
 #include "apps/quorvane/drawing/view_options.h"
+#include "apps/quorvane/terminal/talk.h"
 #include "media/picture/image.h"
 #include "quorvane/host/PicturePlan.h"
 #include "sizes/sizes.h"
@@ -34,6 +35,9 @@ bool planReadsPhoto(const ViewOptions& options);
 /// the scale 0..255, larger = nearer, and is used as `fit` says. Throws Error.
 PicturePlan planFor(const ViewOptions& options, const Target& target, const FitPlan& fit,
                     const media::RgbImage& photo, media::Plane depth);
+
+/// Says on standard error where the view swings less far than was asked.
+void saySwing(const PicturePlan& plan, const Talk& talk);
 
 /// How far the pictures of `plan` stretch, which planFor made of the same. Throws Error.
 PictureStretch stretchOf(const ViewOptions& options, const Target& target, const FitPlan& fit,

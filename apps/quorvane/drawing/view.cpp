@@ -86,11 +86,7 @@ PlannedInput View::plan(SourcePhoto photo, const media::Plane& depth, std::vecto
     say(formatted("fitted   photo %d x %d%s, depth %d x %d%s, %d photo pixels a cell\n", fit.photo.width,
                   fit.photo.height, fit.photo == plan.photo ? "" : " (resampled)", fit.depth.width,
                   fit.depth.height, fit.depth == plan.depth ? "" : " (scaled)", fit.ratio));
-    if (fitted.plan.swing < 1.0 && !m_talk.quiet)
-        std::fprintf(stderr,
-                     "frame: the view swings %.2f times as far as asked, so that no border shows in half of "
-                     "the photo\n",
-                     fitted.plan.swing);
+    saySwing(fitted.plan, m_talk);
     return {std::move(fitted.photo), std::move(fitted.plan), std::move(target), fitted.fit};
 }
 
