@@ -10,6 +10,7 @@
 #include "apps/quorvane/drawing/stages_sheet.h"
 #include "apps/quorvane/input/depth_source.h"
 #include "apps/quorvane/terminal/usage_error.h"
+#include "media/picture/resample.h"
 #include "system/cancel.h"
 #include "system/pending_output.h"
 #include "system/standard_streams.h"

@@ -36,6 +36,14 @@ std::vector<Position> pathAround(Position centre, const Motion& motion, double a
     return path;
 }
 
+std::vector<Position> pathEverywhere(double amount) {
+    constexpr int kSteps = 4;
+    std::vector<Position> path;
+    for (int y = -kSteps; y <= kSteps; ++y)
+        for (int x = -kSteps; x <= kSteps; ++x) path.push_back({amount * x / kSteps, amount * y / kSteps});
+    return path;
+}
+
 Writers planWriters(const media::OutputFormat& format, int frames, Size size, int supersample) {
     // Compressing a picture keeps one core busy for longer than drawing it keeps all.
     const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));

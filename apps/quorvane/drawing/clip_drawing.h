@@ -18,6 +18,9 @@ std::vector<Position> loopAround(Position centre, const Motion& motion, double a
 /// its frames.
 std::vector<Position> pathAround(Position centre, const Motion& motion, double amount, int frames);
 
+/// Places all over the square that a view stays in which a hand moves `amount` times as far as it could.
+std::vector<Position> pathEverywhere(double amount);
+
 /// Threads that write frames.
 struct Writers {
     int threads;

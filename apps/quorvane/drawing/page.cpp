@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "apps/quorvane/drawing/clip_drawing.h"
 #include "apps/quorvane/drawing/planning.h"
 #include "media/picture/resample.h"
 #include "quorvane/parameters.h"
@@ -13,15 +14,6 @@ namespace {
 constexpr std::string_view kOfFrames[] = {
     "rotate_z_trans", "rotate_x_boundary", "rotate_y_boundary", "trans_to_rotate_scale",
     "far_offset_ext", "border_deadzone",   "fov_scale"};
-
-/// All over the square that the view stays in.
-std::vector<Position> everywhere(double amount) {
-    constexpr int kSteps = 4;
-    std::vector<Position> path;
-    for (int y = -kSteps; y <= kSteps; ++y)
-        for (int x = -kSteps; x <= kSteps; ++x) path.push_back({amount * x / kSteps, amount * y / kSteps});
-    return path;
-}
 
 std::vector<std::pair<std::string, double>> changedParameters(int orientation, const PicturePlan& plan) {
     LibParam values = orientation == 4 || orientation == 7 ? LibParam() : secondTunedSet();
@@ -44,7 +36,7 @@ PagePicture pagePicture(const ViewOptions& options, const Talk& talk, Size size,
     if (view.grid.triangles > kAutoGridLive.triangles) view.grid = kAutoGridLive;
     // Its photo has the page's size, whatever the grid.
     view.whole_photo = true;
-    const Target target = {size, 1, everywhere(amount), kLongestPageSide};
+    const Target target = {size, 1, pathEverywhere(amount), kLongestPageSide};
     const media::Plane& depth = input.depth.plane;
     const FitPlan fit =
         fitFor(view, target, {input.photo.width, input.photo.height}, {depth.width, depth.height}, 1.0);

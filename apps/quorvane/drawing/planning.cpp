@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "apps/quorvane/terminal/text.h"
 #include "media/picture/resample.h"
 #include "sizes/detail.h"
 #include "system/error.h"
@@ -45,6 +46,11 @@ Shown shownIn(const Target& target, double visible) {
 }
 
 }  // namespace
+
+SourcePhoto::SourcePhoto(media::RgbImage all) : pixels(std::move(all)), size({pixels.width, pixels.height}) {}
+
+SourcePhoto::SourcePhoto(media::RgbImage some, Size whole_size, std::function<media::RgbImage()> decode_whole)
+    : pixels(std::move(some)), size(whole_size), whole(std::move(decode_whole)) {}
 
 FitPlan fitFor(const ViewOptions& options, const Target& target, Size photo, Size depth, double visible) {
     return options.whole_photo ? planFit(photo, depth, target.size, target.largest_texture, options.grid)
@@ -117,6 +123,37 @@ FittedPicture fitPicture(const ViewOptions& options, const Target& target, Size 
     if (!options.whole_photo && !showsDetail(fit.fit, fit.photo, shownIn(target, visible)))
         picture = planned(visible);
     return picture;
+}
+
+PlannedInput planInput(const ViewOptions& options, const Talk& talk, Target target, SourcePhoto photo,
+                       const media::Plane& depth) {
+    const auto say = [&talk](const std::string& line) {
+        if (talk.verbosity > 0) std::fputs(line.c_str(), stderr);
+    };
+    // The last one needs no copy, but which one that is shows only afterwards.
+    const auto photo_for = [&photo](const FitPlan& fit) {
+        const bool has_few = photo.pixels.width < photo.size.width;
+        const auto needs_more = [&](int wanted, int has, int part, int whole) {
+            return static_cast<int64_t>(wanted) * whole > static_cast<int64_t>(has) * part;
+        };
+        if (has_few &&
+            (needs_more(fit.fit.photo.width, photo.pixels.width, fit.photo.width, photo.size.width) ||
+             needs_more(fit.fit.photo.height, photo.pixels.height, fit.photo.height, photo.size.height)))
+            photo.pixels = photo.whole();
+        return fittedPhoto(fit, photo.size, photo.pixels);
+    };
+    FittedPicture fitted = fitPicture(options, target, photo.size, photo_for, depth);
+    if (fitted.photo.samples.empty()) fitted.photo = photo_for(fitted.fit);
+    const FitPlan& plan = fitted.fit;
+    const Fit& fit = plan.fit;
+    if (plan.cut)
+        say(formatted("cut      the middle %d x %d of the photo, for the picture's aspect\n",
+                      plan.photo.width, plan.photo.height));
+    say(formatted("fitted   photo %d x %d%s, depth %d x %d%s, %d photo pixels a cell\n", fit.photo.width,
+                  fit.photo.height, fit.photo == plan.photo ? "" : " (resampled)", fit.depth.width,
+                  fit.depth.height, fit.depth == plan.depth ? "" : " (scaled)", fit.ratio));
+    saySwing(fitted.plan, talk);
+    return {std::move(fitted.photo), std::move(fitted.plan), std::move(target), fitted.fit};
 }
 
 }  // namespace quorvane::app

@@ -64,6 +64,30 @@ struct FittedPicture {
 FittedPicture fitPicture(const ViewOptions& options, const Target& target, Size photo_size,
                          const PhotoFor& photo_for, const media::Plane& depth);
 
+/// Both images as the renderer takes them together.
+struct PlannedInput {
+    media::RgbImage photo;
+    PicturePlan plan;
+    Target target;  ///< that it was planned for
+    FitPlan fit;
+};
+
+/// A photo that may have been shrunk while it was decoded.
+struct SourcePhoto {
+    /// All pixels, which is what no `whole` gives.
+    SourcePhoto(media::RgbImage all);  // NOLINT(google-explicit-constructor)
+    SourcePhoto(media::RgbImage some, Size whole_size, std::function<media::RgbImage()> decode_whole);
+
+    media::RgbImage pixels;
+    Size size;                               ///< of the whole photo
+    std::function<media::RgbImage()> whole;  ///< called where `pixels` are too few
+};
+
+/// Cuts the images to the picture's aspect, fits their sizes to each other and plans the picture. `depth` is
+/// on the scale 0..255, larger = nearer. Arithmetic only: any thread, no context. Throws Error.
+PlannedInput planInput(const ViewOptions& options, const Talk& talk, Target target, SourcePhoto photo,
+                       const media::Plane& depth);
+
 }  // namespace quorvane::app
 
 #endif

@@ -31,23 +31,24 @@ Renderer chosenRenderer(const ViewOptions& options) {
 
 }  // namespace
 
-SourcePhoto::SourcePhoto(media::RgbImage all) : pixels(std::move(all)), size({pixels.width, pixels.height}) {}
-
-SourcePhoto::SourcePhoto(media::RgbImage some, Size whole_size, std::function<media::RgbImage()> decode_whole)
-    : pixels(std::move(some)), size(whole_size), whole(std::move(decode_whole)) {}
-
 View::View(const ViewOptions& options, const Talk& talk, Size picture)
     : m_options(options), m_talk(talk), m_picture(picture), m_supersample(options.supersample) {
     if (talk.verbosity > 1) __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
     m_context = contextFor(chosenRenderer(options));
     say(formatted("renderer %s\n", m_context != nullptr ? "gl" : "software"));
-    makeView();
+    makeView([this](Size size, int samples, std::unique_ptr<PhotoView>* view) {
+        return createView(m_context.get(), size, m_options.orientation, samples, view);
+    });
 }
 
-void View::makeView() {
-    const Status made =
-        createView(m_context.get(), {m_picture.width * m_supersample, m_picture.height * m_supersample},
-                   m_options.orientation, m_supersample > 1 ? 1 : m_options.samples, &m_view);
+View::View(const ViewOptions& options, const Talk& talk, Size picture, const ViewMaker& make)
+    : m_options(options), m_talk(talk), m_picture(picture), m_supersample(options.supersample) {
+    makeView(make);
+}
+
+void View::makeView(const ViewMaker& make) {
+    const Status made = make({m_picture.width * m_supersample, m_picture.height * m_supersample},
+                             m_supersample > 1 ? 1 : m_options.samples, &m_view);
     if (!made && m_supersample > 1)
         throw Error(made.message() + " (--supersample " + std::to_string(m_supersample) +
                     " multiplies them)");
@@ -62,32 +63,12 @@ void View::say(const std::string& line) const {
     if (m_talk.verbosity > 0) std::fputs(line.c_str(), stderr);
 }
 
+Target View::target(std::vector<Position> path) const {
+    return {m_picture, m_supersample, std::move(path), m_view->largestPhotoSide()};
+}
+
 PlannedInput View::plan(SourcePhoto photo, const media::Plane& depth, std::vector<Position> path) const {
-    Target target = {m_picture, m_supersample, std::move(path), m_view->largestPhotoSide()};
-    // The last one needs no copy, but which one that is shows only afterwards.
-    const auto photo_for = [&photo](const FitPlan& fit) {
-        const bool has_few = photo.pixels.width < photo.size.width;
-        const auto needs_more = [&](int wanted, int has, int part, int whole) {
-            return static_cast<int64_t>(wanted) * whole > static_cast<int64_t>(has) * part;
-        };
-        if (has_few &&
-            (needs_more(fit.fit.photo.width, photo.pixels.width, fit.photo.width, photo.size.width) ||
-             needs_more(fit.fit.photo.height, photo.pixels.height, fit.photo.height, photo.size.height)))
-            photo.pixels = photo.whole();
-        return fittedPhoto(fit, photo.size, photo.pixels);
-    };
-    FittedPicture fitted = fitPicture(m_options, target, photo.size, photo_for, depth);
-    if (fitted.photo.samples.empty()) fitted.photo = photo_for(fitted.fit);
-    const FitPlan& plan = fitted.fit;
-    const Fit& fit = plan.fit;
-    if (plan.cut)
-        say(formatted("cut      the middle %d x %d of the photo, for the picture's aspect\n",
-                      plan.photo.width, plan.photo.height));
-    say(formatted("fitted   photo %d x %d%s, depth %d x %d%s, %d photo pixels a cell\n", fit.photo.width,
-                  fit.photo.height, fit.photo == plan.photo ? "" : " (resampled)", fit.depth.width,
-                  fit.depth.height, fit.depth == plan.depth ? "" : " (scaled)", fit.ratio));
-    saySwing(fitted.plan, m_talk);
-    return {std::move(fitted.photo), std::move(fitted.plan), std::move(target), fitted.fit};
+    return planInput(m_options, m_talk, target(std::move(path)), std::move(photo), depth);
 }
 
 void View::upload(const PlannedInput& input) {

@@ -7,30 +7,13 @@
 #include "apps/quorvane/drawing/planning.h"
 #include "apps/quorvane/terminal/talk.h"
 #include "media/picture/image.h"
-#include "media/picture/resample.h"
 #include "quorvane/host/OffscreenContext.h"
 #include "quorvane/host/PhotoView.h"
 
 namespace quorvane::app {
 
-/// Both images as the renderer takes them together.
-struct PlannedInput {
-    media::RgbImage photo;
-    PicturePlan plan;
-    Target target;  ///< that it was planned for
-    FitPlan fit;
-};
-
-/// A photo that may have been shrunk while it was decoded.
-struct SourcePhoto {
-    /// All pixels, which is what no `whole` gives.
-    SourcePhoto(media::RgbImage all);  // NOLINT(google-explicit-constructor)
-    SourcePhoto(media::RgbImage some, Size whole_size, std::function<media::RgbImage()> decode_whole);
-
-    media::RgbImage pixels;
-    Size size;                               ///< of the whole photo
-    std::function<media::RgbImage()> whole;  ///< called where `pixels` are too few
-};
+/// Makes a view for pictures of that size, drawn with so many samples a pixel.
+using ViewMaker = std::function<Status(Size picture, int samples, std::unique_ptr<PhotoView>* view)>;
 
 /// A view of a photo and its depth map, drawn by the renderer of its options. Used in the order of its
 /// functions, all of which throw Error.
@@ -38,12 +21,17 @@ class View {
   public:
     View(const ViewOptions& options, const Talk& talk, Size picture);
 
+    /// A view that `make` makes, whatever renderer the options name: for who has a context of his own.
+    View(const ViewOptions& options, const Talk& talk, Size picture, const ViewMaker& make);
+
     /// How many times as large pictures are drawn on either axis, which are then to be averaged: as the
     /// options say, or by the driver.
     int supersample() const { return m_supersample; }
 
-    /// Cuts the images to the picture's aspect, fits their sizes to each other and plans the picture that is
-    /// seen from all places of `path`. `depth` is on the scale 0..255, larger = nearer.
+    /// What is asked of a plan for pictures from all places of `path`.
+    Target target(std::vector<Position> path) const;
+
+    /// planInput for that target.
     PlannedInput plan(SourcePhoto photo, const media::Plane& depth, std::vector<Position> path) const;
 
     void upload(const PlannedInput& input);
@@ -62,7 +50,7 @@ class View {
     media::GrayImage shapedDepth() const;  ///< at grid size
 
   private:
-    void makeView();
+    void makeView(const ViewMaker& make);
     void say(const std::string& line) const;
 
     std::unique_ptr<OffscreenContext> m_context;  ///< none where the processor draws
