@@ -97,6 +97,9 @@ void writeContainers(const std::string& root) {
     with_original.orientation = 6;
     linear.terms.format = "RangeLinear";
     linear.manner.prefix_suffix = "x";
+    writeTexts(root + "/xmp", {"<?xpacket begin=\"\xef\xbb\xbf\"?><x:a xmlns:x=\"u\" xmlns=\"v\" "
+                               "x:b=\"&lt;&#x41;\" c='d'><!-- e -->"
+                               "<f>g&amp;<![CDATA[<h>]]></f><i/></x:a><?xpacket end=\"w\"?>"});
     writeTexts(root + "/gdepth", {gdepthFile(photo, plane), gdepthFile(photo, plane, inline_data),
                                   gdepthFile(photo, plane, with_original), gdepthFile(photo, plane, linear)});
 

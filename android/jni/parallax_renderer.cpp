@@ -12,9 +12,7 @@
 #include "fit_sizes.h"
 #include "java.h"
 #include "picture_plan.h"
-#ifdef QUORVANE_PORTRAIT_PHOTO
 #include "portrait_photo.h"
-#endif
 
 namespace {
 
@@ -261,9 +259,8 @@ extern "C" JNIEXPORT jint JNI_OnLoad(JavaVM* machine, void*) {
     };
     const jint count = sizeof methods / sizeof methods[0];
     if (env->RegisterNatives(type, methods, count) != JNI_OK) return JNI_ERR;
-    if (!quorvane::registerFitSizes(env) || !quorvane::registerPicturePlan(env)) return JNI_ERR;
-#ifdef QUORVANE_PORTRAIT_PHOTO
-    if (!quorvane::registerPortraitPhoto(env)) return JNI_ERR;
-#endif
+    if (!quorvane::registerFitSizes(env) || !quorvane::registerPicturePlan(env) ||
+        !quorvane::registerPortraitPhoto(env))
+        return JNI_ERR;
     return JNI_VERSION_1_6;
 }

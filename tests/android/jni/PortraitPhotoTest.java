@@ -27,7 +27,6 @@ final class PortraitPhotoTest {
     // What is found.
 
     public void allContainersAreThereButHeic() {
-        check(PortraitPhoto.isAvailable(), "photos can be read");
         same(
                 Arrays.asList(
                         "Dynamic Depth 1.0",

@@ -54,6 +54,69 @@ TEST(Xmp, NamesAreMatchedByNamespaceNotByPrefix) {
     EXPECT_EQ(read(packet("Near=\"1\"")).text(kNs, "Near"), "") << "in no namespace";
 }
 
+TEST(Xmp, TextMeansWhatXmlSays) {
+    const auto text = [](const std::string& inside) {
+        return std::string(read(packet("", "<d:Near>" + inside + "</d:Near>")).find(kNs, "Near")->text);
+    };
+    EXPECT_EQ(text("&lt;&gt;&amp;&apos;&quot;"), "<>&'\"");
+    EXPECT_EQ(text("&#65;&#x42;&#x43;&#xe4;&#x20AC;&#x1F600;"), "ABC\xc3\xa4\xe2\x82\xac\xf0\x9f\x98\x80");
+    EXPECT_EQ(text("a<!-- <b> -->c<?d e?>f<![CDATA[<&amp;>]]>g"), "acf<&amp;>g");
+    EXPECT_EQ(text("a\r\nb\rc\nd\te"), "a\nb\nc\nd\te");
+    EXPECT_EQ(text("\xc3\xa4"), "\xc3\xa4");
+    const Xmp quoted = read(packet("d:Near = 'a\"\r\n\tb&#10;c>'"));
+    EXPECT_EQ(quoted.find(kNs, "Near")->text, "a\"  b\nc>");
+}
+
+TEST(Xmp, ANamespaceHoldsWithinItsElement) {
+    const Xmp xmp =
+        read("<a xmlns='u' b='1'><a xmlns='v'><c/></a><c xml:d='2'/><e:c xmlns:e='w' c='3'/></a>");
+    EXPECT_EQ(xmp.nodes()[0].ns, "u");
+    EXPECT_EQ(xmp.text("", "b"), "1") << "an attribute without a prefix is in none";
+    EXPECT_NE(xmp.find("v", "c"), nullptr);
+    EXPECT_NE(xmp.find("u", "c"), nullptr);
+    EXPECT_EQ(xmp.text("http://www.w3.org/XML/1998/namespace", "d"), "2");
+    EXPECT_NE(xmp.find("w", "c"), nullptr);
+}
+
+TEST(Xmp, WhatIsNotXmlIsRefused) {
+    for (const char* text : {"<a>",
+                             "<a></b>",
+                             "<a/><b/>",
+                             "<a/>b",
+                             "<a b></a>",
+                             "<a b=c/>",
+                             "<a b='1'c='2'/>",
+                             "<a b='<'/>",
+                             "<a:b/>",
+                             "<:a/>",
+                             "<a:/>",
+                             "<a>&b;</a>",
+                             "<a>&amp</a>",
+                             "<a>&#;</a>",
+                             "<a>&#0;</a>",
+                             "<a>&#xd800;</a>",
+                             "<a>&#x110000;</a>",
+                             "<a>&#99999999999999999999;</a>",
+                             "<a>\x01</a>",
+                             "<a>\xc0\xaf</a>",
+                             "<a>\xed\xa0\x80</a>",
+                             "<a>\xf4\x90\x80\x80</a>",
+                             "<a>\xe4</a>",
+                             "<a b='\xff'/>",
+                             "<\xff/>",
+                             "</a>",
+                             "<>",
+                             "< a/>",
+                             "<a/ >",
+                             "<!a><a/>",
+                             "<![CDATA[]]><a/>",
+                             "<a><!--</a>",
+                             "<?b",
+                             "\xff\xfe<\0a\0"})
+        EXPECT_NE(Xmp().add(text), "") << text;
+    EXPECT_NE(Xmp().add("<a>\0</a>"s), "");
+}
+
 TEST(Xmp, SearchStaysBelowAnAncestor) {
     const Xmp xmp = read(packet("d:Near=\"0\"",
                                 "<d:Camera><d:Map d:Near=\"1\"/></d:Camera>"

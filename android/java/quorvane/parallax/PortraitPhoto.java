@@ -93,27 +93,13 @@ public final class PortraitPhoto {
     }
 
     /**
-     * Tells whether photos can be read at all: a native library that was built without expat does
-     * not.
-     *
-     * @return whether {@link #read} works
-     */
-    public static boolean isAvailable() {
-        return !containers().isEmpty();
-    }
-
-    /**
      * Names the ways of keeping a depth, or two views, that are looked for.
      *
-     * @return the first has preference; empty where photos cannot be read
+     * @return the first has preference
      */
     public static List<String> containers() {
         ParallaxRenderer.loadLibrary();
-        try {
-            return Collections.unmodifiableList(Arrays.asList(nativeContainers()));
-        } catch (UnsatisfiedLinkError absent) {
-            return Collections.emptyList();
-        }
+        return Collections.unmodifiableList(Arrays.asList(nativeContainers()));
     }
 
     /**
@@ -133,10 +119,7 @@ public final class PortraitPhoto {
             throw new ParallaxException(
                     "photo file: the buffer is not direct; ByteBuffer.allocateDirect makes one");
         }
-        if (!isAvailable()) {
-            throw new ParallaxException(
-                    "photo file: cannot be looked into; build the native library with expat");
-        }
+        ParallaxRenderer.loadLibrary();
         return nativeRead(file, file.position(), file.remaining());
     }
 
@@ -421,8 +404,6 @@ public final class PortraitPhoto {
     private static double inverseRange(double t, double near, double far) {
         return near * (1.0 - t) / (near + t * (far - near));
     }
-
-    // Absent where the library was built without expat.
 
     private static native String[] nativeContainers();
 
