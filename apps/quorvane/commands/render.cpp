@@ -1,3 +1,5 @@
+#include "apps/quorvane/commands/render.h"
+
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -137,7 +139,7 @@ media::SharePage pageOf(const RenderOptions& options, Size size, Input input) {
     return page;
 }
 
-void render(const RenderOptions& options) {
+Rendered render(const RenderOptions& options) {
     const media::OutputFormat& format = check(options);
     refuseSameOutput(options.out, options.view.timings, "picture and timings");
     keep({options.input.photo, options.input.depth, options.input.pair.right}, options, format);
@@ -155,6 +157,7 @@ void render(const RenderOptions& options) {
     Input input =
         times.measure(Stage::kDecode, [&] { return readInput(options.input, options.talk, source, enough); });
     throwIfCancelled();
+    Rendered rendered = {source.origin, source.depth, input.findings, input.remarks};
 
     const Size size = chooseSize(options, input.photo_size, format);
     if (format.kind == OutputKind::kPage) {
@@ -163,7 +166,7 @@ void render(const RenderOptions& options) {
         throwIfCancelled();
         output.commit();
         if (!options.talk.quiet) noteIdleOptions(options, format.kind);
-        return;
+        return rendered;
     }
     const std::unique_ptr<media::ClipWriter> writer =
         times.measure(Stage::kSetUp, [&] { return openOutput(options, format, size); });
@@ -192,6 +195,7 @@ void render(const RenderOptions& options) {
     }
     if (!options.talk.quiet) noteIdleOptions(options, format.kind);
     if (options.stats) std::fputs(times.table(frames, writers.threads).c_str(), stderr);
+    return rendered;
 }
 
 int parseFrames(const std::string& text) {
@@ -218,7 +222,21 @@ void addMotionOptions(CommandLine* line, RenderOptions* options) {
              .called("X,Y"));
 }
 
-std::function<void()> prepare(CommandLine* line) {
+/// What may be the same for many photos, but for where the depth comes from.
+void addPictureAndViewOptions(CommandLine* line, RenderOptions* options) {
+    addMotionOptions(line, options);
+    options->of_pages.push_back(
+        &line->text("--alt", &options->alt, "in a page: what the photo shows, for people who do not see it")
+             .called("TEXT"));
+    options->of_pages.push_back(
+        &line->text("--title", &options->title, "a page's title (default: as --alt)").called("TEXT"));
+    line->flag("--force", &options->force, "replace the numbered frames in a folder that is not empty");
+    addViewOptions(line, &options->view);
+}
+
+}  // namespace
+
+RenderLine addRenderLine(CommandLine* line) {
     const auto options = std::make_shared<RenderOptions>();
     addInputOptions(line, &options->input);
     line->text("-o,--out", &options->out,
@@ -228,24 +246,22 @@ std::function<void()> prepare(CommandLine* line) {
                    ": a page to share, which moves as it is watched; else a folder")
         .called("PATH")
         .required();
-    addMotionOptions(line, options.get());
-    options->of_pages.push_back(
-        &line->text("--alt", &options->alt, "in a page: what the photo shows, for people who do not see it")
-             .called("TEXT"));
-    options->of_pages.push_back(
-        &line->text("--title", &options->title, "a page's title (default: as --alt)").called("TEXT"));
-    line->flag("--force", &options->force, "replace the numbered frames in a folder that is not empty");
+    addPictureAndViewOptions(line, options.get());
     options->of_frames.push_back(&line->flag(
         "--stats", &options->stats,
         "say at the end what each stage took; with several frames, encoding runs while the next ones are "
         "drawn, and for a clip it is the wait for ffmpeg"));
     addTalkOptions(line, &options->talk);
-    addViewOptions(line, &options->view);
     addTimingsOption(line, &options->view);
-    return [options] { render(*options); };
+    return {[options] { check(*options); }, [options] { return render(*options); }};
 }
 
-}  // namespace
+std::shared_ptr<void> addRenderOptions(CommandLine* line) {
+    const auto options = std::make_shared<RenderOptions>();
+    addDepthOptions(line, &options->input, nullptr);
+    addPictureAndViewOptions(line, options.get());
+    return options;
+}
 
 Command renderCommand() {
     return {"render",
@@ -263,7 +279,7 @@ Command renderCommand() {
              {"one still, seen from the left", "quorvane render photo.jpg depth.png -o left.png --at -1,0"},
              {"numbered frames that stay in place where the photo shows its top left",
               "quorvane render photo.jpg depth.png -o frames/ --pivot 0.1,0.1"}},
-            prepare};
+            [](CommandLine* line) -> std::function<void()> { return addRenderLine(line).render; }};
 }
 
 }  // namespace quorvane::app

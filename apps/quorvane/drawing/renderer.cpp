@@ -3,6 +3,8 @@
 #include <cutils/properties.h>
 
 #include <cstdlib>
+#include <map>
+#include <optional>
 
 #include "quorvane/host/ParallaxView.h"
 #include "software/SoftwareView.h"
@@ -17,9 +19,7 @@ bool debugs() {
     return property_get("quorvane.debug", value, "0") > 0 && std::atoi(value) != 0;
 }
 
-}  // namespace
-
-std::unique_ptr<OffscreenContext> contextFor(Renderer renderer) {
+std::shared_ptr<OffscreenContext> newContextFor(Renderer renderer) {
     std::unique_ptr<OffscreenContext> context;
     if (renderer == Renderer::kSoftware) return context;
     const Status made = OffscreenContext::create(&context);
@@ -30,6 +30,25 @@ std::unique_ptr<OffscreenContext> contextFor(Renderer renderer) {
     if (made && context->drawsInSoftware() && !debugs()) context.reset();
     return context;
 }
+
+using Contexts = std::map<Renderer, std::shared_ptr<OffscreenContext>>;
+std::optional<Contexts> g_warm;
+
+}  // namespace
+
+std::shared_ptr<OffscreenContext> contextFor(Renderer renderer) {
+    if (!g_warm) return newContextFor(renderer);
+    auto found = g_warm->find(renderer);
+    if (found == g_warm->end()) found = g_warm->emplace(renderer, newContextFor(renderer)).first;
+    const std::shared_ptr<OffscreenContext>& context = found->second;
+    if (context != nullptr && !context->isCurrent())
+        if (const Status current = context->makeCurrent(); !current) throw Error(current.message());
+    return context;
+}
+
+WarmContexts::WarmContexts() { g_warm.emplace(); }
+
+WarmContexts::~WarmContexts() { g_warm.reset(); }
 
 Status createView(const OffscreenContext* context, Size picture, int orientation, int samples,
                   std::unique_ptr<PhotoView>* view) {

@@ -15,9 +15,19 @@ enum class Renderer {
     kSoftware,  ///< the processor, without OpenGL
 };
 
-/// A context of the graphics driver; none where the processor draws. Throws Error where a driver is wanted
-/// and there is none.
-std::unique_ptr<OffscreenContext> contextFor(Renderer renderer);
+/// A context of the graphics driver, current on this thread; none where the processor draws. Throws Error
+/// where a driver is wanted and there is none.
+std::shared_ptr<OffscreenContext> contextFor(Renderer renderer);
+
+/// While it lives, what contextFor has given is given again to the next who asks: for pictures drawn one
+/// after the other, on one thread, which then find the driver ready. One at a time.
+class WarmContexts {
+  public:
+    WarmContexts();
+    ~WarmContexts();
+    WarmContexts(const WarmContexts&) = delete;
+    WarmContexts& operator=(const WarmContexts&) = delete;
+};
 
 /// A view for pictures of that size in `context`, which is contextFor's. `samples` a pixel are as in
 /// ViewOptions of the host; where the processor draws, kAutoSamples is 1.

@@ -53,7 +53,7 @@ class View {
     void makeView(const ViewMaker& make);
     void say(const std::string& line) const;
 
-    std::unique_ptr<OffscreenContext> m_context;  ///< none where the processor draws
+    std::shared_ptr<OffscreenContext> m_context;  ///< none where the processor draws
     std::unique_ptr<PhotoView> m_view;
     ViewOptions m_options;
     Talk m_talk;

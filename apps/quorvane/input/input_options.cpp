@@ -52,10 +52,14 @@ Option& addModelOptions(CommandLine* line, ModelOptions* options) {
 
 void addInputOptions(CommandLine* line, InputOptions* options) {
     line->text("PHOTO", &options->photo, "JPEG, PNG, WebP, HEIC, AVIF or TIFF").required();
-    Option& depth = line->text(
+    const Option& depth = line->text(
         "DEPTH", &options->depth,
         "gray picture of 8 or 16 bit, any size, larger = nearer (default: the depth inside PHOTO, else "
         "NAME_depth.*, NAME-depth.* or depth/NAME.* next to it, else what two views inside PHOTO give)");
+    addDepthOptions(line, options, &depth);
+}
+
+void addDepthOptions(CommandLine* line, InputOptions* options, const Option* depth) {
     Option& estimator =
         line->parsed(
                 "--depth-cmd",
@@ -72,10 +76,14 @@ void addInputOptions(CommandLine* line, InputOptions* options) {
                 "PHOTO has colour and depth side by side; the half that is the depth: right, left, "
                 "below or above")
             .called("SIDE");
-    estimator.excludes(depth);
-    model.excludes(depth).excludes(estimator);
-    half.excludes(depth).excludes(estimator).excludes(model);
-    addPairOptions(line, &options->pair, {&depth, &estimator, &model, &half});
+    model.excludes(estimator);
+    half.excludes(estimator).excludes(model);
+    std::vector<const Option*> others = {&estimator, &model, &half};
+    if (depth != nullptr) {
+        for (Option* other : {&estimator, &model, &half}) other->excludes(*depth);
+        others.push_back(depth);
+    }
+    addPairOptions(line, &options->pair, others);
     std::vector<std::string> turns;
     for (media::Turn turn = kFirstTurn; turn < media::kTurns; ++turn)
         turns.emplace_back(media::kTurnWords[turn].name);

@@ -40,6 +40,9 @@ Option& addModelOptions(CommandLine* line, ModelOptions* options);
 /// Adds PHOTO, DEPTH and what else says where the depth comes from and how it lies.
 void addInputOptions(CommandLine* line, InputOptions* options);
 
+/// The same without PHOTO and DEPTH. `depth` is DEPTH, which some of the options exclude, or null.
+void addDepthOptions(CommandLine* line, InputOptions* options, const Option* depth);
+
 }  // namespace quorvane::app
 
 #endif
