@@ -126,8 +126,9 @@ Result resultOf(const Job& job, const std::string& pictures) {
     app::Input input = app::readInput(options, app::findDepth(options));
     const Size size = pictureSize({input.photo.width, input.photo.height}, kLongest, false);
     app::View view({}, {}, size);
-    const app::PlannedInput planned = view.plan(std::move(input.photo), input.depth.plane,
-                                                app::pathAround({}, app::motions().front(), 1.0, 1));
+    const app::PlannedInput planned =
+        view.plan(std::move(input.photo), input.depth.plane,
+                  app::pathAround({}, app::parseMotion(app::motions().front().name), 1.0, 1));
     view.upload(planned);
     const std::string name = job.photo.substr(job.photo.rfind('/') + 1);
     const auto drawn = [&](double x, const char* end) {

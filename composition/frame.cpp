@@ -98,13 +98,19 @@ double largestVisiblePart(const BentGrid& grid, const Camera& camera, ViewPositi
 
 Frame suggestFrame(const BentGrid& grid, const Camera& camera, const std::vector<ViewPosition>& positions) {
     const std::vector<GridVertex> outline = outlineOf(grid);
-    return frameFor([&](double swing) {
+    double farthest = positions.empty() ? 1.0 : positions.front().zoom;
+    for (const ViewPosition& position : positions) farthest = std::min(farthest, position.zoom);
+    // What the picture that is zoomed the least shows of each side.
+    Frame frame = frameFor([&](double swing) {
         double least = 1.0;
         for (const ViewPosition& position : positions)
-            least = std::min(
-                least, largestVisiblePart(outline, grid, camera, {position.x * swing, position.y * swing}));
+            least = std::min(least, position.zoom / farthest *
+                                        largestVisiblePart(outline, grid, camera,
+                                                           {position.x * swing, position.y * swing}));
         return least;
     });
+    frame.fov_scale = std::min(1.0, farthest * frame.fov_scale);
+    return frame;
 }
 
 Frame suggestFrame(const BentGrid& grid, const Camera& camera, ViewPosition reach) {

@@ -15,14 +15,15 @@ double largestVisiblePart(const BentGrid& grid, const Camera& camera, ViewPositi
 
 /// How much of the photo is shown, and how far the view swings.
 struct Frame {
-    double fov_scale = 1.0;
-    double swing = 1.0;  ///< what every position is multiplied by: 1 unless the swing had to be reduced
+    double fov_scale = 1.0;  ///< where the zoom is 1
+    double swing = 1.0;      ///< what x and y are multiplied by: 1 unless the swing had to be reduced
 };
 
-/// The frame never shows less than this part of each side; the swing is reduced instead.
+/// The picture that shows most shows no less than this part of each side; the swing is reduced instead.
 constexpr double kLeastVisiblePart = 0.5;
 
-/// The largest frame with which none of the pictures from `positions` shows anything but the photo.
+/// The largest frame with which none of the pictures from `positions` shows anything but the photo, at most
+/// 1.
 Frame suggestFrame(const BentGrid& grid, const Camera& camera, const std::vector<ViewPosition>& positions);
 
 /// The same for every position from (-reach.x, -reach.y) to (reach.x, reach.y).

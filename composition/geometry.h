@@ -29,6 +29,7 @@ constexpr double depthAtDistance(double distance) {
 struct ViewPosition {
     double x = 0.0;
     double y = 0.0;
+    double zoom = 1.0;  ///< the picture shows the part `fov_scale` / `zoom` of each side
 };
 
 /// What the renderer draws: a grid of cells that the shaped depth bends.

@@ -18,8 +18,7 @@ double twiceArea(const PicturePoint& a, const PicturePoint& b, const PicturePoin
 /// Goes through the pictures and keeps the largest of every cell.
 class Pictures {
   public:
-    Pictures(const BentGrid& grid, double fov_scale)
-        : m_grid(grid), m_columns(static_cast<size_t>(grid.depth.width)), m_fov_scale(fov_scale) {
+    explicit Pictures(const BentGrid& grid) : m_grid(grid), m_columns(static_cast<size_t>(grid.depth.width)) {
         const auto rows = static_cast<size_t>(grid.depth.height);
         m_vertices.reserve((m_columns + 1) * (rows + 1));
         for (int row = 0; row <= grid.depth.height; ++row)
@@ -30,7 +29,7 @@ class Pictures {
         m_stretch.seen.assign(m_columns * rows, 0);
     }
 
-    void add(const Camera& camera, ViewPosition position) {
+    void add(const Camera& camera, double fov_scale, ViewPosition position) {
         const Turn turn(camera, position);
         for (size_t i = 0; i < m_vertices.size(); ++i) {
             const GridVertex turned = turn(m_vertices[i]);
@@ -45,7 +44,7 @@ class Pictures {
             const PicturePoint* below = above + m_columns + 1;
             const double x = (above[0].x + above[1].x + below[0].x + below[1].x) / 4.0;
             const double y = (above[0].y + above[1].y + below[0].y + below[1].y) / 4.0;
-            if (!(std::abs(x) <= m_fov_scale && std::abs(y) <= m_fov_scale)) continue;
+            if (!(std::abs(x) <= fov_scale && std::abs(y) <= fov_scale)) continue;
             m_stretch.seen[cell] = 1;
             // As the mesh is divided into triangles.
             const double area = (std::max(0.0, twiceArea(above[0], above[1], below[0])) +
@@ -55,7 +54,7 @@ class Pictures {
             m_stretch.times[cell] = std::max(m_stretch.times[cell], static_cast<float>(times));
             if (times >= kStreak) streaks += area;
         }
-        const double part = streaks / (4.0 * m_fov_scale * m_fov_scale);
+        const double part = streaks / (4.0 * fov_scale * fov_scale);
         m_stretch.streaked_part = std::min(1.0, std::max(m_stretch.streaked_part, part));
     }
 
@@ -74,7 +73,6 @@ class Pictures {
   private:
     const BentGrid& m_grid;
     size_t m_columns;
-    double m_fov_scale;
     std::vector<GridVertex> m_vertices;
     std::vector<PicturePoint> m_drawn;
     Stretch m_stretch;
@@ -84,9 +82,9 @@ class Pictures {
 
 Stretch stretchOf(const BentGrid& grid, const Camera& camera, double fov_scale,
                   const std::vector<ViewPosition>& positions) {
-    Pictures pictures(grid, fov_scale);
-    pictures.add(camera, {0.0, 0.0});
-    for (const ViewPosition& position : positions) pictures.add(camera, position);
+    Pictures pictures(grid);
+    pictures.add(camera, fov_scale, {});
+    for (const ViewPosition& position : positions) pictures.add(camera, fov_scale / position.zoom, position);
     return pictures.finish();
 }
 

@@ -29,7 +29,8 @@ struct Stretch {
     double streaked_part = 0.0;
 };
 
-/// The stretch in the pictures from `positions`, that show the part `fov_scale` of each side.
+/// The stretch in the pictures from `positions`, that show the part `fov_scale` of each side where they are
+/// not zoomed.
 Stretch stretchOf(const BentGrid& grid, const Camera& camera, double fov_scale,
                   const std::vector<ViewPosition>& positions);
 

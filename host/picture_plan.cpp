@@ -182,6 +182,16 @@ std::vector<LookPosition> outermost(const std::optional<std::vector<LookPosition
     return places;
 }
 
+/// Whether the renderer draws every picture of the path. A frame that was given knows nothing of the zooms.
+Status checkZooms(const std::vector<LookPosition>& path, double fov_scale) {
+    for (const LookPosition& place : path)
+        if (!ParallaxView::checkParameter("fov_scale", fov_scale / place.zoom).ok())
+            return Status::failure(
+                text("zoom: %g of a frame that shows %g of each side would show %.3g; 0.05 to 1 can be shown",
+                     place.zoom, fov_scale, fov_scale / place.zoom));
+    return Status::success();
+}
+
 /// Suggests the frame. Clean edges have the photo's rim eased too, where more can be seen that way.
 Status chooseFrame(const PictureRequest& request, Parameters* parameters, PicturePlan* plan) {
     const LibParam& values = parameters->values();
@@ -209,7 +219,8 @@ Status chooseFrame(const PictureRequest& request, Parameters* parameters, Pictur
     }
     if (!request.frame && !parameters->isChosen("fov_scale")) plan->swing = found.swing;
     parameters->suggest("fov_scale", request.frame.value_or(found.fov_scale));
-    return Status::success();
+    return request.path ? checkZooms(*request.path, static_cast<double>(values.fov_scale))
+                        : Status::success();
 }
 
 Status composePicture(const PictureRequest& request, PicturePlan* plan) {
@@ -280,8 +291,7 @@ Status measureStretch(const PictureRequest& request, const PicturePlan& plan, Pi
             request, {sizes.grid_width, sizes.grid_height, plan.shaped.data()}, parameters.values());
         std::vector<ViewPosition> positions;
         for (const LookPosition& place : outermost(request.path))
-            positions.push_back(positionOf(composed, plan.swing * static_cast<double>(place.x),
-                                           plan.swing * static_cast<double>(place.y)));
+            positions.push_back(positionOf(composed, place, plan.swing));
         Stretch found = stretchOf(composed.grid, cameraOf(composed.parameters), plan.fov_scale, positions);
         *stretch = {std::move(found.times), std::move(found.seen), found.worst_x,
                     found.worst_y,          found.worst_times,     found.streaked_part};

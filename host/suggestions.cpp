@@ -36,8 +36,7 @@ const std::vector<LookPosition> kCorners = {{-1.0f, -1.0f}, {1.0f, 1.0f}};
 ViewPosition reachOf(const Composed& composed, const std::vector<LookPosition>& path, double swing) {
     ViewPosition reach;
     for (const LookPosition& place : path) {
-        const ViewPosition position =
-            positionOf(composed, swing * static_cast<double>(place.x), swing * static_cast<double>(place.y));
+        const ViewPosition position = positionOf(composed, place, swing);
         reach.x = std::max(reach.x, std::abs(position.x));
         reach.y = std::max(reach.y, std::abs(position.y));
     }
@@ -68,17 +67,22 @@ Camera cameraOf(const LibParam& params) {
     return camera;
 }
 
-ViewPosition positionOf(const Composed& composed, double x, double y) {
-    const auto axis = [&](double position, float extent) {
-        return static_cast<double>(lookedFrom(static_cast<float>(position), extent, composed.parameters));
+ViewPosition positionOf(const Composed& composed, const LookPosition& place, double swing) {
+    const auto axis = [&](float position, float extent) {
+        const auto swung = static_cast<float>(swing * static_cast<double>(position));
+        return static_cast<double>(lookedFrom(swung, extent, composed.parameters));
     };
-    return {axis(x, composed.width), axis(y, composed.height)};
+    return {axis(place.x, composed.width), axis(place.y, composed.height), place.zoom};
 }
 
 Status checkPath(const std::vector<LookPosition>& path) {
-    for (const LookPosition& position : path)
+    for (const LookPosition& position : path) {
         if (!(std::isfinite(position.x) && std::isfinite(position.y)))
             return Status::failure("view position: not a finite number");
+        if (!(position.zoom >= kLeastZoom && position.zoom <= kMostZoom))
+            return Status::failure(
+                text("zoom: %g; %g to %g is wanted", position.zoom, kLeastZoom, kMostZoom));
+    }
     return Status::success();
 }
 
@@ -95,9 +99,7 @@ SuggestedFrame frameFor(const Composed& composed, const std::vector<LookPosition
     return reducedFrame([&](double swing) {
         std::vector<ViewPosition> positions;
         positions.reserve(path.size());
-        for (const LookPosition& position : path)
-            positions.push_back(positionOf(composed, swing * static_cast<double>(position.x),
-                                           swing * static_cast<double>(position.y)));
+        for (const LookPosition& place : path) positions.push_back(positionOf(composed, place, swing));
         return suggestFrame(composed.grid, cameraOf(composed.parameters), positions);
     });
 }

@@ -20,8 +20,8 @@ struct Composed {
 
 Camera cameraOf(const LibParam& parameters);
 
-/// Where the renderer stands after ParallaxView::lookAt(x, y).
-ViewPosition positionOf(const Composed& composed, double x, double y);
+/// Where the renderer stands after ParallaxView::lookAt of `place`, `swing` times as far aside.
+ViewPosition positionOf(const Composed& composed, const LookPosition& place, double swing);
 
 Status checkPath(const std::vector<LookPosition>& path);
 

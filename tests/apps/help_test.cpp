@@ -133,11 +133,11 @@ TEST(Help, LinesFitTheTerminal) {
 
 TEST(Help, NamesEveryMotion) {
     const std::string text = help("render");
-    for (const app::Motion& motion : app::motions()) {
+    for (const app::NamedMotion& motion : app::motions()) {
         EXPECT_THAT(text, HasSubstr(std::string("\n  ") + motion.name + " "));
     }
     const Outcome outcome = quorvane({"render", "p.png", "d.png", "-o", "a.mp4", "--motion", "shake"});
-    for (const app::Motion& motion : app::motions()) EXPECT_THAT(outcome.err, HasSubstr(motion.name));
+    for (const app::NamedMotion& motion : app::motions()) EXPECT_THAT(outcome.err, HasSubstr(motion.name));
 }
 
 /// The rows of README.md's table that has the given head.
@@ -156,7 +156,7 @@ std::vector<std::string> readmeTable(const std::string& head) {
 
 TEST(Readme, ListsTheMotions) {
     std::vector<std::string> rows;
-    for (const app::Motion& motion : app::motions())
+    for (const app::NamedMotion& motion : app::motions())
         rows.push_back(std::string("| `") + motion.name + "` | " + motion.meaning + " |");
     EXPECT_EQ(readmeTable("| `--motion` | the view goes |"), rows);
 }

@@ -144,6 +144,50 @@ TEST_F(SuggestionsTest, NoBorderShowsOnAPath) {
         }
 }
 
+TEST_F(SuggestionsTest, NoBorderShowsOnAPathThatZooms) {
+    const std::vector<Bytes> maps = depthMaps();
+    const std::vector<std::vector<LookPosition>> paths = {
+        {{0, 0, 1.0}, {0, 0, 1.5}},                // closer on the spot
+        {{0, 0, 1.0}, {0, 0, 0.6}},                // farther
+        {{-1, 0, 0.8}, {0, 0, 1.2}, {1, 0, 0.8}},  // farther where it is seen from aside
+        {{-1, 0.3f, 2.0}, {0, 0, 1.0}, {1, -1, 4.0}, {0, 1, 0.5}}};
+    for (const PictureSize size : {kAspects[0], kAspects[3]}) {
+        create(size, kFirstSet);
+        for (size_t i = 0; i < maps.size(); ++i) {
+            setImages(kWhite, kCells, maps[i], kDepth);
+            for (size_t p = 0; p < paths.size(); ++p) {
+                SCOPED_TRACE(std::to_string(size.width) + " x " + std::to_string(size.height) + ", map " +
+                             std::to_string(i) + ", path " + std::to_string(p));
+                const SuggestedFrame frame = suggested(paths[p]);
+                for (const LookPosition& at : paths[p]) {
+                    ASSERT_TRUE(view->setParameter("fov_scale", frame.fov_scale / at.zoom).ok());
+                    EXPECT_EQ(borderPixelsFrom(static_cast<double>(at.x) * frame.swing,
+                                               static_cast<double>(at.y) * frame.swing),
+                              0)
+                        << at.x << ", " << at.y << ", " << at.zoom;
+                }
+            }
+        }
+    }
+}
+
+TEST_F(SuggestionsTest, ZoomingOutShowsTheWholePhotoWhereItShowsMost) {
+    create({160, 120}, kFirstSet);
+    setImages(kWhite, kCells, Bytes(kDepth * kDepth, 200), kDepth);
+    EXPECT_NEAR(suggested({{0, 0, 1.0}, {0, 0, 0.8}}).fov_scale, 0.8, 0.001);
+    EXPECT_NEAR(suggested({{0, 0, 1.0}, {0, 0, 3.0}}).fov_scale, 1.0, 0.001) << "closer is shown closer";
+    EXPECT_NEAR(suggested({{0, 0, 2.0}}).fov_scale, 1.0, 0.001) << "closer all the time is shown closer, too";
+    EXPECT_EQ(suggested({{0, 0, 0.5}}).swing, 1.0) << "what zooms out swings as far as it would";
+}
+
+TEST_F(SuggestionsTest, RefusesZoomsOutOfRange) {
+    create({160, 120}, kFirstSet);
+    setImages(kWhite, kCells, Bytes(kDepth * kDepth, 200), kDepth);
+    SuggestedFrame frame;
+    for (const double zoom : {0.49, 4.01, 0.0, -1.0, std::nan("")})
+        EXPECT_THAT(sentence(view->suggestFrame({{0, 0, zoom}}, &frame)), HasSubstr("0.5 to 4 is wanted"));
+}
+
 TEST_F(SuggestionsTest, FrameIsNoSmallerThanItMustBe) {
     create({160, 120}, kFirstSet);
     setImages(kWhite, kCells, Bytes(kDepth * kDepth, 40), kDepth);

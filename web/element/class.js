@@ -43,11 +43,14 @@ const FULL_TILT_RADIANS = 15 * Math.PI / 180;
 const RECENTRING_SECONDS = 5;
 const FASTEST_TURN_RADIANS = 0.6;  // from one sample to the next; more is a jump of the angles
 
+// Where the view stands after a turn: x, y, and how much more than once as large everything is drawn.
 const MOTIONS = {
-  sway: (turn) => [Math.sin(turn), 0],
-  nod: (turn) => [0, Math.sin(turn)],
-  circle: (turn) => [Math.sin(turn), -Math.cos(turn)],
-  eight: (turn) => [Math.sin(turn), 0.5 * Math.sin(2 * turn)],
+  sway: (turn) => [Math.sin(turn), 0, 0],
+  nod: (turn) => [0, Math.sin(turn), 0],
+  circle: (turn) => [Math.sin(turn), -Math.cos(turn), 0],
+  eight: (turn) => [Math.sin(turn), 0.5 * Math.sin(2 * turn), 0],
+  orbit: (turn) => [0.85 * Math.sin(turn), -0.85 * Math.cos(turn), 0],
+  zoom: (turn) => [0, 0, 0.125 - 0.125 * Math.cos(turn)],
 };
 const KEYS = {ArrowLeft: [-1, 0], ArrowRight: [1, 0], ArrowUp: [0, 1], ArrowDown: [0, -1]};
 const ATTRIBUTES = ['src', 'depth', 'raw-depth', 'alt', 'loading', 'motion', 'amount', 'params'];
@@ -244,8 +247,8 @@ export class ParallaxPhoto extends Base {
   #time = 0;
   #idle_timer;
   #idle_since;
-  #at = [0, 0];
-  #target = [0, 0];
+  #at = [0, 0, 0];  // as a motion gives it
+  #target = [0, 0, 0];
   #source = 'load';
   #params = DEFAULTS;
   #box = [0, 0];  // device pixels
@@ -372,7 +375,7 @@ export class ParallaxPhoto extends Base {
   /** Sends the view on its way. */
   _aim(x, y, source) {
     if (source === 'tilt' && prefersStillness()) return;
-    this.#target = [clamp(x), clamp(y)];
+    this.#target = [clamp(x), clamp(y), 0];
     this.#source = source;
     this.#rest();
     this._wake();
@@ -549,7 +552,8 @@ export class ParallaxPhoto extends Base {
     if (canvas.height < height) canvas.height = height;
     const {textures, buffers, count, type, half_width} = this.#gpu;
     const amount = this.amount, {border_deadzone} = this.#params;
-    const matrix = viewMatrix(this.#params, heldPosition(amount * this.#at[0], width, border_deadzone),
+    const params = {...this.#params, fov_scale: this.#params.fov_scale / (1 + amount * this.#at[2])};
+    const matrix = viewMatrix(params, heldPosition(amount * this.#at[0], width, border_deadzone),
                               heldPosition(amount * this.#at[1], height, border_deadzone), half_width);
     // The matrix puts the photo's first row at the bottom; here it is at the top.
     for (let i = 1; i < 16; i += 4) matrix[i] = -matrix[i];
@@ -587,14 +591,15 @@ export class ParallaxPhoto extends Base {
       const turn = (now - this.#idle_since) / 1000 * 2 * Math.PI / IDLE_PERIOD_SECONDS;
       // A motion that starts off the middle is reached softly.
       const swing = IDLE_SWING * Math.min(1, turn);
-      this.#target = this.#idleMotion()(turn).map((value) => swing * value);
+      const places = this.#idleMotions().map((name) => MOTIONS[name](turn));
+      this.#target = [0, 1, 2].map((i) => clamp(places.reduce((sum, place) => sum + swing * place[i], 0)));
       this.#source = 'idle';
     }
-    const left = [this.#target[0] - this.#at[0], this.#target[1] - this.#at[1]];
+    const left = this.#target.map((target, i) => target - this.#at[i]);
     const rests = Math.hypot(...left) < AT_REST;
     const part = rests || prefersStillness() ? 1 : 1 - Math.exp(-seconds / SMOOTHING_SECONDS);
-    if (left[0] || left[1] || !this.#gpu?.drawn) {
-      this.#at = [this.#at[0] + part * left[0], this.#at[1] + part * left[1]];
+    if (left.some((way) => way) || !this.#gpu?.drawn) {
+      this.#at = this.#at.map((at, i) => at + part * left[i]);
       if (part === 1) this.#at = [...this.#target];
       this.#draw();
       const [x, y] = this.#at;
@@ -605,15 +610,15 @@ export class ParallaxPhoto extends Base {
     }
   }
 
-  #idleMotion() {
-    return MOTIONS[this.motion.split(/\s+/).find((word) => word in MOTIONS)];
+  #idleMotions() {
+    return this.motion.split(/\s+/).filter((word) => Object.hasOwn(MOTIONS, word));
   }
 
   /** Ends the idle motion, and starts it again when nothing moves the view for a while. */
   #rest() {
     clearTimeout(this.#idle_timer);
     this.#idle_since = undefined;
-    if (!this.#idleMotion() || !this.isConnected) return;
+    if (!this.#idleMotions().length || !this.isConnected) return;
     this.#idle_timer = setTimeout(() => {
       if (prefersStillness()) return;
       this.#idle_since = 0;
@@ -633,7 +638,7 @@ export class ParallaxPhoto extends Base {
     const step = KEYS[event.key];
     if (event.key === 'Escape') {
       // People must be able to stop what moves by itself.
-      this._aim(...this.#target, 'keys');
+      this._aim(this.#target[0], this.#target[1], 'keys');
       clearTimeout(this.#idle_timer);
       return;
     }

@@ -40,7 +40,7 @@ DepthReport reportOn(const InspectOptions& asked, const Input& input) {
     report.findings = input.findings;
     const Target target = {sizeOf(asked.picture, input.photo_size, kLongestSide, false),
                            supersampleInSoftware(options),
-                           pathAround({}, *asked.picture.motion, asked.picture.amount, 1), kReportedTexture};
+                           pathAround({}, asked.picture.motion, asked.picture.amount, 1), kReportedTexture};
     const auto photo_for = [&input](const FitPlan& fit) {
         return fittedPhoto(fit, input.photo_size, input.photo);
     };

@@ -57,6 +57,9 @@ const media::OutputFormat& check(const RenderOptions& options) {
             throw UsageError("--size " + textOf(size) + ": " + std::string(format.name) +
                              " has even sides, such as " + textOf(even));
     }
+    if (format.kind == OutputKind::kPage && options.picture.motion.names.empty())
+        throw UsageError("--motion " + options.picture.motion.text +
+                         ": a page takes named motions, such as eight or sway+zoom");
     return format;
 }
 
@@ -110,14 +113,14 @@ std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, cons
 
 std::vector<Position> positionsFor(const RenderOptions& options, const media::OutputFormat& format) {
     if (format.kind == OutputKind::kStill) return {options.at};
-    return loopAround(options.at, *options.picture.motion, options.picture.amount, options.frames);
+    return loopAround(options.at, options.picture.motion, options.picture.amount, options.frames);
 }
 
 /// Where the picture is seen from: a still is framed as the motion's frames are, so that it matches them and
 /// other stills.
 std::vector<Position> pathFor(const RenderOptions& options, const media::OutputFormat& format) {
     const bool is_still = format.kind == OutputKind::kStill;
-    std::vector<Position> path = pathAround(is_still ? Position() : options.at, *options.picture.motion,
+    std::vector<Position> path = pathAround(is_still ? Position() : options.at, options.picture.motion,
                                             options.picture.amount, is_still ? 1 : options.frames);
     if (is_still) path.push_back(options.at);
     return path;
@@ -133,7 +136,9 @@ media::SharePage pageOf(const RenderOptions& options, Size size, Input input) {
     page.depth = std::move(picture.depth);
     page.alt = options.alt.empty() ? kAnyPhoto : options.alt;
     page.title = options.title.empty() ? page.alt : options.title;
-    page.motion = std::string("pointer tilt keys ") + options.picture.motion->name;
+    page.motion = "pointer tilt keys";
+    for (const std::string& name : options.picture.motion.names)
+        if (name != "still") page.motion += " " + name;
     page.amount = picture.amount;
     page.parameters = std::move(picture.parameters);
     return page;
@@ -152,7 +157,8 @@ Rendered render(const RenderOptions& options) {
         // A page is given all that it may show.
         return format.kind == OutputKind::kPage
                    ? photo
-                   : enoughPhoto(options.view, chooseSize(options, photo, format), photo);
+                   : enoughPhoto(options.view, chooseSize(options, photo, format), photo,
+                                 closestZoom(pathFor(options, format)));
     };
     Input input =
         times.measure(Stage::kDecode, [&] { return readInput(options.input, options.talk, source, enough); });

@@ -16,34 +16,6 @@ constexpr int64_t kMostHeldBytes = int64_t{512} << 20;
 
 }  // namespace
 
-std::vector<Position> loopAround(Position centre, const Motion& motion, double amount, int frames) {
-    std::vector<Position> positions;
-    positions.reserve(static_cast<size_t>(frames));
-    for (int frame = 0; frame < frames; ++frame) {
-        const Position swing = motionAt(motion, frame, frames);
-        positions.push_back({centre.x + amount * swing.x, centre.y + amount * swing.y});
-    }
-    return positions;
-}
-
-std::vector<Position> pathAround(Position centre, const Motion& motion, double amount, int frames) {
-    // However many frames a clip has, it is framed alike.
-    constexpr int kPlaces = 240;
-    std::vector<Position> path = loopAround(centre, motion, amount, kPlaces);
-    if (kPlaces % frames == 0) return path;
-    const std::vector<Position> own = loopAround(centre, motion, amount, frames);
-    path.insert(path.end(), own.begin(), own.end());
-    return path;
-}
-
-std::vector<Position> pathEverywhere(double amount) {
-    constexpr int kSteps = 4;
-    std::vector<Position> path;
-    for (int y = -kSteps; y <= kSteps; ++y)
-        for (int x = -kSteps; x <= kSteps; ++x) path.push_back({amount * x / kSteps, amount * y / kSteps});
-    return path;
-}
-
 Writers planWriters(const media::OutputFormat& format, int frames, Size size, int supersample) {
     // Compressing a picture keeps one core busy for longer than drawing it keeps all.
     const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));

@@ -11,16 +11,6 @@
 
 namespace quorvane::app {
 
-/// The positions of a loop around `centre`, that `motion` swings `amount` times as far as it could.
-std::vector<Position> loopAround(Position centre, const Motion& motion, double amount, int frames);
-
-/// Places so close together on such a loop that what holds from all of them holds in between, and those of
-/// its frames.
-std::vector<Position> pathAround(Position centre, const Motion& motion, double amount, int frames);
-
-/// Places all over the square that a view stays in which a hand moves `amount` times as far as it could.
-std::vector<Position> pathEverywhere(double amount);
-
 /// Threads that write frames.
 struct Writers {
     int threads;

@@ -1,33 +1,62 @@
 #ifndef QUORVANE_APPS_DRAWING_MOTION_H
 #define QUORVANE_APPS_DRAWING_MOTION_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace quorvane::app {
 
-/// Where the picture is seen from.
+/// Where the picture is seen from, and how closely.
 struct Position {
-    double x = 0.0;  ///< -1 from the left .. 1 from the right
-    double y = 0.0;  ///< -1 from below .. 1 from above
+    double x = 0.0;     ///< -1 from the left .. 1 from the right
+    double y = 0.0;     ///< -1 from below .. 1 from above
+    double zoom = 1.0;  ///< everything is drawn so many times as large: kLeastZoom to kMostZoom of the host
 };
 
 /// "X,Y" of --at: both -1 to 1. Throws UsageError.
 Position parsePosition(const std::string& text);
 
-/// A way to move in a loop.
+/// A way for the view to go, from 0, where it begins, to 1, where it ends.
 struct Motion {
+    std::string text;                       ///< as it was asked for
+    std::function<Position(double)> place;  ///< of any number from 0 to 1
+    std::vector<std::string> names;         ///< of motions() where it joins these alone, else empty
+};
+
+/// A motion that has a name.
+struct NamedMotion {
     const char* name;
     const char* meaning;
-    /// Where it stands after `turn` of its loop, in radians: 2 pi is 0 again.
-    Position (*position)(double turn);
+    const char* expression;  ///< as parseMotion takes it
 };
 
 /// All of them; the first is the usual one.
-const std::vector<Motion>& motions();
+const std::vector<NamedMotion>& motions();
 
-/// Where a loop of `frames` frames stands at frame `frame`, counted from 0.
-Position motionAt(const Motion& motion, int frame, int frames);
+/// What --motion takes: names, expressions, or both, joined by blanks or '+' where each moves something else.
+///
+///   sway+zoom                        names
+///   x=sin(1) y=0.5cos(2)             an axis - x, y or zoom - and what it does: numbers and waves, added
+///   x=0.8sin(-1)-0.1sin(3,0.25)      a wave: height, whole cycles a loop, below 0 backwards, and by how much
+///                                    of a cycle it is ahead
+///
+/// x and y stay within -1 and 1, zoom within kLeastZoom and kMostZoom of the host. Every such motion is a
+/// loop without a seam. Throws UsageError, which names the place in `text`.
+Motion parseMotion(const std::string& text);
+
+/// The positions of a loop of `frames` frames around `centre`, with `amount` of the motion's swing and zoom.
+std::vector<Position> loopAround(Position centre, const Motion& motion, double amount, int frames);
+
+/// Places so close together on such a loop that what holds from all of them holds in between, and those of
+/// its frames.
+std::vector<Position> pathAround(Position centre, const Motion& motion, double amount, int frames);
+
+/// Places all over the square that a view stays in which a hand moves `amount` times as far as it could.
+std::vector<Position> pathEverywhere(double amount);
+
+/// The most that any of these is drawn larger by; 1 of none.
+double closestZoom(const std::vector<Position>& path);
 
 }  // namespace quorvane::app
 

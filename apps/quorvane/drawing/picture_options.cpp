@@ -13,15 +13,15 @@ AddedPictureOptions addPictureOptions(CommandLine* line, const std::string& usua
             "aspect, at most " +
                 usual + ")")
         .called("WxH");
-    std::vector<std::string> names;
     std::vector<std::pair<std::string, std::string>> rows;
-    for (const Motion& motion : motions()) {
-        names.emplace_back(motion.name);
-        rows.emplace_back(motion.name, motion.meaning);
-    }
-    const Option& motion = line->word(
-        "--motion", names, [options](size_t i) { options->motion = &motions()[i]; },
-        "how the view moves, see below (default " + names.front() + ")");
+    for (const NamedMotion& motion : motions()) rows.emplace_back(motion.name, motion.meaning);
+    const Option& motion =
+        line->parsed(
+                "--motion", [options](const std::string& text) { options->motion = parseMotion(text); },
+                "how the view moves: names from the list below, joined as in sway+zoom, or what each axis "
+                "does, as in 'x=sin(1) y=0.5cos(2)' (default " +
+                    options->motion.text + ")")
+            .called("MOTION");
     const Option& amount = line->number("--amount", &options->amount, 0.0, 1.0, "how far the view swings");
     line->table("Motions:", std::move(rows));
     return {motion, amount};

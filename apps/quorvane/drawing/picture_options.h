@@ -13,7 +13,7 @@ namespace quorvane::app {
 /// How large a picture is, and how it moves.
 struct PictureOptions {
     std::optional<PictureSize> size;  ///< without one the photo's aspect, at most as large as is usual
-    const Motion* motion = &motions().front();
+    Motion motion = parseMotion(motions().front().name);
     double amount = 1.0;  ///< how far it goes, 0 to 1
 };
 

@@ -34,12 +34,16 @@ PictureRequest requestFor(const ViewOptions& options, const Target& target, cons
     request.height = target.size.height * target.supersample;
     request.path.emplace();
     for (const Position& position : target.path)
-        request.path->push_back({static_cast<float>(position.x), static_cast<float>(position.y)});
+        request.path->push_back(
+            {static_cast<float>(position.x), static_cast<float>(position.y), position.zoom});
     return request;
 }
 
 // What most photos show, and what few show less than.
 constexpr double kUsuallyVisible = 0.95, kLeastUsuallyVisible = 0.85;
+
+/// What the closest picture of a path shows, where `visible` is shown without a zoom.
+double zoomedTo(double visible, double closest_zoom) { return std::min(1.0, visible / closest_zoom); }
 
 Shown shownIn(const Target& target, double visible) {
     return {{target.size.width * target.supersample, target.size.height * target.supersample}, visible};
@@ -91,10 +95,11 @@ void saySwing(const PicturePlan& plan, const Talk& talk) {
                      plan.swing);
 }
 
-Size enoughPhoto(const ViewOptions& options, Size picture, Size photo) {
+Size enoughPhoto(const ViewOptions& options, Size picture, Size photo, double closest_zoom) {
     if (options.whole_photo) return photo;
     const Target target = {picture, supersampleInSoftware(options), {}, 0};
-    return aimedPhoto(shownIn(target, frameGiven(options).value_or(kLeastUsuallyVisible)));
+    return aimedPhoto(
+        shownIn(target, zoomedTo(frameGiven(options).value_or(kLeastUsuallyVisible), closest_zoom)));
 }
 
 media::RgbImage fittedPhoto(const FitPlan& fit, Size whole, const media::RgbImage& photo) {
@@ -117,9 +122,10 @@ FittedPicture fitPicture(const ViewOptions& options, const Target& target, Size 
         picture.plan = planFor(options, target, picture.fit, picture.photo, depth);
         return picture;
     };
-    FittedPicture picture = planned(frameGiven(options).value_or(kUsuallyVisible));
+    const double zoom = closestZoom(target.path);
+    FittedPicture picture = planned(zoomedTo(frameGiven(options).value_or(kUsuallyVisible), zoom));
     const FitPlan& fit = picture.fit;
-    const double visible = picture.plan.fov_scale;
+    const double visible = zoomedTo(picture.plan.fov_scale, zoom);
     if (!options.whole_photo && !showsDetail(fit.fit, fit.photo, shownIn(target, visible)))
         picture = planned(visible);
     return picture;

@@ -43,9 +43,9 @@ void saySwing(const PicturePlan& plan, const Talk& talk);
 PictureStretch stretchOf(const ViewOptions& options, const Target& target, const FitPlan& fit,
                          const PicturePlan& plan);
 
-/// How many pixels of a photo of that size are enough to decode for almost every depth map; all of them where
-/// the options want them.
-Size enoughPhoto(const ViewOptions& options, Size picture, Size photo);
+/// How many pixels of a photo of that size are enough to decode for almost every depth map, for pictures as
+/// close as `closest_zoom`; all of them where the options want them.
+Size enoughPhoto(const ViewOptions& options, Size picture, Size photo, double closest_zoom);
 
 /// Brings `photo`, all of which has `whole` pixels or fewer where it was shrunk, to the size of `fit`.
 media::RgbImage fittedPhoto(const FitPlan& fit, Size whole, const media::RgbImage& photo);

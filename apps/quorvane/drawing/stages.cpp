@@ -50,7 +50,7 @@ Ends endsOf(const std::vector<Position>& path) {
 Stages drawStages(const ViewOptions& options, const PictureOptions& asked, const Talk& talk,
                   media::RgbImage photo, const media::Plane& depth) {
     const Size size = sizeOf(asked, {photo.width, photo.height}, kLongestSide, false);
-    const std::vector<Position> path = pathAround({}, *asked.motion, asked.amount, 1);
+    const std::vector<Position> path = pathAround({}, asked.motion, asked.amount, 1);
     View view(options, talk, size);
     PlannedInput input = view.plan(std::move(photo), depth, path);
     view.upload(input);

@@ -77,6 +77,8 @@ void View::upload(const PlannedInput& input) {
     require(m_view->setPhoto({input.photo.samples, input.photo.width, input.photo.height}));
     require(m_view->setDepth({plan.depth, plan.depth_width, plan.depth_height}));
     m_swing = plan.swing;
+    m_fov_scale = plan.fov_scale;
+    m_zoom = 1.0;
     const Geometry geometry = m_view->geometry();
     say(formatted("grid     %d x %d cells, %.1f MB of working memory\n", geometry.grid_width,
                   geometry.grid_height, geometry.block_bytes / 1e6));
@@ -93,6 +95,10 @@ void View::upload(const PlannedInput& input) {
 }
 
 void View::draw(Position position) {
+    if (position.zoom != m_zoom) {
+        require(m_view->setParameter("fov_scale", m_fov_scale / position.zoom));
+        m_zoom = position.zoom;
+    }
     require(
         m_view->lookAt(static_cast<float>(m_swing * position.x), static_cast<float>(m_swing * position.y)));
     require(m_view->render());

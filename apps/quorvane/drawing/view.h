@@ -36,8 +36,8 @@ class View {
 
     void upload(const PlannedInput& input);
 
-    /// Draws the picture from `position`, or nearer to the middle where the plan says so, and waits until it
-    /// is finished.
+    /// Draws the picture from `position`, or nearer to the middle where the plan says so, as closely as its
+    /// zoom says, and waits until it is finished.
     void draw(Position position);
 
     /// Copies what was drawn last, before it is averaged.
@@ -60,6 +60,8 @@ class View {
     Size m_picture;
     int m_supersample = 1;
     double m_swing = 1.0;
+    double m_fov_scale = 1.0;
+    double m_zoom = 1.0;  ///< of what was drawn last
 };
 
 }  // namespace quorvane::app

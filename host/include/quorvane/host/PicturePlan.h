@@ -14,16 +14,21 @@
 
 namespace quorvane {
 
-/// What ParallaxView::lookAt takes.
+/// How much larger than usual everything can be drawn.
+constexpr double kLeastZoom = 0.5;
+constexpr double kMostZoom = 4.0;
+
+/// What ParallaxView::lookAt takes, and how closely it looks.
 struct LookPosition {
     float x = 0.0f;
     float y = 0.0f;
+    double zoom = 1.0;  ///< kLeastZoom to kMostZoom: the picture is drawn with `fov_scale` / `zoom`
 };
 
 /// How much of the photo is shown, and how far the view swings.
 struct SuggestedFrame {
-    double fov_scale = 1.0;  ///< the parameter
-    double swing = 1.0;      ///< what every position is to be multiplied by; below 1 where it has to be less
+    double fov_scale = 1.0;  ///< the parameter, where the zoom is 1
+    double swing = 1.0;      ///< what every x and y is to be multiplied by; below 1 where it has to be less
 };
 
 /// Sizes that the renderer takes together.
@@ -84,7 +89,7 @@ struct PicturePlan {
 
     std::vector<uint8_t> shaped;  ///< the depth as the renderer will bend the grid: a sample a cell
 
-    double fov_scale = 1.0;       ///< in force: the visible part of each side
+    double fov_scale = 1.0;       ///< in force: the visible part of each side, where the zoom is 1
     double rotate_z_trans = 0.0;  ///< in force: the distance that stays in place, object units
     double swing = 1.0;
 };
