@@ -75,8 +75,8 @@ TEST(FrameQueue, UsesItsPicturesOverAndOver) {
     int made = 0;
     for (int number = 0; number < 100; ++number) {
         Frame frame = queue.take();
-        if (frame.drawn.samples.empty()) {
-            frame.drawn = media::RgbaImage(64, 64);
+        if (frame.views[0].drawn.samples.empty()) {
+            frame.views[0].drawn = media::RgbaImage(64, 64);
             ++made;
         }
         queue.push(std::move(frame));

@@ -1,5 +1,6 @@
 #include "apps/quorvane/commands/render.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -10,6 +11,7 @@
 #include "apps/quorvane/drawing/clip_drawing.h"
 #include "apps/quorvane/drawing/page.h"
 #include "apps/quorvane/drawing/picture_options.h"
+#include "apps/quorvane/drawing/stereo_options.h"
 #include "apps/quorvane/input/depth_source.h"
 #include "apps/quorvane/terminal/numbers.h"
 #include "apps/quorvane/terminal/progress.h"
@@ -26,6 +28,7 @@ namespace {
 using media::OutputKind;
 
 constexpr int kNoLimit = 1 << 30;
+constexpr int kLargestFrame = 16384;  // pixels a side
 
 struct RenderOptions {
     InputOptions input;
@@ -36,6 +39,7 @@ struct RenderOptions {
     int frames = 120;
     int fps = 30;
     Position at;
+    StereoOptions stereo;
     bool force = false;
     bool stats = false;
     std::string title;  ///< of a page, as `alt`; empty: a text that fits all
@@ -43,6 +47,7 @@ struct RenderOptions {
     std::vector<const Option*> of_pages;   ///< the options that say nothing of other pictures
     std::vector<const Option*> of_frames;  ///< those that say nothing of a page
     std::vector<const Option*> of_loops;   ///< the options that say nothing of a still
+    std::vector<const Option*> of_stereo;  ///< those that say nothing where one view is drawn
     std::vector<const Option*> of_motion;  ///< those that frame a still too, unless its frame is given
 };
 
@@ -51,6 +56,10 @@ const media::OutputFormat& check(const RenderOptions& options) {
     refuseTwoWays(options.view);
     refuseStandardOutput({options.view.timings});
     const media::OutputFormat& format = parseOutput(options.out);
+    const auto stereo = stereoFor(options.stereo, format);
+    if (stereo && stereo->kind == StereoKind::kWiggle && options.frames % 2 == 1)
+        throw UsageError("--frames " + std::to_string(options.frames) +
+                         ": a wiggle shows two views in turn, so it has an even number of frames");
     if (format.even_sides && options.picture.size && options.picture.size->exact) {
         const Size size = *options.picture.size->exact, even = pictureSize(size, kNoLimit, true);
         if (even != size)
@@ -78,12 +87,15 @@ void noteGiven(const std::vector<const Option*>& idle, const RenderOptions& opti
 void noteIdleOptions(const RenderOptions& options, OutputKind kind) {
     std::vector<const Option*> idle = options.of_loops;
     if (kind == OutputKind::kPage) {
-        for (const auto* more : {&options.of_frames, &options.view.of_drawing})
+        for (const auto* more : {&options.of_frames, &options.of_stereo, &options.view.of_drawing})
             idle.insert(idle.end(), more->begin(), more->end());
         return noteGiven(idle, options, "page", "it draws itself while it is watched");
     }
     noteGiven(options.of_pages, options, "picture",
               "a page (" + media::extensionsOf(OutputKind::kPage, " or ") + ") has texts");
+    if (!options.stereo.layout) noteGiven(options.of_stereo, options, "picture", "one view is drawn");
+    const bool wiggles = options.stereo.layout && options.stereo.layout->kind == StereoKind::kWiggle;
+    if (wiggles) noteGiven(options.of_motion, options, "wiggle", "it goes from eye to eye");
     if (kind != OutputKind::kStill) return;
     if (frameGiven(options.view)) idle.insert(idle.end(), options.of_motion.begin(), options.of_motion.end());
     noteGiven(idle, options, "still",
@@ -97,7 +109,14 @@ void keep(const std::vector<std::string>& inputs, const RenderOptions& options,
     if (format.kind == OutputKind::kFolder) refuseInputAsFrame(inputs, options.out);
 }
 
+/// Of one view.
 Size chooseSize(const RenderOptions& options, Size photo, const media::OutputFormat& format) {
+    if (options.stereo.layout) {
+        const Stereo& stereo = *options.stereo.layout;
+        const Size view =
+            sizeOf(options.picture, photo, usualLongestView(stereo, photo, kLongestSide), format.even_sides);
+        return joinableSize(stereo, view, format.even_sides);
+    }
     const int longest = format.kind == OutputKind::kPage ? kLongestPageSide : kLongestSide;
     return sizeOf(options.picture, photo, longest, format.even_sides);
 }
@@ -126,6 +145,27 @@ std::vector<Position> pathFor(const RenderOptions& options, const media::OutputF
     return path;
 }
 
+Route routeFor(const RenderOptions& options, const media::OutputFormat& format,
+               const std::optional<Stereo>& stereo) {
+    const Route mono = {positionsFor(options, format), pathFor(options, format)};
+    return stereo ? stereoRoute(mono, *stereo, options.at, format.kind == OutputKind::kStill) : mono;
+}
+
+/// What a wiggle has where nothing else is asked for: 8 frames a second, two of them in a file that repeats
+/// itself, and as many seconds as other clips in one that players show once.
+void settleWiggle(RenderOptions* options) {
+    if (!options->stereo.layout || options->stereo.layout->kind != StereoKind::kWiggle) return;
+    constexpr int kRate = 8, kSeconds = 4;
+    const media::OutputFormat& format = parseOutput(options->out);
+    const bool shown_once = format.extension == ".mp4" || format.extension == ".webm";
+    const auto given = [&](const char* name) {
+        return std::any_of(options->of_loops.begin(), options->of_loops.end(),
+                           [&](const Option* option) { return option->name() == name && option->given(); });
+    };
+    if (!given("--fps")) options->fps = kRate;
+    if (!given("--frames")) options->frames = shown_once ? kRate * kSeconds : 2;
+}
+
 /// The page that moves by itself as the motion goes while nobody moves it.
 media::SharePage pageOf(const RenderOptions& options, Size size, Input input) {
     constexpr const char* kAnyPhoto = "A photo in depth";
@@ -144,8 +184,10 @@ media::SharePage pageOf(const RenderOptions& options, Size size, Input input) {
     return page;
 }
 
-Rendered render(const RenderOptions& options) {
+Rendered render(RenderOptions options) {
+    settleWiggle(&options);
     const media::OutputFormat& format = check(options);
+    const std::optional<Stereo> stereo = stereoFor(options.stereo, format);
     refuseSameOutput(options.out, options.view.timings, "picture and timings");
     keep({options.input.photo, options.input.depth, options.input.pair.right}, options, format);
 
@@ -174,32 +216,45 @@ Rendered render(const RenderOptions& options) {
         if (!options.talk.quiet) noteIdleOptions(options, format.kind);
         return rendered;
     }
+    const Size frame_size = stereo ? joinedSize(*stereo, size) : size;
+    if (frame_size.width > kLargestFrame || frame_size.height > kLargestFrame)
+        throw UsageError("--stereo: views of " + textOf(size) + " make a picture of " + textOf(frame_size) +
+                         ", whose sides are at most " + std::to_string(kLargestFrame) +
+                         "; --size makes them smaller");
     const std::unique_ptr<media::ClipWriter> writer =
-        times.measure(Stage::kSetUp, [&] { return openOutput(options, format, size); });
+        times.measure(Stage::kSetUp, [&] { return openOutput(options, format, frame_size); });
     View view = times.measure(Stage::kSetUp, [&] { return View(options.view, options.talk, size); });
+    const Route route = routeFor(options, format, stereo);
+    const bool shows_depth = stereo && viewsAround(*stereo, {}).back().shows_depth;
     {
         const PlannedInput planned = times.measure(Stage::kFit, [&] {
             const auto whole = [&] { return readPhoto(options.input, source); };
             return view.plan({std::move(input.photo), input.photo_size, whole}, input.depth.plane,
-                             pathFor(options, format));
+                             route.path);
+        });
+        times.measure(Stage::kUpload, [&] {
+            view.upload(planned);
+            if (shows_depth) view.keepDepth(planned, input.depth.plane);
         });
         input = {};
         source = {};
-        times.measure(Stage::kUpload, [&] { view.upload(planned); });
     }
 
-    const std::vector<Position> positions = positionsFor(options, format);
-    const int frames = static_cast<int>(positions.size());
-    const Writers writers = planWriters(format, frames, size, view.supersample());
+    const int frames = static_cast<int>(route.positions.size());
+    const int views = stereo ? static_cast<int>(viewsAround(*stereo, {}).size()) : 1;
+    const Writers writers = planWriters(format, frames, size, view.supersample(), views);
     {
         Progress progress(frames, options.talk.quiet);
-        drawFrames(positions, size, writers, &view, writer.get(), &times,
+        drawFrames(route.positions, stereo, size, writers, &view, writer.get(), &times,
                    [&progress](int drawn) { progress.step(drawn); });
         timings.require();
         times.measure(Stage::kEncode, [&] { writer->finish(); });
         timings.commit();
     }
-    if (!options.talk.quiet) noteIdleOptions(options, format.kind);
+    if (!options.talk.quiet) {
+        noteIdleOptions(options, format.kind);
+        if (stereo && format.kind != OutputKind::kFolder) suggestName(options.out, *stereo, size);
+    }
     if (options.stats) std::fputs(times.table(frames, writers.threads).c_str(), stderr);
     return rendered;
 }
@@ -226,6 +281,8 @@ void addMotionOptions(CommandLine* line, RenderOptions* options) {
                  "from "
                  "the right or above (default 0,0)")
              .called("X,Y"));
+    const AddedStereoOptions stereo = addStereoOptions(line, &options->stereo);
+    options->of_stereo = {&stereo.eyes};
 }
 
 /// What may be the same for many photos, but for where the depth comes from.
@@ -270,22 +327,24 @@ std::shared_ptr<void> addRenderOptions(CommandLine* line) {
 }
 
 Command renderCommand() {
-    return {"render",
-            "make a clip, a still, numbered frames or a page to share",
-            {{"a clip from a phone's photo with depth inside", "quorvane render portrait.jpg -o sway.mp4"},
-             {"from a photo and a depth map", "quorvane render photo.jpg depth.png -o sway.mp4"},
-             {"from a photo and your own depth estimator",
-              "quorvane render photo.jpg --depth-cmd 'estimate {in} {out}' -o sway.mp4"},
-             {"from any photo and an ONNX network that you have",
-              "quorvane render photo.jpg --depth-model model.onnx -o sway.mp4"},
-             {"a small GIF of another motion",
-              "quorvane render photo.jpg depth.png -o a.gif --size 480x360 --motion circle"},
-             {"a page to share: one file that moves with mouse, touch and tilt",
-              "quorvane render portrait.jpg -o share.html --alt 'a cat on a sofa'"},
-             {"one still, seen from the left", "quorvane render photo.jpg depth.png -o left.png --at -1,0"},
-             {"numbered frames that stay in place where the photo shows its top left",
-              "quorvane render photo.jpg depth.png -o frames/ --pivot 0.1,0.1"}},
-            [](CommandLine* line) -> std::function<void()> { return addRenderLine(line).render; }};
+    return {
+        "render",
+        "make a clip, a still, numbered frames or a page to share",
+        {{"a clip from a phone's photo with depth inside", "quorvane render portrait.jpg -o sway.mp4"},
+         {"from a photo and a depth map", "quorvane render photo.jpg depth.png -o sway.mp4"},
+         {"from a photo and your own depth estimator",
+          "quorvane render photo.jpg --depth-cmd 'estimate {in} {out}' -o sway.mp4"},
+         {"from any photo and an ONNX network that you have",
+          "quorvane render photo.jpg --depth-model model.onnx -o sway.mp4"},
+         {"a small GIF of another motion",
+          "quorvane render photo.jpg depth.png -o a.gif --size 480x360 --motion circle"},
+         {"a page to share: one file that moves with mouse, touch and tilt",
+          "quorvane render portrait.jpg -o share.html --alt 'a cat on a sofa'"},
+         {"one still, seen from the left", "quorvane render photo.jpg depth.png -o left.png --at -1,0"},
+         {"both eyes' views side by side", "quorvane render photo.jpg depth.png -o a_SBS.png --stereo sbs"},
+         {"numbered frames that stay in place where the photo shows its top left",
+          "quorvane render photo.jpg depth.png -o frames/ --pivot 0.1,0.1"}},
+        [](CommandLine* line) -> std::function<void()> { return addRenderLine(line).render; }};
 }
 
 }  // namespace quorvane::app

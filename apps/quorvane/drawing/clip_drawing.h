@@ -2,10 +2,12 @@
 #define QUORVANE_APPS_DRAWING_CLIP_DRAWING_H
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "apps/quorvane/drawing/motion.h"
 #include "apps/quorvane/drawing/stage_times.h"
+#include "apps/quorvane/drawing/stereo.h"
 #include "apps/quorvane/drawing/view.h"
 #include "media/clip/clip_writer.h"
 
@@ -18,14 +20,16 @@ struct Writers {
 };
 
 /// As many threads as `format` and this machine have a use for, and no more frames than half a gigabyte
-/// holds. `size` is the picture's, which is drawn `supersample` times as large.
-Writers planWriters(const media::OutputFormat& format, int frames, Size size, int supersample);
+/// holds. `size` is a view's, which is drawn `supersample` times as large; a frame has `views` of them.
+Writers planWriters(const media::OutputFormat& format, int frames, Size size, int supersample, int views);
 
-/// Draws a frame from every position in turn. Meanwhile others are averaged to `size` and given to `writer`,
-/// which has them all at the end, though it is not finished. Calls `drawn` with the number of frames drawn so
-/// far. Throws Error, and Cancelled after a signal.
-void drawFrames(const std::vector<Position>& positions, Size size, Writers writers, View* view,
-                media::ClipWriter* writer, StageTimes* times, const std::function<void(int)>& drawn);
+/// Draws a frame from every position in turn, with `stereo` the views around it. Meanwhile others are
+/// averaged to `size`, joined and given to `writer`, which has them all at the end, though it is not
+/// finished. Calls `drawn` with the number of frames drawn so far. Throws Error, and Cancelled after a
+/// signal.
+void drawFrames(const std::vector<Position>& positions, const std::optional<Stereo>& stereo, Size size,
+                Writers writers, View* view, media::ClipWriter* writer, StageTimes* times,
+                const std::function<void(int)>& drawn);
 
 }  // namespace quorvane::app
 

@@ -13,10 +13,16 @@
 
 namespace quorvane::app {
 
-struct Frame {
-    int number = 0;  ///< from 0
+/// What one place sees.
+struct DrawnView {
     media::RgbaImage drawn;
     media::RgbaImage averaged;  ///< of `drawn`, where supersampled
+};
+
+struct Frame {
+    int number = 0;  ///< from 0
+    std::vector<DrawnView> views = std::vector<DrawnView>(1);
+    media::RgbaImage joined;  ///< of the views, where there are several
 };
 
 /// Takes frames to threads that write them, so that the next one is drawn meanwhile. It lends out a fixed

@@ -8,6 +8,7 @@
 
 #include "apps/quorvane/drawing/average.h"
 #include "apps/quorvane/terminal/text.h"
+#include "media/picture/resample.h"
 #include "system/error.h"
 
 namespace quorvane::app {
@@ -102,6 +103,23 @@ void View::draw(Position position) {
     require(
         m_view->lookAt(static_cast<float>(m_swing * position.x), static_cast<float>(m_swing * position.y)));
     require(m_view->render());
+}
+
+void View::keepDepth(const PlannedInput& input, const media::Plane& depth) {
+    m_photo = input.photo;
+    // Not the plan's, whose rim may lie closer to what stays in place than the scene does.
+    const media::GrayImage gray =
+        media::toBytes(media::crop(depth, input.fit.depth), {m_photo.width, m_photo.height});
+    m_depth = media::RgbImage(gray.width, gray.height);
+    for (size_t i = 0; i < gray.samples.size(); ++i)
+        std::fill_n(m_depth.samples.begin() + static_cast<std::ptrdiff_t>(3 * i), 3, gray.samples[i]);
+}
+
+void View::showDepth(bool depth) {
+    if (depth == m_shows_depth) return;
+    const media::RgbImage& shown = depth ? m_depth : m_photo;
+    require(m_view->setPhoto({shown.samples, shown.width, shown.height}));
+    m_shows_depth = depth;
 }
 
 void View::readBack(media::RgbaImage* drawn) const {

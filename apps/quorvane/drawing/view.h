@@ -40,6 +40,13 @@ class View {
     /// zoom says, and waits until it is finished.
     void draw(Position position);
 
+    /// Keeps what showDepth needs: what was uploaded, and the depth map that it was planned from.
+    void keepDepth(const PlannedInput& input, const media::Plane& depth);
+
+    /// Has the depth map drawn in the photo's place from now on, nearer being brighter, or the photo again.
+    /// Goes with keepDepth.
+    void showDepth(bool depth);
+
     /// Copies what was drawn last, before it is averaged.
     void readBack(media::RgbaImage* drawn) const;
 
@@ -62,6 +69,8 @@ class View {
     double m_swing = 1.0;
     double m_fov_scale = 1.0;
     double m_zoom = 1.0;  ///< of what was drawn last
+    media::RgbImage m_photo, m_depth;  ///< of keepDepth
+    bool m_shows_depth = false;
 };
 
 }  // namespace quorvane::app
