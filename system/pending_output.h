@@ -24,6 +24,9 @@ class PendingOutput {
     PendingOutput(const PendingOutput&) = delete;
     PendingOutput& operator=(const PendingOutput&) = delete;
 
+    /// The place's name for messages, as it was given.
+    const std::string& path() const noexcept { return m_path; }
+
     /// Where to write: for this process, and for any that has `descriptor` open under the same number.
     const std::string& temporary() const noexcept { return m_temporary; }
 

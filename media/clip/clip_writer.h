@@ -8,6 +8,7 @@
 #include "media/picture/image.h"
 #include "sizes/sizes.h"
 #include "system/pending_folder.h"
+#include "system/pending_output.h"
 
 namespace quorvane::media {
 
@@ -27,16 +28,23 @@ class ClipWriter {
 };
 
 struct ClipSettings {
-    Size size;           ///< even sides where the format has them
-    int fps = 30;        ///< frames a second, 1..240; stills and folders ignore it
-    bool force = false;  ///< write into a folder that is not empty, replacing its numbered frames
+    Size size;                  ///< even sides where the format has them
+    int fps = 30;               ///< frames a second, 1..240; stills and folders ignore it
+    bool force = false;         ///< write into a folder that is not empty, replacing its numbered frames
+    EncoderSettings encoder{};  ///< what the format's codec has
 };
 
 /// Whether a folder's writer may take a file of this name for a frame of an earlier clip, and replace it.
 bool isFrameName(const std::string& name);
 
-/// A writer for `path`, of the format that outputFormat gave for it; a still is exactly one frame. Clips go
-/// through the `ffmpeg` program. Throws Error (no ffmpeg, no such folder) and FolderNotEmpty.
+/// A writer of a clip that it puts into `file`, which stays open, is given nothing else until `finish`, and
+/// is not committed: the same frames can be compressed by several settings, and the best clip be kept.
+/// Throws Error (no ffmpeg).
+std::unique_ptr<ClipWriter> encodeInto(PendingOutput* file, const OutputFormat& format,
+                                       const ClipSettings& settings);
+
+/// A writer for `path`, of the format that outputFormat gave for it; a still is exactly one frame. Most clips
+/// go through the `ffmpeg` program. Throws Error (no ffmpeg, no such folder) and FolderNotEmpty.
 std::unique_ptr<ClipWriter> openClip(const std::string& path, const OutputFormat& format,
                                      const ClipSettings& settings);
 

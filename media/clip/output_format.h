@@ -3,43 +3,60 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "media/clip/codec.h"
 
 namespace quorvane::media {
 
 enum class OutputKind { kClip, kStill, kFolder, kPage };
 
-/// What can be written. The extension of a path chooses; messages and help texts are made from this table, so
-/// that a new format is one line here, and its encoder's words above it.
+/// What can be written. The extension of a path chooses, or the word that --format takes; messages and help
+/// texts are made from this table, so that a new format is one line here, and what compresses it a line in
+/// the table of codecs.
 struct OutputFormat {
-    std::string_view extension;  ///< lower case, with its dot; empty: a folder of numbered .png files
+    std::string_view word;       ///< as --format takes it
+    std::string_view extension;  ///< lower case, with its dot; empty: a folder of numbered pictures
+    std::string_view also;       ///< another extension that means the same
     std::string_view name;       ///< for messages, as in "NAME has even sides"
     OutputKind kind;
-    bool even_sides;         ///< both sides of its frames are even
-    bool any_order;          ///< frames may come in any order, and from several threads at once
-    std::string_view words;  ///< what ffmpeg is told to make it, parted by blanks; empty: it makes it not
+    bool any_order;           ///< frames may come in any order, and from several threads at once
+    std::string_view codecs;  ///< what may compress it, parted by blanks, the usual one first
+    std::string_view words;   ///< what ffmpeg is told to pack it into
 };
-
-// BT.709 limited range, said so in the file: players otherwise guess by the picture's height.
-inline constexpr std::string_view kH264Words =
-    "-vf scale=out_color_matrix=bt709:out_range=tv,format=yuv420p -c:v libx264 -preset medium -crf 18"
-    " -colorspace bt709 -color_primaries bt709 -color_trc iec61966-2-1 -color_range tv -movflags +faststart"
-    " -f mp4";
-inline constexpr std::string_view kWebpWords = "-c:v libwebp_anim -quality 85 -loop 0 -f webp";
-inline constexpr std::string_view kGifWords =
-    "-filter_complex split[a][b];[a]palettegen[p];[b][p]paletteuse -loop 0 -f gif";
 
 inline constexpr OutputFormat kOutputFormats[] = {
-    {".mp4", "an .mp4", OutputKind::kClip, true, false, kH264Words},
-    {".webp", "a .webp", OutputKind::kClip, false, false, kWebpWords},
-    {".gif", "a .gif", OutputKind::kClip, false, false, kGifWords},
-    {".png", "a .png", OutputKind::kStill, false, false, {}},
-    {".html", "an .html", OutputKind::kPage, false, false, {}},
-    {"", "a folder", OutputKind::kFolder, false, true, {}},
+    {"mp4", ".mp4", {}, "an .mp4", OutputKind::kClip, false, "h264 hevc av1", "-movflags +faststart -f mp4"},
+    {"webm", ".webm", {}, "a .webm", OutputKind::kClip, false, "vp9 av1", "-f webm"},
+    {"avif", ".avif", {}, "an .avif", OutputKind::kClip, false, "av1", "-f avif"},
+    {"webp", ".webp", {}, "a .webp", OutputKind::kClip, false, "webp", "-loop 0 -f webp"},
+    {"gif", ".gif", {}, "a .gif", OutputKind::kClip, false, "gif", "-loop 0 -f gif"},
+    {"apng", ".apng", {}, "an .apng", OutputKind::kClip, false, "apng", "-plays 0 -f apng"},
+    {"png", ".png", {}, "a .png", OutputKind::kStill, false, "png", {}},
+    {"jpg", ".jpg", ".jpeg", "a .jpg", OutputKind::kStill, false, "jpeg", {}},
+    {"html", ".html", {}, "an .html", OutputKind::kPage, false, {}, {}},
+    {"png", {}, {}, "a folder", OutputKind::kFolder, true, "png", {}},
+    {"jpg", {}, {}, "a folder", OutputKind::kFolder, true, "jpeg", {}},
 };
 
-/// What `path` asks for: by its extension in whatever case, and a folder when it ends in '/', is a folder
-/// already or has no extension. Throws Error for another extension, with those that there are.
-const OutputFormat& outputFormat(const std::string& path);
+/// As a path: standard output.
+inline constexpr std::string_view kStandardOutput = "-";
+
+/// What `path` asks for: by its extension in whatever case, and a folder where it ends in '/', is a folder
+/// already or has no extension. A `word`, as --format takes it, says what is in the folder, and what goes to
+/// standard output or into a file whose extension says nothing. Throws Error, with what would do, where they
+/// disagree or say nothing.
+const OutputFormat& outputFormat(const std::string& path, std::string_view word = {});
+
+/// What --format takes.
+std::vector<std::string> formatWords();
+
+/// What compresses a file of that format. Throws Error where the settings name another codec, or ask for
+/// what the codec has not.
+const Codec& codecFor(const OutputFormat& format, const EncoderSettings& settings);
+
+/// Whether both sides of a picture of that format are even.
+bool hasEvenSides(const OutputFormat& format);
 
 /// The extensions of one kind as a list, such as ".mp4, .webp or .gif" with " or " before the last.
 std::string extensionsOf(OutputKind kind, std::string_view before_last);

@@ -313,20 +313,28 @@ class FileTarget {
     VipsTargetCustom* m_target;
 };
 
-template <typename Picture>
-void savePicture(const Picture& image, int descriptor, const std::string& name) {
+/// Writes a picture as the format of that name, in which `save` puts it into a target.
+template <typename Picture, typename Save>
+void savePicture(const Picture& image, int descriptor, const std::string& name, const char* format,
+                 Save save) {
     startVips();
     const FileTarget target(descriptor);
     try {
-        // Fast rather than small: a clip's frames are many, and their noise does not compress.
-        toVips(image).pngsave_target(target.get(),
-                                     VImage::option()->set("compression", 3)->set("strip", true));
+        save(toVips(image), target.get());
     } catch (const vips::VError&) {
-        std::string reason =
-            vipsReason(std::to_string(image.width) + " x " + std::to_string(image.height) + " pixels as PNG");
+        std::string reason = vipsReason(std::to_string(image.width) + " x " + std::to_string(image.height) +
+                                        " pixels as " + format);
         if (target.failure() != 0) reason = std::strerror(target.failure());
         throw Error(name + ": cannot be written (" + reason + ")");
     }
+}
+
+template <typename Picture>
+void savePicture(const Picture& image, int descriptor, const std::string& name) {
+    savePicture(image, descriptor, name, "PNG", [](const VImage& picture, const vips::VTarget& target) {
+        // Fast rather than small: a clip's frames are many, and their noise does not compress.
+        picture.pngsave_target(target, VImage::option()->set("compression", 3)->set("strip", true));
+    });
 }
 
 template <typename Picture>
@@ -441,6 +449,15 @@ void savePng(const RgbaImage& image, int descriptor, const std::string& name) {
 }
 void savePng(const GrayImage& image, int descriptor, const std::string& name) {
     savePicture(image, descriptor, name);
+}
+
+void saveJpeg(const RgbaImage& image, int quality, int descriptor, const std::string& name) {
+    savePicture(image, descriptor, name, "JPEG", [&](const VImage& picture, const vips::VTarget& target) {
+        picture.extract_band(0, VImage::option()->set("n", 3))
+            .jpegsave_target(
+                target,
+                VImage::option()->set("Q", quality)->set("optimize_coding", true)->set("strip", true));
+    });
 }
 
 std::string grayPng(const Plane& plane, int bits) {

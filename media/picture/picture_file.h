@@ -101,6 +101,9 @@ void savePng(const RgbImage& image, int descriptor, const std::string& name);
 void savePng(const RgbaImage& image, int descriptor, const std::string& name);
 void savePng(const GrayImage& image, int descriptor, const std::string& name);
 
+/// Writes a JPEG file of `quality` 1 to 100 into an open one, without alpha. Throws Error.
+void saveJpeg(const RgbaImage& image, int quality, int descriptor, const std::string& name);
+
 }  // namespace quorvane::media
 
 #endif

@@ -147,7 +147,7 @@ TEST_F(Failure, MistypedWordsAreAnsweredWithTheRightOnes) {
     expectRefused({"inspect", photo, "--jason"}, 2, "did you mean --json?");
     expectRefused(render(folder / "a.mp4", {"--motion", "swya"}), 2, "did you mean sway?");
     expectRefused({"paint"}, 2, "render, stages, inspect, extract, shape, info or sample");
-    expectRefused(render(folder / "a.mp4", {"--quality", "9"}), 2, "--quality: no such option (");
+    expectRefused(render(folder / "a.mp4", {"--brightness", "9"}), 2, "--brightness: no such option (");
     expectRefused({"render", photo, depth, "third.png", "-o", folder / "a.mp4"}, 2,
                   "third.png: one argument too many");
 }
@@ -193,7 +193,7 @@ TEST_F(Failure, OutputThatCannotBeIsNamed) {
     expectRefused(render(folder / "none/a.mp4"), 1, "there is no folder");
     expectRefused(render(folder / "none/a.png"), 1, "there is no folder");
     expectRefused(render(folder / "none/frames/"), 1, "there is no folder");
-    expectRefused(render(folder / "a.avi"), 2, "write .mp4, .webp or .gif");
+    expectRefused(render(folder / "a.avi"), 2, "write .mp4, .webm, .avif, .webp, .gif");
     expectRefused(render(folder.path()), 1, "the folder is not empty; --force");
     expectRefused(render(photo + "/"), 1, "is a file, not a folder");
     expectRefused(render(folder / "a.png", {"--timings", folder / "none/t.txt"}), 1,

@@ -158,7 +158,7 @@ TEST_F(Page, ShapeGivesWhatThePageHolds) {
 TEST_F(Page, ShapeRefusesWhatIsNoPng) {
     const Outcome outcome = run("shape", "shaped.jpg");
     EXPECT_EQ(outcome.code, 2);
-    EXPECT_THAT(outcome.err, HasSubstr("shaped.jpg: write .mp4"));
+    EXPECT_THAT(outcome.err, HasSubstr("shaped.jpg: the shaped depth map is a .png file"));
     EXPECT_EQ(run("shape", "shaped.html").code, 2);
 }
 

@@ -80,8 +80,9 @@ void extractFromPair(const ExtractOptions& options, const DepthSource& source) {
 
 void extract(const ExtractOptions& options) {
     refuseStandardOutput({options.depth, options.photo});
-    if (!options.raw && parseOutput(options.depth).kind != media::OutputKind::kStill)
-        throw UsageError("-o " + options.depth + ": the depth is written as .png (or as it is, with --raw)");
+    if (!options.raw)
+        requirePng(options.depth,
+                   "-o " + options.depth + ": the depth is written as .png (or as it is, with --raw)");
     refuseSameOutput(options.depth, options.photo, "photo and depth map");
     refuseInputAsOutput({options.file, options.model.file, options.pair.right},
                         {options.depth, options.photo});

@@ -10,7 +10,6 @@
 #include "apps/quorvane/drawing/picture_options.h"
 #include "apps/quorvane/drawing/stages_sheet.h"
 #include "apps/quorvane/terminal/ended_by_signals.h"
-#include "apps/quorvane/terminal/usage_error.h"
 #include "media/decoder/decoder.h"
 #include "media/depth/anaglyph.h"
 #include "media/embedded/jpeg.h"
@@ -121,8 +120,7 @@ void inspect(const InspectOptions& options) {
     refuseTwoWays(options.view);
     const InputOptions& asked = options.input;
     if (!options.sheet.empty()) {
-        if (parseOutput(options.sheet).kind != media::OutputKind::kStill)
-            throw UsageError("-o " + options.sheet + ": the sheet is a .png file");
+        requirePng(options.sheet, "-o " + options.sheet + ": the sheet is a .png file");
         refuseInputAsOutput({asked.photo, asked.depth, asked.pair.right}, {options.sheet});
         const PendingOutput place(options.sheet);
     }

@@ -27,13 +27,18 @@ void refuseStandardOutput(const std::vector<std::string>& outputs) {
         if (output == "-") throw UsageError("-: nothing is written to standard output; name a file");
 }
 
-const media::OutputFormat& parseOutput(const std::string& path) {
+media::OutputKind pngOrFolder(const std::string& path, const std::string& otherwise) {
     refuseStandardOutput({path});
     try {
-        return media::outputFormat(path);
-    } catch (const Error& error) {
-        throw UsageError(error.what());
+        const media::OutputFormat& format = media::outputFormat(path);
+        if (format.word == "png") return format.kind;
+    } catch (const Error&) {  // for an extension that nothing is written in
     }
+    throw UsageError(otherwise);
+}
+
+void requirePng(const std::string& path, const std::string& otherwise) {
+    if (pngOrFolder(path, otherwise) != media::OutputKind::kStill) throw UsageError(otherwise);
 }
 
 void refuseInputAsOutput(const std::vector<std::string>& inputs, const std::vector<std::string>& outputs) {

@@ -12,9 +12,12 @@ namespace quorvane::app {
 /// written to.
 void refuseStandardOutput(const std::vector<std::string>& outputs);
 
-/// What a path given to -o asks to be made. Throws UsageError for an extension that nothing is written in,
-/// and for "-".
-const media::OutputFormat& parseOutput(const std::string& path);
+/// Whether `path` names a still or a folder. Throws UsageError, which says `otherwise`, unless it is a .png
+/// file or a folder; "-" is neither.
+media::OutputKind pngOrFolder(const std::string& path, const std::string& otherwise);
+
+/// Throws UsageError, which says `otherwise`, unless `path` names a .png file.
+void requirePng(const std::string& path, const std::string& otherwise);
 
 // No output replaces an input, whatever links lead there. Empty paths name nothing.
 

@@ -9,6 +9,7 @@
 #include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/commands/output_guard.h"
 #include "apps/quorvane/drawing/clip_drawing.h"
+#include "apps/quorvane/drawing/encoding_options.h"
 #include "apps/quorvane/drawing/page.h"
 #include "apps/quorvane/drawing/picture_options.h"
 #include "apps/quorvane/drawing/stereo_options.h"
@@ -35,6 +36,7 @@ struct RenderOptions {
     ViewOptions view;
     Talk talk;
     std::string out;
+    EncodingOptions encoding;
     PictureOptions picture;
     int frames = 120;
     int fps = 30;
@@ -55,12 +57,13 @@ struct RenderOptions {
 const media::OutputFormat& check(const RenderOptions& options) {
     refuseTwoWays(options.view);
     refuseStandardOutput({options.view.timings});
-    const media::OutputFormat& format = parseOutput(options.out);
+    refuseStandardOutput({options.out});
+    const media::OutputFormat& format = parseOutput(options.out, options.encoding);
     const auto stereo = stereoFor(options.stereo, format);
     if (stereo && stereo->kind == StereoKind::kWiggle && options.frames % 2 == 1)
         throw UsageError("--frames " + std::to_string(options.frames) +
                          ": a wiggle shows two views in turn, so it has an even number of frames");
-    if (format.even_sides && options.picture.size && options.picture.size->exact) {
+    if (hasEvenSides(format) && options.picture.size && options.picture.size->exact) {
         const Size size = *options.picture.size->exact, even = pictureSize(size, kNoLimit, true);
         if (even != size)
             throw UsageError("--size " + textOf(size) + ": " + std::string(format.name) +
@@ -87,7 +90,8 @@ void noteGiven(const std::vector<const Option*>& idle, const RenderOptions& opti
 void noteIdleOptions(const RenderOptions& options, OutputKind kind) {
     std::vector<const Option*> idle = options.of_loops;
     if (kind == OutputKind::kPage) {
-        for (const auto* more : {&options.of_frames, &options.of_stereo, &options.view.of_drawing})
+        for (const auto* more : {&options.of_frames, &options.of_stereo, &options.view.of_drawing,
+                                 &options.encoding.of_pictures})
             idle.insert(idle.end(), more->begin(), more->end());
         return noteGiven(idle, options, "page", "it draws itself while it is watched");
     }
@@ -113,18 +117,19 @@ void keep(const std::vector<std::string>& inputs, const RenderOptions& options,
 Size chooseSize(const RenderOptions& options, Size photo, const media::OutputFormat& format) {
     if (options.stereo.layout) {
         const Stereo& stereo = *options.stereo.layout;
-        const Size view =
-            sizeOf(options.picture, photo, usualLongestView(stereo, photo, kLongestSide), format.even_sides);
-        return joinableSize(stereo, view, format.even_sides);
+        const Size view = sizeOf(options.picture, photo, usualLongestView(stereo, photo, kLongestSide),
+                                 hasEvenSides(format));
+        return joinableSize(stereo, view, hasEvenSides(format));
     }
     const int longest = format.kind == OutputKind::kPage ? kLongestPageSide : kLongestSide;
-    return sizeOf(options.picture, photo, longest, format.even_sides);
+    return sizeOf(options.picture, photo, longest, hasEvenSides(format));
 }
 
 std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, const media::OutputFormat& format,
                                               Size size) {
     try {
-        return media::openClip(options.out, format, {size, options.fps, options.force});
+        return media::openClip(options.out, format,
+                               {size, options.fps, options.force, options.encoding.encoder});
     } catch (const FolderNotEmpty& error) {
         throw Error(error.what() + std::string("; --force replaces the numbered frames in it"));
     }
@@ -156,7 +161,7 @@ Route routeFor(const RenderOptions& options, const media::OutputFormat& format,
 void settleWiggle(RenderOptions* options) {
     if (!options->stereo.layout || options->stereo.layout->kind != StereoKind::kWiggle) return;
     constexpr int kRate = 8, kSeconds = 4;
-    const media::OutputFormat& format = parseOutput(options->out);
+    const media::OutputFormat& format = parseOutput(options->out, options->encoding);
     const bool shown_once = format.extension == ".mp4" || format.extension == ".webm";
     const auto given = [&](const char* name) {
         return std::any_of(options->of_loops.begin(), options->of_loops.end(),
@@ -287,6 +292,7 @@ void addMotionOptions(CommandLine* line, RenderOptions* options) {
 
 /// What may be the same for many photos, but for where the depth comes from.
 void addPictureAndViewOptions(CommandLine* line, RenderOptions* options) {
+    addEncodingOptions(line, &options->encoding);
     addMotionOptions(line, options);
     options->of_pages.push_back(
         &line->text("--alt", &options->alt, "in a page: what the photo shows, for people who do not see it")

@@ -36,8 +36,7 @@ Size parseSampleSize(const std::string& text) {
 
 void sample(const SampleOptions& options) {
     for (const std::string& path : {options.photo, options.depth})
-        if (parseOutput(path).kind != media::OutputKind::kStill)
-            throw UsageError(path + ": the sample's two files are .png");
+        requirePng(path, path + ": the sample's two files are .png");
     refuseSameOutput(options.photo, options.depth, "photo and depth map");
 
     // Asked before any work is done.

@@ -5,7 +5,6 @@
 #include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/commands/output_guard.h"
 #include "apps/quorvane/drawing/page.h"
-#include "apps/quorvane/terminal/usage_error.h"
 #include "media/clip/share_page.h"
 #include "media/picture/picture_file.h"
 #include "system/cancel.h"
@@ -23,8 +22,7 @@ struct ShapeOptions {
 
 void shape(const ShapeOptions& options) {
     refuseTwoWays(options.view);
-    if (parseOutput(options.out).kind != media::OutputKind::kStill)
-        throw UsageError("-o " + options.out + ": the shaped depth map is a .png file");
+    requirePng(options.out, "-o " + options.out + ": the shaped depth map is a .png file");
     refuseInputAsOutput({options.input.photo, options.input.depth, options.input.pair.right}, {options.out});
     PendingOutput output(options.out);
 

@@ -9,7 +9,6 @@
 #include "apps/quorvane/drawing/picture_options.h"
 #include "apps/quorvane/drawing/stages_sheet.h"
 #include "apps/quorvane/input/depth_source.h"
-#include "apps/quorvane/terminal/usage_error.h"
 #include "media/picture/resample.h"
 #include "system/cancel.h"
 #include "system/pending_output.h"
@@ -48,10 +47,9 @@ void stages(const StagesOptions& options) {
     const std::string& timings = options.view.timings;
     refuseTwoWays(options.view);
     refuseStandardOutput({timings});
-    const media::OutputKind kind = parseOutput(out).kind;
-    if (kind == media::OutputKind::kClip)
-        throw UsageError("-o " + out + ": the sheet is a .png file, and each stage one in a folder/");
-    const bool into_folder = kind == media::OutputKind::kFolder;
+    const bool into_folder =
+        pngOrFolder(out, "-o " + out + ": the sheet is a .png file, and each stage one in a folder/") ==
+        media::OutputKind::kFolder;
     std::vector<std::string> written = outputs(options, into_folder);
     for (const std::string& file : written) refuseSameOutput(file, timings, "stages and timings");
     written.push_back(timings);

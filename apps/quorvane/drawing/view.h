@@ -68,7 +68,7 @@ class View {
     int m_supersample = 1;
     double m_swing = 1.0;
     double m_fov_scale = 1.0;
-    double m_zoom = 1.0;  ///< of what was drawn last
+    double m_zoom = 1.0;               ///< of what was drawn last
     media::RgbImage m_photo, m_depth;  ///< of keepDepth
     bool m_shows_depth = false;
 };

@@ -70,6 +70,136 @@ TEST(ClipWriter, Mp4HoldsEveryFrameForEveryPlayer) {
     EXPECT_THAT(folder.names(), ElementsAre("a.mp4"));
 }
 
+/// A clip that is written by a codec that its format does not take by itself.
+void writeClip(const std::string& path, int frames, std::string_view codec) {
+    ClipSettings settings = {{96, 64}, 10};
+    for (const Codec& known : kCodecs)
+        if (known.name == codec) settings.encoder.codec = &known;
+    const auto writer = openClip(path, outputFormat(path), settings);
+    for (int i = 0; i < frames; ++i) writer->add(i, frame(96, 64, static_cast<uint8_t>(40 * i)));
+    writer->finish();
+}
+
+TEST(ClipWriter, EveryFormatThatFfprobeReadsHoldsEveryFrame) {
+    const TemporaryFolder folder;
+    const auto seen = [&folder](const std::string& name) {
+        return outputOf(
+            "ffprobe -v error -count_frames -show_entries "
+            "stream=codec_name,width,height,r_frame_rate,nb_read_frames -of csv=p=0 " +
+            (folder / name));
+    };
+    const auto expect = [&](const std::string& name, const char* codec) {
+        writeClip(folder / name, 7, codec);
+        EXPECT_EQ(seen(name), std::string(codec) + ",96,64,10/1,7") << name;
+    };
+    expect("a.mp4", "h264");
+    expect("hevc.mp4", "hevc");
+    expect("av1.mp4", "av1");
+    expect("a.webm", "vp9");
+    expect("av1.webm", "av1");
+    expect("a.avif", "av1");
+    expect("a.gif", "gif");
+    expect("a.apng", "apng");
+}
+
+TEST(ClipWriter, EveryVideoSaysItsColours) {
+    const TemporaryFolder folder;
+    const auto expect = [&](const std::string& name, const char* codec) {
+        writeClip(folder / name, 2, codec);
+        EXPECT_EQ(outputOf("ffprobe -v error -show_entries "
+                           "stream=color_range,color_space,color_transfer,color_primaries -of csv=p=0 " +
+                           (folder / name)),
+                  "tv,bt709,iec61966-2-1,bt709")
+            << name;
+    };
+    expect("hevc.mp4", "hevc");
+    expect("av1.mp4", "av1");
+    expect("a.webm", "vp9");
+    expect("a.avif", "av1");
+}
+
+TEST(ClipWriter, PicturesTooSmallForTheCodecAreRefused) {
+    const TemporaryFolder folder;
+    EXPECT_THAT(refusal(folder / "a.avif"), testing::EndsWith("a.avif: av1 has sides of 64 pixels or more"));
+    EXPECT_THAT(folder.names(), IsEmpty());
+}
+
+// Without this tag Apple's players refuse the file.
+TEST(ClipWriter, HevcIsTaggedForApplesPlayers) {
+    const TemporaryFolder folder;
+    writeClip(folder / "a.mp4", 2, "hevc");
+    EXPECT_EQ(
+        outputOf("ffprobe -v error -show_entries stream=codec_tag_string -of csv=p=0 " + (folder / "a.mp4")),
+        "hvc1");
+}
+
+TEST(ClipWriter, AvifIsASequence) {
+    const TemporaryFolder folder;
+    writeClip(folder / "a.avif", 3, "av1");
+    EXPECT_EQ(bytesOf(folder / "a.avif").substr(4, 8), "ftypavis");
+}
+
+TEST(ClipWriter, ApngLoopsForeverAndKeepsEveryPixel) {
+    const TemporaryFolder folder;
+    writeClip(folder / "a.apng", 4);
+    // The animation's head: 4 frames, 0 plays, which means forever.
+    EXPECT_THAT(bytesOf(folder / "a.apng"), HasSubstr(std::string("acTL\0\0\0\x04\0\0\0\0", 12)));
+    ASSERT_EQ(
+        outputOf("ffmpeg -v error -i " + (folder / "a.apng") + " " + (folder / "%d.png") + " && echo ok"),
+        "ok");
+    EXPECT_EQ(readPhoto(folder / "4.png").samples, std::vector<uint8_t>(32 * 24 * 3, 120));
+}
+
+TEST(ClipWriter, LowerQualityIsSmaller) {
+    const TemporaryFolder folder;
+    RgbaImage noise(64, 64);
+    unsigned state = 1;
+    for (uint8_t& sample : noise.samples)
+        sample = static_cast<uint8_t>((state = state * 1103515245 + 12345) >> 16);
+    for (const char* name : {"a.mp4", "a.webm", "a.avif", "a.webp", "a.gif", "a.jpg"}) {
+        SCOPED_TRACE(name);
+        const auto bytesAt = [&](int quality) {
+            const auto writer =
+                openClip(folder / name, outputFormat(name), {{64, 64}, 10, false, {nullptr, quality, {}}});
+            writer->add(0, noise);
+            writer->finish();
+            return bytesOf(folder / name).size();
+        };
+        EXPECT_LT(bytesAt(20), bytesAt(90));
+    }
+}
+
+// As a search for a size does it.
+TEST(ClipWriter, SameFramesAreCompressedBySeveralSettingsAndOneIsKept) {
+    const TemporaryFolder folder;
+    const OutputFormat& format = outputFormat(folder / "a.mp4");
+    std::vector<std::unique_ptr<PendingOutput>> files;
+    for (const int quality : {20, 90}) {
+        files.push_back(std::make_unique<PendingOutput>(folder / "a.mp4"));
+        const auto writer =
+            encodeInto(files.back().get(), format, {{32, 24}, 10, false, {nullptr, quality, {}}});
+        for (int i = 0; i < 3; ++i) writer->add(i, frame(32, 24, static_cast<uint8_t>(40 * i)));
+        writer->finish();
+        EXPECT_FALSE(files.back()->empty());
+        EXPECT_THAT(folder.names(), IsEmpty());
+    }
+    files.front()->commit();
+    files.clear();
+    EXPECT_THAT(folder.names(), ElementsAre("a.mp4"));
+    EXPECT_THAT(bytesOf(folder / "a.mp4"), HasSubstr(" crf=42.0 "));
+}
+
+TEST(ClipWriter, FolderTakesJpegs) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "frames";
+    const auto writer = openClip(path, outputFormat(path, "jpg"), {{32, 24}, 10});
+    for (int i = 0; i < 2; ++i) writer->add(i, frame(32, 24, 80));
+    writer->finish();
+    EXPECT_THAT(TemporaryFolder::names(path), ElementsAre("00001.jpg", "00002.jpg"));
+    EXPECT_NEAR(readPhoto(path + "/00002.jpg").samples[0], 80, 2);
+    EXPECT_EQ(bytesOf(path + "/00001.jpg").substr(0, 3), "\xFF\xD8\xFF");
+}
+
 TEST(ClipWriter, Mp4KeepsTheColours) {
     const TemporaryFolder folder;
     {
@@ -216,7 +346,7 @@ TEST(ClipWriter, FolderWithFilesIsRefusedWithoutForce) {
 TEST(ClipWriter, ForceReplacesTheFramesAndNothingElse) {
     const TemporaryFolder folder;
     std::filesystem::create_directory(folder / "frames");
-    for (const char* name : {"00001.png", "00009.png", "mine.txt", "cover.png"})
+    for (const char* name : {"00001.png", "00009.png", "00004.jpg", "mine.txt", "cover.png"})
         writeBytes(folder / "frames/" + std::string(name), "old");
     const auto writer = open(folder / "frames", {32, 24}, true);
     writer->add(0, frame(32, 24, 9));
@@ -234,8 +364,8 @@ TEST(ClipWriter, AbandonedWriterLeavesNothing) {
         const std::string name = "a" + std::string(format.extension);
         SCOPED_TRACE(name);
         {
-            const auto writer = open(folder / name);
-            writer->add(0, frame(32, 24, 1));
+            const auto writer = open(folder / name, {96, 64});
+            writer->add(0, frame(96, 64, 1));
         }
         EXPECT_THAT(folder.names(), IsEmpty());
         EXPECT_TRUE(test::noProcessNames(folder.path())) << "ffmpeg still runs";
