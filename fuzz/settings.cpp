@@ -18,12 +18,13 @@ using fuzz::promised;
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
     try {
-        const Size picture = app::parseSize(text);
-        promised(picture.width >= 1 && picture.width <= 16384, "a width from 1 to 16384");
-        promised(picture.height >= 1 && picture.height <= 16384, "a height from 1 to 16384");
-        promised(
-            app::parseSize(std::to_string(picture.width) + "x" + std::to_string(picture.height)) == picture,
-            "a size reads back");
+        const app::PictureSize picture = app::parsePictureSize(text);
+        promised(!picture.exact || !picture.longest, "a size is said in one way");
+        const Size sides = picture.exact.value_or(Size{picture.longest.value_or(1), 1});
+        promised(sides.width >= 1 && sides.width <= 16384, "a width from 1 to 16384");
+        promised(sides.height >= 1 && sides.height <= 16384, "a height from 1 to 16384");
+        if (picture.exact)
+            promised(app::parsePictureSize(app::textOf(sides)).exact == sides, "a size reads back");
     } catch (const app::UsageError&) {
     }
     try {
