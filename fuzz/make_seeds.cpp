@@ -226,6 +226,10 @@ void makeSeeds(const std::string& root) {
     writeTexts(root + "/settings",
                {"fov_scale=0.81", "rotate_x_boundary=-12", "guided_filter_rx=2", "guided_filter_eps=1e-6",
                 "border_deadzone=64", "1280x720", "16384x1", "0.5,-0.2", "-1,1", "fov=1", "fov_scale=1e999"});
+    writeTexts(root + "/profile",
+               {R"({"quorvane_profile": 1, "parameters": {"fov_scale": 0.81, "guided_filter_eps": 1e-06},)"
+                R"( "options": {"frame": "auto", "pivot": "0.5,0.4", "size": 1280, "no-doctor": true}})",
+                R"({"quorvane_profile": 2})", R"({"quorvane_profile": 1, "\n": [1e999, null, "\u00e4"]})"});
     // Bytes that say nothing but choose among small and large sides.
     writeTexts(root + "/fit", {std::string(48, '\0'), std::string(48, '\xff'), std::string(48, '\x55'),
                                std::string(20, '\1') + std::string(28, '\xfe')});

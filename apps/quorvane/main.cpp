@@ -38,7 +38,7 @@ int run(int argc, char** argv) {
     size_t chosen = 0;
     if (!lines.parse(argc, argv, &chosen)) return 0;
     if (commands[chosen].tidies_up) quorvane::catchSignals();
-    work[chosen]();
+    lines.lines()[chosen]->run(work[chosen]);
     return 0;
 }
 

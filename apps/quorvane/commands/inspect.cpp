@@ -6,6 +6,7 @@
 #include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/commands/inspect_report.h"
 #include "apps/quorvane/commands/output_guard.h"
+#include "apps/quorvane/commands/profile_options.h"
 #include "apps/quorvane/drawing/clip_drawing.h"
 #include "apps/quorvane/drawing/picture_options.h"
 #include "apps/quorvane/drawing/stages_sheet.h"
@@ -158,6 +159,8 @@ std::function<void()> prepare(CommandLine* line) {
         .called("FILE");
     addPictureOptions(line, "1920", &options->picture);
     addViewOptions(line, &options->view);
+    addProfileOption(line, &options->view);
+    addSaveProfileOption(line, options->view);
     return [options] { inspect(*options); };
 }
 

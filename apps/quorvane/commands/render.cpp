@@ -8,6 +8,7 @@
 
 #include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/commands/output_guard.h"
+#include "apps/quorvane/commands/profile_options.h"
 #include "apps/quorvane/drawing/clip_drawing.h"
 #include "apps/quorvane/drawing/encoding_options.h"
 #include "apps/quorvane/drawing/page.h"
@@ -275,7 +276,7 @@ int parseFrames(const std::string& text) {
 void addMotionOptions(CommandLine* line, RenderOptions* options) {
     const auto take_frames = [options](const std::string& text) { options->frames = parseFrames(text); };
     options->of_loops.push_back(
-        &line->parsed("--frames", take_frames, "frames in the loop (1 to 99999, default 120)").called("N"));
+        &line->parsed("--frames", take_frames, "frames in the loop (1 to 99999)").called("N").usually("120"));
     options->of_loops.push_back(&line->whole("--fps", &options->fps, 1, 240, "frames a second"));
     const AddedPictureOptions added = addPictureOptions(line, "1920, in a page 2048", &options->picture);
     options->of_motion = {&added.motion, &added.amount};
@@ -284,8 +285,9 @@ void addMotionOptions(CommandLine* line, RenderOptions* options) {
                  "--at", [options](const std::string& text) { options->at = parsePosition(text); },
                  "the still's view position, or the middle of the motion: -1 from the left or below to 1 "
                  "from "
-                 "the right or above (default 0,0)")
-             .called("X,Y"));
+                 "the right or above")
+             .called("X,Y")
+             .usually("0,0"));
     const AddedStereoOptions stereo = addStereoOptions(line, &options->stereo);
     options->of_stereo = {&stereo.eyes};
 }
@@ -301,6 +303,7 @@ void addPictureAndViewOptions(CommandLine* line, RenderOptions* options) {
         &line->text("--title", &options->title, "a page's title (default: as --alt)").called("TEXT"));
     line->flag("--force", &options->force, "replace the numbered frames in a folder that is not empty");
     addViewOptions(line, &options->view);
+    addProfileOption(line, &options->view);
 }
 
 }  // namespace
@@ -322,6 +325,7 @@ RenderLine addRenderLine(CommandLine* line) {
         "drawn, and for a clip it is the wait for ffmpeg"));
     addTalkOptions(line, &options->talk);
     addTimingsOption(line, &options->view);
+    addSaveProfileOption(line, options->view);
     return {[options] { check(*options); }, [options] { return render(*options); }};
 }
 

@@ -4,6 +4,7 @@
 
 #include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/commands/output_guard.h"
+#include "apps/quorvane/commands/profile_options.h"
 #include "apps/quorvane/drawing/page.h"
 #include "media/clip/share_page.h"
 #include "media/picture/picture_file.h"
@@ -44,6 +45,8 @@ std::function<void()> prepare(CommandLine* line) {
     line->text("-o,--out", &options->out, "the shaped depth map, a .png file").called("FILE").required();
     addTalkOptions(line, &options->talk);
     addViewOptions(line, &options->view);
+    addProfileOption(line, &options->view);
+    addSaveProfileOption(line, options->view);
     return [options] { shape(*options); };
 }
 

@@ -6,6 +6,7 @@
 
 #include "apps/quorvane/commands/command.h"
 #include "apps/quorvane/commands/output_guard.h"
+#include "apps/quorvane/commands/profile_options.h"
 #include "apps/quorvane/drawing/picture_options.h"
 #include "apps/quorvane/drawing/stages_sheet.h"
 #include "apps/quorvane/input/depth_source.h"
@@ -90,6 +91,8 @@ std::function<void()> prepare(CommandLine* line) {
     addTalkOptions(line, &options->talk);
     addViewOptions(line, &options->view);
     addTimingsOption(line, &options->view);
+    addProfileOption(line, &options->view);
+    addSaveProfileOption(line, options->view);
     return [options] { stages(*options); };
 }
 

@@ -19,9 +19,9 @@ AddedPictureOptions addPictureOptions(CommandLine* line, const std::string& usua
         line->parsed(
                 "--motion", [options](const std::string& text) { options->motion = parseMotion(text); },
                 "how the view moves: names from the list below, joined as in sway+zoom, or what each axis "
-                "does, as in 'x=sin(1) y=0.5cos(2)' (default " +
-                    options->motion.text + ")")
-            .called("MOTION");
+                "does, as in 'x=sin(1) y=0.5cos(2)'")
+            .called("MOTION")
+            .usually(options->motion.text);
     const Option& amount = line->number("--amount", &options->amount, 0.0, 1.0, "how far the view swings");
     line->table("Motions:", std::move(rows));
     return {motion, amount};

@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
+#include <functional>
 
 #include "apps/quorvane/terminal/numbers.h"
 #include "apps/quorvane/terminal/text.h"
 #include "apps/quorvane/terminal/usage_error.h"
+#include "host/parameters.h"
 #include "quorvane/host/ParallaxView.h"
 
 namespace quorvane::app {
@@ -55,72 +58,148 @@ void takePivot(const std::string& text, ViewOptions* options) {
     }
 }
 
+/// The number of fewest digits that the field holds as it holds its value: 0.6 for 0.6f.
+double shortest(const Parameter& parameter, const LibParam& values) {
+    if (parameter.real == nullptr) return parameter.of(values);
+    std::array<char, 32> digits = {};
+    const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), values.*parameter.real);
+    double number = 0.0;
+    std::from_chars(digits.data(), written.ptr, number);
+    return number;
+}
+
+void dropProfileSettings(ViewOptions* options, const std::function<bool(const std::string&)>& drops) {
+    const auto end = options->settings.begin() + static_cast<std::ptrdiff_t>(options->profile_settings);
+    const auto kept = std::remove_if(options->settings.begin(), end,
+                                     [&](const auto& setting) { return drops(setting.first); });
+    options->profile_settings -= static_cast<size_t>(end - kept);
+    options->settings.erase(kept, end);
+}
+
+void takeOrientation(const std::string& text, ViewOptions* options) {
+    const int orientation = parseWhole("--orientation", text, 0, 8);
+    // Another set is another value of every parameter.
+    if (orientation != options->orientation)
+        dropProfileSettings(options, [](const std::string&) { return true; });
+    options->orientation = orientation;
+}
+
+/// The user gave `option`, which decides `parameters`.
+void decide(const std::string& option, const std::vector<std::string>& parameters, ViewOptions* options) {
+    dropProfileSettings(options, [&](const std::string& name) {
+        return std::find(parameters.begin(), parameters.end(), name) != parameters.end();
+    });
+    options->deciding.push_back({option, parameters});
+}
+
 }  // namespace
+
+void takeProfileParameters(const std::vector<std::pair<std::string, double>>& parameters,
+                           ViewOptions* options) {
+    options->settings = parameters;
+    options->profile_settings = parameters.size();
+    options->deciding.clear();
+}
+
+std::vector<std::pair<std::string, double>> parametersInForce(const ViewOptions& options) {
+    std::vector<std::string> kept;
+    LibParam values = startingParameters(static_cast<uint32_t>(options.orientation), &kept);
+    for (const auto& [name, value] : options.settings) {
+        kept.push_back(name);
+        for (const Parameter& parameter : kParameters)
+            if (name == parameter.name) parameter.store(value, &values);
+    }
+    std::vector<std::string> chosen = {"fov_scale"};
+    if (options.pivot != Pivot::kTuned) chosen.emplace_back("rotate_z_trans");
+    if (options.clean_edges) chosen.insert(chosen.end(), {"guided_filter_rx", "guided_filter_ry"});
+    const auto has = [](const std::vector<std::string>& names, const char* name) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    std::vector<std::pair<std::string, double>> parameters;
+    for (const Parameter& parameter : kParameters)
+        if (has(kept, parameter.name) || !has(chosen, parameter.name))
+            parameters.emplace_back(parameter.name, shortest(parameter, values));
+    return parameters;
+}
 
 void addViewOptions(CommandLine* line, ViewOptions* options) {
     line->parsed(
             "--frame",
             [options](const std::string& text) {
                 options->frame = parseFrame(text);
-                options->deciding.push_back({"--frame " + text, {"fov_scale"}});
+                decide("--frame " + text, {"fov_scale"}, options);
             },
-            "how much of the photo's sides is seen, 0.05 to 1, or auto: as much as shows no border "
-            "(default auto)")
-        .called("X");
+            "how much of the photo's sides is seen, 0.05 to 1, or auto: as much as shows no border")
+        .called("X")
+        .usually("auto");
     line->parsed(
             "--pivot",
             [options](const std::string& text) {
                 takePivot(text, options);
-                options->deciding.push_back({"--pivot " + text, {"rotate_z_trans"}});
+                decide("--pivot " + text, {"rotate_z_trans"}, options);
             },
             "what stays in place: auto for the subject, what the photo shows at X,Y (0 to 1 from its left "
             "and "
-            "top), or off for the set's own depth (default auto)")
-        .called("X,Y");
+            "top), or off for the set's own depth")
+        .called("X,Y")
+        .usually("auto");
     line->word(
-        "--edges", {"clean", "soft"},
-        [options](size_t i) {
-            options->clean_edges = i == 0;
-            if (options->clean_edges)
-                options->deciding.push_back({"--edges clean", {"guided_filter_rx", "guided_filter_ry"}});
-        },
-        "clean keeps near things whole where they meet far ones, soft smooths the depth map as it is "
-        "(default "
-        "clean)");
+            "--edges", {"clean", "soft"},
+            [options](size_t i) {
+                options->clean_edges = i == 0;
+                if (options->clean_edges)
+                    decide("--edges clean", {"guided_filter_rx", "guided_filter_ry"}, options);
+            },
+            "clean keeps near things whole where they meet far ones, soft smooths the depth map as it is")
+        .usually("clean");
     line->word(
-        "--grid", {"auto", "fine", "coarse"},
-        [options](size_t i) {
-            options->grid = std::array{kAutoGrid, kFineGrid, kCoarseGrid}[i];
-        },
-        "how closely silhouettes follow the photo: auto up to 400,000 triangles, fine up to 1,600,000, "
-        "coarse "
-        "as many as the depth map needs (default auto)");
-    options->of_drawing.push_back(&line->word(
-        "--samples", {"auto", "1", "2", "4", "8"},
-        [options](size_t i) {
-            options->samples = std::array{kAutoSamples, 1, 2, 4, 8}[i];
-        },
-        "for smooth silhouettes, how many samples a pixel; where the driver has none, or for auto where it "
-        "draws in software, the picture is drawn twice as large and averaged instead (default auto)"));
-    options->of_drawing.push_back(
-        &line->whole("--supersample", &options->supersample, 1, 4,
-                     "draw this many times as large, then average; above 1 without samples"));
-    options->of_drawing.push_back(&line->word(
-        "--detail", {"auto", "full"}, [options](size_t i) { options->whole_photo = i == 1; },
-        "auto brings the photo to what the picture shows of it, so that fine textures stay quiet; full takes "
-        "all of its pixels (default auto)"));
-    options->of_drawing.push_back(&line->word(
-        "--renderer", {"auto", "gl", "software"},
-        [options](size_t i) {
-            options->renderer = std::array{Renderer::kAuto, Renderer::kGl, Renderer::kSoftware}[i];
-        },
-        "gl draws with the graphics driver, software on the processor without one, auto with the driver "
-        "unless that draws "
-        "on the processor too (default auto)"));
-    line->whole(
-        "--orientation", &options->orientation, 0, 8,
-        "set of parameters by the device's orientation code: 4 and 7 take the first set, all others the "
-        "second, which turns about a point behind the scene");
+            "--grid", {"auto", "fine", "coarse"},
+            [options](size_t i) {
+                options->grid = std::array{kAutoGrid, kFineGrid, kCoarseGrid}[i];
+            },
+            "how closely silhouettes follow the photo: auto up to 400,000 triangles, fine up to 1,600,000, "
+            "coarse "
+            "as many as the depth map needs")
+        .usually("auto");
+    Option& samples =
+        line->word(
+                "--samples", {"auto", "1", "2", "4", "8"},
+                [options](size_t i) {
+                    options->samples = std::array{kAutoSamples, 1, 2, 4, 8}[i];
+                },
+                "for smooth silhouettes, how many samples a pixel; where the driver has none, or for auto "
+                "where it "
+                "draws in software, the picture is drawn twice as large and averaged instead")
+            .usually("auto");
+    Option& supersample = line->whole("--supersample", &options->supersample, 1, 4,
+                                      "draw this many times as large, then average; above 1 without samples")
+                              .rivals(samples);
+    Option& detail =
+        line->word(
+                "--detail", {"auto", "full"}, [options](size_t i) { options->whole_photo = i == 1; },
+                "auto brings the photo to what the picture shows of it, so that "
+                "fine textures stay quiet; full takes "
+                "all of its pixels")
+            .usually("auto");
+    Option& renderer =
+        line->word(
+                "--renderer", {"auto", "gl", "software"},
+                [options](size_t i) {
+                    options->renderer = std::array{Renderer::kAuto, Renderer::kGl, Renderer::kSoftware}[i];
+                },
+                "gl draws with the graphics driver, software on the processor without one, auto with the "
+                "driver "
+                "unless that draws "
+                "on the processor too")
+            .usually("auto");
+    options->of_renderer = &renderer;
+    options->of_drawing = {&samples, &supersample, &detail, &renderer};
+    line->parsed(
+            "--orientation", [options](const std::string& text) { takeOrientation(text, options); },
+            "set of parameters by the device's orientation code: 4 and 7 take the first set, all others the "
+            "second, which turns about a point behind the scene (0 to 8)")
+        .called("N")
+        .usually(std::to_string(options->orientation));
     line->repeated(
             "--set", [options](const std::string& text) { options->settings.push_back(parseSetting(text)); },
             "change a parameter, whatever would be chosen for it; may be repeated")
@@ -135,7 +214,8 @@ void addViewOptions(CommandLine* line, ViewOptions* options) {
 void addTimingsOption(CommandLine* line, ViewOptions* options) {
     line->text("--timings", &options->timings,
                "write the renderer's timing lines to FILE; implies --renderer gl")
-        .called("FILE");
+        .called("FILE")
+        .rivals(*options->of_renderer);
 }
 
 std::optional<double> frameGiven(const ViewOptions& options) {

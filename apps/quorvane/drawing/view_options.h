@@ -34,6 +34,9 @@ struct ViewOptions {
 
     std::vector<const Option*> of_drawing;  ///< those that say nothing of what is drawn elsewhere
 
+    size_t profile_settings = 0;          ///< so many of `settings`, the first, are a profile's
+    const Option* of_renderer = nullptr;  ///< --renderer
+
     /// Options as they were given, and the parameters that each of them decides.
     std::vector<std::pair<std::string, std::vector<std::string>>> deciding;
 };
@@ -45,6 +48,13 @@ std::pair<std::string, double> parseSetting(const std::string& text);
 std::optional<double> parseFrame(const std::string& text);
 
 void addViewOptions(CommandLine* line, ViewOptions* options);
+
+/// The parameters that a profile names, once its options have been taken; what the user gives wins over both.
+void takeProfileParameters(const std::vector<std::pair<std::string, double>>& parameters,
+                           ViewOptions* options);
+
+/// The parameters of every picture that is drawn with these options: all but those that are chosen for each.
+std::vector<std::pair<std::string, double>> parametersInForce(const ViewOptions& options);
 
 /// Adds --timings.
 void addTimingsOption(CommandLine* line, ViewOptions* options);

@@ -97,17 +97,21 @@ void addDepthOptions(CommandLine* line, InputOptions* options, const Option* dep
     std::vector<std::string> answers;
     for (const Answer& answer : kAnswers) answers.emplace_back(answer.name);
     line->flagOrWord(
-        "--invert-depth", answers, 0, [options](size_t i) { options->invert_depth = kAnswers[i].inverted; },
-        "exchange near and far in the depth map (yes, or nothing behind it), leave them (no), or see from "
-        "the "
-        "photo whether its larger values are farther (auto, the default)");
+            "--invert-depth", answers, 0,
+            [options](size_t i) { options->invert_depth = kAnswers[i].inverted; },
+            "exchange near and far in the depth map (yes, or nothing behind it), leave them (no), or see "
+            "from "
+            "the "
+            "photo whether its larger values are farther (auto)")
+        .usually("auto");
     std::vector<std::string> ways;
     for (const Way& way : kWays) ways.emplace_back(way.name);
     line->word(
-        "--holes", ways, [options](size_t i) { options->holes = kWays[i].holes; },
-        "pixels without a depth: fill them from the far side where they certainly have none (auto, the "
-        "default), also where the lowest or highest level may stand for \"unknown\" (fill), or leave them "
-        "(keep)");
+            "--holes", ways, [options](size_t i) { options->holes = kWays[i].holes; },
+            "pixels without a depth: fill them from the far side where they certainly have none (auto), also "
+            "where the lowest or highest level may stand for \"unknown\" (fill), or leave them "
+            "(keep)")
+        .usually("auto");
     line->unset(
         "--no-doctor", &options->doctor,
         "take the depth map as it is: not checked against the photo, nor turned, inverted, filled or spread "

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include "apps/quorvane/terminal/numbers.h"
 #include "apps/quorvane/terminal/text.h"
@@ -53,8 +54,14 @@ size_t placeOf(const std::string& text, const std::vector<std::string>& words, c
     return static_cast<size_t>(found - words.begin());
 }
 
-/// Whether `option` is known by its place.
-bool isArgument(const std::string& names) { return names[0] != '-'; }
+std::function<void(const std::string&)> setting(const std::string& names, bool* to, bool value) {
+    return [=](const std::string& text) {
+        if (text == "true")
+            *to = value;
+        else if (text != "false")
+            throw UsageError(longName(names) + " " + text + ": true or false is wanted");
+    };
+}
 
 /// A word and what it means, in two columns, of which the second begins at `column`.
 std::string row(const std::string& word, const std::string& meaning, size_t width, size_t column) {
@@ -64,6 +71,10 @@ std::string row(const std::string& word, const std::string& meaning, size_t widt
     else
         text.resize(column, ' ');
     return text + wrapped(meaning, width, column, column) + '\n';
+}
+
+bool isOneOf(const std::vector<const Option*>& options, const Option* option) {
+    return std::find(options.begin(), options.end(), option) != options.end();
 }
 
 /// Examples are not wrapped, so that they can be copied.
@@ -85,40 +96,86 @@ Option& Option::called(const std::string& value) {
     return *this;
 }
 
+Option& Option::usually(const std::string& value) {
+    if (!m_help.empty() && m_help.back() == ')')
+        m_help.replace(m_help.size() - 1, 1, ", default " + value + ")");
+    else
+        m_help += " (default " + value + ")";
+    m_taken = value;
+    return *this;
+}
+
 Option& Option::excludes(const Option& other) {
     m_option->excludes(other.m_option);
+    m_excluded.push_back(&other);
     return *this;
+}
+
+Option& Option::rivals(const Option& other) {
+    m_rivals.push_back(&other);
+    return *this;
+}
+
+bool Option::isExcludedBy(const Option& other) const {
+    return isOneOf(m_excluded, &other) || isOneOf(other.m_excluded, this);
+}
+
+bool Option::isRivalOf(const Option& other) const {
+    return isExcludedBy(other) || isOneOf(m_rivals, &other) || isOneOf(other.m_rivals, this);
 }
 
 bool Option::given() const { return m_option->count() > 0; }
 
+std::string Option::givenText() const { return given() ? m_option->results().back() : ""; }
+
 std::string Option::name() const { return longName(m_names); }
 
-CommandLine::CommandLine(CLI::App* app) : m_app(app) {}
+bool Option::isFile() const {
+    const auto is_called = [this](const char* name) { return m_value.rfind(name, 0) == 0; };
+    return isArgument() || is_called("FILE") || is_called("PATH") || is_called("FOLDER");
+}
 
-Option& CommandLine::add(CLI::Option* option, const std::string& names, std::string value, std::string help) {
-    Option added;
-    added.m_option = option;
+void Option::take(const std::string& text) {
+    m_take(text);
+    m_taken = text;
+}
+
+CommandLine::CommandLine(CLI::App* app, const std::vector<std::unique_ptr<CommandLine>>* all)
+    : m_app(app), m_all(all) {}
+
+Option& CommandLine::add(const std::string& names, std::string value, std::string help,
+                         std::function<void(const std::string&)> take) {
+    Option& added = m_options.emplace_back();
     added.m_names = names;
     added.m_value = std::move(value);
     added.m_help = std::move(help);
-    m_options.push_back(std::move(added));
-    return m_options.back();
+    added.m_take = std::move(take);
+    return added;
+}
+
+void CommandLine::taken(Option* option, const std::string& text) {
+    if (const std::function<void()> before = std::exchange(m_before_values, nullptr)) before();
+    option->take(text);
 }
 
 Option& CommandLine::parsed(const std::string& names, const std::function<void(const std::string&)>& take,
                             const std::string& help) {
-    return add(m_app->add_option_function<std::string>(names, take), names, "TEXT", help);
+    Option& added = add(names, "TEXT", help, take);
+    added.m_option = m_app->add_option_function<std::string>(
+        names, [this, &added](const std::string& text) { taken(&added, text); });
+    return added;
 }
 
 Option& CommandLine::repeated(const std::string& names, const std::function<void(const std::string&)>& take,
                               const std::string& help) {
-    const auto take_each = [take](const std::vector<std::string>& texts) {
-        for (const std::string& text : texts) take(text);
+    Option& added = add(names, "TEXT", help, take);
+    const auto take_each = [this, &added](const std::vector<std::string>& texts) {
+        for (const std::string& text : texts) taken(&added, text);
     };
-    CLI::Option* const option = m_app->add_option_function<std::vector<std::string>>(names, take_each);
-    option->allow_extra_args(false)->take_all();
-    return add(option, names, "TEXT", help);
+    added.m_option = m_app->add_option_function<std::vector<std::string>>(names, take_each);
+    added.m_option->allow_extra_args(false)->take_all();
+    added.m_repeated = true;
+    return added;
 }
 
 Option& CommandLine::text(const std::string& names, std::string* to, const std::string& help) {
@@ -129,7 +186,7 @@ Option& CommandLine::text(const std::string& names, std::string* to, const std::
 Option& CommandLine::whole(const std::string& names, int* to, int least, int most, const std::string& help) {
     const std::string range = std::to_string(least) + " to " + std::to_string(most);
     const auto take = [=](const std::string& text) { *to = parseWhole(longName(names), text, least, most); };
-    return parsed(names, take, help + " (" + range + ", default " + std::to_string(*to) + ")").called("N");
+    return parsed(names, take, help + " (" + range + ")").called("N").usually(std::to_string(*to));
 }
 
 Option& CommandLine::number(const std::string& names, double* to, double least, double most,
@@ -141,7 +198,7 @@ Option& CommandLine::number(const std::string& names, double* to, double least, 
             throw UsageError(longName(names) + " " + text + ": a number from " + range + " is wanted");
         *to = value;
     };
-    return parsed(names, take, help + formatted(" (%s, default %g)", range.c_str(), *to)).called("X");
+    return parsed(names, take, help + " (" + range + ")").called("X").usually(formatted("%g", *to));
 }
 
 Option& CommandLine::word(const std::string& names, const std::vector<std::string>& words,
@@ -157,23 +214,31 @@ Option& CommandLine::flagOrWord(const std::string& names, const std::vector<std:
     const auto take_place = [=, take = std::move(take)](const std::string& text) {
         take(placeOf(text, words, longName(names) + "="));
     };
-    CLI::Option* const option = m_app->add_flag(names + "{" + words[alone] + "}");
-    option->take_last()->each(take_place);
     std::string value;
     for (const std::string& word : words) value += (value.empty() ? "[=" : "|") + word;
-    return add(option, names, value + "]", help);
+    Option& added = add(names, value + "]", help, take_place);
+    added.m_option = m_app->add_flag(names + "{" + words[alone] + "}");
+    added.m_option->take_last()->each([this, &added](const std::string& text) { taken(&added, text); });
+    return added;
 }
 
 Option& CommandLine::flag(const std::string& names, bool* to, const std::string& help) {
-    return add(m_app->add_flag_callback(names, [to] { *to = true; }), names, "", help);
+    Option& added = add(names, "", help, setting(names, to, true));
+    added.m_option = m_app->add_flag_callback(names, [this, &added] { taken(&added, "true"); });
+    return added;
 }
 
 Option& CommandLine::unset(const std::string& names, bool* to, const std::string& help) {
-    return add(m_app->add_flag_callback(names, [to] { *to = false; }), names, "", help);
+    Option& added = add(names, "", help, setting(names, to, false));
+    added.m_option = m_app->add_flag_callback(names, [this, &added] { taken(&added, "true"); });
+    return added;
 }
 
 Option& CommandLine::count(const std::string& names, int* to, const std::string& help) {
-    return add(m_app->add_flag(names, *to), names, "", help);
+    Option& added =
+        add(names, "", help, [=](const std::string& text) { *to = parseWhole(longName(names), text, 0, 9); });
+    added.m_option = m_app->add_flag(names, *to);
+    return added;
 }
 
 void CommandLine::table(const std::string& heading, std::vector<std::pair<std::string, std::string>> rows) {
@@ -193,7 +258,7 @@ CommandLines::~CommandLines() = default;
 
 CommandLine* CommandLines::add(const std::string& name, const std::string& summary,
                                std::vector<Example> examples) {
-    m_lines.emplace_back(new CommandLine(m_app->add_subcommand(name, summary)));
+    m_lines.emplace_back(new CommandLine(m_app->add_subcommand(name, summary), &m_lines));
     m_lines.back()->m_summary = summary;
     m_lines.back()->m_examples = std::move(examples);
     return m_lines.back().get();
@@ -248,7 +313,7 @@ void CommandLines::refuse(const std::string& fault) const {
         options.emplace_back("--version");
     else
         for (const Option& option : chosen->m_options)
-            if (!isArgument(option.m_names)) options.push_back(option.name());
+            if (!option.isArgument()) options.push_back(option.name());
     const std::string name = word.substr(0, word.find('='));
     throw UsageError(name + ": no such option" + didYouMean(name, options));
 }
@@ -274,7 +339,7 @@ std::string CommandLines::help(const CommandLine& line, size_t width) const {
     std::string arguments, options;
     for (const Option& option : line.m_options) {
         const std::string help = (option.m_required ? "required: " : "") + option.m_help;
-        if (isArgument(option.m_names)) {
+        if (option.isArgument()) {
             usage += option.m_required ? " " + option.m_names : " [" + option.m_names + "]";
             arguments += row(option.m_names, option.m_help, width, column);
             continue;

@@ -4,6 +4,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,14 +26,42 @@ struct Example {
 class Option {
   public:
     Option& required();
-    Option& called(const std::string& value);  ///< what stands for its value in the help
-    Option& excludes(const Option& other);     ///< given together they are refused
+    Option& called(const std::string& value);   ///< what stands for its value in the help
+    Option& usually(const std::string& value);  ///< its default: help says it, and a profile keeps it
+    Option& excludes(const Option& other);      ///< given together they are refused
 
-    /// Whether the user gave it; known when the command runs.
+    /// Says the same as `other` in another way: the one that the user gives puts aside what a profile says of
+    /// the other. What excludes each other does so, too.
+    Option& rivals(const Option& other);
+
+    /// Whether the user gave it, on the command line; known when the command runs.
     bool given() const;
+
+    /// What the user gave, where it was given.
+    std::string givenText() const;
 
     /// What messages call it, such as "--size".
     std::string name() const;
+
+    /// Whether it is known by its place.
+    bool isArgument() const { return m_names[0] != '-'; }
+
+    /// Whether it stands alone, without a value.
+    bool isFlag() const { return m_value.empty(); }
+
+    /// Whether its value is a file's or folder's name: arguments, and what is called FILE..., PATH or FOLDER.
+    bool isFile() const;
+
+    bool isRepeated() const { return m_repeated; }
+
+    /// What was taken last, or what it is by default; none where it has no value then. A flag is "true".
+    const std::optional<std::string>& value() const { return m_taken; }
+    bool isExcludedBy(const Option& other) const;
+
+    /// Whether one of them puts the other aside.
+    bool isRivalOf(const Option& other) const;
+    /// As if the user had given it, but for `given`. Throws UsageError.
+    void take(const std::string& text);
 
   private:
     friend class CommandLine;
@@ -43,6 +72,11 @@ class Option {
     std::string m_value;
     std::string m_help;
     bool m_required = false;
+    bool m_repeated = false;
+    std::vector<const Option*> m_excluded;
+    std::vector<const Option*> m_rivals;
+    std::function<void(const std::string&)> m_take;
+    std::optional<std::string> m_taken;
 };
 
 /// The options and arguments of one command. Names are "--size", "-o,--out", or "PHOTO" for an argument. What
@@ -77,6 +111,21 @@ class CommandLine {
     Option& unset(const std::string& names, bool* to, const std::string& help);  ///< clears `*to`
     Option& count(const std::string& names, int* to, const std::string& help);
 
+    /// `what` is called once before the first value that the user gave is taken, wherever that stands. By
+    /// then `given` of all options is known.
+    void beforeValues(std::function<void()> what) { m_before_values = std::move(what); }
+
+    /// `what` is called instead of the command's work, which it gets.
+    void around(std::function<void(const std::function<void()>& work)> what) { m_around = std::move(what); }
+
+    void run(const std::function<void()>& work) const { m_around ? m_around(work) : work(); }
+
+    /// In the order in which they were added.
+    std::deque<Option>& options() { return m_options; }
+
+    /// Of the program, this one among them.
+    const std::vector<std::unique_ptr<CommandLine>>& all() const { return *m_all; }
+
     /// A paragraph of the help, behind the options: a heading, and rows of a word and what it means.
     void table(const std::string& heading, std::vector<std::pair<std::string, std::string>> rows);
 
@@ -87,10 +136,16 @@ class CommandLine {
         std::vector<std::pair<std::string, std::string>> rows;
     };
 
-    explicit CommandLine(CLI::App* app);
-    Option& add(CLI::Option* option, const std::string& names, std::string value, std::string help);
+    CommandLine(CLI::App* app, const std::vector<std::unique_ptr<CommandLine>>* all);
+    Option& add(const std::string& names, std::string value, std::string help,
+                std::function<void(const std::string&)> take);
+    /// Takes what the user gives.
+    void taken(Option* option, const std::string& text);
 
     CLI::App* m_app;
+    const std::vector<std::unique_ptr<CommandLine>>* m_all;
+    std::function<void()> m_before_values;
+    std::function<void(const std::function<void()>&)> m_around;
     std::string m_summary;
     std::vector<Example> m_examples;
     std::deque<Option> m_options;
@@ -114,6 +169,8 @@ class CommandLines {
     /// The place of the command that was chosen, in the order of `add`; none where help or the version was
     /// asked for and has been printed. Throws UsageError.
     bool parse(int argc, const char* const* argv, size_t* chosen);
+
+    const std::vector<std::unique_ptr<CommandLine>>& lines() const { return m_lines; }
 
   private:
     std::string help(size_t width) const;
