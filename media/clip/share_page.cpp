@@ -2,12 +2,15 @@
 
 #include <glib.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <string_view>
 
 #include "media/clip/share_script.h"
 #include "media/picture/picture_file.h"
+#include "media/picture/resample.h"
+#include "sizes/sizes.h"
 
 namespace quorvane::media {
 namespace {
@@ -16,6 +19,7 @@ namespace {
 /// where loss is hardest to see.
 constexpr int kPhotoQuality = 85;
 constexpr int kLeastPhotoQuality = 65;
+constexpr int kLeastSide = 1280;  ///< of the longer sides that a photo is scaled down to
 /// A page of 600 KB, which mail and messengers pass on without a thought.
 constexpr size_t kPhotoBytes = 420000;
 
@@ -62,13 +66,26 @@ std::string number(double value) {
     return text;
 }
 
-std::string photoFile(const RgbImage& photo) {
-    std::string file;
+struct PhotoFile {
+    std::string bytes;
+    Size size;
+};
+
+PhotoFile photoFile(const RgbImage& photo, bool keeps_size) {
+    const Size size = {photo.width, photo.height};
+    std::string bytes;
     for (int quality = kPhotoQuality; quality >= kLeastPhotoQuality; quality -= 5) {
-        file = jpegBytes(photo, quality);
-        if (file.size() <= kPhotoBytes) break;
+        bytes = jpegBytes(photo, quality);
+        if (bytes.size() <= kPhotoBytes) return {bytes, size};
     }
-    return file;
+    // A coarser photo shows its loss less than a coarser coding.
+    Size smaller = size;
+    while (!keeps_size && bytes.size() > kPhotoBytes &&
+           std::max(smaller.width, smaller.height) > kLeastSide) {
+        smaller = {smaller.width * 9 / 10, smaller.height * 9 / 10};
+        bytes = jpegBytes(resample(photo, smaller), kLeastPhotoQuality);
+    }
+    return {bytes, smaller};
 }
 
 std::string json(const std::vector<std::pair<std::string, double>>& values) {
@@ -80,26 +97,30 @@ std::string json(const std::vector<std::pair<std::string, double>>& values) {
 
 }  // namespace
 
-std::string elementAttributes(double amount, const std::vector<std::pair<std::string, double>>& parameters) {
+std::string elementAttributes(const ElementSettings& settings) {
     std::string out;
-    if (amount != 1.0) out = "amount=\"" + number(amount) + "\"";
-    if (!parameters.empty())
-        out += (out.empty() ? "params=\"" : " params=\"") + escaped(json(parameters)) + "\"";
+    const auto add = [&](const char* name, const std::string& value) {
+        out += (out.empty() ? "" : " ") + std::string(name) + "=\"" + escaped(value) + "\"";
+    };
+    if (settings.amount != 1.0) add("amount", number(settings.amount));
+    if (settings.antialias != ElementSettings().antialias) add("antialias", settings.antialias);
+    if (!settings.parameters.empty()) add("params", json(settings.parameters));
     return out;
 }
 
 std::string sharePage(const SharePage& page) {
     const std::string script(kShareScript);
+    const PhotoFile photo = photoFile(page.photo, page.keeps_size);
     const std::map<std::string_view, std::string> parts = {
         {"script-source", sourceOf(script)},
         {"title", escaped(page.title)},
-        {"width", std::to_string(page.photo.width)},
-        {"height", std::to_string(page.photo.height)},
+        {"width", std::to_string(photo.size.width)},
+        {"height", std::to_string(photo.size.height)},
         {"motion", escaped(page.motion)},
-        {"attributes", elementAttributes(page.amount, page.parameters)},
+        {"attributes", elementAttributes(page.settings)},
         {"depth", dataAddress("image/png", pngBytes(page.depth))},
         {"alt", escaped(page.alt)},
-        {"photo", dataAddress("image/jpeg", photoFile(page.photo))},
+        {"photo", dataAddress("image/jpeg", photo.bytes)},
         {"script", script},
     };
     std::string html;

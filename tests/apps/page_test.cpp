@@ -102,6 +102,13 @@ TEST_F(Page, MovesByItselfAsNamedMotionsDo) {
     EXPECT_THAT(folder.names(), testing::ElementsAre("a.html", "depth.png", "photo.png"));
 }
 
+TEST_F(Page, CarriesHowOutlinesAreSmoothed) {
+    EXPECT_THAT(words({"--samples", "1"}), HasSubstr("antialias=\"none\""));
+    EXPECT_THAT(words({"--supersample", "3"}), HasSubstr("antialias=\"3\""));
+    for (const char* samples : {"auto", "4"})
+        EXPECT_THAT(words({"--samples", samples}), Not(HasSubstr("antialias=\"")));
+}
+
 TEST_F(Page, SaysWhichOptionsAreIdle) {
     EXPECT_THAT(run("render", "a.html", {"--frames", "60", "--at", "1,0"}).err,
                 HasSubstr("page: --frames, --at: of no effect"));

@@ -95,13 +95,7 @@ const {width, height, stills} = JSON.parse(readFileSync(join(made, 'stills.json'
 
 /** The element as large as the stills, with one sample a pixel as they have. */
 async function openLikeStills(html = '') {
-  const page = await open(`${html}${element('motion=""', `width:${width}px;height:${height}px`)}`, {
-    script: () => {
-      const original = HTMLCanvasElement.prototype.getContext;
-      HTMLCanvasElement.prototype.getContext = function(kind, options) {
-        return original.call(this, kind, kind === 'webgl' ? {...options, antialias: false} : options);
-      };
-    },
+  const page = await open(`${html}${element('motion="" antialias="none"', `width:${width}px;height:${height}px`)}`, {
     context: {reducedMotion: 'reduce'},
   });
   await ready(page);
@@ -163,6 +157,48 @@ test('its pictures are the renderer\'s on another driver', async (t) => {
     assert.ok(found.mean <= 0.25 && found.over8 <= 1e-4, JSON.stringify(found));
   }
   await close(page);
+});
+
+/** Averages of 2 x 2 pixels. */
+function halved(large, width, height) {
+  const half = Buffer.alloc(width * height);
+  for (let y = 0; y < height / 2; ++y)
+    for (let x = 0; x < width / 2; ++x)
+      for (let c = 0; c < 4; ++c) {
+        const at = (column, row) => large[4 * (row * width + column) + c];
+        const sum = at(2 * x, 2 * y) + at(2 * x + 1, 2 * y) + at(2 * x, 2 * y + 1) + at(2 * x + 1, 2 * y + 1);
+        half[4 * (y * width / 2 + x) + c] = Math.round(sum / 4);
+      }
+  return half;
+}
+
+test('outlines are smoothed by the browser, by size, or not at all', async () => {
+  const drawn = async (attributes, style, script) => {
+    const page = await open(element(`motion="" ${attributes}`, style), {script, context: {reducedMotion: 'reduce'}});
+    await ready(page);
+    // At rest near things hide nothing that the photo shows, and outlines look alike.
+    await page.evaluate(() => document.querySelector('parallax-photo').lookAt(1, -1));
+    await comes(page, 1, -1);
+    const picture = await pixels(page);
+    await close(page);
+    return picture;
+  };
+  const box = 'width:192px;height:256px';
+  const sharp = await drawn('antialias="none"', box);
+  const twice = await drawn('antialias="2"', box);
+  const large = await drawn('antialias="none"', 'width:384px;height:512px');
+  const expected = halved(large, 384, 512);
+  const found = difference(twice, expected);
+  assert.ok(found.over2 === 0, `twice as large and averaged: ${JSON.stringify(found)}`);
+  assert.ok(difference(sharp, expected).over8 > 0.005, 'without it outlines are others');
+  assert.ok(difference(await drawn('', box), sharp).over8 > 0.001, 'the browser smooths');
+  const unsmoothed = () => {
+    const original = HTMLCanvasElement.prototype.getContext;
+    HTMLCanvasElement.prototype.getContext = function(kind, options) {
+      return original.call(this, kind, kind === 'webgl' ? {...options, antialias: false} : options);
+    };
+  };
+  assert.ok((await drawn('', box, unsmoothed)).equals(twice), 'where the browser does not, it is drawn twice as large');
 });
 
 test('the poster is framed as the first picture', async () => {
@@ -438,6 +474,27 @@ test('40 elements share one context, and only those near the viewport are loaded
   await page.evaluate(() => scrollTo(0, 100000));
   await until('the last ones', async () => (await count()) > 16);
   assert.strictEqual(await page.evaluate(() => contexts), 1);
+  await close(page);
+});
+
+test('at rest no frame is asked for', async () => {
+  const page = await open(element('motion="keys"'), {
+    script: () => {
+      window.asked = 0;
+      const original = requestAnimationFrame;
+      window.requestAnimationFrame = (callback) => {
+        ++asked;
+        return original.call(window, callback);
+      };
+    },
+  });
+  await ready(page);
+  await page.locator('parallax-photo').press('ArrowRight');
+  await rests(page);
+  const asked = await page.evaluate(() => window.asked);
+  assert.ok(asked > 1);
+  await page.waitForTimeout(500);
+  assert.strictEqual(await page.evaluate(() => window.asked), asked);
   await close(page);
 });
 

@@ -47,6 +47,12 @@ export class ParallaxPhoto extends HTMLElement {
   motion: string;
   /** How far the view goes, 0 to 1. */
   amount: number;
+  /**
+   * How outlines are smoothed: auto as the browser does, and twice as large where it does not; none; 2, 3 or 4 times as
+   * large, then averaged. A page has one context: its first element says whether the browser smooths.
+   */
+  get antialias(): 'auto' | 'none' | '2' | '3' | '4';
+  set antialias(value: 'auto' | 'none' | '2' | '3' | '4' | 2 | 3 | 4);
   get params(): ParallaxParams;
   set params(values: Partial<ParallaxParams>);
   readonly view: ViewPosition;

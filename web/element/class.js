@@ -53,7 +53,7 @@ const MOTIONS = {
   zoom: (turn) => [0, 0, 0.125 - 0.125 * Math.cos(turn)],
 };
 const KEYS = {ArrowLeft: [-1, 0], ArrowRight: [1, 0], ArrowUp: [0, 1], ArrowDown: [0, -1]};
-const ATTRIBUTES = ['src', 'depth', 'raw-depth', 'alt', 'loading', 'motion', 'amount', 'params'];
+const ATTRIBUTES = ['src', 'depth', 'raw-depth', 'alt', 'loading', 'motion', 'amount', 'antialias', 'params'];
 const DEFAULT_MOTION = 'pointer tilt keys';
 
 const clamp = (value) => Math.max(-1, Math.min(1, value));
@@ -64,11 +64,11 @@ const prefersStillness = () => matchMedia('(prefers-reduced-motion: reduce)').ma
 let stage;
 const elements = new Set();  // those in the document
 
-function openStage() {
+function openStage(antialias) {
   const canvas = document.createElement('canvas');
-  const gl = canvas.getContext('webgl', {alpha: false});
+  const gl = canvas.getContext('webgl', {alpha: false, antialias});
   if (!gl || !gl.getParameter(gl.MAX_VERTEX_TEXTURE_IMAGE_UNITS)) return {};
-  const opened = {canvas, gl};
+  const opened = {canvas, gl, smooth: gl.getContextAttributes().antialias};
   canvas.addEventListener('webglcontextlost', (event) => {
     event.preventDefault();
     opened.lost = true;
@@ -280,7 +280,7 @@ export class ParallaxPhoto extends Base {
 
   connectedCallback() {
     // What was set before the class was there stands in the way of the class's own.
-    for (const name of ['src', 'depth', 'rawDepth', 'alt', 'loading', 'motion', 'amount', 'params'])
+    for (const name of ['src', 'depth', 'rawDepth', 'alt', 'loading', 'motion', 'amount', 'antialias', 'params'])
       if (Object.hasOwn(this, name)) {
         const value = this[name];
         delete this[name];
@@ -347,6 +347,13 @@ export class ParallaxPhoto extends Base {
   }
   set amount(value) {
     this.setAttribute('amount', value);
+  }
+  get antialias() {
+    const antialias = this.getAttribute('antialias');
+    return ['none', '2', '3', '4'].includes(antialias) ? antialias : 'auto';
+  }
+  set antialias(value) {
+    this.setAttribute('antialias', value);
   }
   get motion() {
     return this.getAttribute('motion') ?? DEFAULT_MOTION;
@@ -437,7 +444,7 @@ export class ParallaxPhoto extends Base {
     this.#photo = 'awaited';
     this.#name();
     try {
-      stage = stage ?? openStage();
+      stage = stage ?? openStage(this.antialias === 'auto');
       const image = this.#begun = this.#image();
       if (image === fallback && source !== null) {
         fallback.crossOrigin = 'anonymous';
@@ -514,6 +521,13 @@ export class ParallaxPhoto extends Base {
     return [Math.max(1, Math.round(width)), Math.max(1, Math.round(width / aspect))];
   }
 
+  /** How many times as large it is drawn on each axis, before that is averaged. */
+  #scale(width, height) {
+    const {antialias} = this;
+    const wanted = +antialias || (antialias === 'auto' && !stage.smooth ? 2 : 1);
+    return Math.max(1, Math.min(wanted, Math.floor(stage.largest / Math.max(width, height))));
+  }
+
   /** Brings textures and mesh to what a picture of width x height needs. */
   #upload(width, height) {
     const {gl, largest} = stage;
@@ -543,21 +557,23 @@ export class ParallaxPhoto extends Base {
   #draw() {
     const {gl, canvas} = stage;
     const [width, height] = this.#size();
+    const scale = this.#scale(width, height);
+    const drawn_width = scale * width, drawn_height = scale * height;
     try {
-      this.#upload(width, height);
+      this.#upload(drawn_width, drawn_height);
     } catch (error) {
       return this.#fail(`photo: ${error.message}`);
     }
-    if (canvas.width < width) canvas.width = width;
-    if (canvas.height < height) canvas.height = height;
+    if (canvas.width < drawn_width) canvas.width = drawn_width;
+    if (canvas.height < drawn_height) canvas.height = drawn_height;
     const {textures, buffers, count, type, half_width} = this.#gpu;
     const amount = this.amount, {border_deadzone} = this.#params;
     const params = {...this.#params, fov_scale: this.#params.fov_scale / (1 + amount * this.#at[2])};
-    const matrix = viewMatrix(params, heldPosition(amount * this.#at[0], width, border_deadzone),
-                              heldPosition(amount * this.#at[1], height, border_deadzone), half_width);
+    const matrix = viewMatrix(params, heldPosition(amount * this.#at[0], drawn_width, border_deadzone),
+                              heldPosition(amount * this.#at[1], drawn_height, border_deadzone), half_width);
     // The matrix puts the photo's first row at the bottom; here it is at the top.
     for (let i = 1; i < 16; i += 4) matrix[i] = -matrix[i];
-    gl.viewport(0, 0, width, height);
+    gl.viewport(0, 0, drawn_width, drawn_height);
     gl.clear(gl.COLOR_BUFFER_BIT | gl.DEPTH_BUFFER_BIT);
     gl.uniformMatrix4fv(stage.mvp, false, matrix);
     textures.forEach((name, i) => {
@@ -572,7 +588,9 @@ export class ParallaxPhoto extends Base {
     const context = this.#canvas.getContext('2d', {alpha: false});
     if (this.#canvas.width !== width) this.#canvas.width = width;
     if (this.#canvas.height !== height) this.#canvas.height = height;
-    context.drawImage(canvas, 0, canvas.height - height, width, height, 0, 0, width, height);
+    context.imageSmoothingQuality = 'high';
+    context.drawImage(
+        canvas, 0, canvas.height - drawn_height, drawn_width, drawn_height, 0, 0, width, height);
     this.#gpu.drawn = true;
     if (!this.hasAttribute('ready')) {
       this.setAttribute('ready', '');

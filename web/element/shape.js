@@ -28,7 +28,11 @@ export function fit(width, height) {
  * each of 4 x 4. Returns a byte a cell.
  */
 export async function shapePlanes({columns, rows, ratio}, photo, depth, params) {
-  shaper = shaper ?? open();
+  // Where it cannot start, as for want of memory, the next picture tries again.
+  shaper ??= open().catch((error) => {
+    shaper = null;
+    throw error;
+  });
   const {memory, ...exported} = await shaper;
   const at = exported.prepare(columns, rows, ratio);
   if (!at) throw new Error('depth: there is no memory to shape it in');

@@ -179,14 +179,14 @@ media::SharePage pageOf(const RenderOptions& options, Size size, Input input) {
         pagePicture(options.view, options.talk, size, options.picture.amount, std::move(input));
     media::SharePage page;
     page.photo = std::move(picture.photo);
+    page.keeps_size = options.picture.size.has_value();
     page.depth = std::move(picture.depth);
     page.alt = options.alt.empty() ? kAnyPhoto : options.alt;
     page.title = options.title.empty() ? page.alt : options.title;
     page.motion = "pointer tilt keys";
     for (const std::string& name : options.picture.motion.names)
         if (name != "still") page.motion += " " + name;
-    page.amount = picture.amount;
-    page.parameters = std::move(picture.parameters);
+    page.settings = std::move(picture.settings);
     return page;
 }
 

@@ -36,7 +36,7 @@ void shape(const ShapeOptions& options) {
     output.fill(media::pngBytes(picture.depth));
     throwIfCancelled();
     output.commit();
-    std::printf("%s\n", media::elementAttributes(picture.amount, picture.parameters).c_str());
+    std::printf("%s\n", media::elementAttributes(picture.settings).c_str());
 }
 
 std::function<void()> prepare(CommandLine* line) {

@@ -1,6 +1,9 @@
 #include "apps/quorvane/drawing/page.h"
 
+#include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "apps/quorvane/drawing/clip_drawing.h"
 #include "apps/quorvane/drawing/planning.h"
@@ -28,6 +31,12 @@ std::vector<std::pair<std::string, double>> changedParameters(int orientation, c
     return changed;
 }
 
+/// A browser has one number of samples, and draws with these or without.
+std::string antialiasOf(const ViewOptions& options) {
+    if (options.supersample > 1) return std::to_string(options.supersample);
+    return options.samples == 1 ? "none" : "auto";
+}
+
 }  // namespace
 
 PagePicture pagePicture(const ViewOptions& options, const Talk& talk, Size size, double amount, Input input) {
@@ -51,8 +60,7 @@ PagePicture pagePicture(const ViewOptions& options, const Talk& talk, Size size,
     picture.photo = media::resample(photo, size);
     picture.depth = media::GrayImage(fit.fit.grid.width, fit.fit.grid.height);
     picture.depth.samples = plan.shaped;
-    picture.amount = amount * plan.swing;
-    picture.parameters = changedParameters(view.orientation, plan);
+    picture.settings = {amount * plan.swing, antialiasOf(options), changedParameters(view.orientation, plan)};
     return picture;
 }
 

@@ -1,13 +1,10 @@
 #ifndef QUORVANE_APPS_DRAWING_PAGE_H
 #define QUORVANE_APPS_DRAWING_PAGE_H
 
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "apps/quorvane/drawing/view_options.h"
 #include "apps/quorvane/input/depth_source.h"
 #include "apps/quorvane/terminal/talk.h"
+#include "media/clip/share_page.h"
 #include "media/picture/image.h"
 #include "sizes/sizes.h"
 
@@ -20,9 +17,7 @@ constexpr int kLongestPageSide = 2048;
 struct PagePicture {
     media::RgbImage photo;   ///< of the size that was asked for
     media::GrayImage depth;  ///< shaped: a sample a cell of the grid
-    double amount = 1.0;     ///< how far the view may go
-    /// Of the renderer, where they are others than its defaults.
-    std::vector<std::pair<std::string, double>> parameters;
+    media::ElementSettings settings;
 };
 
 /// Composes a picture of `size` that will be seen from wherever the view goes, `amount` times as far as it

@@ -171,9 +171,9 @@ void addViewOptions(CommandLine* line, ViewOptions* options) {
                 "where it "
                 "draws in software, the picture is drawn twice as large and averaged instead")
             .usually("auto");
-    Option& supersample = line->whole("--supersample", &options->supersample, 1, 4,
-                                      "draw this many times as large, then average; above 1 without samples")
-                              .rivals(samples);
+    line->whole("--supersample", &options->supersample, 1, 4,
+                "draw this many times as large, then average; above 1 without samples")
+        .rivals(samples);
     Option& detail =
         line->word(
                 "--detail", {"auto", "full"}, [options](size_t i) { options->whole_photo = i == 1; },
@@ -193,7 +193,7 @@ void addViewOptions(CommandLine* line, ViewOptions* options) {
                 "on the processor too")
             .usually("auto");
     options->of_renderer = &renderer;
-    options->of_drawing = {&samples, &supersample, &detail, &renderer};
+    options->of_drawing = {&detail, &renderer};
     line->parsed(
             "--orientation", [options](const std::string& text) { takeOrientation(text, options); },
             "set of parameters by the device's orientation code: 4 and 7 take the first set, all others the "

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <random>
 
 #include "media/picture/picture_file.h"
 #include "media/scene/sample_scene.h"
@@ -55,14 +56,31 @@ TEST(SharePage, KeepsTextsWhateverTheyHold) {
     EXPECT_THAT(words, HasSubstr("alt=\"a &quot;b&quot; &amp; &lt;c&gt; \xC3\xA9 \xEF\xBF\xBD\""));
 }
 
+// Noise is what codes worst.
+TEST(SharePage, StaysSmallWhateverThePhoto) {
+    SharePage page = small();
+    page.photo = RgbImage(2048, 1536);
+    std::mt19937 random(1);
+    for (uint8_t& sample : page.photo.samples) sample = static_cast<uint8_t>(96 + random() % 64);
+    const std::string html = sharePage(page);
+    EXPECT_LT(html.size(), 600000U);
+    const RgbImage scaled = decodePhoto(test::fileInPage(html, "image/jpeg"), "photo");
+    EXPECT_LT(scaled.width, 2048);
+    EXPECT_NEAR(static_cast<double>(scaled.width) / scaled.height, 4.0 / 3.0, 0.01);
+    const std::string size = "<img width=\"" + std::to_string(scaled.width) + "\" height=\"" +
+                             std::to_string(scaled.height) + "\"";
+    EXPECT_THAT(html, HasSubstr(size));
+    page.keeps_size = true;
+    EXPECT_EQ(decodePhoto(test::fileInPage(sharePage(page), "image/jpeg"), "photo").width, 2048);
+}
+
 TEST(SharePage, CarriesAmountAndParameters) {
     SharePage page = small();
-    page.amount = 0.25;
-    page.parameters = {{"fov_scale", 0.5}, {"rotate_z_trans", 33.75}};
+    page.settings = {0.25, "3", {{"fov_scale", 0.5}, {"rotate_z_trans", 33.75}}};
     EXPECT_THAT(sharePage(page),
-                HasSubstr("motion=\"pointer sway\" amount=\"0.25\" "
+                HasSubstr("motion=\"pointer sway\" amount=\"0.25\" antialias=\"3\" "
                           "params=\"{&quot;fov_scale&quot;:0.5,&quot;rotate_z_trans&quot;:33.75}\""));
-    EXPECT_EQ(elementAttributes(1.0, {}), "");
+    EXPECT_EQ(elementAttributes({}), "");
 }
 
 TEST(SharePage, ForbidsItselfEveryRequest) {
