@@ -16,7 +16,6 @@
 #include "media/depth/depth_doctor.h"
 #include "media/picture/image.h"
 #include "media/picture/picture_file.h"
-#include "media/picture/resample.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "media/depth/depth_holes.h"
 #include "media/depth/edge_agreement.h"
 #include "media/depth/polarity.h"
-#include "media/picture/resample.h"
+#include "media/picture/crop.h"
 #include "media/picture/turn.h"
 
 namespace quorvane::media {

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "media/embedded/heif_plane.h"
-#include "media/picture/resample.h"
+#include "media/picture/crop.h"
 #include "media/picture/turn.h"
 #include "media/picture/vips.h"
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "media/embedded/heif_file.h"
+#include "media/picture/crop.h"
 #include "media/picture/resample.h"
 #include "system/error.h"
 

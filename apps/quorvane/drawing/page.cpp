@@ -7,6 +7,7 @@
 
 #include "apps/quorvane/drawing/clip_drawing.h"
 #include "apps/quorvane/drawing/planning.h"
+#include "media/picture/crop.h"
 #include "media/picture/resample.h"
 #include "quorvane/parameters.h"
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "apps/quorvane/terminal/text.h"
+#include "media/picture/crop.h"
 #include "media/picture/resample.h"
 #include "sizes/detail.h"
 #include "system/error.h"

@@ -1,3 +1,4 @@
+#include "media/picture/crop.h"
 #include "media/picture/resample.h"
 
 #include <gmock/gmock.h>
