@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "media/picture/crop.h"
 #include "media/picture/picture_file.h"
-#include "media/picture/resample.h"
 #include "process.h"
 #include "support/temporary_folder.h"
 

@@ -19,6 +19,68 @@ after(async () => {
 });
 
 const ready = (page) => until('ready', () => page.evaluate(() => !!document.querySelector('parallax-photo[ready]')));
+/** Waits until the page shows what it was given; it opens with a picture of its own. */
+const readyWithFiles = (page) => until('ready', () => page.evaluate(
+    () => document.querySelector('parallax-photo[ready]')?.src.startsWith('blob:')));
+
+test('it opens with a picture', async (t) => {
+  const page = await browser.newPage();
+  await page.goto(`${base}/web/demo/index.html`);
+  await ready(page);
+  await page.screenshot({path: join(made, 'demo-opened.png'), fullPage: true});
+  // A file takes its place: the next photo is not seen with the sample's depth.
+  await page.locator('#photo').setInputFiles(join(made, 'photo.png'));
+  await until('the question', async () => (await page.locator('#said').textContent()).includes('its depth map?'));
+  assert.strictEqual(await page.locator('parallax-photo').count(), 0);
+  await page.close();
+});
+
+test('a picture is composed as the program composes it', async (t) => {
+  const page = await browser.newPage();
+  await page.goto(`${base}/web/demo/index.html`);
+  const found = await page.evaluate(async () => {
+    const {compose} = await import('/web/demo/compose.js');
+    const [photo, depth] = await Promise.all(['scene', 'scene-depth'].map(async (name) => {
+      const image = Object.assign(new Image(), {src: `/made/${name}.png`});
+      await image.decode();
+      return image;
+    }));
+    const begun = performance.now();
+    const {samples, ...rest} = await compose(photo, depth);
+    const milliseconds = performance.now() - begun;
+    const negative = Object.assign(document.createElement('canvas'), {width: depth.width, height: depth.height});
+    const context = negative.getContext('2d');
+    context.filter = 'invert(1)';
+    context.drawImage(depth, 0, 0);
+    const turned = Object.assign(new Image(), {src: negative.toDataURL()});
+    await turned.decode();
+    const exchanged = await compose(photo, turned);
+    return {...rest, samples: [...samples], milliseconds, exchanged: {...exchanged, samples: [...exchanged.samples]}};
+  });
+  t.diagnostic(`${found.milliseconds} ms`);
+  const html = readFileSync(join(made, 'share.html'), 'utf8');
+  const [, params] = html.match(/ params="([^"]*)"/);
+  const wanted = JSON.parse(params.replace(/&quot;/g, '"'));
+  for (const name of ['fov_scale', 'rotate_z_trans'])
+    assert.ok(Math.abs(found.params[name] / wanted[name] - 1) < 1e-6, `${name}: ${found.params[name]}, ${wanted[name]}`);
+  const shaped = await page.evaluate(async (url) => {
+    const picture = await createImageBitmap(await (await fetch(url)).blob());
+    const context = new OffscreenCanvas(picture.width, picture.height).getContext('2d');
+    context.drawImage(picture, 0, 0);
+    const {data, width} = context.getImageData(0, 0, picture.width, picture.height);
+    return {width, levels: [...data].filter((_, i) => i % 4 === 0)};
+  }, html.match(/ depth="(data:[^"]*)"/)[1]);
+  assert.strictEqual(found.width, shaped.width);
+  assert.deepStrictEqual(found.samples, shaped.levels);
+  assert.deepStrictEqual(found.findings, []);
+  // With dark as near, the same comes out, and is said.
+  const {exchanged} = found;
+  assert.ok(!found.inverted && exchanged.inverted);
+  assert.match(exchanged.findings.join(), /invert/);
+  const off = exchanged.samples.reduce((sum, level, i) => sum + Math.abs(level - found.samples[i]), 0);
+  assert.ok(off / found.samples.length < 1, `${off / found.samples.length} levels off`);
+  await page.close();
+});
 
 test('a photo and a depth map become a page that moves from the disk', async () => {
   const page = await browser.newPage();
@@ -28,10 +90,10 @@ test('a photo and a depth map become a page that moves from the disk', async () 
   await page.locator('#photo').setInputFiles(join(made, 'photo.png'));
   await until('the question', async () => (await page.locator('#said').textContent()).includes('its depth map?'));
   await page.locator('#depth').setInputFiles(join(made, 'depth.png'));
-  await ready(page);
+  await readyWithFiles(page);
   await page.locator('#alt').fill('A "lake" <at> dawn');
   await page.locator('#motion').selectOption('circle');
-  await ready(page);
+  await readyWithFiles(page);
   await page.screenshot({path: join(made, 'demo.png'), fullPage: true});
   const download = page.waitForEvent('download');
   await page.locator('#save').click();
@@ -66,7 +128,7 @@ test('two dropped files find their places by their colours', async () => {
       data.items.add(new File([await (await fetch(`/made/${name}.png`)).blob()], `${name}.png`, {type: 'image/png'}));
     document.dispatchEvent(new DragEvent('drop', {dataTransfer: data, bubbles: true, cancelable: true}));
   });
-  await ready(page);
+  await readyWithFiles(page);
   assert.strictEqual(await page.locator('#said').textContent(), '');
   await page.close();
 });
@@ -100,9 +162,13 @@ test("a portrait photo's own depth is found, upright and with its near end near"
   for (const name of ['gdepth', 'dynamic', 'apple', 'huawei']) {
     await page.evaluate(() => document.querySelector('#picture').replaceChildren());
     await drop(page, `portrait-${name}.jpg`);
-    await ready(page);
+    await readyWithFiles(page);
     assert.strictEqual(await page.locator('#said').textContent(), '');
-    const depth = await page.evaluate(() => document.querySelector('parallax-photo').depth);
+    const depth = await page.evaluate(async (name) => {
+      const {depthInside} = await import('/web/demo/portrait.js');
+      const file = new File([await (await fetch(`/made/portrait-${name}.jpg`)).blob()], 'portrait.jpg');
+      return URL.createObjectURL(await depthInside(file));
+    }, name);
     const {mean, size, otherSize} = await depthDifference(page, depth, `/made/portrait-${name}-depth.png`);
     assert.deepStrictEqual(size, otherSize, name);
     assert.ok(mean < 1.5, `${name}: ${mean} levels off`);
@@ -114,7 +180,7 @@ test('a portrait photo becomes a page, and a photo without a depth asks for one'
   const page = await browser.newPage({acceptDownloads: true});
   await page.goto(`${base}/web/demo/index.html`);
   await drop(page, 'portrait-gdepth.jpg');
-  await ready(page);
+  await readyWithFiles(page);
   await page.screenshot({path: join(made, 'demo-portrait.png'), fullPage: true});
   const shapedIn = async (name) => {
     const download = page.waitForEvent('download');
@@ -126,7 +192,7 @@ test('a portrait photo becomes a page, and a photo without a depth asks for one'
   const found = await shapedIn('portrait.html');
   await page.evaluate(() => document.querySelector('#picture').replaceChildren());
   await page.locator('#depth').setInputFiles(join(made, 'portrait-gdepth-depth.png'));
-  await ready(page);
+  await readyWithFiles(page);
   const {mean} = await depthDifference(page, found, await shapedIn('portrait-by-hand.html'));
   assert.ok(mean < 1.5, `${mean} levels off the page of the same depth map given by hand`);
 

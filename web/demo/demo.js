@@ -1,43 +1,51 @@
 // Makes a share page out of a photo and a depth map, or a portrait photo that holds one, all in this page.
 import '../element/parallax-photo.js';
-import {DEFAULTS} from '../element/geometry.js';
-import {shape} from '../element/shape.js';
+import {compose, within} from './compose.js';
 import {depthInside} from './portrait.js';
 
-const LONGEST_SIDE = 2048;
 const PHOTO_QUALITY = 0.85;
 const find = (id) => document.getElementById(id);
 
 const images = {};  // photo and depth
+let chosen = {};    // what somebody has set; the rest is found anew for each picture
+let composed;
+let isSample = false;  // these are the page's own
 let depthIsThePhotos = false;  // found inside it
 
 function say(text) {
   find('said').textContent = text;
 }
 
-/** The renderer's parameters as they are chosen, but for its defaults. */
-function params() {
-  return {fov_scale: +find('frame').value, rotate_z_trans: +find('pivot').value};
-}
-
 const motion = () => `pointer tilt keys ${find('motion').value}`;
 
-function show() {
-  find('picture').replaceChildren();
-  if (!images.photo || !images.depth) {
-    find('choices').disabled = true;
-    return;
+async function show() {
+  find('choices').disabled = true;
+  find('findings').textContent = '';
+  if (!images.photo || !images.depth) return find('picture').replaceChildren();
+  try {
+    composed = await compose(images.photo, images.depth, {
+      inside: depthIsThePhotos,
+      near: depthIsThePhotos ? 'larger' : 'unknown',
+      ...chosen,
+    });
+  } catch (error) {
+    find('picture').replaceChildren();
+    return say(error.message);
   }
+  find('inverted').checked = composed.inverted;
+  find('findings').textContent = composed.findings.join('; ');
+  find('frame').value = composed.params.fov_scale;
+  find('pivot').value = composed.params.rotate_z_trans;
   const element = document.createElement('parallax-photo');
   element.loading = 'eager';
   // The whole picture, as the page will show it.
   element.style.width = `min(100%, calc(75vh * ${images.photo.naturalWidth} / ${images.photo.naturalHeight}))`;
   element.alt = find('alt').value;
   element.motion = motion();
-  element.rawDepth = find('inverted').checked ? 'inverted' : '';
-  element.params = params();
+  element.params = composed.params;
+  element.amount = composed.amount;
   element.src = images.photo.src;
-  element.depth = images.depth.src;
+  element.depth = depthPicture(composed);
   element.addEventListener('error', (event) => element.isConnected && say(event.message));
   element.addEventListener('load', () => {
     if (!element.isConnected) return;
@@ -51,6 +59,8 @@ async function set(role, picture) {
   const image = new Image();
   image.src = URL.createObjectURL(picture);
   await image.decode();
+  if (isSample) for (const name of ['photo', 'depth']) delete images[name];
+  isSample = false;
   if (images[role]) URL.revokeObjectURL(images[role].src);
   images[role] = image;
 }
@@ -72,7 +82,6 @@ async function take(file, role) {
     const depth = await depthOf(file);
     if (depth) {
       await set('depth', depth);
-      find('inverted').checked = false;
     } else if (depthIsThePhotos) {
       delete images.depth;
     }
@@ -81,7 +90,8 @@ async function take(file, role) {
     depthIsThePhotos = false;
   }
   say(images.photo && images.depth ? '' : `${file.name}: and its ${role === 'photo' ? 'depth map' : 'photo'}?`);
-  show();
+  chosen = {};
+  await show();
 }
 
 /** Whether a picture is gray, as depth maps are, from a small copy of it. */
@@ -111,6 +121,13 @@ async function drop(files) {
   for (const map of maps) await take(map, 'depth');
 }
 
+/** The shaped depth as a PNG file's address. */
+function depthPicture({width, height, samples}) {
+  const pixels = new ImageData(width, height);
+  samples.forEach((sample, i) => pixels.data.set([sample, sample, sample, 255], 4 * i));
+  return coded(width, height, (context) => context.putImageData(pixels, 0, 0), 'image/png');
+}
+
 function coded(width, height, draw, type, quality) {
   const canvas = Object.assign(document.createElement('canvas'), {width, height});
   draw(canvas.getContext('2d', {alpha: false}));
@@ -129,12 +146,7 @@ async function elementScript() {
 }
 
 async function sharePage() {
-  const {photo, depth} = images;
-  const scale = Math.min(1, LONGEST_SIDE / Math.max(photo.naturalWidth, photo.naturalHeight));
-  const width = Math.round(photo.naturalWidth * scale), height = Math.round(photo.naturalHeight * scale);
-  const shaped = await shape(photo, depth, {...DEFAULTS, ...params()}, find('inverted').checked);
-  const pixels = new ImageData(shaped.width, shaped.height);
-  shaped.samples.forEach((sample, i) => pixels.data.set([sample, sample, sample, 255], 4 * i));
+  const [width, height] = within(images.photo);
   const [template, script] =
       await Promise.all([fetch('../share/page.html').then((answer) => answer.text()), elementScript()]);
   const digest = new Uint8Array(await crypto.subtle.digest('SHA-256', new TextEncoder().encode(script)));
@@ -145,11 +157,11 @@ async function sharePage() {
     width,
     height,
     motion: motion(),
-    attributes: `params="${escaped(JSON.stringify(params()))}"`,
-    depth: coded(shaped.width, shaped.height, (context) => context.putImageData(pixels, 0, 0), 'image/png'),
+    attributes: `amount="${composed.amount}" params="${escaped(JSON.stringify(composed.params))}"`,
+    depth: depthPicture(composed),
     photo: coded(width, height, (context) => {
       context.imageSmoothingQuality = 'high';
-      context.drawImage(photo, 0, 0, width, height);
+      context.drawImage(images.photo, 0, 0, width, height);
     }, 'image/jpeg', PHOTO_QUALITY),
     script,
   };
@@ -161,7 +173,18 @@ for (const role of ['photo', 'depth'])
     const [file] = event.target.files;
     if (file) inTurn(() => take(file, role));
   });
-for (const id of ['inverted', 'motion', 'frame', 'pivot']) find(id).addEventListener('change', show);
+for (const id of ['frame', 'pivot'])
+  find(id).addEventListener('change', () => {
+    chosen[id] = +find(id).value;
+    inTurn(show);
+  });
+find('inverted').addEventListener('change', () => {
+  chosen = {near: find('inverted').checked ? 'smaller' : 'larger'};
+  inTurn(show);
+});
+find('motion').addEventListener('change', () => {
+  for (const element of find('picture').children) element.motion = motion();
+});
 for (const type of ['dragenter', 'dragover'])
   document.addEventListener(type, (event) => {
     event.preventDefault();
@@ -174,6 +197,14 @@ document.addEventListener('drop', (event) => {
   // The event's own list empties once it is over.
   const files = [...event.dataTransfer.files];
   inTurn(() => drop(files));
+});
+inTurn(async () => {
+  for (const [role, file] of [['photo', 'photo.jpg'], ['depth', 'depth.png']]) {
+    images[role] = Object.assign(new Image(), {src: `sample/${file}`});
+    await images[role].decode();
+  }
+  isSample = true;
+  await show();
 });
 find('save').addEventListener('click', async () => {
   let page;

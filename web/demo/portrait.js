@@ -1,5 +1,7 @@
 // The depth that a portrait photo holds, found by the program's own reader, which is loaded only where a JPEG asks for it.
 
+import {start} from './wasm.js';
+
 const MIRRORED = 1, FLIPPED = 2, TRANSPOSED = 4;
 const LEVELS = 256;
 const MOST_LEVELS_DEEP = 64;
@@ -29,8 +31,7 @@ function nodesOf(packet) {
 
 async function openReader() {
   const {READER} = await import('./portrait_reader.js');
-  const bytes = Uint8Array.from(atob(READER), (digit) => digit.charCodeAt(0));
-  const {instance: {exports}} = await WebAssembly.instantiate(bytes, {
+  const exports = await start(READER, {
     page: {
       readXmp(packet, size) {
         const nodes = nodesOf(new TextDecoder().decode(new Uint8Array(exports.memory.buffer, packet, size)));
@@ -41,10 +42,7 @@ async function openReader() {
         return 1;
       },
     },
-    env: {emscripten_notify_memory_growth() {}},
-    wasi_snapshot_preview1: {proc_exit() {}},
   });
-  exports._initialize();
   return exports;
 }
 

@@ -8,6 +8,7 @@
 
 #include "apps/quorvane/drawing/average.h"
 #include "apps/quorvane/terminal/text.h"
+#include "media/picture/crop.h"
 #include "media/picture/resample.h"
 #include "system/error.h"
 

@@ -1,4 +1,3 @@
-#include "media/picture/crop.h"
 #include "media/picture/resample.h"
 
 #include <gmock/gmock.h>
@@ -8,6 +7,8 @@
 #include <cmath>
 #include <cstdint>
 #include <numeric>
+
+#include "media/picture/crop.h"
 
 namespace quorvane::media {
 namespace {
