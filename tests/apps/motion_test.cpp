@@ -147,12 +147,35 @@ TEST(Motion, MistakesAreShownInTheirPlace) {
         {"y=1.2", "y goes from 1.2 to 1.2"},
         {"zoom=0.4", "zoom goes from 0.4 to 0.4; 0.5 to 4 is wanted"},
         {"x=1..2", "at '1..2' (character 3): a number is wanted"},
-        {"x=nan", "at 'nan' (character 3)"}};
+        {"x=nan", "at 'nan' (character 3)"},
+        {"-1,0 1", "at '1' (character 6): X,Y or X,Y,ZOOM is wanted"},
+        {"0,0 0,1.1", "at '0,1.1' (character 5)"},
+        {"0,0,5", "at '0,0,5' (character 1)"},
+        {"0,0,1,1", "at '0,0,1,1' (character 1)"},
+        {"0.5sin(1)", "at '0.5sin(1)' (character 1): X,Y"}};
     for (const auto& [text, words] : expected) {
         EXPECT_THAT(refusal(text), HasSubstr("--motion " + text + ": "));
         EXPECT_THAT(refusal(text), HasSubstr(words)) << text;
         EXPECT_THAT(refusal(text), Not(HasSubstr("\n")));
     }
+}
+
+TEST(Motion, PointsAreReachedInEqualTimesAndRestedAt) {
+    constexpr double kStep = 1e-6;
+    const Motion motion = parseMotion("-1,0 1,0.5 0,0,2");
+    const Position points[] = {{-1, 0}, {1, 0.5}, {0, 0, 2}};
+    for (int i = 0; i < 3; ++i) {
+        expectSame(motion.place(i / 3.0), points[i], 1e-9);
+        expectSame(motion.place(i / 3.0 + kStep), points[i], 1e-9);
+        const Position& next = points[(i + 1) % 3];
+        expectSame(motion.place((i + 0.5) / 3.0),
+                   {(points[i].x + next.x) / 2, (points[i].y + next.y) / 2, (points[i].zoom + next.zoom) / 2},
+                   1e-9);
+    }
+    ASSERT_NE(motion.one_way, nullptr);
+    expectSame(motion.one_way->place(0.5), points[1], 1e-9);
+    expectSame(motion.one_way->place(1.0), points[2], 1e-9);
+    expectSame(parseMotion("0.5,-0.5").place(0.3), {0.5, -0.5}, 0.0);
 }
 
 TEST(Motion, AmountTakesAPartOfSwingAndZoom) {

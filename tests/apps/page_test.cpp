@@ -98,7 +98,7 @@ TEST_F(Page, MovesByItselfAsNamedMotionsDo) {
     EXPECT_THAT(words({"--motion", "still"}), HasSubstr("motion=\"pointer tilt keys\""));
     const Outcome outcome = run("render", "b.html", {"--motion", "x=sin(2)"});
     EXPECT_EQ(outcome.code, 2);
-    EXPECT_THAT(outcome.err, HasSubstr("a page takes named motions"));
+    EXPECT_THAT(outcome.err, HasSubstr("a page moves by names, such as eight or sway+zoom"));
     EXPECT_THAT(folder.names(), testing::ElementsAre("a.html", "depth.png", "photo.png"));
 }
 

@@ -11,6 +11,7 @@
 #include "apps/quorvane/commands/profile_options.h"
 #include "apps/quorvane/drawing/clip_drawing.h"
 #include "apps/quorvane/drawing/encoding_options.h"
+#include "apps/quorvane/drawing/motion_timing.h"
 #include "apps/quorvane/drawing/page.h"
 #include "apps/quorvane/drawing/picture_options.h"
 #include "apps/quorvane/drawing/stereo_options.h"
@@ -39,8 +40,8 @@ struct RenderOptions {
     std::string out;
     EncodingOptions encoding;
     PictureOptions picture;
-    int frames = 120;
-    int fps = 30;
+    ClipTiming timing;
+    FrameCount count;  ///< from `timing`
     Position at;
     StereoOptions stereo;
     bool force = false;
@@ -49,20 +50,41 @@ struct RenderOptions {
     std::string alt;
     std::vector<const Option*> of_pages;   ///< the options that say nothing of other pictures
     std::vector<const Option*> of_frames;  ///< those that say nothing of a page
-    std::vector<const Option*> of_loops;   ///< the options that say nothing of a still
     std::vector<const Option*> of_stereo;  ///< those that say nothing where one view is drawn
     std::vector<const Option*> of_motion;  ///< those that frame a still too, unless its frame is given
 };
 
-/// What can be refused before the images are read. Returns what is to be written.
-const media::OutputFormat& check(const RenderOptions& options) {
+/// What a wiggle has where nothing else is asked for: 8 frames a second, two of them in a file that repeats
+/// itself, and as many seconds as other clips in one that players show once.
+FrameCount usualWiggle(const media::OutputFormat& format) {
+    constexpr int kRate = 8, kSeconds = 4;
+    const bool shown_once = format.extension == ".mp4" || format.extension == ".webm";
+    return {shown_once ? kRate * kSeconds : 2, kRate};
+}
+
+/// Counts the frames, and gives the motion its timing.
+void settle(const media::OutputFormat& format, RenderOptions* options) {
+    const MotionTiming& timing = options->timing.motion;
+    Motion& motion = options->picture.motion;
+    const bool wiggles = options->stereo.layout && options->stereo.layout->kind == StereoKind::kWiggle;
+    options->count = wiggles ? countFrames(options->timing, 0.0, usualWiggle(format))
+                             : countFrames(options->timing, ownSeconds(motion, timing));
+    const bool moves = format.kind == OutputKind::kClip || format.kind == OutputKind::kFolder;
+    if (moves && !wiggles) motion = timed(motion, timing, options->count);
+}
+
+/// Refuses what can be refused before the images are read, and settles the rest. Returns what is to be
+/// written.
+const media::OutputFormat& check(RenderOptions* asked) {
+    const RenderOptions& options = *asked;
     refuseTwoWays(options.view);
     refuseStandardOutput({options.view.timings});
     refuseStandardOutput({options.out});
     const media::OutputFormat& format = parseOutput(options.out, options.encoding);
+    settle(format, asked);
     const auto stereo = stereoFor(options.stereo, format);
-    if (stereo && stereo->kind == StereoKind::kWiggle && options.frames % 2 == 1)
-        throw UsageError("--frames " + std::to_string(options.frames) +
+    if (stereo && stereo->kind == StereoKind::kWiggle && options.count.frames % 2 == 1)
+        throw UsageError("--frames " + std::to_string(options.count.frames) +
                          ": a wiggle shows two views in turn, so it has an even number of frames");
     if (hasEvenSides(format) && options.picture.size && options.picture.size->exact) {
         const Size size = *options.picture.size->exact, even = pictureSize(size, kNoLimit, true);
@@ -71,8 +93,8 @@ const media::OutputFormat& check(const RenderOptions& options) {
                              " has even sides, such as " + textOf(even));
     }
     if (format.kind == OutputKind::kPage && options.picture.motion.names.empty())
-        throw UsageError("--motion " + options.picture.motion.text +
-                         ": a page takes named motions, such as eight or sway+zoom");
+        throw UsageError("motion " + options.picture.motion.text +
+                         ": a page moves by names, such as eight or sway+zoom");
     return format;
 }
 
@@ -81,7 +103,7 @@ void noteGiven(const std::vector<const Option*>& idle, const RenderOptions& opti
                const std::string& why) {
     std::string names;
     for (const Option* option : idle) {
-        const bool right = option->name() == "--frames" && options.frames == 1;
+        const bool right = option->name() == "--frames" && options.count.frames == 1;
         if (option->given() && !right) names += (names.empty() ? "" : ", ") + option->name();
     }
     if (!names.empty()) std::fprintf(stderr, "%s: %s: of no effect; %s\n", what, names.c_str(), why.c_str());
@@ -89,7 +111,7 @@ void noteGiven(const std::vector<const Option*>& idle, const RenderOptions& opti
 
 /// Prints a note that names the options which change nothing in what is written.
 void noteIdleOptions(const RenderOptions& options, OutputKind kind) {
-    std::vector<const Option*> idle = options.of_loops;
+    std::vector<const Option*> idle = options.timing.options;
     if (kind == OutputKind::kPage) {
         for (const auto* more : {&options.of_frames, &options.of_stereo, &options.view.of_drawing,
                                  &options.encoding.of_pictures})
@@ -130,7 +152,7 @@ std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, cons
                                               Size size) {
     try {
         return media::openClip(options.out, format,
-                               {size, options.fps, options.force, options.encoding.encoder});
+                               {size, options.count.fps, options.force, options.encoding.encoder});
     } catch (const FolderNotEmpty& error) {
         throw Error(error.what() + std::string("; --force replaces the numbered frames in it"));
     }
@@ -138,7 +160,7 @@ std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, cons
 
 std::vector<Position> positionsFor(const RenderOptions& options, const media::OutputFormat& format) {
     if (format.kind == OutputKind::kStill) return {options.at};
-    return loopAround(options.at, options.picture.motion, options.picture.amount, options.frames);
+    return loopAround(options.at, options.picture.motion, options.picture.amount, options.count.frames);
 }
 
 /// Where the picture is seen from: a still is framed as the motion's frames are, so that it matches them and
@@ -146,7 +168,7 @@ std::vector<Position> positionsFor(const RenderOptions& options, const media::Ou
 std::vector<Position> pathFor(const RenderOptions& options, const media::OutputFormat& format) {
     const bool is_still = format.kind == OutputKind::kStill;
     std::vector<Position> path = pathAround(is_still ? Position() : options.at, options.picture.motion,
-                                            options.picture.amount, is_still ? 1 : options.frames);
+                                            options.picture.amount, is_still ? 1 : options.count.frames);
     if (is_still) path.push_back(options.at);
     return path;
 }
@@ -155,21 +177,6 @@ Route routeFor(const RenderOptions& options, const media::OutputFormat& format,
                const std::optional<Stereo>& stereo) {
     const Route mono = {positionsFor(options, format), pathFor(options, format)};
     return stereo ? stereoRoute(mono, *stereo, options.at, format.kind == OutputKind::kStill) : mono;
-}
-
-/// What a wiggle has where nothing else is asked for: 8 frames a second, two of them in a file that repeats
-/// itself, and as many seconds as other clips in one that players show once.
-void settleWiggle(RenderOptions* options) {
-    if (!options->stereo.layout || options->stereo.layout->kind != StereoKind::kWiggle) return;
-    constexpr int kRate = 8, kSeconds = 4;
-    const media::OutputFormat& format = parseOutput(options->out, options->encoding);
-    const bool shown_once = format.extension == ".mp4" || format.extension == ".webm";
-    const auto given = [&](const char* name) {
-        return std::any_of(options->of_loops.begin(), options->of_loops.end(),
-                           [&](const Option* option) { return option->name() == name && option->given(); });
-    };
-    if (!given("--fps")) options->fps = kRate;
-    if (!given("--frames")) options->frames = shown_once ? kRate * kSeconds : 2;
 }
 
 /// The page that moves by itself as the motion goes while nobody moves it.
@@ -191,8 +198,7 @@ media::SharePage pageOf(const RenderOptions& options, Size size, Input input) {
 }
 
 Rendered render(RenderOptions options) {
-    settleWiggle(&options);
-    const media::OutputFormat& format = check(options);
+    const media::OutputFormat& format = check(&options);
     const std::optional<Stereo> stereo = stereoFor(options.stereo, format);
     refuseSameOutput(options.out, options.view.timings, "picture and timings");
     keep({options.input.photo, options.input.depth, options.input.pair.right}, options, format);
@@ -265,21 +271,10 @@ Rendered render(RenderOptions options) {
     return rendered;
 }
 
-int parseFrames(const std::string& text) {
-    double part = 0.0;
-    if (text == "auto" || (parseNumber(text, &part) && part > 0.0 && part < 1.0))
-        throw UsageError("--frames " + text + ": a whole number of frames is wanted; did you mean --frame " +
-                         text + "?");
-    return parseWhole("--frames", text, 1, 99999);
-}
-
 void addMotionOptions(CommandLine* line, RenderOptions* options) {
-    const auto take_frames = [options](const std::string& text) { options->frames = parseFrames(text); };
-    options->of_loops.push_back(
-        &line->parsed("--frames", take_frames, "frames in the loop (1 to 99999)").called("N").usually("120"));
-    options->of_loops.push_back(&line->whole("--fps", &options->fps, 1, 240, "frames a second"));
+    addClipTiming(line, &options->timing);
     const AddedPictureOptions added = addPictureOptions(line, "1920, in a page 2048", &options->picture);
-    options->of_motion = {&added.motion, &added.amount};
+    options->of_motion = {&added.motion, &added.motion_file, &added.amount};
     options->of_frames.push_back(
         &line->parsed(
                  "--at", [options](const std::string& text) { options->at = parsePosition(text); },
@@ -326,7 +321,11 @@ RenderLine addRenderLine(CommandLine* line) {
     addTalkOptions(line, &options->talk);
     addTimingsOption(line, &options->view);
     addSaveProfileOption(line, options->view);
-    return {[options] { check(*options); }, [options] { return render(*options); }};
+    return {[options] {
+                RenderOptions asked = *options;
+                check(&asked);
+            },
+            [options] { return render(*options); }};
 }
 
 std::shared_ptr<void> addRenderOptions(CommandLine* line) {

@@ -30,11 +30,20 @@ Position parsePosition(const std::string& text) {
     return at;
 }
 
+double softly(double part, double ramp) {
+    const double fastest = 1.0 / (1.0 - ramp);
+    const auto begin = [&](double since) { return fastest * since * since / (2.0 * ramp); };
+    if (part < ramp) return begin(part);
+    if (part > 1.0 - ramp) return 1.0 - begin(1.0 - part);
+    return fastest * (part - ramp / 2.0);
+}
+
 std::vector<Position> loopAround(Position centre, const Motion& motion, double amount, int frames) {
     std::vector<Position> positions;
     positions.reserve(static_cast<size_t>(frames));
+    const int steps = motion.once ? std::max(1, frames - 1) : frames;
     for (int frame = 0; frame < frames; ++frame) {
-        const Position swing = motion.place(static_cast<double>(frame) / frames);
+        const Position swing = motion.place(static_cast<double>(frame) / steps);
         positions.push_back({centre.x + amount * swing.x, centre.y + amount * swing.y,
                              centre.zoom + amount * (swing.zoom - 1.0)});
     }
@@ -45,7 +54,7 @@ std::vector<Position> pathAround(Position centre, const Motion& motion, double a
     // However many frames a clip has, it is framed alike.
     constexpr int kPlaces = 240;
     std::vector<Position> path = loopAround(centre, motion, amount, kPlaces);
-    if (kPlaces % frames == 0) return path;
+    if (!motion.once && kPlaces % frames == 0) return path;
     const std::vector<Position> own = loopAround(centre, motion, amount, frames);
     path.insert(path.end(), own.begin(), own.end());
     return path;

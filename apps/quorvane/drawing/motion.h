@@ -2,6 +2,7 @@
 #define QUORVANE_APPS_DRAWING_MOTION_H
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,11 +18,16 @@ struct Position {
 /// "X,Y" of --at: both -1 to 1. Throws UsageError.
 Position parsePosition(const std::string& text);
 
-/// A way for the view to go, from 0, where it begins, to 1, where it ends.
+/// A way for the view to go.
 struct Motion {
     std::string text;                       ///< as it was asked for
-    std::function<Position(double)> place;  ///< of any number from 0 to 1
+    std::function<Position(double)> place;  ///< from 0, where it begins, to 1, where it begins again
     std::vector<std::string> names;         ///< of motions() where it joins these alone, else empty
+    int legs = 1;                           ///< of equal length; between them, and only there, it stands still
+    double seconds = 0.0;                   ///< that it takes by itself; 0 where any time will do
+    /// The same from its beginning to its end, where that is another place; without one `place` goes there.
+    std::shared_ptr<const Motion> one_way;
+    bool once = false;  ///< `place` ends at 1 and is no loop
 };
 
 /// A motion that has a name.
@@ -40,12 +46,17 @@ const std::vector<NamedMotion>& motions();
 ///   x=sin(1) y=0.5cos(2)             an axis - x, y or zoom - and what it does: numbers and waves, added
 ///   x=0.8sin(-1)-0.1sin(3,0.25)      a wave: height, whole cycles a loop, below 0 backwards, and by how much
 ///                                    of a cycle it is ahead
+///   -1,0 1,0 0,0.5,1.2               points, X,Y or X,Y,ZOOM: it stands still at each
 ///
 /// x and y stay within -1 and 1, zoom within kLeastZoom and kMostZoom of the host. Every such motion is a
 /// loop without a seam. Throws UsageError, which names the place in `text`.
 Motion parseMotion(const std::string& text);
 
-/// The positions of a loop of `frames` frames around `centre`, with `amount` of the motion's swing and zoom.
+/// From 0 to 1 as `part` goes there, at rest at both ends: faster and faster in the first `ramp` of the time,
+/// above 0 to 0.5, then at the same speed, and slower and slower in the last.
+double softly(double part, double ramp);
+
+/// The positions of the motion's `frames` frames around `centre`, with `amount` of its swing and zoom.
 std::vector<Position> loopAround(Position centre, const Motion& motion, double amount, int frames);
 
 /// Places so close together on such a loop that what holds from all of them holds in between, and those of

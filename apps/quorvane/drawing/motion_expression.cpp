@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cmath>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -258,9 +259,67 @@ class Parser {
     bool m_has_axes = false;
 };
 
+constexpr size_t kMostPoints = 64;
+
+bool startsPoint(const std::string& text) {
+    const size_t first = text.find_first_not_of(' ');
+    return first != std::string::npos && std::string("0123456789.-+").find(text[first]) != std::string::npos;
+}
+
+std::vector<Position> pointsIn(const std::string& text) {
+    std::vector<Position> points;
+    for (size_t at = text.find_first_not_of(' '); at != std::string::npos;) {
+        const size_t end = std::min(text.find(' ', at), text.size());
+        const std::string word = text.substr(at, end - at);
+        const size_t last = word.find(',', word.find(',') + 1);
+        Position point;
+        const bool reads = parsePair(word.substr(0, last), ',', &point.x, &point.y) &&
+                           (last == std::string::npos || parseNumber(word.substr(last + 1), &point.zoom));
+        for (const Axis& axis : kAxes)
+            if (!reads || point.*axis.of < axis.least || point.*axis.of > axis.most)
+                throw UsageError("--motion " + text + ": " +
+                                 formatted("at '%.20s' (character %zu): X,Y or X,Y,ZOOM is wanted, -1 to 1 each, "
+                                           "and the zoom %g to %g",
+                                           word.c_str(), at + 1, kLeastZoom, kMostZoom));
+        if (points.size() == kMostPoints)
+            throw UsageError("--motion " + text + formatted(": %zu points are the most", kMostPoints));
+        points.push_back(point);
+        at = text.find_first_not_of(' ', end);
+    }
+    return points;
+}
+
+/// Goes from each point to the next in equal times, and stands still at each.
+Motion motionOver(std::vector<Position> points, int legs) {
+    Motion motion;
+    motion.legs = legs;
+    motion.place = [points = std::move(points), legs](double part) {
+        const double way = std::clamp(part, 0.0, 1.0) * legs;
+        const int leg = std::min(static_cast<int>(way), legs - 1);
+        const Position& from = points[static_cast<size_t>(leg)];
+        const Position& to = points[static_cast<size_t>(leg + 1) % points.size()];
+        const double gone = softly(way - leg, 0.5);
+        Position position;
+        for (const Axis& axis : kAxes)
+            position.*axis.of = from.*axis.of + gone * (to.*axis.of - from.*axis.of);
+        return position;
+    };
+    return motion;
+}
+
+Motion parsePoints(const std::string& text) {
+    const std::vector<Position> points = pointsIn(text);
+    const auto count = static_cast<int>(points.size());
+    Motion motion = motionOver(points, count);
+    if (count > 1) motion.one_way = std::make_shared<const Motion>(motionOver(points, count - 1));
+    motion.text = text;
+    return motion;
+}
+
 }  // namespace
 
 Motion parseMotion(const std::string& text) {
+    if (startsPoint(text)) return parsePoints(text);
     Parser parser(text);
     Motion motion;
     motion.text = text;

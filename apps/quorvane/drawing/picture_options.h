@@ -20,6 +20,7 @@ struct PictureOptions {
 /// What was added to a command line.
 struct AddedPictureOptions {
     const Option& motion;
+    const Option& motion_file;
     const Option& amount;
 };
 
