@@ -23,8 +23,8 @@ struct Motion {
     std::string text;                       ///< as it was asked for
     std::function<Position(double)> place;  ///< from 0, where it begins, to 1, where it begins again
     std::vector<std::string> names;         ///< of motions() where it joins these alone, else empty
-    int legs = 1;                           ///< of equal length; between them, and only there, it stands still
-    double seconds = 0.0;                   ///< that it takes by itself; 0 where any time will do
+    int legs = 1;          ///< of equal length; between them, and only there, it stands still
+    double seconds = 0.0;  ///< that it takes by itself; 0 where any time will do
     /// The same from its beginning to its end, where that is another place; without one `place` goes there.
     std::shared_ptr<const Motion> one_way;
     bool once = false;  ///< `place` ends at 1 and is no loop

@@ -277,10 +277,11 @@ std::vector<Position> pointsIn(const std::string& text) {
                            (last == std::string::npos || parseNumber(word.substr(last + 1), &point.zoom));
         for (const Axis& axis : kAxes)
             if (!reads || point.*axis.of < axis.least || point.*axis.of > axis.most)
-                throw UsageError("--motion " + text + ": " +
-                                 formatted("at '%.20s' (character %zu): X,Y or X,Y,ZOOM is wanted, -1 to 1 each, "
-                                           "and the zoom %g to %g",
-                                           word.c_str(), at + 1, kLeastZoom, kMostZoom));
+                throw UsageError(
+                    "--motion " + text + ": " +
+                    formatted("at '%.20s' (character %zu): X,Y or X,Y,ZOOM is wanted, -1 to 1 each, "
+                              "and the zoom %g to %g",
+                              word.c_str(), at + 1, kLeastZoom, kMostZoom));
         if (points.size() == kMostPoints)
             throw UsageError("--motion " + text + formatted(": %zu points are the most", kMostPoints));
         points.push_back(point);

@@ -97,7 +97,8 @@ class Curve {
         const double step = m_times[i + 1] - m_times[i];
         const double part = (time - m_times[i]) / step, rest = 1.0 - part;
         return m_values[i] * (1.0 + 2.0 * part) * rest * rest + m_slopes[i] * step * part * rest * rest +
-               m_values[i + 1] * (3.0 - 2.0 * part) * part * part - m_slopes[i + 1] * step * part * part * rest;
+               m_values[i + 1] * (3.0 - 2.0 * part) * part * part -
+               m_slopes[i + 1] * step * part * part * rest;
     }
 
   private:
@@ -117,7 +118,7 @@ class Curve {
 
 /// `period` as in Curve; 0 ends at the last moment.
 Motion motionOf(const std::vector<Moment>& moments, double period) {
-    const auto curve = [&](double Position::* of) {
+    const auto curve = [&](double Position::*of) {
         std::vector<double> times, values;
         for (const Moment& moment : moments) {
             times.push_back(moment.t);
@@ -149,14 +150,16 @@ std::vector<Moment> parseMoments(const std::string& text, const std::string& nam
         const size_t end = std::min(text.find('\n', begin), text.size());
         const size_t length = end - begin;
         const std::string place = name + formatted(", line %zu: ", ++number);
-        if (length > kMostBytesALine) throw Error(place + formatted("%zu bytes are the most", kMostBytesALine));
+        if (length > kMostBytesALine)
+            throw Error(place + formatted("%zu bytes are the most", kMostBytesALine));
         const std::string line = text.substr(begin, length);
         begin = end + 1;
         if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
         const Moment moment = parseMoment(line, place);
         if (!moments.empty()) {
             if (moment.t < moments.back().t)
-                throw Error(place + formatted("t is %g after %g; it has to rise", moment.t, moments.back().t));
+                throw Error(place +
+                            formatted("t is %g after %g; it has to rise", moment.t, moments.back().t));
             if (moment.t - moments.front().t > kMostSeconds)
                 throw Error(place + formatted("a motion of %g seconds is the longest", kMostSeconds));
             if (moment.t == moments.back().t) moments.pop_back();
