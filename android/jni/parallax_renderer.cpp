@@ -140,6 +140,16 @@ jobjectArray parameters(JNIEnv* env, jclass) {
     return list;
 }
 
+void checkParameter(JNIEnv* env, jclass, jstring name, jdouble value) {
+    Status status = Status::success();
+    {
+        const Text text(env, name);
+        if (text.characters() == nullptr) return;
+        status = ParallaxView::checkParameter(text.characters(), value);
+    }
+    report(env, status);
+}
+
 void setParameter(JNIEnv* env, jclass, jlong handle, jstring name, jdouble value) {
     const OpenView view(handle);
     Status status = Status::success();
@@ -241,6 +251,7 @@ extern "C" JNIEXPORT jint JNI_OnLoad(JavaVM* machine, void*) {
         nativeMethod<setPhoto>("nativeSetPhoto", "(JIILjava/nio/ByteBuffer;III)V"),
         nativeMethod<setDepth>("nativeSetDepth", "(JIILjava/nio/ByteBuffer;II)V"),
         nativeMethod<parameters>("nativeParameters", "()[Lquorvane/parallax/ParallaxParameter;"),
+        nativeMethod<checkParameter>("nativeCheckParameter", "(Ljava/lang/String;D)V"),
         nativeMethod<setParameter>("nativeSetParameter", "(JLjava/lang/String;D)V"),
         nativeMethod<parameter>("nativeParameter", "(JLjava/lang/String;)D"),
         nativeMethod<applyProperties>("nativeApplyProperties", "(JI)V"),

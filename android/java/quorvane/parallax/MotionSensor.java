@@ -16,10 +16,13 @@ final class MotionSensor implements SensorEventListener {
 
     private final SensorManager manager;
     private final TiltTracker tracker;
+    private final Runnable onSample;
 
-    MotionSensor(Context context, TiltTracker tracker) {
+    /** {@code onSample} runs after each sample, on the thread where these come. */
+    MotionSensor(Context context, TiltTracker tracker, Runnable onSample) {
         manager = (SensorManager) context.getSystemService(Context.SENSOR_SERVICE);
         this.tracker = tracker;
+        this.onSample = onSample;
     }
 
     /** Samples come on the handler's thread from now on. */
@@ -44,6 +47,7 @@ final class MotionSensor implements SensorEventListener {
                 tracker.rotationVector(event.timestamp, event.values);
                 break;
         }
+        onSample.run();
     }
 
     @Override

@@ -1,16 +1,28 @@
 package quorvane.parallax;
 
+import android.content.BroadcastReceiver;
 import android.content.Context;
+import android.content.Intent;
+import android.content.IntentFilter;
+import android.content.pm.ApplicationInfo;
 import android.graphics.Bitmap;
 import android.graphics.Rect;
 import android.graphics.SurfaceTexture;
 import android.net.Uri;
+import android.os.Build;
+import android.os.Handler;
+import android.os.Looper;
 import android.util.AttributeSet;
+import android.view.Display;
 import android.view.MotionEvent;
 import android.view.TextureView;
+import android.view.ViewConfiguration;
 import android.view.ViewTreeObserver;
+import java.io.File;
+import java.io.FileInputStream;
 import java.util.LinkedHashMap;
 import java.util.Map;
+import java.util.function.Consumer;
 
 /**
  * Shows a photo that moves in depth as the phone is tilted or a finger drags it.
@@ -18,38 +30,63 @@ import java.util.Map;
  * <pre>
  *     ParallaxPhotoView view = new ParallaxPhotoView(context);
  *     view.setOnErrorListener(sentence -&gt; Log.w("App", sentence));
- *     view.setAssets("photo.jpg", "depth.png");
+ *     view.setPortraitPhoto(uri);                              // the depth is in the photo's file
+ *     view.setImages(uri, Depth.of(samples, 518, 392));        // or comes from elsewhere
  * </pre>
  *
  * <p>The photo fills the view; what its shape does not hold is cut off on both sides. The depth map
- * shows what the photo shows, in any size, larger = nearer; of a colour picture red counts. Sensors
- * and frames rest while nobody sees the view. What was set lasts: it is decoded, uploaded and drawn
- * again whenever the view returns to a window or the driver loses its context.
+ * shows what the photo shows, in any size, larger = nearer unless it says otherwise; of a colour
+ * picture red counts. Sensors and frames rest while nobody sees the view, and while nothing moves.
+ * What was set lasts: it is drawn again whenever the view returns to a window or the driver loses
+ * its context. The pixels of small views are kept for a while, so that a list's card that is
+ * scrolled out and back decodes nothing; setting what is set already does nothing.
  *
- * <p>All calls come from the app's first thread, as for every view. It is a TextureView and not a
- * GLSurfaceView: it scrolls, fades, turns and is clipped as other views are, which a surface behind
- * or before the window is not, and its frames are drawn on the thread that also takes the sensor's
- * samples.
+ * <p>All calls come from the app's first thread, as for every view, and refuse at once what cannot
+ * be; nothing that goes wrong later ends the app, the listener is told. It is a TextureView and not
+ * a GLSurfaceView: it scrolls, fades, turns and is clipped as other views are, which a surface
+ * behind or before the window is not. As every TextureView it has no background and no foreground:
+ * what shows until the first frame lies under it, such as an ImageView in the same FrameLayout.
  */
-public class ParallaxPhotoView extends TextureView
-        implements TextureView.SurfaceTextureListener, ViewTreeObserver.OnPreDrawListener {
+public class ParallaxPhotoView extends TextureView {
     /** Is told what went wrong. */
     public interface OnErrorListener {
         /**
-         * Called on the app's first thread; nothing is drawn until something else is set.
+         * Called on the app's first thread, never after the view has left its window; nothing is
+         * drawn until something else is set.
          *
          * @param sentence what failed and what would work, in English
          */
         void onError(String sentence);
     }
 
+    /** Is told that there is something to see. */
+    public interface OnFirstFrameListener {
+        /** Called on the app's first thread, for every set of images and after each return. */
+        void onFirstFrame();
+    }
+
+    /**
+     * What makes views of a debuggable app read {@code profile.json} from the app's external files
+     * folder.
+     */
+    public static final String ACTION_RELOAD_PROFILE = "quorvane.parallax.RELOAD_PROFILE";
+    private static final String PROFILE_FILE = "profile.json";
+    // The shell has it, other apps have not.
+    private static final String SHELLS_PERMISSION = "android.permission.DUMP";
+
     private final Rect visiblePart = new Rect();
+    private final Handler main = new Handler(Looper.getMainLooper());
+    private final Events events = new Events();
     private final Map<String, Double> parameters = new LinkedHashMap<>();
-    private ParallaxStage.Picture photo;
-    private ParallaxStage.Picture depth;
-    private OnErrorListener listener;
-    private final ParallaxStage.Composition composition = new ParallaxStage.Composition();
+    private final float touchSlop;
+    private Images images;
+    private OnErrorListener errorListener;
+    private OnFirstFrameListener firstFrameListener;
+    private ParallaxStage.Composition composition = new ParallaxStage.Composition();
+    private HandReplay replay;
+    private long fadeMillis;
     private float fullSwing = 15f;
+    private int maxFps;
     private boolean reducedMotion;
     private boolean draggable = true;
     private boolean aggregatedVisible;
@@ -57,6 +94,9 @@ public class ParallaxPhotoView extends TextureView
     private int finger;
     private float touchX;
     private float touchY;
+    private float downX;
+    private float downY;
+    private Display display;
     /** While the view is in a window. */
     private ParallaxStage stage;
     /** The one that was given the surface: a view leaves its window before its surface goes. */
@@ -68,46 +108,124 @@ public class ParallaxPhotoView extends TextureView
 
     public ParallaxPhotoView(Context context, AttributeSet attributes) {
         super(context, attributes);
+        touchSlop = ViewConfiguration.get(context).getScaledTouchSlop();
         setOpaque(true);
-        setSurfaceTextureListener(this);
+        super.setSurfaceTextureListener(events);
     }
 
-    /** Shows bitmaps, which the app leaves as they are as long as the view has them. */
+    /**
+     * Tells whether this device can draw it: whether the native library is there for its processor,
+     * and whether the driver has what OpenGL ES 3 promises, or OpenGL ES 2 with a texture unit for
+     * vertices and indices of 32 bits. The first call takes some ten milliseconds; any thread may
+     * ask.
+     */
+    public static boolean isSupported() {
+        return Supported.ANSWER;
+    }
+
+    /**
+     * Shows a phone's portrait photo with the depth that is inside its file.
+     *
+     * @throws IllegalArgumentException for null, as for all images
+     */
+    public void setPortraitPhoto(Uri photo) {
+        setPortraitPhoto(source("photo", photo));
+    }
+
+    /** The same for a file from anywhere. */
+    public void setPortraitPhoto(ImageSource photo) {
+        show(new Images(photo));
+    }
+
+    /**
+     * Shows bitmaps, which the app leaves as they are as long as the view has them.
+     *
+     * @throws IllegalArgumentException for a bitmap that was recycled
+     */
     public void setImages(Bitmap photo, Bitmap depth) {
-        setPictures(longest -> photo, longest -> depth);
+        setImages(photo, Depth.of(depth));
+    }
+
+    /** Shows a bitmap with a depth map from anywhere. */
+    public void setImages(Bitmap photo, Depth depth) {
+        show(new Images(photo, depth));
     }
 
     /** Shows image files of a content provider or the file system. */
     public void setImages(Uri photo, Uri depth) {
-        setImages(() -> getContext().getContentResolver().openInputStream(photo),
-                () -> getContext().getContentResolver().openInputStream(depth));
+        setImages(photo, Depth.of(source("depth map", depth)));
+    }
+
+    /** Shows an image file with a depth map from anywhere. */
+    public void setImages(Uri photo, Depth depth) {
+        setImages(source("photo", photo), depth);
     }
 
     /** Shows image files among the app's assets. */
     public void setAssets(String photo, String depth) {
-        setImages(() -> getContext().getAssets().open(photo),
-                () -> getContext().getAssets().open(depth));
+        setImages(new NamedSource(getContext(), Images.given("photo", photo)),
+                Depth.of(new NamedSource(getContext(), Images.given("depth map", depth))));
     }
 
-    /** Shows image files from anywhere. */
+    /**
+     * Shows image files from anywhere. A source is known again by its identity: who binds a view
+     * again and again gives the same object.
+     */
     public void setImages(ImageSource photo, ImageSource depth) {
-        setPictures(longest -> Pixels.decode("photo", photo, longest),
-                longest -> Pixels.decode("depth map", depth, longest));
+        setImages(photo, Depth.of(depth));
+    }
+
+    /** Shows an image file with a depth map from anywhere. */
+    public void setImages(ImageSource photo, Depth depth) {
+        show(new Images(photo, depth));
+    }
+
+    /** Reads the files again, which are others now under the same names. */
+    public void reload() {
+        if (stage != null) {
+            stage.reload();
+        }
     }
 
     /** Without one, errors go unheard and the view stays as it is. */
     public void setOnErrorListener(OnErrorListener listener) {
-        this.listener = listener;
+        errorListener = listener;
+    }
+
+    /** Null: nobody is told. */
+    public void setOnFirstFrameListener(OnFirstFrameListener listener) {
+        firstFrameListener = listener;
     }
 
     /**
-     * Tunes the picture. A value that is refused is told to the listener and changes nothing. One
-     * that is taken is kept: what the view would choose for that parameter no longer counts. Takes
-     * as long as uploading the images anew.
+     * Fades the view in over what lies under it when its first frame is there, by its alpha, which
+     * the app leaves alone then. 0, as at first, shows it at once.
+     *
+     * @throws IllegalArgumentException below 0
+     */
+    public void setFadeIn(long millis) {
+        if (millis < 0) {
+            throw new IllegalArgumentException("fade-in: " + millis + " ms; it is 0 or more");
+        }
+        fadeMillis = millis;
+    }
+
+    /**
+     * Tunes the picture, at once. A value that is taken is kept: what the view would choose for that
+     * parameter no longer counts.
      *
      * @param name of {@link ParallaxRenderer#parameters}
+     * @throws IllegalArgumentException for an unknown name, or a value out of its range
      */
     public void setParameter(String name, double value) {
+        try {
+            ParallaxRenderer.checkParameter(name, value);
+        } catch (ParallaxException refused) {
+            throw new IllegalArgumentException(refused.getMessage());
+        } catch (LinkageError absent) {
+            // Nothing will be drawn, which the listener is told.
+            return;
+        }
         parameters.put(name, value);
         if (stage != null) {
             stage.setParameter(name, value);
@@ -175,6 +293,35 @@ public class ParallaxPhotoView extends TextureView
     }
 
     /**
+     * Takes parameters, frame, pivot, edges, near end and swing from a profile, instead of all that
+     * was set of these; docs/profile.md has the file's form. It is read on another thread. What is
+     * no profile is told to the listener and changes nothing.
+     *
+     * <p>While a debuggable app has the view in a window, {@code adb shell am broadcast -a
+     * quorvane.parallax.RELOAD_PROFILE} takes {@code profile.json} from the folder that {@code
+     * getExternalFilesDir(null)} names.
+     */
+    public void setProfile(ImageSource file) {
+        Images.given("profile", file);
+        read(() -> Profile.read(file), this::take);
+    }
+
+    /**
+     * Moves as a recorded hand did, over and over, instead of with the sensor: a line for each view
+     * position, {@code {"t": 0.25, "x": -0.1, "y": 0.4}}, t in seconds that rise, x and y from -1 to
+     * 1. It is read on another thread; what is no recording is told to the listener.
+     *
+     * @param file null: the sensor again
+     */
+    public void setReplay(ImageSource file) {
+        if (file == null) {
+            take((HandReplay) null);
+        } else {
+            read(() -> HandReplay.read(file), this::take);
+        }
+    }
+
+    /**
      * Sets the degrees of tilt that bring the view to its end, 15 at first.
      *
      * @throws IllegalArgumentException unless it is from 1 to 60
@@ -198,7 +345,27 @@ public class ParallaxPhotoView extends TextureView
         }
     }
 
-    /** Says whether a finger moves the picture; on at first. */
+    /**
+     * Draws at most so many frames a second, which saves the battery; 0, as at first, for as many as
+     * the display shows.
+     *
+     * @throws IllegalArgumentException unless it is 0 or 1 to 1000
+     */
+    public void setMaxFps(int framesPerSecond) {
+        if (framesPerSecond < 0 || framesPerSecond > 1000) {
+            throw new IllegalArgumentException(
+                    "frames a second: " + framesPerSecond + "; it is 0, or 1 to 1000");
+        }
+        maxFps = framesPerSecond;
+        if (stage != null) {
+            stage.setMaxFps(framesPerSecond);
+        }
+    }
+
+    /**
+     * Says whether a finger moves the picture; on at first. A drag to the side belongs to the view
+     * then, one up or down to a list around it.
+     */
     public void setDraggable(boolean draggable) {
         this.draggable = draggable;
     }
@@ -211,9 +378,16 @@ public class ParallaxPhotoView extends TextureView
         }
         switch (event.getActionMasked()) {
             case MotionEvent.ACTION_DOWN:
+                downX = event.getX();
+                downY = event.getY();
                 stage.setHeld(true);
                 break;
             case MotionEvent.ACTION_MOVE:
+                float aside = Math.abs(event.getX() - downX);
+                if (aside > touchSlop && aside > Math.abs(event.getY() - downY)
+                        && getParent() != null) {
+                    getParent().requestDisallowInterceptTouchEvent(true);
+                }
                 // Another finger takes over when the first is lifted.
                 if (event.getPointerId(0) == finger) {
                     stage.drag((event.getX() - touchX) / getWidth(),
@@ -236,26 +410,34 @@ public class ParallaxPhotoView extends TextureView
     @Override
     protected void onAttachedToWindow() {
         super.onAttachedToWindow();
-        stage = new ParallaxStage(getContext(), getDisplay(), this::tell);
+        display = getDisplay();
+        stage = new ParallaxStage(getContext(), display, events);
         stage.setFullSwing(fullSwing);
         stage.setReducedMotion(reducedMotion);
+        stage.setMaxFps(maxFps);
+        stage.setReplay(replay);
         stage.setComposition(composition);
-        for (Map.Entry<String, Double> parameter : parameters.entrySet()) {
-            stage.setParameter(parameter.getKey(), parameter.getValue());
+        stage.setParameters(parameters);
+        if (images != null) {
+            stage.setImages(images);
         }
-        if (photo != null) {
-            stage.setImages(photo, depth);
+        if (fadeMillis > 0) {
+            setAlpha(0f);
         }
         if (isAvailable()) {
-            onSurfaceTextureAvailable(getSurfaceTexture(), getWidth(), getHeight());
+            events.onSurfaceTextureAvailable(getSurfaceTexture(), getWidth(), getHeight());
         }
         shown = false;
-        getViewTreeObserver().addOnPreDrawListener(this);
+        getViewTreeObserver().addOnPreDrawListener(events);
+        listenForReloads();
     }
 
     @Override
     protected void onDetachedFromWindow() {
-        getViewTreeObserver().removeOnPreDrawListener(this);
+        getViewTreeObserver().removeOnPreDrawListener(events);
+        if (isDebuggable()) {
+            getContext().unregisterReceiver(events.reload);
+        }
         stage.quit();
         stage = null;
         super.onDetachedFromWindow();
@@ -268,50 +450,87 @@ public class ParallaxPhotoView extends TextureView
         updateShown();
     }
 
-    /** Sees whether the view was scrolled out of sight. */
+    /** Is a picture for those who hear what is on the screen. */
     @Override
-    public boolean onPreDraw() {
-        updateShown();
-        return true;
+    public CharSequence getAccessibilityClassName() {
+        return "android.widget.ImageView";
     }
 
+    /** Not for apps: the view needs it itself. */
     @Override
-    public void onSurfaceTextureAvailable(SurfaceTexture surface, int width, int height) {
+    public void setSurfaceTextureListener(SurfaceTextureListener listener) {
+        throw new UnsupportedOperationException(
+                "the view draws on its surface itself; setOnFirstFrameListener tells when");
+    }
+
+    private ImageSource source(String what, Uri file) {
+        return new NamedSource(getContext(), Images.given(what, file));
+    }
+
+    private void show(Images newImages) {
+        images = newImages;
         if (stage != null) {
-            stage.setSurface(surface, width, height);
-            surfaceUser = stage;
-        }
-    }
-
-    @Override
-    public void onSurfaceTextureSizeChanged(SurfaceTexture surface, int width, int height) {
-        onSurfaceTextureAvailable(surface, width, height);
-    }
-
-    @Override
-    public boolean onSurfaceTextureDestroyed(SurfaceTexture surface) {
-        if (surfaceUser == null) {
-            return true;
-        }
-        surfaceUser.removeSurface(surface::release);
-        surfaceUser = null;
-        return false;
-    }
-
-    @Override
-    public void onSurfaceTextureUpdated(SurfaceTexture surface) {}
-
-    private void setPictures(ParallaxStage.Picture newPhoto, ParallaxStage.Picture newDepth) {
-        photo = newPhoto;
-        depth = newDepth;
-        if (stage != null) {
-            stage.setImages(photo, depth);
+            stage.setImages(newImages);
         }
     }
 
     private void compose() {
         if (stage != null) {
             stage.setComposition(composition);
+        }
+    }
+
+    private void take(Profile profile) {
+        parameters.clear();
+        parameters.putAll(profile.parameters);
+        composition = profile.composition;
+        if (stage != null) {
+            stage.setParameters(parameters);
+        }
+        compose();
+    }
+
+    private void take(HandReplay newReplay) {
+        replay = newReplay;
+        if (stage != null) {
+            stage.setReplay(newReplay);
+        }
+    }
+
+    private interface Reading<T> {
+        T read();
+    }
+
+    private <T> void read(Reading<T> reading, Consumer<T> use) {
+        ParallaxStage.inBackground(() -> {
+            try {
+                T found = reading.read();
+                main.post(() -> use.accept(found));
+            } catch (Throwable e) {
+                String sentence = ParallaxStage.sentence(e);
+                main.post(() -> {
+                    if (stage != null) {
+                        events.onError(sentence);
+                    }
+                });
+            }
+        });
+    }
+
+    private boolean isDebuggable() {
+        return (getContext().getApplicationInfo().flags & ApplicationInfo.FLAG_DEBUGGABLE) != 0;
+    }
+
+    private void listenForReloads() {
+        if (!isDebuggable()) {
+            return;
+        }
+        IntentFilter filter = new IntentFilter(ACTION_RELOAD_PROFILE);
+        if (Build.VERSION.SDK_INT >= 33) {
+            getContext().registerReceiver(events.reload, filter, SHELLS_PERMISSION, main,
+                    Context.RECEIVER_EXPORTED);
+        } else {
+            getContext().registerReceiver(events.reload, filter, SHELLS_PERMISSION, main);
         }
     }
 
@@ -323,9 +542,82 @@ public class ParallaxPhotoView extends TextureView
         }
     }
 
-    private void tell(String sentence) {
-        if (listener != null) {
-            listener.onError(sentence);
+    private static final class Supported {
+        static final boolean ANSWER = answer();
+
+        private static boolean answer() {
+            try {
+                ParallaxRenderer.createOffscreen(1, 1, Preparation.ORIENTATION).close();
+                return true;
+            } catch (ParallaxException | LinkageError e) {
+                return false;
+            }
+        }
+    }
+
+    /** What the system and the stage tell, which is nobody else's to call. */
+    private final class Events implements TextureView.SurfaceTextureListener,
+            ViewTreeObserver.OnPreDrawListener, ParallaxStage.Listener {
+        final BroadcastReceiver reload = new BroadcastReceiver() {
+            @Override
+            public void onReceive(Context context, Intent intent) {
+                setProfile(() -> new FileInputStream(
+                        new File(context.getExternalFilesDir(null), PROFILE_FILE)));
+            }
+        };
+
+        /** Sees whether the view was scrolled out of sight, or went to another display. */
+        @Override
+        public boolean onPreDraw() {
+            updateShown();
+            if (stage != null && getDisplay() != display) {
+                display = getDisplay();
+                stage.setDisplay(display);
+            }
+            return true;
+        }
+
+        @Override
+        public void onSurfaceTextureAvailable(SurfaceTexture surface, int width, int height) {
+            if (stage != null && width > 0 && height > 0) {
+                stage.setSurface(surface, width, height);
+                surfaceUser = stage;
+            }
+        }
+
+        @Override
+        public void onSurfaceTextureSizeChanged(SurfaceTexture surface, int width, int height) {
+            onSurfaceTextureAvailable(surface, width, height);
+        }
+
+        @Override
+        public boolean onSurfaceTextureDestroyed(SurfaceTexture surface) {
+            if (surfaceUser == null) {
+                return true;
+            }
+            surfaceUser.removeSurface(surface::release);
+            surfaceUser = null;
+            return false;
+        }
+
+        @Override
+        public void onSurfaceTextureUpdated(SurfaceTexture surface) {}
+
+        @Override
+        public void onError(String sentence) {
+            if (errorListener != null) {
+                errorListener.onError(sentence);
+            }
+        }
+
+        @Override
+        public void onFirstFrame() {
+            if (fadeMillis > 0 && getAlpha() < 1f) {
+                animate().alpha(1f).setDuration(fadeMillis);
+            }
+            if (firstFrameListener != null) {
+                firstFrameListener.onFirstFrame();
+            }
         }
     }
 }

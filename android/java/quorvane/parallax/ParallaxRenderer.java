@@ -155,6 +155,16 @@ public final class ParallaxRenderer implements AutoCloseable {
     }
 
     /**
+     * Tells whether {@link #setParameter} would take it. Any thread may ask.
+     *
+     * @throws ParallaxException where it would not
+     */
+    static void checkParameter(String name, double value) {
+        checkName(name);
+        nativeCheckParameter(name, value);
+    }
+
+    /**
      * Tells what a parameter is set to.
      *
      * @param name of {@link #parameters}
@@ -374,6 +384,8 @@ public final class ParallaxRenderer implements AutoCloseable {
             long open, int width, int height, ByteBuffer depth, int position, int bytes);
 
     private static native ParallaxParameter[] nativeParameters();
+
+    private static native void nativeCheckParameter(String name, double value);
 
     private static native void nativeSetParameter(long open, String name, double value);
 

@@ -47,11 +47,16 @@ public abstract class ParallaxWallpaperService extends WallpaperService {
             super.onCreate(holder);
             DisplayManager displays = (DisplayManager) getSystemService(DISPLAY_SERVICE);
             stage = new ParallaxStage(ParallaxWallpaperService.this,
-                    displays.getDisplay(Display.DEFAULT_DISPLAY), sentence -> onError(sentence));
-            ImageSource photo = photo();
-            ImageSource depth = depth();
-            stage.setImages(longest -> Pixels.decode("photo", photo, longest),
-                    longest -> Pixels.decode("depth map", depth, longest));
+                    displays.getDisplay(Display.DEFAULT_DISPLAY), new ParallaxStage.Listener() {
+                        @Override
+                        public void onError(String sentence) {
+                            ParallaxWallpaperService.this.onError(sentence);
+                        }
+
+                        @Override
+                        public void onFirstFrame() {}
+                    });
+            stage.setImages(new Images(photo(), Depth.of(depth())));
         }
 
         @Override

@@ -42,7 +42,9 @@ final class Screen implements AutoCloseable {
     private EGLDisplay display = EGL14.EGL_NO_DISPLAY;
     private EGLContext context = EGL14.EGL_NO_CONTEXT;
     private EGLSurface surface = EGL14.EGL_NO_SURFACE;
+    private EGLConfig config;
     private int program;
+    private int picture;
 
     /**
      * Opens a context for a {@code SurfaceTexture}, {@code Surface} or {@code SurfaceHolder}.
@@ -53,6 +55,7 @@ final class Screen implements AutoCloseable {
         try {
             open(nativeWindow);
             program = link();
+            picture = GLES20.glGetUniformLocation(program, "picture");
         } catch (ParallaxException e) {
             close();
             throw e;
@@ -78,7 +81,7 @@ final class Screen implements AutoCloseable {
         GLES20.glUseProgram(program);
         GLES20.glActiveTexture(GLES20.GL_TEXTURE0);
         GLES20.glBindTexture(GLES20.GL_TEXTURE_2D, texture);
-        GLES20.glUniform1i(GLES20.glGetUniformLocation(program, "picture"), 0);
+        GLES20.glUniform1i(picture, 0);
         GLES20.glBindBuffer(GLES20.GL_ARRAY_BUFFER, 0);
         corners.rewind();
         GLES20.glVertexAttribPointer(0, 2, GLES20.GL_FLOAT, false, 0, corners);
@@ -87,6 +90,20 @@ final class Screen implements AutoCloseable {
         if (!EGL14.eglSwapBuffers(display, surface)) {
             throw failed("eglSwapBuffers");
         }
+    }
+
+    /**
+     * Shows on the same window in its new size from now on; all that was made in the context stays.
+     *
+     * @throws ParallaxException where the driver refuses
+     */
+    void resized(Object nativeWindow) {
+        EGL14.eglMakeCurrent(
+                display, EGL14.EGL_NO_SURFACE, EGL14.EGL_NO_SURFACE, EGL14.EGL_NO_CONTEXT);
+        // A window has one at a time.
+        EGL14.eglDestroySurface(display, surface);
+        surface = EGL14.EGL_NO_SURFACE;
+        makeSurface(nativeWindow);
     }
 
     /** Destroys the context and all that was made in it. */
@@ -120,19 +137,50 @@ final class Screen implements AutoCloseable {
             EGL14.EGL_SURFACE_TYPE, EGL14.EGL_WINDOW_BIT,
             EGL14.EGL_RED_SIZE, 8, EGL14.EGL_GREEN_SIZE, 8, EGL14.EGL_BLUE_SIZE, 8,
             EGL14.EGL_NONE};
-        EGLConfig[] configs = new EGLConfig[1];
+        EGLConfig[] configs = new EGLConfig[256];
         int[] found = new int[1];
-        if (!EGL14.eglChooseConfig(display, wanted, 0, configs, 0, 1, found, 0) || found[0] < 1) {
+        if (!EGL14.eglChooseConfig(display, wanted, 0, configs, 0, configs.length, found, 0)
+                || found[0] < 1) {
             throw failed("eglChooseConfig");
         }
+        config = plainest(configs, found[0]);
         int[] es2 = {EGL14.EGL_CONTEXT_CLIENT_VERSION, 2, EGL14.EGL_NONE};
-        context = EGL14.eglCreateContext(display, configs[0], EGL14.EGL_NO_CONTEXT, es2, 0);
+        context = EGL14.eglCreateContext(display, config, EGL14.EGL_NO_CONTEXT, es2, 0);
         if (context == EGL14.EGL_NO_CONTEXT) {
             throw failed("eglCreateContext");
         }
+        makeSurface(nativeWindow);
+    }
+
+    // EGL puts deeper colours first, which cost more and which some drivers show wrongly.
+    private EGLConfig plainest(EGLConfig[] configs, int count) {
+        int[] rest = {EGL14.EGL_DEPTH_SIZE, EGL14.EGL_STENCIL_SIZE, EGL14.EGL_SAMPLES};
+        for (int i = 0; i < count; ++i) {
+            boolean plain = attribute(configs[i], EGL14.EGL_RED_SIZE) == 8
+                    && attribute(configs[i], EGL14.EGL_GREEN_SIZE) == 8
+                    && attribute(configs[i], EGL14.EGL_BLUE_SIZE) == 8
+                    && attribute(configs[i], EGL14.EGL_ALPHA_SIZE) % 8 == 0
+                    && attribute(configs[i], EGL14.EGL_CONFIG_CAVEAT) == EGL14.EGL_NONE;
+            for (int name : rest) {
+                plain &= attribute(configs[i], name) == 0;
+            }
+            if (plain) {
+                return configs[i];
+            }
+        }
+        return configs[0];
+    }
+
+    private int attribute(EGLConfig of, int name) {
+        int[] value = new int[1];
+        EGL14.eglGetConfigAttrib(display, of, name, value, 0);
+        return value[0];
+    }
+
+    private void makeSurface(Object nativeWindow) {
         try {
             surface = EGL14.eglCreateWindowSurface(
-                    display, configs[0], nativeWindow, new int[] {EGL14.EGL_NONE}, 0);
+                    display, config, nativeWindow, new int[] {EGL14.EGL_NONE}, 0);
         } catch (IllegalArgumentException e) {
             throw new ParallaxException("the view's surface has gone");
         }

@@ -42,6 +42,8 @@ public final class TiltTracker {
     private static final double GRAVITY_SMOOTHING_SECONDS = 0.15;
     private static final double IDLE_SWING = 0.4;
     private static final double IDLE_PERIOD_SECONDS = 12.0;
+    // No eye sees what is left of the way to go.
+    private static final double RESTS = 0.0002;
 
     private enum Source { NONE, ROTATION_VECTOR, GYROSCOPE, ACCELEROMETER }
 
@@ -299,17 +301,26 @@ public final class TiltTracker {
             tiltY *= kept;
         }
         double part = approach(seconds, smoothingSeconds);
-        double tilt = Math.hypot(tiltX, tiltY);
-        double gain = tilt > deadZone ? (tilt - deadZone) / (fullSwing - deadZone) / tilt : 0.0;
-        double targetX = -tiltY * gain;
-        double targetY = tiltX * gain;
         if (idle && !reducedMotion) {
             idlePhase = (idlePhase + seconds / IDLE_PERIOD_SECONDS) % 1.0;
-            targetX += IDLE_SWING * Math.sin(2.0 * Math.PI * idlePhase);
-            targetY += IDLE_SWING / 2.0 * Math.sin(4.0 * Math.PI * idlePhase);
         }
-        x += part * (clamp(targetX, 1.0) - x);
-        y += part * (clamp(targetY, 1.0) - y);
+        x += part * (targetX() - x);
+        y += part * (targetY() - y);
+    }
+
+    /**
+     * Tells whether the view would move though nothing new came: then frames are needed. It comes to
+     * rest a little after the tilt has, at the latest when the rest position has followed the hand.
+     */
+    boolean moving() {
+        boolean returning = !held && Math.hypot(tiltX, tiltY) > deadZone;
+        return returning || idle && !reducedMotion || Math.abs(targetX() - x) > RESTS
+                || Math.abs(targetY() - y) > RESTS;
+    }
+
+    /** Frames stopped and come again: no time has passed in between. */
+    void resume() {
+        hasFrame = false;
     }
 
     /** The view position: -1 from the left, 1 from the right. */
@@ -327,6 +338,25 @@ public final class TiltTracker {
             throw new IllegalArgumentException(
                     "full swing: " + degrees + " degrees is not from 1 to 60");
         }
+    }
+
+    // Where the view goes.
+
+    private double targetX() {
+        double drift = idle && !reducedMotion
+                ? IDLE_SWING * Math.sin(2.0 * Math.PI * idlePhase) : 0.0;
+        return clamp(-tiltY * gain() + drift, 1.0);
+    }
+
+    private double targetY() {
+        double drift = idle && !reducedMotion
+                ? IDLE_SWING / 2.0 * Math.sin(4.0 * Math.PI * idlePhase) : 0.0;
+        return clamp(tiltX * gain() + drift, 1.0);
+    }
+
+    private double gain() {
+        double tilt = Math.hypot(tiltX, tiltY);
+        return tilt > deadZone ? (tilt - deadZone) / (fullSwing - deadZone) / tilt : 0.0;
     }
 
     // Seconds from the last sample of this source to this one; 0 when counting starts with this

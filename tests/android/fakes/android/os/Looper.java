@@ -1,14 +1,17 @@
 package android.os;
 
-import java.util.concurrent.Executors;
-import java.util.concurrent.ScheduledExecutorService;
+import java.util.concurrent.ScheduledThreadPoolExecutor;
 
 /** A thread with a queue. */
 public final class Looper {
     private static final Looper MAIN = new Looper();
 
-    public final ScheduledExecutorService queue =
-            Executors.newSingleThreadScheduledExecutor(Looper::daemon);
+    public final ScheduledThreadPoolExecutor queue =
+            new ScheduledThreadPoolExecutor(1, Looper::daemon);
+
+    public Looper() {
+        queue.setRemoveOnCancelPolicy(true);
+    }
 
     public static Looper getMainLooper() {
         return MAIN;

@@ -4,13 +4,18 @@ import android.os.Handler;
 import android.os.Looper;
 import java.util.concurrent.RejectedExecutionException;
 import java.util.concurrent.TimeUnit;
+import java.util.concurrent.atomic.AtomicInteger;
 
 /** A frame every 2 ms. */
 public final class Choreographer {
+    /** How often a thread was woken for a frame. */
+    public static final AtomicInteger WAKES = new AtomicInteger();
+
     private static final ThreadLocal<Choreographer> OWN =
             ThreadLocal.withInitial(Choreographer::new);
 
     private final Looper looper = Handler.current();
+    private final Runnable tick = () -> Handler.run(Handler.current(), this::frame);
     private FrameCallback pending;
 
     public static Choreographer getInstance() {
@@ -20,7 +25,7 @@ public final class Choreographer {
     public void postFrameCallback(FrameCallback callback) {
         pending = callback;
         try {
-            looper.queue.schedule(() -> frame(callback), 2, TimeUnit.MILLISECONDS);
+            looper.queue.schedule(tick, 2, TimeUnit.MILLISECONDS);
         } catch (RejectedExecutionException e) {
             // The thread is ending.
         }
@@ -30,8 +35,10 @@ public final class Choreographer {
         pending = null;
     }
 
-    private void frame(FrameCallback callback) {
-        if (pending == callback) {
+    private void frame() {
+        FrameCallback callback = pending;
+        if (callback != null) {
+            WAKES.incrementAndGet();
             pending = null;
             callback.doFrame(System.nanoTime());
         }

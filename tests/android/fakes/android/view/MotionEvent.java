@@ -9,11 +9,17 @@ public final class MotionEvent {
     private final int action;
     private final int finger;
     private final float x;
+    private final float y;
 
     public MotionEvent(int action, int finger, float x) {
+        this(action, finger, x, 50f);
+    }
+
+    public MotionEvent(int action, int finger, float x, float y) {
         this.action = action;
         this.finger = finger;
         this.x = x;
+        this.y = y;
     }
 
     public int getActionMasked() {
@@ -29,6 +35,6 @@ public final class MotionEvent {
     }
 
     public float getY() {
-        return 50f;
+        return y;
     }
 }

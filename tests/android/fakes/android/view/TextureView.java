@@ -6,13 +6,17 @@ import android.util.AttributeSet;
 
 /** Tells its listener nothing by itself: a test does. */
 public class TextureView extends View {
+    public SurfaceTextureListener told;
+
     public TextureView(Context context, AttributeSet attributes) {
         super(context, attributes);
     }
 
     public void setOpaque(boolean opaque) {}
 
-    public void setSurfaceTextureListener(SurfaceTextureListener listener) {}
+    public void setSurfaceTextureListener(SurfaceTextureListener listener) {
+        told = listener;
+    }
 
     public boolean isAvailable() {
         return false;

@@ -8,8 +8,13 @@ import android.util.AttributeSet;
 public class View {
     /** Whether a part of it is not scrolled out of sight. */
     public boolean inSight = true;
+    /** Whether the parent may no longer take the finger. */
+    public boolean ownsFinger;
+    public long fadedMillis;
 
     private final Context context;
+    private final Display display = new Display();
+    private volatile float alpha = 1f;
 
     public View(Context context, AttributeSet attributes) {
         this.context = context;
@@ -20,7 +25,7 @@ public class View {
     }
 
     public Display getDisplay() {
-        return new Display();
+        return display;
     }
 
     public final int getWidth() {
@@ -31,12 +36,32 @@ public class View {
         return 100;
     }
 
+    public final ViewParent getParent() {
+        return disallow -> ownsFinger = disallow;
+    }
+
+    public float getAlpha() {
+        return alpha;
+    }
+
+    public void setAlpha(float alpha) {
+        this.alpha = alpha;
+    }
+
+    public ViewPropertyAnimator animate() {
+        return new ViewPropertyAnimator(this);
+    }
+
+    public CharSequence getAccessibilityClassName() {
+        return "android.view.View";
+    }
+
     public final boolean getGlobalVisibleRect(Rect rect) {
         return inSight;
     }
 
     public ViewTreeObserver getViewTreeObserver() {
-        return new ViewTreeObserver();
+        return ViewTreeObserver.ONLY;
     }
 
     public boolean onTouchEvent(MotionEvent event) {

@@ -1,11 +1,44 @@
 package android.content;
 
+import android.content.pm.ApplicationInfo;
 import android.content.res.AssetManager;
+import android.os.Handler;
+import java.io.File;
 
 public abstract class Context {
     public static final String SENSOR_SERVICE = "sensor";
     public static final String DISPLAY_SERVICE = "display";
+    public static final int RECEIVER_EXPORTED = 2;
+
     public abstract Object getSystemService(String name);
+
     public abstract ContentResolver getContentResolver();
+
     public abstract AssetManager getAssets();
+
+    public Context getApplicationContext() {
+        throw new UnsupportedOperationException();
+    }
+
+    public ApplicationInfo getApplicationInfo() {
+        throw new UnsupportedOperationException();
+    }
+
+    public File getExternalFilesDir(String type) {
+        throw new UnsupportedOperationException();
+    }
+
+    public Intent registerReceiver(BroadcastReceiver receiver, IntentFilter filter,
+            String broadcastPermission, Handler scheduler) {
+        throw new UnsupportedOperationException();
+    }
+
+    public Intent registerReceiver(BroadcastReceiver receiver, IntentFilter filter,
+            String broadcastPermission, Handler scheduler, int flags) {
+        throw new UnsupportedOperationException();
+    }
+
+    public void unregisterReceiver(BroadcastReceiver receiver) {}
+
+    public void registerComponentCallbacks(ComponentCallbacks callback) {}
 }

@@ -3,12 +3,7 @@ package android.graphics;
 import java.nio.Buffer;
 
 public final class Bitmap {
-    public static Bitmap createBitmap(Bitmap source, int x, int y, int width, int height) {
-        throw new UnsupportedOperationException();
-    }
-
-    public static Bitmap createBitmap(Bitmap source, int x, int y, int width, int height,
-            Matrix matrix, boolean filter) {
+    public static Bitmap createBitmap(int width, int height, Config config) {
         throw new UnsupportedOperationException();
     }
 
@@ -31,6 +26,10 @@ public final class Bitmap {
     }
 
     public int getHeight() {
+        throw new UnsupportedOperationException();
+    }
+
+    public boolean isRecycled() {
         throw new UnsupportedOperationException();
     }
 

@@ -12,5 +12,6 @@ public class BitmapFactory {
         public int inSampleSize;
         public int outWidth;
         public int outHeight;
+        public ColorSpace inPreferredColorSpace;
     }
 }

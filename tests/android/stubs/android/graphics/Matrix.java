@@ -9,7 +9,7 @@ public class Matrix {
         throw new UnsupportedOperationException();
     }
 
-    public boolean isIdentity() {
+    public boolean postTranslate(float dx, float dy) {
         throw new UnsupportedOperationException();
     }
 }

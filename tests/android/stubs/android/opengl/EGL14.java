@@ -6,6 +6,11 @@ public class EGL14 {
     public static final int EGL_RED_SIZE = 0x3024;
     public static final int EGL_GREEN_SIZE = 0x3023;
     public static final int EGL_BLUE_SIZE = 0x3022;
+    public static final int EGL_ALPHA_SIZE = 0x3021;
+    public static final int EGL_DEPTH_SIZE = 0x3025;
+    public static final int EGL_STENCIL_SIZE = 0x3026;
+    public static final int EGL_CONFIG_CAVEAT = 0x3027;
+    public static final int EGL_SAMPLES = 0x3031;
     public static final int EGL_SURFACE_TYPE = 0x3033;
     public static final int EGL_WINDOW_BIT = 0x0004;
     public static final int EGL_RENDERABLE_TYPE = 0x3040;
@@ -26,6 +31,11 @@ public class EGL14 {
 
     public static boolean eglChooseConfig(EGLDisplay display, int[] attributes, int offset,
             EGLConfig[] configs, int configsOffset, int configSize, int[] count, int countOffset) {
+        throw new UnsupportedOperationException();
+    }
+
+    public static boolean eglGetConfigAttrib(EGLDisplay display, EGLConfig config, int attribute,
+            int[] value, int offset) {
         throw new UnsupportedOperationException();
     }
 

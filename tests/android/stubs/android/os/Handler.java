@@ -6,4 +6,10 @@ public class Handler {
     public final boolean post(Runnable runnable) {
         throw new UnsupportedOperationException();
     }
+
+    public final boolean postDelayed(Runnable runnable, long delayMillis) {
+        throw new UnsupportedOperationException();
+    }
+
+    public final void removeCallbacks(Runnable runnable) {}
 }

@@ -31,6 +31,24 @@ public class View {
         throw new UnsupportedOperationException();
     }
 
+    public final ViewParent getParent() {
+        throw new UnsupportedOperationException();
+    }
+
+    public float getAlpha() {
+        throw new UnsupportedOperationException();
+    }
+
+    public void setAlpha(float alpha) {}
+
+    public ViewPropertyAnimator animate() {
+        throw new UnsupportedOperationException();
+    }
+
+    public CharSequence getAccessibilityClassName() {
+        throw new UnsupportedOperationException();
+    }
+
     public void setContentDescription(CharSequence description) {}
 
     public boolean onTouchEvent(MotionEvent event) {

@@ -2,23 +2,33 @@ package quorvane.parallax;
 
 import static org.junit.Assert.assertEquals;
 import static org.junit.Assert.assertFalse;
+import static org.junit.Assert.assertNull;
 import static org.junit.Assert.assertThrows;
 import static org.junit.Assert.assertTrue;
 
-import android.content.ContentResolver;
-import android.content.Context;
-import android.content.res.AssetManager;
+import android.content.Phone;
+import android.content.pm.ApplicationInfo;
 import android.graphics.Bitmap;
 import android.graphics.SurfaceTexture;
 import android.hardware.SensorManager;
+import android.os.Handler;
 import android.os.HandlerThread;
+import android.os.Looper;
 import android.provider.Settings;
+import android.view.Choreographer;
 import android.view.MotionEvent;
+import android.view.ViewTreeObserver;
 import java.io.ByteArrayInputStream;
+import java.io.File;
 import java.io.FileNotFoundException;
+import java.io.IOException;
+import java.nio.charset.StandardCharsets;
+import java.nio.file.Files;
 import java.util.Collections;
 import java.util.List;
 import java.util.concurrent.CopyOnWriteArrayList;
+import java.util.concurrent.CountDownLatch;
+import java.util.concurrent.atomic.AtomicInteger;
 import java.util.function.BooleanSupplier;
 import org.junit.After;
 import org.junit.Before;
@@ -28,34 +38,28 @@ import org.junit.Test;
 public final class ParallaxPhotoViewTest {
     private final List<String> errors = new CopyOnWriteArrayList<>();
     private final SurfaceTexture surface = new SurfaceTexture();
-    private final ParallaxPhotoView view = new ParallaxPhotoView(new Phone());
-
-    /** A context with nothing but a sensor manager. */
-    private static final class Phone extends Context {
-        @Override
-        public Object getSystemService(String name) {
-            return new SensorManager();
-        }
-
-        @Override
-        public ContentResolver getContentResolver() {
-            return new ContentResolver() {};
-        }
-
-        @Override
-        public AssetManager getAssets() {
-            return new AssetManager();
-        }
-    }
+    private final Phone phone = new Phone();
+    private final ParallaxPhotoView view = new ParallaxPhotoView(phone);
+    private final AtomicInteger firstFrames = new AtomicInteger();
 
     @Before
     public void reset() {
         Screen.FRAMES.set(0);
         Screen.LOSSES.set(0);
+        Screen.FAULT.set(null);
         Settings.Global.scale = 1f;
-        ParallaxRenderer.parameter = null;
+        ParallaxRenderer.SET.clear();
+        ParallaxRenderer.absent = null;
+        ParallaxRenderer.CREATED.set(0);
+        ParallaxRenderer.PHOTOS.set(0);
+        ParallaxRenderer.DEPTHS.set(0);
+        Pixels.OPENED.set(0);
+        PixelCache.SHARED.clear();
         PicturePlan.asked = null;
+        SensorManager.present = false;
+        Handler.UNCAUGHT.clear();
         view.setOnErrorListener(errors::add);
+        view.setOnFirstFrameListener(firstFrames::incrementAndGet);
     }
 
     @After
@@ -67,6 +71,9 @@ public final class ParallaxPhotoViewTest {
                 && HandlerThread.RUNNING.get() == 0);
         assertFalse("drawn into a surface that had gone", Screen.afterRelease);
         assertFalse("renderer closed after its context", ParallaxRenderer.closedTooLate);
+        assertEquals("nothing ends the app", Collections.emptyList(), Handler.UNCAUGHT);
+        assertEquals(0, SensorManager.LISTENERS.get());
+        assertEquals(0, ViewTreeObserver.LISTENERS.size());
     }
 
     private static void until(BooleanSupplier condition) {
@@ -90,9 +97,19 @@ public final class ParallaxPhotoViewTest {
         assertEquals(before, Screen.FRAMES.get());
     }
 
+    private static void preDraw() {
+        for (ViewTreeObserver.OnPreDrawListener listener : ViewTreeObserver.LISTENERS) {
+            listener.onPreDraw();
+        }
+    }
+
     private static void pause() {
+        sleep(60);
+    }
+
+    private static void sleep(int millis) {
         try {
-            Thread.sleep(60);
+            Thread.sleep(millis);
         } catch (InterruptedException e) {
             throw new AssertionError(e);
         }
@@ -101,14 +118,14 @@ public final class ParallaxPhotoViewTest {
     private void enter() {
         view.onAttachedToWindow();
         view.onVisibilityAggregated(true);
-        view.onSurfaceTextureAvailable(surface, 200, 100);
+        view.told.onSurfaceTextureAvailable(surface, 200, 100);
     }
 
     /** In Android's order: the surface goes after the view. */
     private void leave() {
         view.onVisibilityAggregated(false);
         view.onDetachedFromWindow();
-        assertFalse("the view releases it", view.onSurfaceTextureDestroyed(surface));
+        assertFalse("the view releases it", view.told.onSurfaceTextureDestroyed(surface));
     }
 
     private void enterWithImages() {
@@ -193,7 +210,7 @@ public final class ParallaxPhotoViewTest {
     @Test
     public void followsANewSizeAndNewImages() {
         enterWithImages();
-        view.onSurfaceTextureSizeChanged(surface, 100, 200);
+        view.told.onSurfaceTextureSizeChanged(surface, 100, 200);
         until(() -> "100 x 200".equals(ParallaxRenderer.size));
         moreFrames();
         view.setImages(new Bitmap(640, 1280), new Bitmap(640, 1280));
@@ -233,10 +250,10 @@ public final class ParallaxPhotoViewTest {
         view.onVisibilityAggregated(true);
         moreFrames();
         view.inSight = false;
-        view.onPreDraw();
+        preDraw();
         noMoreFrames();
         view.inSight = true;
-        view.onPreDraw();
+        preDraw();
         moreFrames();
     }
 
@@ -255,26 +272,348 @@ public final class ParallaxPhotoViewTest {
     @Test
     public void theSurfaceMayGoWhileTheViewStays() {
         enterWithImages();
-        assertFalse(view.onSurfaceTextureDestroyed(surface));
+        assertFalse(view.told.onSurfaceTextureDestroyed(surface));
         until(() -> surface.released);
         noMoreFrames();
         surface.released = false;
-        view.onSurfaceTextureAvailable(surface, 200, 100);
+        view.told.onSurfaceTextureAvailable(surface, 200, 100);
         moreFrames();
     }
 
     @Test
-    public void aRefusedParameterIsToldAndTheOthersCount() {
-        view.setParameter("nonsense", 1);
+    public void aRefusedParameterIsSaidAtOnceAndTheOthersCount() {
+        IllegalArgumentException refused = assertThrows(
+                IllegalArgumentException.class, () -> view.setParameter("nonsense", 1));
+        assertEquals("unknown parameter 'nonsense'", refused.getMessage());
         view.setParameter("fov_scale", 0.5);
         enterWithImages();
-        until(() -> !errors.isEmpty());
-        assertEquals("fov_scale = 0.5", ParallaxRenderer.parameter);
-        assertEquals(Collections.singletonList("unknown parameter 'nonsense'"), errors);
+        untilSet("fov_scale", 0.5);
         view.setParameter("fov_scale", 0.6);
-        until(() -> "fov_scale = 0.6".equals(ParallaxRenderer.parameter));
+        untilSet("fov_scale", 0.6);
         moreFrames();
-        assertEquals(1, errors.size());
+        assertTrue(errors.isEmpty());
+    }
+
+    private static void untilSet(String name, double value) {
+        until(() -> Double.valueOf(value).equals(ParallaxRenderer.SET.get(name)));
+    }
+
+    @Test
+    public void aSliderRebuildsNothing() {
+        enterWithImages();
+        for (int i = 1; i <= 60; ++i) {
+            view.setParameter("fov_scale", 0.3 + 0.01 * i);
+            sleep(5);
+        }
+        untilSet("fov_scale", 0.3 + 0.01 * 60);
+        untilAsked("200 x 100, clean, fov_scale = 0.8999999999999999, depth 80 x 40");
+        assertEquals(1, ParallaxRenderer.CREATED.get());
+        assertEquals(1, ParallaxRenderer.PHOTOS.get());
+        assertEquals("it shapes no depth", 1, ParallaxRenderer.DEPTHS.get());
+        view.setParameter("depth_contrast", 7);
+        until(() -> ParallaxRenderer.DEPTHS.get() == 2);
+        assertEquals(1, ParallaxRenderer.PHOTOS.get());
+    }
+
+    @Test
+    public void aLayoutAnimationEndsInOneNewSize() {
+        enterWithImages();
+        for (int i = 1; i <= 30; ++i) {
+            view.told.onSurfaceTextureSizeChanged(surface, 200, 100 + i);
+            sleep(8);
+        }
+        until(() -> "200 x 130".equals(ParallaxRenderer.size));
+        untilAsked("200 x 130, clean, depth 80 x 52");
+        moreFrames();
+        assertEquals(1, ParallaxRenderer.CREATED.get());
+        assertEquals("cut to the new shape", 2, ParallaxRenderer.PHOTOS.get());
+    }
+
+    @Test
+    public void aSizeOfTheSameShapeKeepsThePhoto() {
+        enterWithImages();
+        view.told.onSurfaceTextureSizeChanged(surface, 220, 110);
+        until(() -> "220 x 110".equals(ParallaxRenderer.size));
+        untilAsked("220 x 110, clean, depth 80 x 40");
+        moreFrames();
+        assertEquals(1, ParallaxRenderer.PHOTOS.get());
+    }
+
+    @Test
+    public void scrollingOutAndBackDecodesNothing() {
+        ImageSource photo = () -> new ByteArrayInputStream(new byte[1]);
+        ImageSource depth = () -> new ByteArrayInputStream(new byte[1]);
+        view.setImages(photo, depth);
+        enter();
+        until(() -> Screen.FRAMES.get() > 0);
+        int opened = Pixels.OPENED.get();
+        for (int i = 1; i <= 20; ++i) {
+            leave();
+            until(() -> surface.released);
+            surface.released = false;
+            Screen.FRAMES.set(0);
+            enter();
+            view.setImages(photo, depth);
+            until(() -> Screen.FRAMES.get() > 0);
+        }
+        assertEquals(opened, Pixels.OPENED.get());
+    }
+
+    @Test
+    public void settingTheSameAgainDoesNothingUntilItIsReloaded() {
+        ImageSource photo = () -> new ByteArrayInputStream(new byte[1]);
+        view.setPortraitPhoto(photo);
+        enter();
+        until(() -> Screen.FRAMES.get() > 0);
+        assertEquals("read once for the depth, once for the photo", 2, Pixels.OPENED.get());
+        for (int i = 0; i < 10; ++i) {
+            view.setPortraitPhoto(photo);
+        }
+        pause();
+        assertEquals(2, Pixels.OPENED.get());
+        assertEquals(1, ParallaxRenderer.PHOTOS.get());
+        view.reload();
+        until(() -> ParallaxRenderer.PHOTOS.get() == 2);
+        assertEquals(4, Pixels.OPENED.get());
+        assertEquals(1, ParallaxRenderer.CREATED.get());
+    }
+
+    @Test
+    public void whateverASourceThrowsIsToldAndEndsNothing() {
+        Throwable[] thrown = {new IllegalArgumentException("Unknown URL"), new SecurityException("no"),
+            new NullPointerException(), new OutOfMemoryError(), new NoClassDefFoundError("x"),
+            new StackOverflowError(), new AssertionError("own")};
+        enter();
+        for (Throwable one : thrown) {
+            errors.clear();
+            view.setImages(() -> rethrown(one), () -> new ByteArrayInputStream(new byte[1]));
+            until(() -> errors.size() == 1);
+            view.setImages(new Bitmap(40, 30), Depth.of(() -> rethrown(one)));
+            until(() -> errors.size() == 2);
+        }
+        view.setImages(() -> null, () -> null);
+        until(() -> errors.size() == 3);
+        view.setImages(new Bitmap(40, 30), new Bitmap(40, 30));
+        moreFrames();
+    }
+
+    private static java.io.InputStream rethrown(Throwable thrown) {
+        if (thrown instanceof Error) {
+            throw (Error) thrown;
+        }
+        throw (RuntimeException) thrown;
+    }
+
+    @Test
+    public void whateverTheDriverThrowsIsToldAndEndsNothing() {
+        enterWithImages();
+        Screen.FAULT.set(new IllegalStateException("driver"));
+        view.setParameter("fov_scale", 0.5);
+        until(() -> !errors.isEmpty());
+        assertEquals(Collections.singletonList(
+                "unexpected: java.lang.IllegalStateException: driver"), errors);
+    }
+
+    @Test
+    public void aMissingLibraryIsASentence() {
+        ParallaxRenderer.absent = new UnsatisfiedLinkError("libquorvane_jni.so");
+        view.setImages(new Bitmap(40, 30), new Bitmap(40, 30));
+        enter();
+        until(() -> !errors.isEmpty());
+        assertTrue(errors.get(0), errors.get(0).contains("isSupported"));
+    }
+
+    @Test
+    public void settersRefuseOnTheCallersThread() {
+        Bitmap gone = new Bitmap(4, 3);
+        gone.recycle();
+        Bitmap here = new Bitmap(4, 3);
+        Runnable[] wrong = {() -> view.setImages(here, (Bitmap) null),
+            () -> view.setImages((Bitmap) null, here), () -> view.setImages(gone, here),
+            () -> view.setImages(here, gone), () -> view.setImages(here, (Depth) null),
+            () -> view.setImages((ImageSource) null, () -> null),
+            () -> view.setImages(() -> null, (ImageSource) null),
+            () -> view.setAssets(null, "b"), () -> view.setAssets("a", null),
+            () -> view.setPortraitPhoto((ImageSource) null),
+            () -> view.setPortraitPhoto((android.net.Uri) null), () -> view.setProfile(null),
+            () -> view.setFadeIn(-1), () -> view.setMaxFps(-1),
+            () -> Depth.of(new float[11], 4, 3), () -> Depth.of(new float[12], 0, 3)};
+        for (int i = 0; i < wrong.length; ++i) {
+            Runnable one = wrong[i];
+            assertThrows("setter " + i, IllegalArgumentException.class, one::run);
+        }
+        assertThrows(UnsupportedOperationException.class,
+                () -> view.setSurfaceTextureListener(null));
+        enterWithImages();
+    }
+
+    @Test
+    public void nothingIsToldAfterTheViewHasGone() throws InterruptedException {
+        CountDownLatch opened = new CountDownLatch(1);
+        CountDownLatch close = new CountDownLatch(1);
+        view.setImages(() -> {
+            opened.countDown();
+            try {
+                close.await();
+            } catch (InterruptedException e) {
+                throw new FileNotFoundException("interrupted");
+            }
+            throw new FileNotFoundException("late");
+        }, () -> new ByteArrayInputStream(new byte[1]));
+        enter();
+        opened.await();
+        // The surface goes though a file is still being opened.
+        leave();
+        until(() -> surface.released);
+        close.countDown();
+        pause();
+        assertTrue(errors.isEmpty());
+    }
+
+    @Test
+    public void whatWasOnItsWayWhenTheViewWentIsNotTold() {
+        enter();
+        new Handler(Looper.getMainLooper()).post(() -> {
+            view.setImages(() -> {
+                throw new FileNotFoundException("x");
+            }, () -> new ByteArrayInputStream(new byte[1]));
+            // Told by now, behind what this thread is doing.
+            pause();
+            leave();
+        });
+        until(() -> surface.released);
+        pause();
+        assertTrue(errors.isEmpty());
+    }
+
+    @Test
+    public void tellsTheFirstFrameOfEverySetOfImages() {
+        view.setFadeIn(150);
+        enter();
+        assertEquals(0f, view.getAlpha(), 0f);
+        pause();
+        assertEquals(0, firstFrames.get());
+        view.setImages(new Bitmap(400, 300), new Bitmap(80, 60));
+        until(() -> firstFrames.get() == 1 && view.getAlpha() == 1f);
+        assertEquals(150, view.fadedMillis);
+        moreFrames();
+        assertEquals(1, firstFrames.get());
+        view.setImages(new Bitmap(300, 300), new Bitmap(80, 80));
+        until(() -> firstFrames.get() == 2);
+    }
+
+    @Test
+    public void nothingWakesAPhoneThatLiesStill() {
+        SensorManager.present = true;
+        enterWithImages();
+        noMoreFrames();
+        int before = Choreographer.WAKES.get();
+        // Noise below the dead zone.
+        SensorManager.turn(0.01f, -0.01f, 40);
+        pause();
+        assertEquals(before, Choreographer.WAKES.get());
+        // The screen is in landscape: about its y, by 14 degrees.
+        SensorManager.turn(0.5f, 0f, 100);
+        until(() -> ParallaxRenderer.x < -0.7f);
+        assertEquals(1, SensorManager.LISTENERS.get());
+        view.setReducedMotion(true);
+        until(() -> SensorManager.LISTENERS.get() == 0 && ParallaxRenderer.x > -0.01f);
+        sleep(400);
+        noMoreFrames();
+    }
+
+    @Test
+    public void framesCanBeFewer() {
+        enterWithImages();
+        view.setMaxFps(20);
+        pause();
+        int before = Screen.FRAMES.get();
+        sleep(500);
+        int drawn = Screen.FRAMES.get() - before;
+        assertTrue(drawn + " frames in half a second", drawn <= 12);
+    }
+
+    @Test
+    public void aDragToTheSideIsTheViews() {
+        enterWithImages();
+        view.onTouchEvent(new MotionEvent(MotionEvent.ACTION_DOWN, 0, 100f, 50f));
+        view.onTouchEvent(new MotionEvent(MotionEvent.ACTION_MOVE, 0, 105f, 50f));
+        view.onTouchEvent(new MotionEvent(MotionEvent.ACTION_MOVE, 0, 109f, 80f));
+        assertFalse("up and down scrolls a list", view.ownsFinger);
+        view.onTouchEvent(new MotionEvent(MotionEvent.ACTION_MOVE, 0, 140f, 55f));
+        assertTrue(view.ownsFinger);
+        view.onTouchEvent(new MotionEvent(MotionEvent.ACTION_UP, 0, 140f, 55f));
+    }
+
+    private static ImageSource text(String text) {
+        return () -> new ByteArrayInputStream(text.getBytes(StandardCharsets.UTF_8));
+    }
+
+    @Test
+    public void aProfileTakesThePlaceOfWhatWasSet() {
+        view.setParameter("fov_scale", 0.5);
+        view.setPivotOff();
+        enterWithImages();
+        untilSet("fov_scale", 0.5);
+        view.setProfile(text("{\"quorvane_profile\": 1, \"parameters\": {\"depth_contrast\": 20},"
+                + "\"options\": {\"frame\": 0.9, \"pivot\": \"0.5,0.25\", \"edges\": \"clean\","
+                + "\"motion\": \"circle\", \"invert-depth\": \"yes\", \"amount\": 0.5}}"));
+        untilAsked("200 x 100, clean, depth_contrast = 20.0, frame 0.9, pivot 0.5 0.125, depth 80 x 40");
+        for (String wrong : new String[] {"nonsense", "{}", "{\"quorvane_profile\": 2}",
+            "{\"quorvane_profile\": 1, \"parameters\": {\"nonsense\": 1}}",
+            "{\"quorvane_profile\": 1, \"parameters\": {\"fov_scale\": \"x\"}}",
+            "{\"quorvane_profile\": 1, \"options\": {\"frame\": 2}}",
+            "{\"quorvane_profile\": 1, \"options\": {\"pivot\": \"1\"}}",
+            "{\"quorvane_profile\": 1, \"options\": {\"edges\": \"blunt\"}}"}) {
+            errors.clear();
+            view.setProfile(text(wrong));
+            until(() -> errors.size() == 1);
+            assertTrue(errors.get(0), errors.get(0).startsWith("profile: ")
+                    || errors.get(0).startsWith("unknown parameter"));
+        }
+        moreFrames();
+    }
+
+    @Test
+    public void aDebuggableAppReloadsItsProfileWhenTheShellSaysSo() throws IOException {
+        phone.info.flags = ApplicationInfo.FLAG_DEBUGGABLE;
+        phone.folder = Files.createTempDirectory("profile").toFile();
+        File profile = new File(phone.folder, "profile.json");
+        enterWithImages();
+        assertEquals("android.permission.DUMP", phone.sendersPermission);
+        Files.write(profile.toPath(), "{\"quorvane_profile\": 1, \"options\": {\"frame\": \"0.7\"}}"
+                .getBytes(StandardCharsets.UTF_8));
+        phone.receiver.onReceive(phone, null);
+        untilAsked("200 x 100, clean, frame 0.7, depth 80 x 40");
+        leave();
+        assertNull(phone.receiver);
+        Files.delete(profile.toPath());
+        Files.delete(phone.folder.toPath());
+    }
+
+    @Test
+    public void otherAppsHearNoBroadcast() {
+        enterWithImages();
+        assertNull(phone.receiver);
+    }
+
+    @Test
+    public void movesAsARecordedHandDid() {
+        SensorManager.present = true;
+        view.setReplay(text("{\"t\": 0, \"x\": 0.6, \"y\": 0}\n\n{\"t\": 0.2, \"x\": 0.8, \"y\": 0}\n"));
+        enterWithImages();
+        until(() -> ParallaxRenderer.x > 0.7f);
+        assertEquals("no sensor is needed", 0, SensorManager.LISTENERS.get());
+        until(() -> ParallaxRenderer.x < 0.65f && ParallaxRenderer.x > 0.59f);
+        view.setReplay(null);
+        until(() -> SensorManager.LISTENERS.get() == 1);
+        for (String wrong : new String[] {"", "{\"t\": 0}", "{\"t\": 0, \"x\": 2, \"y\": 0}",
+            "{\"t\": 1, \"x\": 0, \"y\": 0}\n{\"t\": 1, \"x\": 0, \"y\": 0}"}) {
+            errors.clear();
+            view.setReplay(text(wrong));
+            until(() -> errors.size() == 1);
+            assertTrue(errors.get(0), errors.get(0).startsWith("recorded hand: "));
+        }
     }
 
     @Test
@@ -284,7 +623,7 @@ public final class ParallaxPhotoViewTest {
         });
         enter();
         until(() -> !errors.isEmpty());
-        assertEquals(Collections.singletonList("depth map: cannot be read (depth.png)"), errors);
+        assertEquals(Collections.singletonList("file: cannot be read (depth.png)"), errors);
         noMoreFrames();
     }
 

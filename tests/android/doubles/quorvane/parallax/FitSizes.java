@@ -36,6 +36,10 @@ public final class FitSizes {
                 middle(depthWidth, depthHeight, pictureWidth, pictureHeight));
     }
 
+    static int sampleSize(int width, int height, int longest) {
+        return 1;
+    }
+
     private static int[] middle(int width, int height, int pictureWidth, int pictureHeight) {
         int partWidth = Math.min(width, height * pictureWidth / pictureHeight);
         int partHeight = Math.min(height, width * pictureHeight / pictureWidth);

@@ -1,17 +1,38 @@
 package quorvane.parallax;
 
 import java.nio.ByteBuffer;
+import java.util.LinkedHashMap;
+import java.util.Map;
 
 /** Says what it was asked for last, and halves the swing when it shows the whole photo. */
 public final class PicturePlan {
     static volatile String asked;
 
     public double swing = 1.0;
-    String depth;
+    private int depthWidth;
+    private int depthHeight;
+    private final Map<String, Double> parameters = new LinkedHashMap<>();
+
+    Map<String, Double> parameters() {
+        return parameters;
+    }
+
+    int depthWidth() {
+        return depthWidth;
+    }
+
+    int depthHeight() {
+        return depthHeight;
+    }
+
+    ByteBuffer depth() {
+        return ByteBuffer.allocateDirect(depthWidth * depthHeight);
+    }
 
     public static final class Request {
         private final StringBuilder words = new StringBuilder();
         private final FitSizes fit;
+        private final Map<String, Double> parameters = new LinkedHashMap<>();
         private boolean whole;
 
         public Request(FitSizes fit, int width, int height) {
@@ -24,6 +45,7 @@ public final class PicturePlan {
         }
 
         public Request parameter(String name, double value) {
+            parameters.put(name, value);
             words.append(", ").append(name).append(" = ").append(value);
             return this;
         }
@@ -57,7 +79,9 @@ public final class PicturePlan {
             asked = words + ", depth " + depthWidth + " x " + depthHeight;
             PicturePlan plan = new PicturePlan();
             plan.swing = whole ? 0.5 : 1.0;
-            plan.depth = fit.depthWidth + " x " + fit.depthHeight;
+            plan.depthWidth = fit.depthWidth;
+            plan.depthHeight = fit.depthHeight;
+            plan.parameters.putAll(parameters);
             return plan;
         }
     }

@@ -1,0 +1,61 @@
+package android.content;
+
+import android.content.pm.ApplicationInfo;
+import android.content.res.AssetManager;
+import android.hardware.SensorManager;
+import android.hardware.display.DisplayManager;
+import android.os.Handler;
+import java.io.File;
+
+/** A context with sensors, a display and a folder. */
+public final class Phone extends Context {
+    /** Who hears broadcasts; null where nobody does. */
+    public BroadcastReceiver receiver;
+    /** The name of the permission that a sender needs. */
+    public String sendersPermission;
+    public File folder;
+    public final ApplicationInfo info = new ApplicationInfo();
+
+    @Override
+    public Object getSystemService(String name) {
+        return name.equals(DISPLAY_SERVICE) ? new DisplayManager() : new SensorManager();
+    }
+
+    @Override
+    public ContentResolver getContentResolver() {
+        return new ContentResolver() {};
+    }
+
+    @Override
+    public AssetManager getAssets() {
+        return new AssetManager();
+    }
+
+    @Override
+    public Context getApplicationContext() {
+        return this;
+    }
+
+    @Override
+    public ApplicationInfo getApplicationInfo() {
+        return info;
+    }
+
+    @Override
+    public File getExternalFilesDir(String type) {
+        return folder;
+    }
+
+    @Override
+    public Intent registerReceiver(BroadcastReceiver newReceiver, IntentFilter filter,
+            String broadcastPermission, Handler scheduler) {
+        receiver = newReceiver;
+        sendersPermission = broadcastPermission;
+        return null;
+    }
+
+    @Override
+    public void unregisterReceiver(BroadcastReceiver gone) {
+        receiver = null;
+    }
+}

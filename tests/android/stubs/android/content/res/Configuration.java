@@ -1,0 +1,3 @@
+package android.content.res;
+
+public final class Configuration {}

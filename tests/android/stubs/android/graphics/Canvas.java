@@ -1,0 +1,7 @@
+package android.graphics;
+
+public class Canvas {
+    public Canvas(Bitmap bitmap) {}
+
+    public void drawBitmap(Bitmap bitmap, Matrix matrix, Paint paint) {}
+}

@@ -1,0 +1,5 @@
+package android.view;
+
+public interface ViewParent {
+    void requestDisallowInterceptTouchEvent(boolean disallowIntercept);
+}
