@@ -1,17 +1,23 @@
 #include "system/pending_output.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
 #include <utility>
+#include <vector>
 
+#include "system/cancel.h"
+#include "system/child_process.h"
 #include "system/error.h"
 
 namespace quorvane {
@@ -52,7 +58,37 @@ bool reachesDisk(int descriptor) noexcept {
     return fsync(descriptor) == 0 || errno == EINVAL;
 }
 
-PendingOutput::PendingOutput(std::string path) : m_path(std::move(path)), m_place(placeOf(m_path)) {
+void writeAll(int descriptor, std::string_view bytes, const std::string& name) {
+    // More would block a full pipe's writer, to whom a signal that another thread gets is no end.
+    constexpr size_t kMostAtOnce = PIPE_BUF;
+    constexpr int kLongestWaitMs = 100;
+    struct stat about = {};
+    const bool may_wait = fstat(descriptor, &about) == 0 && !S_ISREG(about.st_mode);
+    while (!bytes.empty()) {
+        if (may_wait) {
+            throwIfCancelled();
+            pollfd room = {descriptor, POLLOUT, 0};
+            if (poll(&room, 1, kLongestWaitMs) <= 0) continue;
+        }
+        const ssize_t written =
+            write(descriptor, bytes.data(), may_wait ? std::min(bytes.size(), kMostAtOnce) : bytes.size());
+        if (written < 0 && (errno == EINTR || errno == EAGAIN)) continue;
+        if (written < 0) throw Error(name + ": cannot be written (" + std::strerror(errno) + ")");
+        bytes.remove_prefix(static_cast<size_t>(written));
+    }
+}
+
+PendingOutput::PendingOutput(std::string path) : PendingOutput(std::move(path), -1) {}
+
+PendingOutput::PendingOutput(std::string path, int stream) : m_path(std::move(path)) {
+    if (stream >= 0 && m_path == kStandardOutput) {
+        m_path = "standard output";
+        m_stream = stream;
+        m_file = memoryFile();
+        m_temporary = "/proc/self/fd/" + std::to_string(m_file.number());
+        return;
+    }
+    m_place = placeOf(m_path);
     std::error_code ignored;
     requireFolderFor(m_place, m_path);
     if (fs::is_directory(m_place, ignored)) throw Error(m_path + ": is a folder, not a file");
@@ -89,21 +125,25 @@ void PendingOutput::openNamed(mode_t mode) {
     m_named = true;
 }
 
-void PendingOutput::fill(std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = write(m_file.number(), bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) throw Error(m_path + ": cannot be written (" + std::strerror(errno) + ")");
-        bytes.remove_prefix(static_cast<size_t>(written));
-    }
-}
+void PendingOutput::fill(std::string_view bytes) { writeAll(m_file.number(), bytes, m_path); }
 
 bool PendingOutput::empty() const {
     struct stat about = {};
     return fstat(m_file.number(), &about) == 0 && about.st_size == 0;
 }
 
+void PendingOutput::copyToStream() {
+    std::vector<char> chunk(size_t{1} << 16);
+    off_t at = 0;
+    while (const ssize_t got = pread(m_file.number(), chunk.data(), chunk.size(), at)) {
+        if (got < 0) throw Error(m_path + ": cannot be written (" + std::strerror(errno) + ")");
+        writeAll(m_stream, {chunk.data(), static_cast<size_t>(got)}, m_path);
+        at += got;
+    }
+}
+
 void PendingOutput::commit() {
+    if (m_stream >= 0) return copyToStream();
     struct stat old = {};
     const bool replaces = stat(m_place.c_str(), &old) == 0;
     // A file system that knows no modes refuses; there is nothing to keep then.

@@ -10,6 +10,13 @@
 
 namespace quorvane {
 
+/// As a path: standard output.
+inline constexpr std::string_view kStandardOutput = "-";
+
+/// Writes all of `bytes` to a file or a pipe. Throws Error, under the name `name`, and Cancelled after a
+/// signal.
+void writeAll(int descriptor, std::string_view bytes, const std::string& name);
+
 /// A file in the making, which appears at its place whole or not at all. Until `commit` it has no name where
 /// the file system can do that, so that even a process that is killed leaves nothing behind; elsewhere it has
 /// a temporary one beside its place, which the destructor removes. Where `path` is a symbolic link, its place
@@ -19,6 +26,8 @@ class PendingOutput {
     /// Makes the file, empty. Throws Error when the folder that `path` lies in does not exist or cannot be
     /// written, or `path` is a folder or anything else but a file.
     explicit PendingOutput(std::string path);
+    /// The same, but "-" stands for `stream`: the file is in memory until `commit` writes it there.
+    PendingOutput(std::string path, int stream);
     ~PendingOutput();
 
     PendingOutput(const PendingOutput&) = delete;
@@ -47,12 +56,14 @@ class PendingOutput {
     bool openUnnamed(mode_t mode);
     void openNamed(mode_t mode);
     bool moveToPlace();
+    void copyToStream();
 
     std::string m_path;
     std::string m_place;
     Descriptor m_file;
     std::string m_temporary;
     bool m_named = false;  ///< and to be removed
+    int m_stream = -1;     ///< instead of a place
     mode_t m_mode = 0;     ///< of a new file
 };
 

@@ -26,6 +26,9 @@ class StandardOutputTo {
     StandardOutputTo(const StandardOutputTo&) = delete;
     StandardOutputTo& operator=(const StandardOutputTo&) = delete;
 
+    /// The real standard output meanwhile.
+    int descriptor() const { return m_saved; }
+
     /// Throws Error when something printed so far has not arrived.
     void require();
 

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "media/clip/ffmpeg.h"
+#include "media/clip/yuv420.h"
 #include "media/picture/picture_file.h"
 #include "system/cancel.h"
 #include "system/error.h"
@@ -16,10 +17,27 @@
 namespace quorvane::media {
 namespace {
 
-// BT.709 limited range, said so in the file: players otherwise guess by the picture's height.
+// What toYuv420 makes, said so in the file: players otherwise guess by the picture's height.
 constexpr std::string_view kYuvWords =
-    "-vf scale=out_color_matrix=bt709:out_range=tv,format=yuv420p -colorspace bt709 -color_primaries bt709"
-    " -color_trc iec61966-2-1 -color_range tv";
+    "-colorspace bt709 -color_primaries bt709 -color_trc iec61966-2-1 -color_range tv"
+    " -chroma_sample_location center";
+
+/// Frames as an encoder, or another program, takes them.
+class FrameBytes {
+  public:
+    explicit FrameBytes(const Codec& codec) : m_halves_colours(codec.halves_colours) {}
+
+    /// Lasts until the next call, and as long as `frame`.
+    std::string_view of(const RgbaImage& frame) {
+        if (m_halves_colours) toYuv420(frame, &m_planes);
+        const std::vector<uint8_t>& bytes = m_halves_colours ? m_planes : frame.samples;
+        return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+    }
+
+  private:
+    bool m_halves_colours;
+    std::vector<uint8_t> m_planes;
+};
 
 /// Writes a picture of a format that takes no ffmpeg into an open file.
 void savePicture(const RgbaImage& image, const Codec& codec, const EncoderSettings& encoder, int descriptor,
@@ -32,11 +50,11 @@ void savePicture(const RgbaImage& image, const Codec& codec, const EncoderSettin
 
 class StillWriter : public ClipWriter {
   public:
-    StillWriter(std::string path, const Codec& codec, EncoderSettings encoder)
-        : m_path(std::move(path)), m_codec(codec), m_encoder(std::move(encoder)), m_output(m_path) {}
+    StillWriter(const std::string& path, const Codec& codec, const ClipSettings& settings)
+        : m_codec(codec), m_encoder(settings.encoder), m_output(path, settings.standard_output) {}
 
     void add(int, const RgbaImage& frame) override {
-        savePicture(frame, m_codec, m_encoder, m_output.descriptor(), m_path);
+        savePicture(frame, m_codec, m_encoder, m_output.descriptor(), m_output.path());
     }
     void finish() override {
         throwIfCancelled();
@@ -44,7 +62,6 @@ class StillWriter : public ClipWriter {
     }
 
   private:
-    std::string m_path;
     const Codec& m_codec;
     EncoderSettings m_encoder;
     PendingOutput m_output;
@@ -87,11 +104,15 @@ class FolderWriter : public ClipWriter {
 /// ffmpeg, which puts a clip into an open file.
 class FfmpegEncoder : public ClipWriter {
   public:
-    FfmpegEncoder(PendingOutput* file, const OutputFormat& format, const ClipSettings& settings)
-        : m_file(*file), m_ffmpeg(arguments(format, settings), file->descriptor()) {}
+    FfmpegEncoder(PendingOutput* file, const OutputFormat& format, const Codec& codec,
+                  const ClipSettings& settings)
+        : m_file(*file),
+          m_ffmpeg(arguments(*file, format, codec, settings), file->descriptor()),
+          m_bytes(codec) {}
 
     void add(int, const RgbaImage& frame) override {
-        if (!m_ffmpeg.write(frame.samples.data(), frame.samples.size())) fail();
+        const std::string_view bytes = m_bytes.of(frame);
+        if (!m_ffmpeg.write(bytes.data(), bytes.size())) fail();
     }
 
     void finish() override {
@@ -101,23 +122,21 @@ class FfmpegEncoder : public ClipWriter {
     }
 
   private:
-    std::vector<std::string> arguments(const OutputFormat& format, const ClipSettings& settings) const {
-        const Codec& codec = codecFor(format, settings.encoder);
-        if (std::min(settings.size.width, settings.size.height) < codec.least_side)
-            throw Error(m_file.path() + ": " + std::string(codec.name) + " has sides of " +
-                        std::to_string(codec.least_side) + " pixels or more");
+    static std::vector<std::string> arguments(const PendingOutput& file, const OutputFormat& format,
+                                              const Codec& codec, const ClipSettings& settings) {
         std::ostringstream words;
         // -xerror: without it a clip whose end found no room on the disk counts as success.
-        words << "ffmpeg -nostdin -xerror -hide_banner -loglevel error -y -protocol_whitelist pipe -f "
-                 "rawvideo -pix_fmt rgba -s "
-              << settings.size.width << 'x' << settings.size.height << " -r " << settings.fps
-              << " -i pipe:0 ";
+        words
+            << "ffmpeg -nostdin -xerror -hide_banner -loglevel error -y -protocol_whitelist pipe -f rawvideo "
+               "-pix_fmt "
+            << (codec.halves_colours ? "yuv420p" : "rgba") << " -s " << settings.size.width << 'x'
+            << settings.size.height << " -r " << settings.fps << " -i pipe:0 ";
         if (codec.halves_colours) words << kYuvWords << ' ';
         words << encoderWords(codec, settings.encoder) << ' ' << format.words;
         std::istringstream split(words.str());
         std::vector<std::string> args{std::istream_iterator<std::string>(split), {}};
         // file: keeps a name with a colon from being taken for a protocol.
-        args.push_back("file:" + m_file.temporary());
+        args.push_back("file:" + file.temporary());
         return args;
     }
 
@@ -125,13 +144,43 @@ class FfmpegEncoder : public ClipWriter {
 
     PendingOutput& m_file;
     Ffmpeg m_ffmpeg;
+    FrameBytes m_bytes;
+};
+
+/// Frames as they are, for other programs; with what YUV4MPEG2 says before them where their colours are
+/// halved.
+class PlainFrames : public ClipWriter {
+  public:
+    PlainFrames(int descriptor, std::string name, const Codec& codec, const ClipSettings& settings)
+        : m_descriptor(descriptor), m_name(std::move(name)), m_bytes(codec) {
+        if (!codec.halves_colours) return;
+        std::ostringstream head;
+        // C420jpeg: the mean of 2 x 2 pixels stands in their middle.
+        head << "YUV4MPEG2 W" << settings.size.width << " H" << settings.size.height << " F" << settings.fps
+             << ":1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED\n";
+        writeAll(m_descriptor, head.str(), m_name);
+        m_before_each = "FRAME\n";
+    }
+
+    void add(int, const RgbaImage& frame) override {
+        writeAll(m_descriptor, m_before_each, m_name);
+        writeAll(m_descriptor, m_bytes.of(frame), m_name);
+    }
+
+    void finish() override { throwIfCancelled(); }
+
+  private:
+    int m_descriptor;
+    std::string m_name;
+    FrameBytes m_bytes;
+    std::string m_before_each;
 };
 
 /// A clip that appears at its place when it is whole.
 class FileWriter : public ClipWriter {
   public:
     FileWriter(const std::string& path, const OutputFormat& format, const ClipSettings& settings)
-        : m_output(path), m_encoder(encodeInto(&m_output, format, settings)) {}
+        : m_output(path, settings.standard_output), m_encoder(encodeInto(&m_output, format, settings)) {}
 
     void add(int number, const RgbaImage& frame) override { m_encoder->add(number, frame); }
 
@@ -155,20 +204,25 @@ bool isFrameName(const std::string& name) {
 
 std::unique_ptr<ClipWriter> encodeInto(PendingOutput* file, const OutputFormat& format,
                                        const ClipSettings& settings) {
-    return std::make_unique<FfmpegEncoder>(file, format, settings);
+    const Codec& codec = codecFor(format, settings.encoder);
+    if (std::min(settings.size.width, settings.size.height) < codec.least_side)
+        throw Error(file->path() + ": " + std::string(codec.name) + " has sides of " +
+                    std::to_string(codec.least_side) + " pixels or more");
+    if (codec.words.empty())
+        return std::make_unique<PlainFrames>(file->descriptor(), file->path(), codec, settings);
+    return std::make_unique<FfmpegEncoder>(file, format, codec, settings);
 }
 
 std::unique_ptr<ClipWriter> openClip(const std::string& path, const OutputFormat& format,
                                      const ClipSettings& settings) {
-    const EncoderSettings& encoder = settings.encoder;
-    switch (format.kind) {
-        case OutputKind::kStill:
-            return std::make_unique<StillWriter>(path, codecFor(format, encoder), encoder);
-        case OutputKind::kFolder:
-            return std::make_unique<FolderWriter>(path, settings.force, format, encoder);
-        case OutputKind::kPage: throw Error(path + ": a page has no frames");
-        case OutputKind::kClip: break;
-    }
+    if (format.kind == OutputKind::kPage) throw Error(path + ": a page has no frames");
+    const Codec& codec = codecFor(format, settings.encoder);
+    if (format.kind == OutputKind::kStill) return std::make_unique<StillWriter>(path, codec, settings);
+    if (format.kind == OutputKind::kFolder)
+        return std::make_unique<FolderWriter>(path, settings.force, format, settings.encoder);
+    // What other programs read as it comes would fill the memory.
+    if (path == kStandardOutput && codec.words.empty())
+        return std::make_unique<PlainFrames>(settings.standard_output, "standard output", codec, settings);
     return std::make_unique<FileWriter>(path, format, settings);
 }
 

@@ -32,6 +32,7 @@ struct ClipSettings {
     int fps = 30;               ///< frames a second, 1..240; stills and folders ignore it
     bool force = false;         ///< write into a folder that is not empty, replacing its numbered frames
     EncoderSettings encoder{};  ///< what the format's codec has
+    int standard_output = -1;   ///< what the path "-" stands for
 };
 
 /// Whether a folder's writer may take a file of this name for a frame of an earlier clip, and replace it.
@@ -44,7 +45,8 @@ std::unique_ptr<ClipWriter> encodeInto(PendingOutput* file, const OutputFormat& 
                                        const ClipSettings& settings);
 
 /// A writer for `path`, of the format that outputFormat gave for it; a still is exactly one frame. Most clips
-/// go through the `ffmpeg` program. Throws Error (no ffmpeg, no such folder) and FolderNotEmpty.
+/// go through the `ffmpeg` program. To standard output y4m and rgba go frame by frame, all else at once when
+/// it is whole. Throws Error (no ffmpeg, no such folder) and FolderNotEmpty.
 std::unique_ptr<ClipWriter> openClip(const std::string& path, const OutputFormat& format,
                                      const ClipSettings& settings);
 

@@ -58,6 +58,9 @@ inline constexpr Codec kCodecs[] = {
     {"apng", "-c:v apng -pred mixed -pix_fmt rgb24", 0, 0, 0, {}, {}, false},
     {"jpeg", {}, 1, 100, 90, {}, {}, false},
     {"png", {}, 0, 0, 0, {}, {}, false},
+    // Pictures as they are, for other programs.
+    {"yuv420", {}, 0, 0, 0, {}, {}, true},
+    {"rgba", {}, 0, 0, 0, {}, {}, false},
 };
 
 /// How pictures are to be compressed. What is not said is as usual.

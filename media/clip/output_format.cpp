@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "system/error.h"
+#include "system/pending_output.h"
 
 namespace quorvane::media {
 namespace {

@@ -32,15 +32,14 @@ inline constexpr OutputFormat kOutputFormats[] = {
     {"webp", ".webp", {}, "a .webp", OutputKind::kClip, false, "webp", "-loop 0 -f webp"},
     {"gif", ".gif", {}, "a .gif", OutputKind::kClip, false, "gif", "-loop 0 -f gif"},
     {"apng", ".apng", {}, "an .apng", OutputKind::kClip, false, "apng", "-plays 0 -f apng"},
+    {"y4m", ".y4m", {}, "a .y4m", OutputKind::kClip, false, "yuv420", {}},
+    {"rgba", ".rgba", {}, "an .rgba", OutputKind::kClip, false, "rgba", {}},
     {"png", ".png", {}, "a .png", OutputKind::kStill, false, "png", {}},
     {"jpg", ".jpg", ".jpeg", "a .jpg", OutputKind::kStill, false, "jpeg", {}},
     {"html", ".html", {}, "an .html", OutputKind::kPage, false, {}, {}},
     {"png", {}, {}, "a folder", OutputKind::kFolder, true, "png", {}},
     {"jpg", {}, {}, "a folder", OutputKind::kFolder, true, "jpeg", {}},
 };
-
-/// As a path: standard output.
-inline constexpr std::string_view kStandardOutput = "-";
 
 /// What `path` asks for: by its extension in whatever case, and a folder where it ends in '/', is a folder
 /// already or has no extension. A `word`, as --format takes it, says what is in the folder, and what goes to

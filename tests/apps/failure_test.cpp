@@ -119,8 +119,7 @@ TEST_F(Failure, StandardOutputIsNoFolder) {
         if (chdir(folder.path().c_str()) != 0) _exit(99);
     };
     for (const std::vector<std::string>& arguments :
-         {render("-"),
-          {"stages", photo, depth, "-o", "-"},
+         {std::vector<std::string>{"stages", photo, depth, "-o", "-"},
           {"inspect", photo, depth, "-o", "-"},
           {"extract", photo, "-o", "-"},
           {"extract", photo, "-o", "-", "--raw"},

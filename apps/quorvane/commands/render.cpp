@@ -1,5 +1,7 @@
 #include "apps/quorvane/commands/render.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <memory>
@@ -79,7 +81,9 @@ const media::OutputFormat& check(RenderOptions* asked) {
     const RenderOptions& options = *asked;
     refuseTwoWays(options.view);
     refuseStandardOutput({options.view.timings});
-    refuseStandardOutput({options.out});
+    if (options.out == kStandardOutput && isatty(STDOUT_FILENO) == 1)
+        throw UsageError(
+            "-o -: standard output is a terminal; lead it to a program or a file, as in | ffplay -");
     const media::OutputFormat& format = parseOutput(options.out, options.encoding);
     settle(format, asked);
     const auto stereo = stereoFor(options.stereo, format);
@@ -149,10 +153,11 @@ Size chooseSize(const RenderOptions& options, Size photo, const media::OutputFor
 }
 
 std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, const media::OutputFormat& format,
-                                              Size size) {
+                                              Size size, int standard_output) {
     try {
-        return media::openClip(options.out, format,
-                               {size, options.count.fps, options.force, options.encoding.encoder});
+        return media::openClip(
+            options.out, format,
+            {size, options.count.fps, options.force, options.encoding.encoder, standard_output});
     } catch (const FolderNotEmpty& error) {
         throw Error(error.what() + std::string("; --force replaces the numbered frames in it"));
     }
@@ -221,7 +226,7 @@ Rendered render(RenderOptions options) {
 
     const Size size = chooseSize(options, input.photo_size, format);
     if (format.kind == OutputKind::kPage) {
-        PendingOutput output(options.out);
+        PendingOutput output(options.out, timings.descriptor());
         output.fill(media::sharePage(pageOf(options, size, std::move(input))));
         throwIfCancelled();
         output.commit();
@@ -233,8 +238,8 @@ Rendered render(RenderOptions options) {
         throw UsageError("--stereo: views of " + textOf(size) + " make a picture of " + textOf(frame_size) +
                          ", whose sides are at most " + std::to_string(kLargestFrame) +
                          "; --size makes them smaller");
-    const std::unique_ptr<media::ClipWriter> writer =
-        times.measure(Stage::kSetUp, [&] { return openOutput(options, format, frame_size); });
+    const std::unique_ptr<media::ClipWriter> writer = times.measure(
+        Stage::kSetUp, [&] { return openOutput(options, format, frame_size, timings.descriptor()); });
     View view = times.measure(Stage::kSetUp, [&] { return View(options.view, options.talk, size); });
     const Route route = routeFor(options, format, stereo);
     const bool shows_depth = stereo && viewsAround(*stereo, {}).back().shows_depth;
@@ -265,7 +270,8 @@ Rendered render(RenderOptions options) {
     }
     if (!options.talk.quiet) {
         noteIdleOptions(options, format.kind);
-        if (stereo && format.kind != OutputKind::kFolder) suggestName(options.out, *stereo, size);
+        if (stereo && format.kind != OutputKind::kFolder && options.out != kStandardOutput)
+            suggestName(options.out, *stereo, size);
     }
     if (options.stats) std::fputs(times.table(frames, writers.threads).c_str(), stderr);
     return rendered;
@@ -310,7 +316,8 @@ RenderLine addRenderLine(CommandLine* line) {
                media::extensionsOf(OutputKind::kClip, ", ") + ": a looping clip; " +
                    media::extensionsOf(OutputKind::kStill, ", ") + ": a still; " +
                    media::extensionsOf(OutputKind::kPage, ", ") +
-                   ": a page to share, which moves as it is watched; else a folder")
+                   ": a page to share, which moves as it is watched; else a folder; - is standard output, "
+                   "with --format")
         .called("PATH")
         .required();
     addPictureAndViewOptions(line, options.get());

@@ -1,9 +1,12 @@
 #include "apps/quorvane/input/input_options.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <iterator>
 
 #include "apps/quorvane/input/depth_command.h"
+#include "apps/quorvane/terminal/usage_error.h"
 
 namespace quorvane::app {
 namespace {
@@ -50,8 +53,23 @@ Option& addModelOptions(CommandLine* line, ModelOptions* options) {
     return model;
 }
 
+namespace {
+
+/// The path of an input, of which "-" is standard input.
+std::string inputCalled(const std::string& text) {
+    if (text != "-") return text;
+    if (isatty(STDIN_FILENO) == 1)
+        throw UsageError("-: standard input is a terminal; lead a photo to it, as in < photo.jpg");
+    return "/dev/stdin";
+}
+
+}  // namespace
+
 void addInputOptions(CommandLine* line, InputOptions* options) {
-    line->text("PHOTO", &options->photo, "JPEG, PNG, WebP, HEIC, AVIF or TIFF").required();
+    line->parsed(
+            "PHOTO", [options](const std::string& text) { options->photo = inputCalled(text); },
+            "JPEG, PNG, WebP, HEIC, AVIF or TIFF; - is standard input")
+        .required();
     const Option& depth = line->text(
         "DEPTH", &options->depth,
         "gray picture of 8 or 16 bit, any size, larger = nearer (default: the depth inside PHOTO, else "

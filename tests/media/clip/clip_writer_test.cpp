@@ -1,10 +1,13 @@
 #include "media/clip/clip_writer.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <thread>
 #include <vector>
@@ -41,19 +44,19 @@ std::string outputOf(const std::string& command) {
     return text;
 }
 
-std::unique_ptr<ClipWriter> open(const std::string& path, Size size = {32, 24}, bool force = false) {
+std::unique_ptr<ClipWriter> openWriter(const std::string& path, Size size = {32, 24}, bool force = false) {
     return openClip(path, outputFormat(path), {size, 10, force});
 }
 
 void writeClip(const std::string& path, int frames) {
-    const auto writer = open(path);
+    const auto writer = openWriter(path);
     for (int i = 0; i < frames; ++i) writer->add(i, frame(32, 24, static_cast<uint8_t>(40 * i)));
     writer->finish();
 }
 
 std::string refusal(const std::string& path) {
     try {
-        open(path);
+        openWriter(path);
     } catch (const Error& error) {
         return error.what();
     }
@@ -169,6 +172,70 @@ TEST(ClipWriter, LowerQualityIsSmaller) {
     }
 }
 
+TEST(ClipWriter, Y4mIsWhatOtherProgramsRead) {
+    const TemporaryFolder folder;
+    writeClip(folder / "a.y4m", 3);
+    EXPECT_EQ(bytesOf(folder / "a.y4m").size(), 61 + 3 * (6 + 32 * 24 * 3 / 2));
+    EXPECT_THAT(bytesOf(folder / "a.y4m"),
+                testing::StartsWith("YUV4MPEG2 W32 H24 F10:1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED\nFRAME\n"));
+    EXPECT_EQ(outputOf("ffprobe -v error -count_frames -show_entries "
+                       "stream=width,height,pix_fmt,color_range,r_frame_rate,nb_read_frames -of csv=p=0 " +
+                       (folder / "a.y4m")),
+              "32,24,yuv420p,tv,10/1,3");
+}
+
+TEST(ClipWriter, RgbaIsTheFrames) {
+    const TemporaryFolder folder;
+    writeClip(folder / "a.rgba", 2);
+    std::string expected;
+    for (const uint8_t level : {uint8_t{0}, uint8_t{40}}) {
+        const RgbaImage image = frame(32, 24, level);
+        expected.append(image.samples.begin(), image.samples.end());
+    }
+    EXPECT_EQ(bytesOf(folder / "a.rgba"), expected);
+}
+
+/// What a writer leads to standard output.
+std::string streamed(const char* word, int frames) {
+    const TemporaryFolder folder;
+    const int file = open((folder / "stream").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    ClipSettings settings = {{32, 24}, 10};
+    settings.standard_output = file;
+    const auto writer = openClip("-", outputFormat("-", word), settings);
+    for (int i = 0; i < frames; ++i) writer->add(i, frame(32, 24, static_cast<uint8_t>(40 * i)));
+    writer->finish();
+    close(file);
+    EXPECT_THAT(folder.names(), ElementsAre("stream"));
+    return bytesOf(folder / "stream");
+}
+
+TEST(ClipWriter, StandardOutputGetsTheBytesThatAFileGets) {
+    const TemporaryFolder folder;
+    for (const char* word : {"mp4", "gif", "y4m", "rgba"}) {
+        writeClip(folder / (std::string("a.") + word), 3);
+        EXPECT_EQ(streamed(word, 3), bytesOf(folder / (std::string("a.") + word))) << word;
+    }
+    writeClip(folder / "a.png", 1);
+    EXPECT_EQ(streamed("png", 1), bytesOf(folder / "a.png"));
+}
+
+TEST(ClipWriter, StreamThatNobodyReadsIsAnError) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    close(ends[0]);
+    const auto before = std::signal(SIGPIPE, SIG_IGN);
+    ClipSettings settings = {{32, 24}, 10};
+    settings.standard_output = ends[1];
+    try {
+        const auto writer = openClip("-", outputFormat("-", "y4m"), settings);
+        FAIL() << "not refused";
+    } catch (const Error& error) {
+        EXPECT_STREQ(error.what(), "standard output: cannot be written (Broken pipe)");
+    }
+    std::signal(SIGPIPE, before);
+    close(ends[1]);
+}
+
 // As a search for a size does it.
 TEST(ClipWriter, SameFramesAreCompressedBySeveralSettingsAndOneIsKept) {
     const TemporaryFolder folder;
@@ -203,7 +270,7 @@ TEST(ClipWriter, FolderTakesJpegs) {
 TEST(ClipWriter, Mp4KeepsTheColours) {
     const TemporaryFolder folder;
     {
-        const auto writer = open(folder / "a.mp4", {32, 32});
+        const auto writer = openWriter(folder / "a.mp4", {32, 32});
         RgbaImage orange(32, 32);
         for (size_t i = 0; i < orange.samples.size(); i += 4) {
             orange.samples[i] = 230;
@@ -261,7 +328,7 @@ TEST(ClipWriter, WebpHasTheQualityThatIsMeant) {
     for (uint8_t& sample : noise.samples)
         sample = static_cast<uint8_t>((state = state * 1103515245 + 12345) >> 16);
     for (size_t i = 3; i < noise.samples.size(); i += 4) noise.samples[i] = 255;
-    const auto writer = open(folder / "a.webp", {64, 64});
+    const auto writer = openWriter(folder / "a.webp", {64, 64});
     writer->add(0, noise);
     writer->finish();
     writePng(noise, folder / "a.png");
@@ -310,7 +377,7 @@ TEST(ClipWriter, FolderHoldsNumberedFrames) {
 
 TEST(ClipWriter, FolderTakesFramesInAnyOrderFromSeveralThreads) {
     const TemporaryFolder folder;
-    const auto writer = open(folder / "frames");
+    const auto writer = openWriter(folder / "frames");
     ASSERT_TRUE(outputFormat(folder / "frames").any_order);
     std::vector<std::thread> threads;
     for (int first = 3; first >= 0; --first)
@@ -348,7 +415,7 @@ TEST(ClipWriter, ForceReplacesTheFramesAndNothingElse) {
     std::filesystem::create_directory(folder / "frames");
     for (const char* name : {"00001.png", "00009.png", "00004.jpg", "mine.txt", "cover.png"})
         writeBytes(folder / "frames/" + std::string(name), "old");
-    const auto writer = open(folder / "frames", {32, 24}, true);
+    const auto writer = openWriter(folder / "frames", {32, 24}, true);
     writer->add(0, frame(32, 24, 9));
     writer->finish();
     EXPECT_THAT(TemporaryFolder::names(folder / "frames"), ElementsAre("00001.png", "cover.png", "mine.txt"));
@@ -364,7 +431,7 @@ TEST(ClipWriter, AbandonedWriterLeavesNothing) {
         const std::string name = "a" + std::string(format.extension);
         SCOPED_TRACE(name);
         {
-            const auto writer = open(folder / name, {96, 64});
+            const auto writer = openWriter(folder / name, {96, 64});
             writer->add(0, frame(96, 64, 1));
         }
         EXPECT_THAT(folder.names(), IsEmpty());
@@ -376,7 +443,7 @@ TEST(ClipWriter, ExistingClipStaysUntilTheNewOneIsWhole) {
     const TemporaryFolder folder;
     writeBytes(folder / "a.mp4", "old");
     {
-        const auto writer = open(folder / "a.mp4");
+        const auto writer = openWriter(folder / "a.mp4");
         writer->add(0, frame(32, 24, 1));
     }
     EXPECT_EQ(bytesOf(folder / "a.mp4"), "old");
@@ -405,7 +472,7 @@ TEST(ClipWriter, FfmpegsFailureIsOneLine) {
     // The temporary file's place is taken away after the start, so that ffmpeg cannot write.
     std::filesystem::create_directory(folder / "gone");
     try {
-        const auto writer = open(folder / "gone/a.mp4");
+        const auto writer = openWriter(folder / "gone/a.mp4");
         std::filesystem::remove_all(folder / "gone");
         for (int i = 0; i < 200; ++i) writer->add(i, frame(32, 24, 1));
         writer->finish();
