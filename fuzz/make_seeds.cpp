@@ -230,6 +230,10 @@ void makeSeeds(const std::string& root) {
                {R"({"quorvane_profile": 1, "parameters": {"fov_scale": 0.81, "guided_filter_eps": 1e-06},)"
                 R"( "options": {"frame": "auto", "pivot": "0.5,0.4", "size": 1280, "no-doctor": true}})",
                 R"({"quorvane_profile": 2})", R"({"quorvane_profile": 1, "\n": [1e999, null, "\u00e4"]})"});
+    writeTexts(root + "/motion",
+               {"sway+zoom", "x=0.8sin(-1)-0.1sin(3,0.25) y=-cos(2) zoom=1.5", "-1,0 1,0.5 0,0,2",
+                "{\"t\":1e3,\"x\":0,\"y\":-1}\n\n{\"t\":1000.5,\"x\":1,\"y\":0.5,\"zoom\":2}\n",
+                "{\"t\":0,\"x\":-1,\"y\":0}\r\n{\"t\":1,\"x\":1,\"y\":0}\r\n{\"t\":2,\"x\":-1,\"y\":0}"});
     // Bytes that say nothing but choose among small and large sides.
     writeTexts(root + "/fit", {std::string(48, '\0'), std::string(48, '\xff'), std::string(48, '\x55'),
                                std::string(20, '\1') + std::string(28, '\xfe')});

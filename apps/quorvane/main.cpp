@@ -25,8 +25,8 @@ constexpr char kNote[] =
 
 int run(int argc, char** argv) {
     const std::vector<Command> commands = {renderCommand(),  stagesCommand(), inspectCommand(),
-                                           extractCommand(), shapeCommand(),  infoCommand(),
-                                           sampleCommand()};
+                                           extractCommand(), shapeCommand(),  motionsCommand(),
+                                           infoCommand(),    sampleCommand()};
     CommandLines lines("quorvane",
                        "Turns a photo and its depth map into a picture that swings with the view.",
                        "quorvane " QUORVANE_VERSION);

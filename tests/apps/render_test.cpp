@@ -281,6 +281,72 @@ TEST_F(Render, SupersampledFramesAreTheSupersampledStills) {
     }
 }
 
+/// How many pixels of a picture of a white photo are not white, as a border is.
+int borderPixels(const std::string& path) {
+    const RgbImage picture = media::readPhoto(path);
+    return static_cast<int>(std::count_if(picture.samples.begin(), picture.samples.end(),
+                                          [](uint8_t sample) { return sample < 255; }));
+}
+
+TEST_F(Render, NoMotionShowsABorder) {
+    RgbImage white(240, 180);
+    std::fill(white.samples.begin(), white.samples.end(), uint8_t{255});
+    media::writePng(white, folder / "white.png");
+    media::writePng(shaded(240, 180, [](int x, int y) { return (x * y) % 256; }), folder / "map.png");
+    writeBytes(
+        folder / "hand.jsonl",
+        "{\"t\":0,\"x\":-1,\"y\":1,\"zoom\":0.8}\n{\"t\":1,\"x\":1,\"y\":-1}\n{\"t\":2,\"x\":0,\"y\":0,"
+        "\"zoom\":0.6}\n");
+    const std::vector<std::vector<std::string>> motions = {
+        {"--motion", "circle"},
+        {"--motion", "sway zoom=0.75+0.25cos(2)"},
+        {"--motion", "eight zoom=1.5-0.5cos(1)", "--ease"},
+        {"--motion", "zoom=0.5"},
+        {"--motion", "1,1,0.7 -1,-1,3", "--hold", "0.05"},
+        {"--motion-file", folder / "hand.jsonl", "--ping-pong"}};
+    const char* renderer = "gl";
+    for (std::vector<std::string> options : motions) {
+        SCOPED_TRACE(std::string(renderer) + " " + testing::PrintToString(options));
+        options.insert(options.end(), {"--frames", "6", "--force", "--renderer", renderer});
+        std::vector<std::string> arguments = {"render", folder / "white.png", folder / "map.png", "-o",
+                                              folder / "frames"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const Outcome outcome = quorvane(arguments);
+        ASSERT_EQ(outcome.code, 0) << outcome.err;
+        for (const std::string& name : TemporaryFolder::names(folder / "frames"))
+            EXPECT_EQ(borderPixels(folder / "frames/" + name), 0) << name;
+        renderer = renderer == std::string("gl") ? "software" : "gl";
+    }
+}
+
+// Twice as close is half of the photo's sides.
+TEST_F(Render, ZoomShowsThatMuchLess) {
+    render("close/", {"--frames", "1", "--motion", "zoom=2", "--frame", "0.8"});
+    render("part.png", {"--frame", "0.4"});
+    EXPECT_EQ(bytesOf(folder / "close/00001.png"), bytesOf(folder / "part.png"));
+    const Outcome outcome = quorvane({"render", scene("photo.png"), scene("depth.png"), "-o", folder / "a/",
+                                      "--motion", "zoom=0.5", "--frame", "0.8"});
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("zoom: 0.5 of a frame that shows 0.8 of each side would show 1.6"));
+}
+
+TEST_F(Render, OnceEndsWhereTheMotionEnds) {
+    writeBytes(folder / "hand.jsonl", "{\"t\":5,\"x\":-1,\"y\":0}\n{\"t\":5.5,\"x\":1,\"y\":0}\n");
+    render("a/", {"--motion-file", folder / "hand.jsonl", "--once", "--fps", "6", "--frame", "0.85"});
+    EXPECT_EQ(TemporaryFolder::names(folder / "a").size(), 3u) << "half a second of six frames a second";
+    render("left.png", {"--at=-1,0", "--frame", "0.85"});
+    render("right.png", {"--at", "1,0", "--frame", "0.85"});
+    EXPECT_EQ(bytesOf(folder / "a/00001.png"), bytesOf(folder / "left.png"));
+    EXPECT_EQ(bytesOf(folder / "a/00003.png"), bytesOf(folder / "right.png"));
+}
+
+TEST_F(Render, TimingSaysNothingOfAStill) {
+    const Outcome outcome = quorvane({"render", scene("photo.png"), scene("depth.png"), "-o",
+                                      folder / "still.png", "--seconds", "2", "--ease"});
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_THAT(outcome.err, HasSubstr("still: --seconds, --ease: of no effect"));
+}
+
 // Lossy, so each of its frames is compared with all of the folder's.
 TEST_F(Render, ClipHoldsItsFramesInOrder) {
     constexpr int kFrames = 24;

@@ -177,6 +177,8 @@ TEST_F(SuggestionsTest, ZoomingOutShowsTheWholePhotoWhereItShowsMost) {
     EXPECT_NEAR(suggested({{0, 0, 1.0}, {0, 0, 0.8}}).fov_scale, 0.8, 0.001);
     EXPECT_NEAR(suggested({{0, 0, 1.0}, {0, 0, 3.0}}).fov_scale, 1.0, 0.001) << "closer is shown closer";
     EXPECT_NEAR(suggested({{0, 0, 2.0}}).fov_scale, 1.0, 0.001) << "closer all the time is shown closer, too";
+    EXPECT_NEAR(suggested({{0, 0, 0.8}, {1, 1, 1.6}}).fov_scale, 0.8, 0.001)
+        << "what is closer needs no room";
     EXPECT_EQ(suggested({{0, 0, 0.5}}).swing, 1.0) << "what zooms out swings as far as it would";
 }
 

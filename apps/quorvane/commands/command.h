@@ -26,6 +26,7 @@ struct Command {
 Command extractCommand();
 Command infoCommand();
 Command inspectCommand();
+Command motionsCommand();
 Command renderCommand();
 Command sampleCommand();
 Command shapeCommand();
