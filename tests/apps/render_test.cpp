@@ -8,6 +8,7 @@
 #include <fstream>
 #include <functional>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <numeric>
 #include <sstream>
 #include <thread>
@@ -930,6 +931,37 @@ TEST(Info, NamesTheDriverAndItsLimits) {
     EXPECT_THAT(outcome.out, testing::StartsWith("quorvane "));
     EXPECT_THAT(outcome.out, HasSubstr("renderer "));
     EXPECT_THAT(outcome.out, HasSubstr("largest texture "));
+}
+
+TEST(Info, JsonSaysTheSame) {
+    const Outcome outcome = quorvane({"info", "--json"});
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    const auto report = nlohmann::json::parse(outcome.out);
+    const std::string text = quorvane({"info"}).out;
+    EXPECT_THAT(text, testing::StartsWith("quorvane " + report["version"].get<std::string>() + "\n"));
+    for (const char* key : {"context", "renderer", "vendor", "version"})
+        EXPECT_THAT(text, HasSubstr(" " + report["driver"][key].get<std::string>() + "\n")) << key;
+    EXPECT_THAT(text, HasSubstr("largest texture        " +
+                                std::to_string(report["driver"]["largest_texture"].get<int>())));
+}
+
+TEST(Info, JsonSaysWhereThereIsNoDriver) {
+    const Outcome outcome = quorvane({"info", "--json"}, {{"__EGL_VENDOR_LIBRARY_DIRS", "/nowhere"}});
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    const auto report = nlohmann::json::parse(outcome.out);
+    EXPECT_FALSE(report["version"].get<std::string>().empty());
+    EXPECT_FALSE(report["driver"]["missing"].get<std::string>().empty());
+}
+
+TEST(Info, JsonListsNetworks) {
+    const TemporaryFolder folder;
+    const Outcome outcome =
+        quorvane({"info", "--models", "--json"}, {{"QUORVANE_ONNXRUNTIME", folder.path()}});
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    const auto models = nlohmann::json::parse(outcome.out)["models"];
+    EXPECT_EQ(models["known"][0]["licence"], "Apache-2.0");
+    EXPECT_EQ(models["runtime_places"][0]["folder"], folder.path());
+    EXPECT_EQ(models["runtime_places"][0]["holds_it"], false);
 }
 
 TEST(Sample, WritesAPairOfTheSizeAskedFor) {
