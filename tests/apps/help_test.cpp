@@ -12,6 +12,7 @@
 
 #include "apps/quorvane/drawing/motion.h"
 #include "process.h"
+#include "quorvane/version.h"
 #include "support/temporary_folder.h"
 
 namespace quorvane::test {
@@ -130,6 +131,24 @@ TEST(Help, LinesFitTheTerminal) {
     EXPECT_THAT(text, HasSubstr("--supersample"));
     EXPECT_LE(longestLine(text), 54u);
     EXPECT_GT(longestLine(text), 45u);
+}
+
+TEST(Help, IsACommandToo) {
+    EXPECT_EQ(quorvane({"help"}).out, help(""));
+    EXPECT_EQ(quorvane({"help"}).code, 0);
+    for (const char* command : kCommands)
+        EXPECT_EQ(quorvane({"help", command}).out, help(command)) << command;
+    const Outcome mistyped = quorvane({"help", "rendr"});
+    EXPECT_EQ(mistyped.code, 2);
+    EXPECT_THAT(mistyped.err, HasSubstr("rendr: no such command; did you mean render?"));
+    EXPECT_EQ(quorvane({"help", "render", "stages"}).code, 2);
+}
+
+TEST(Help, TheVersionHasTwoSpellings) {
+    const Outcome outcome = quorvane({"--version"});
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.out, "quorvane " QUORVANE_VERSION "\n");
+    EXPECT_EQ(quorvane({"-V"}).out, outcome.out);
 }
 
 TEST(Help, NamesEveryMotion) {

@@ -211,6 +211,20 @@ TEST_F(Profiles, AreWrittenWholeOrNotAtAll) {
     EXPECT_EQ(changed["options"]["amount"], 0.5);
 }
 
+TEST_F(Profiles, KeepNoMotionWhereAFileHasIt) {
+    writeBytes(folder / "hand.jsonl", "{\"t\":0,\"x\":1,\"y\":0}\n{\"t\":1,\"x\":-1,\"y\":0}\n");
+    const std::string saved = folder / "s.json";
+    const Outcome outcome =
+        render("a.png", {"--motion-file", folder / "hand.jsonl", "--save-profile", saved});
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_THAT(outcome.err, HasSubstr("does not hold --motion-file"));
+    EXPECT_EQ(json::parse(bytesOf(saved))["options"].count("motion"), 0u);
+    // One that has a motion gives way to the file.
+    const std::string other = write(profile(json::object(), {{"motion", "circle"}}));
+    EXPECT_EQ(still({"--motion-file", folder / "hand.jsonl", "--profile", other}),
+              still({"--motion-file", folder / "hand.jsonl"}));
+}
+
 TEST_F(Profiles, SayWhatHasToBeGivenAgain) {
     const Outcome outcome = quorvane({"render", folder / "p.png", "-o", folder / "a.png", "--depth-cmd",
                                       "sh -c 'cp " + (folder / "d.png") + " {out}; : {in}'", "--save-profile",

@@ -29,8 +29,8 @@ bool isOneOf(const std::vector<std::string>& names, const std::string& name) {
 /// What an option is called in a profile.
 std::string keyOf(const Option& option) { return option.name().substr(2); }
 
-const Option* find(CommandLine* line, const std::string& name) {
-    for (const Option& option : line->options())
+const Option* find(const CommandLine& line, const std::string& name) {
+    for (const Option& option : line.options())
         if (!option.isArgument() && option.name() == name) return &option;
     return nullptr;
 }
@@ -45,7 +45,7 @@ Option* findKey(CommandLine* line, const std::string& key) {
 std::vector<std::string> knownKeys(const CommandLine& line) {
     std::vector<std::string> keys;
     for (const auto& other : line.all()) {
-        if (find(other.get(), kFrom) == nullptr) continue;
+        if (find(*other, kFrom) == nullptr) continue;
         for (const Option& option : other->options())
             if (isInProfiles(option)) keys.push_back(keyOf(option));
     }
@@ -84,15 +84,15 @@ void checkNames(const media::Profile& profile, const std::string& file, const Co
     }
 }
 
-bool hasGivenRival(const Option& option, CommandLine* line) {
-    for (const Option& other : line->options())
+bool hasGivenRival(const Option& option, const CommandLine& line) {
+    for (const Option& other : line.options())
         if (other.given() && option.isRivalOf(other)) return true;
     return false;
 }
 
 /// Notes which of the given options a profile does not hold, though the picture depends on them.
 void noteInputs(CommandLine* line, const std::string& path) {
-    const Option* const quiet = find(line, "--quiet");
+    const Option* const quiet = find(*line, "--quiet");
     if (quiet != nullptr && quiet->given()) return;
     std::string names;
     for (const Option& option : line->options())
@@ -112,7 +112,7 @@ void saveAround(const std::string& path, CommandLine* line, const ViewOptions& v
         if (option.isFile() && option.given() && option.name() != kFrom && option.name() != kTo)
             refuseSameOutput(path, option.givenText(), "profile and " + option.name());
     PendingOutput output(path);
-    output.fill(media::profileText(profileOf(line, view)));
+    output.fill(media::profileText(profileOf(*line, view)));
     work();
     throwIfCancelled();
     output.commit();
@@ -151,7 +151,7 @@ void takeProfile(const media::Profile& profile, const std::string& name, Command
     std::vector<const Option*> taken;
     for (const auto& [key, value] : profile.options) {
         Option* const option = findKey(line, key);
-        if (option == nullptr || hasGivenRival(*option, line)) continue;
+        if (option == nullptr || hasGivenRival(*option, *line)) continue;
         for (const Option* other : taken)
             if (option->isExcludedBy(*other))
                 throw Error(name + ": options." + keyOf(*other) + " and options." + key +
@@ -166,11 +166,15 @@ void takeProfile(const media::Profile& profile, const std::string& name, Command
     takeProfileParameters(profile.parameters, view);
 }
 
-media::Profile profileOf(CommandLine* line, const ViewOptions& view) {
+media::Profile profileOf(const CommandLine& line, const ViewOptions& view) {
     media::Profile profile;
     profile.parameters = parametersInForce(view);
-    for (const Option& option : line->options()) {
+    for (const Option& option : line.options()) {
         if (!isInProfiles(option) || !option.value()) continue;
+        const auto excludes = [&option](const Option& other) {
+            return other.given() && option.isExcludedBy(other);
+        };
+        if (std::any_of(line.options().begin(), line.options().end(), excludes)) continue;
         profile.options.emplace_back(keyOf(option), option.isFlag()
                                                         ? media::Profile::Value(*option.value() == "true")
                                                         : media::valueOf(*option.value()));

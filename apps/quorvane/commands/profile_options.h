@@ -30,7 +30,7 @@ void takeProfile(const media::Profile& profile, const std::string& name, Command
                  ViewOptions* view);
 
 /// All that decides the picture besides the files: what was taken, and the defaults.
-media::Profile profileOf(CommandLine* line, const ViewOptions& view);
+media::Profile profileOf(const CommandLine& line, const ViewOptions& view);
 
 }  // namespace quorvane::app
 

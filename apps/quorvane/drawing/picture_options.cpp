@@ -14,15 +14,21 @@ AddedPictureOptions addPictureOptions(CommandLine* line, const std::string& usua
             "picture size: WxH, the longer side alone, or 'photo' for the photo's own (default: the photo's "
             "aspect, at most " +
                 usual + ")")
-        .called("WxH");
+        .called("WxH")
+        .offers({"photo"});
     std::vector<std::pair<std::string, std::string>> rows;
-    for (const NamedMotion& motion : motions()) rows.emplace_back(motion.name, motion.meaning);
+    std::vector<std::string> names;
+    for (const NamedMotion& motion : motions()) {
+        rows.emplace_back(motion.name, motion.meaning);
+        names.emplace_back(motion.name);
+    }
     Option& motion =
         line->parsed(
                 "--motion", [options](const std::string& text) { options->motion = parseMotion(text); },
                 "how the view moves: names from the list below, joined as in sway+zoom; what each axis does, "
                 "as in 'x=sin(1) y=0.5cos(2)'; or points to rest at, as in '-1,0 1,0'")
             .called("MOTION")
+            .offers(names)
             .usually(options->motion.text);
     const Option& motion_file = line->parsed(
                                         "--motion-file",

@@ -131,6 +131,7 @@ void addViewOptions(CommandLine* line, ViewOptions* options) {
             },
             "how much of the photo's sides is seen, 0.05 to 1, or auto: as much as shows no border")
         .called("X")
+        .offers({"auto"})
         .usually("auto");
     line->parsed(
             "--pivot",
@@ -142,6 +143,7 @@ void addViewOptions(CommandLine* line, ViewOptions* options) {
             "and "
             "top), or off for the set's own depth")
         .called("X,Y")
+        .offers({"auto", "off"})
         .usually("auto");
     line->word(
             "--edges", {"clean", "soft"},
@@ -200,10 +202,14 @@ void addViewOptions(CommandLine* line, ViewOptions* options) {
             "second, which turns about a point behind the scene (0 to 8)")
         .called("N")
         .usually(std::to_string(options->orientation));
+    std::vector<std::string> fields;
+    for (const ParameterInfo& info : ParallaxView::parameters())
+        fields.push_back(std::string(info.name) + "=");
     line->repeated(
             "--set", [options](const std::string& text) { options->settings.push_back(parseSetting(text)); },
             "change a parameter, whatever would be chosen for it; may be repeated")
-        .called("FIELD=VALUE");
+        .called("FIELD=VALUE")
+        .offers(fields);
 
     std::vector<std::pair<std::string, std::string>> rows;
     for (const ParameterInfo& info : ParallaxView::parameters())

@@ -17,6 +17,9 @@
 namespace quorvane::app {
 namespace {
 
+/// The word that asks for help as a command does.
+constexpr char kHelp[] = "help";
+
 /// Columns of the terminal that help is printed to.
 size_t terminalWidth() {
     constexpr size_t kNarrowest = 40, kUsual = 80;
@@ -73,6 +76,12 @@ std::string row(const std::string& word, const std::string& meaning, size_t widt
     return text + wrapped(meaning, width, column, column) + '\n';
 }
 
+std::string listed(const CommandLine::Table& table, size_t width, size_t column) {
+    std::string text = '\n' + wrapped(table.heading, width, 2) + '\n';
+    for (const auto& [word, meaning] : table.rows) text += row(word, meaning, width, column);
+    return text;
+}
+
 bool isOneOf(const std::vector<const Option*>& options, const Option* option) {
     return std::find(options.begin(), options.end(), option) != options.end();
 }
@@ -97,7 +106,10 @@ Option& Option::called(const std::string& value) {
 }
 
 Option& Option::usually(const std::string& value) {
-    if (!m_help.empty() && m_help.back() == ')')
+    const size_t opened = m_help.rfind('(');
+    const bool ends_with_range = opened != std::string::npos && m_help.back() == ')' &&
+                                 m_help.find(" to ", opened) != std::string::npos;
+    if (ends_with_range)
         m_help.replace(m_help.size() - 1, 1, ", default " + value + ")");
     else
         m_help += " (default " + value + ")";
@@ -114,6 +126,17 @@ Option& Option::excludes(const Option& other) {
 Option& Option::rivals(const Option& other) {
     m_rivals.push_back(&other);
     return *this;
+}
+
+Option& Option::offers(const std::vector<std::string>& words) {
+    m_words = words;
+    return *this;
+}
+
+std::vector<std::string> Option::allNames() const {
+    const size_t comma = m_names.find(',');
+    if (comma == std::string::npos) return {m_names};
+    return {m_names.substr(0, comma), m_names.substr(comma + 1)};
 }
 
 bool Option::isExcludedBy(const Option& other) const {
@@ -206,7 +229,7 @@ Option& CommandLine::word(const std::string& names, const std::vector<std::strin
     const auto take_place = [=, take = std::move(take)](const std::string& text) {
         take(placeOf(text, words, longName(names) + " "));
     };
-    return parsed(names, take_place, help).called("WORD");
+    return parsed(names, take_place, help).called("WORD").offers(words);
 }
 
 Option& CommandLine::flagOrWord(const std::string& names, const std::vector<std::string>& words, size_t alone,
@@ -217,6 +240,7 @@ Option& CommandLine::flagOrWord(const std::string& names, const std::vector<std:
     std::string value;
     for (const std::string& word : words) value += (value.empty() ? "[=" : "|") + word;
     Option& added = add(names, value + "]", help, take_place);
+    added.offers(words);
     added.m_option = m_app->add_flag(names + "{" + words[alone] + "}");
     added.m_option->take_last()->each([this, &added](const std::string& text) { taken(&added, text); });
     return added;
@@ -245,12 +269,20 @@ void CommandLine::table(const std::string& heading, std::vector<std::pair<std::s
     m_tables.push_back({heading, std::move(rows)});
 }
 
+std::string CommandLine::usage(const std::string& program) const {
+    std::string usage = program + " " + m_name;
+    for (const Option& option : m_options)
+        if (option.isArgument())
+            usage += option.m_required ? " " + option.m_names : " [" + option.m_names + "]";
+    return usage + " [OPTIONS]";
+}
+
 CommandLines::CommandLines(const std::string& program, const std::string& summary, const std::string& version)
     : m_program(program),
       m_summary(summary),
       m_version(version),
       m_app(std::make_unique<CLI::App>(summary, program)) {
-    m_app->set_version_flag("--version", version);
+    m_app->set_version_flag("-V,--version", version);
     m_app->require_subcommand(1);
 }
 
@@ -259,9 +291,14 @@ CommandLines::~CommandLines() = default;
 CommandLine* CommandLines::add(const std::string& name, const std::string& summary,
                                std::vector<Example> examples) {
     m_lines.emplace_back(new CommandLine(m_app->add_subcommand(name, summary), &m_lines));
+    m_lines.back()->m_name = name;
     m_lines.back()->m_summary = summary;
     m_lines.back()->m_examples = std::move(examples);
     return m_lines.back().get();
+}
+
+void CommandLines::table(const std::string& heading, std::vector<std::pair<std::string, std::string>> rows) {
+    m_tables.push_back({heading, std::move(rows)});
 }
 
 void CommandLines::note(const std::string& text) { m_note = text; }
@@ -272,8 +309,15 @@ bool CommandLines::parse(int argc, const char* const* argv, size_t* chosen) {
                                                 [](const auto& line) { return line->m_app->parsed(); }) -
                                    m_lines.begin());
     };
+    std::vector<const char*> words(argv, argv + argc);
+    if (argc > 1 && std::string(argv[1]) == kHelp) {
+        if (argc > 3) throw UsageError(std::string(argv[3]) + ": one argument too many");
+        if (argc == 3) requireCommand(argv[2]);
+        words.erase(words.begin() + 1);
+        words.push_back("--help");
+    }
     try {
-        m_app->parse(argc, argv);
+        m_app->parse(static_cast<int>(words.size()), words.data());
     } catch (const CLI::CallForHelp&) {
         const size_t asked = parsed_line();
         const size_t width = terminalWidth();
@@ -289,25 +333,33 @@ bool CommandLines::parse(int argc, const char* const* argv, size_t* chosen) {
     return true;
 }
 
+std::vector<std::string> CommandLines::commands() const {
+    std::vector<std::string> names;
+    for (const auto& line : m_lines) names.push_back(line->m_name);
+    names.emplace_back(kHelp);
+    return names;
+}
+
+void CommandLines::requireCommand(const std::string& word) const {
+    const std::vector<std::string> known = commands();
+    if (word[0] == '-' || std::find(known.begin(), known.end(), word) != known.end()) return;
+    const std::string meant = didYouMean(word, known);
+    throw UsageError(word + ": no such command" +
+                     (meant.empty() ? "; the commands are " + either(known) : meant));
+}
+
 void CommandLines::refuse(const std::string& fault) const {
-    std::vector<std::string> commands;
     std::vector<std::string> options = {"--help"};
     const CommandLine* chosen = nullptr;
-    for (const auto& line : m_lines) {
-        commands.push_back(line->m_app->get_name());
+    for (const auto& line : m_lines)
         if (line->m_app->parsed()) chosen = line.get();
-    }
     // A word that nothing takes is the mistake, whatever else is missing because of it.
     const std::vector<std::string> unknown = m_app->remaining(true);
     if (unknown.empty())
-        throw UsageError(chosen == nullptr ? "a subcommand is wanted: " + either(commands) : fault);
+        throw UsageError(chosen == nullptr ? "a subcommand is wanted: " + either(commands()) : fault);
     const std::string& word = unknown.front();
     const bool is_option = word.size() > 1 && word[0] == '-';
-    if (!is_option && chosen == nullptr) {
-        const std::string meant = didYouMean(word, commands);
-        throw UsageError(word + ": no such command" +
-                         (meant.empty() ? "; the commands are " + either(commands) : meant));
-    }
+    if (!is_option && chosen == nullptr) requireCommand(word);
     if (!is_option) throw UsageError(word + ": one argument too many");
     if (chosen == nullptr)
         options.emplace_back("--version");
@@ -323,24 +375,22 @@ std::string CommandLines::help(size_t width) const {
     for (const auto& line : m_lines)
         for (const Example& example : line->m_examples) text += listed(example, width);
     text += "\nCommands:\n";
-    for (const auto& line : m_lines) text += row(line->m_app->get_name(), line->m_summary, width, 11);
-    text += '\n' + wrapped(m_program + " COMMAND --help: a command's options and more examples.", width, 0) +
-            '\n';
+    for (const auto& line : m_lines) text += row(line->m_name, line->m_summary, width, 11);
+    text +=
+        '\n' + wrapped(m_program + " help COMMAND: a command's options and more examples.", width, 0) + '\n';
     text += wrapped(m_program + " --version: the version.", width, 0) + '\n';
+    for (const CommandLine::Table& table : m_tables) text += listed(table, width, width < 72 ? 16 : 26);
     return text + '\n' + wrapped(m_note, width, 0) + '\n';
 }
 
 std::string CommandLines::help(const CommandLine& line, size_t width) const {
     const size_t column = width < 72 ? 16 : 26;
-    std::string text =
-        wrapped(m_program + " " + line.m_app->get_name() + ": " + line.m_summary, width, 2) + "\n\n";
+    std::string text = wrapped(m_program + " " + line.m_name + ": " + line.m_summary, width, 2) + "\n\n";
     for (const Example& example : line.m_examples) text += listed(example, width);
-    std::string usage = m_program + " " + line.m_app->get_name();
     std::string arguments, options;
     for (const Option& option : line.m_options) {
         const std::string help = (option.m_required ? "required: " : "") + option.m_help;
         if (option.isArgument()) {
-            usage += option.m_required ? " " + option.m_names : " [" + option.m_names + "]";
             arguments += row(option.m_names, option.m_help, width, column);
             continue;
         }
@@ -349,12 +399,9 @@ std::string CommandLines::help(const CommandLine& line, size_t width) const {
         const bool apart = !option.m_value.empty() && option.m_value[0] != '[';
         options += row(names + (apart ? " " : "") + option.m_value, help, width, column);
     }
-    text += '\n' + wrapped(usage + " [OPTIONS]", width, 2) + "\n\n" + arguments;
+    text += '\n' + wrapped(line.usage(m_program), width, 2) + "\n\n" + arguments;
     text += (arguments.empty() ? "" : "\n") + options + row("-h, --help", "this text", width, column);
-    for (const CommandLine::Table& table : line.m_tables) {
-        text += '\n' + wrapped(table.heading, width, 2) + '\n';
-        for (const auto& [word, meaning] : table.rows) text += row(word, meaning, width, column);
-    }
+    for (const CommandLine::Table& table : line.m_tables) text += listed(table, width, column);
     return text;
 }
 

@@ -30,6 +30,10 @@ class Option {
     Option& usually(const std::string& value);  ///< its default: help says it, and a profile keeps it
     Option& excludes(const Option& other);      ///< given together they are refused
 
+    /// What completion offers: some of what may stand behind it. A word's own words are offered by
+    /// themselves.
+    Option& offers(const std::vector<std::string>& words);
+
     /// Says the same as `other` in another way: the one that the user gives puts aside what a profile says of
     /// the other. What excludes each other does so, too.
     Option& rivals(const Option& other);
@@ -54,12 +58,28 @@ class Option {
 
     bool isRepeated() const { return m_repeated; }
 
+    bool isRequired() const { return m_required; }
+
+    /// Whether a value stands behind '=', or none at all.
+    bool isFlagOrWord() const { return !m_value.empty() && m_value[0] == '['; }
+
+    /// "-o" and "--out"; "PHOTO" of an argument.
+    std::vector<std::string> allNames() const;
+
+    /// What stands for its value in the help.
+    const std::string& valueName() const { return m_value; }
+
+    const std::string& help() const { return m_help; }
+    const std::vector<std::string>& words() const { return m_words; }
+
     /// What was taken last, or what it is by default; none where it has no value then. A flag is "true".
     const std::optional<std::string>& value() const { return m_taken; }
+
     bool isExcludedBy(const Option& other) const;
 
     /// Whether one of them puts the other aside.
     bool isRivalOf(const Option& other) const;
+
     /// As if the user had given it, but for `given`. Throws UsageError.
     void take(const std::string& text);
 
@@ -73,6 +93,7 @@ class Option {
     std::string m_help;
     bool m_required = false;
     bool m_repeated = false;
+    std::vector<std::string> m_words;
     std::vector<const Option*> m_excluded;
     std::vector<const Option*> m_rivals;
     std::function<void(const std::string&)> m_take;
@@ -120,8 +141,22 @@ class CommandLine {
 
     void run(const std::function<void()>& work) const { m_around ? m_around(work) : work(); }
 
+    struct Table {
+        std::string heading;
+        std::vector<std::pair<std::string, std::string>> rows;
+    };
+
+    const std::string& name() const { return m_name; }
+    const std::string& summary() const { return m_summary; }
+    const std::vector<Example>& examples() const { return m_examples; }
+    const std::vector<Table>& tables() const { return m_tables; }
+
     /// In the order in which they were added.
     std::deque<Option>& options() { return m_options; }
+    const std::deque<Option>& options() const { return m_options; }
+
+    /// How it is called, such as "quorvane render PHOTO [DEPTH] [OPTIONS]".
+    std::string usage(const std::string& program) const;
 
     /// Of the program, this one among them.
     const std::vector<std::unique_ptr<CommandLine>>& all() const { return *m_all; }
@@ -131,10 +166,6 @@ class CommandLine {
 
   private:
     friend class CommandLines;
-    struct Table {
-        std::string heading;
-        std::vector<std::pair<std::string, std::string>> rows;
-    };
 
     CommandLine(CLI::App* app, const std::vector<std::unique_ptr<CommandLine>>* all);
     Option& add(const std::string& names, std::string value, std::string help,
@@ -146,13 +177,15 @@ class CommandLine {
     const std::vector<std::unique_ptr<CommandLine>>* m_all;
     std::function<void()> m_before_values;
     std::function<void(const std::function<void()>&)> m_around;
+    std::string m_name;
     std::string m_summary;
     std::vector<Example> m_examples;
     std::deque<Option> m_options;
     std::vector<Table> m_tables;
 };
 
-/// The command lines of a program: the first word chooses one.
+/// The command lines of a program: the first word chooses one. "help", alone or before one of the commands,
+/// prints what --help does.
 class CommandLines {
   public:
     CommandLines(const std::string& program, const std::string& summary, const std::string& version);
@@ -166,21 +199,35 @@ class CommandLines {
     /// Lines for the end of the program's help.
     void note(const std::string& text);
 
+    /// As CommandLine::table, behind the commands.
+    void table(const std::string& heading, std::vector<std::pair<std::string, std::string>> rows);
+
     /// The place of the command that was chosen, in the order of `add`; none where help or the version was
     /// asked for and has been printed. Throws UsageError.
     bool parse(int argc, const char* const* argv, size_t* chosen);
 
     const std::vector<std::unique_ptr<CommandLine>>& lines() const { return m_lines; }
 
+    /// The commands' names, and "help".
+    std::vector<std::string> commands() const;
+
+    const std::string& program() const { return m_program; }
+    const std::string& summary() const { return m_summary; }
+    const std::string& version() const { return m_version; }
+    const std::string& note() const { return m_note; }
+    const std::vector<CommandLine::Table>& tables() const { return m_tables; }
+
   private:
     std::string help(size_t width) const;
     std::string help(const CommandLine& line, size_t width) const;
+    void requireCommand(const std::string& word) const;  ///< throws UsageError for what is none
     [[noreturn]] void refuse(const std::string& fault) const;
 
     std::string m_program;
     std::string m_summary;
     std::string m_version;
     std::string m_note;
+    std::vector<CommandLine::Table> m_tables;
     std::unique_ptr<CLI::App> m_app;
     std::vector<std::unique_ptr<CommandLine>> m_lines;
 };
