@@ -1,0 +1,9 @@
+package android.opengl;
+
+public class EGLConfig {
+    final long handle;
+
+    EGLConfig(long handle) {
+        this.handle = handle;
+    }
+}
