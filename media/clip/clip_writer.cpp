@@ -133,6 +133,7 @@ class FfmpegEncoder : public ClipWriter {
             << settings.size.height << " -r " << settings.fps << " -i pipe:0 ";
         if (codec.halves_colours) words << kYuvWords << ' ';
         words << encoderWords(codec, settings.encoder) << ' ' << format.words;
+        if (settings.once) words << ' ' << format.once;
         std::istringstream split(words.str());
         std::vector<std::string> args{std::istream_iterator<std::string>(split), {}};
         // file: keeps a name with a colon from being taken for a protocol.

@@ -33,6 +33,7 @@ struct ClipSettings {
     bool force = false;         ///< write into a folder that is not empty, replacing its numbered frames
     EncoderSettings encoder{};  ///< what the format's codec has
     int standard_output = -1;   ///< what the path "-" stands for
+    bool once = false;          ///< players shall not repeat it, where the file can say so
 };
 
 /// Whether a folder's writer may take a file of this name for a frame of an earlier clip, and replace it.

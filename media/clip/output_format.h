@@ -23,15 +23,16 @@ struct OutputFormat {
     bool any_order;           ///< frames may come in any order, and from several threads at once
     std::string_view codecs;  ///< what may compress it, parted by blanks, the usual one first
     std::string_view words;   ///< what ffmpeg is told to pack it into
+    std::string_view once{};  ///< what it is told besides for a clip that players shall not repeat
 };
 
 inline constexpr OutputFormat kOutputFormats[] = {
     {"mp4", ".mp4", {}, "an .mp4", OutputKind::kClip, false, "h264 hevc av1", "-movflags +faststart -f mp4"},
     {"webm", ".webm", {}, "a .webm", OutputKind::kClip, false, "vp9 av1", "-f webm"},
     {"avif", ".avif", {}, "an .avif", OutputKind::kClip, false, "av1", "-f avif"},
-    {"webp", ".webp", {}, "a .webp", OutputKind::kClip, false, "webp", "-loop 0 -f webp"},
-    {"gif", ".gif", {}, "a .gif", OutputKind::kClip, false, "gif", "-loop 0 -f gif"},
-    {"apng", ".apng", {}, "an .apng", OutputKind::kClip, false, "apng", "-plays 0 -f apng"},
+    {"webp", ".webp", {}, "a .webp", OutputKind::kClip, false, "webp", "-loop 0 -f webp", "-loop 1"},
+    {"gif", ".gif", {}, "a .gif", OutputKind::kClip, false, "gif", "-loop 0 -f gif", "-loop -1"},
+    {"apng", ".apng", {}, "an .apng", OutputKind::kClip, false, "apng", "-plays 0 -f apng", "-plays 1"},
     {"y4m", ".y4m", {}, "a .y4m", OutputKind::kClip, false, "yuv420", {}},
     {"rgba", ".rgba", {}, "an .rgba", OutputKind::kClip, false, "rgba", {}},
     {"png", ".png", {}, "a .png", OutputKind::kStill, false, "png", {}},

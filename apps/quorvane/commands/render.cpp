@@ -155,9 +155,9 @@ Size chooseSize(const RenderOptions& options, Size photo, const media::OutputFor
 std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, const media::OutputFormat& format,
                                               Size size, int standard_output) {
     try {
-        return media::openClip(
-            options.out, format,
-            {size, options.count.fps, options.force, options.encoding.encoder, standard_output});
+        return media::openClip(options.out, format,
+                               {size, options.count.fps, options.force, options.encoding.encoder,
+                                standard_output, options.timing.motion.once});
     } catch (const FolderNotEmpty& error) {
         throw Error(error.what() + std::string("; --force replaces the numbered frames in it"));
     }

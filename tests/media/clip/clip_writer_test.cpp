@@ -360,6 +360,20 @@ TEST(ClipWriter, WebpIsAnimatedAndLoopsForever) {
     EXPECT_THAT(outputOf("webpinfo " + (folder / "a.webp") + " | grep -c 'Chunk ANMF'"), "4");
 }
 
+TEST(ClipWriter, WhatIsShownOnceSaysSo) {
+    const TemporaryFolder folder;
+    for (const char* name : {"a.gif", "a.webp", "a.apng"}) {
+        ClipSettings settings = {{32, 24}, 10};
+        settings.once = true;
+        const auto writer = openClip(folder / name, outputFormat(name), settings);
+        for (int i = 0; i < 3; ++i) writer->add(i, frame(32, 24, static_cast<uint8_t>(40 * i)));
+        writer->finish();
+    }
+    EXPECT_THAT(bytesOf(folder / "a.gif"), testing::Not(HasSubstr("NETSCAPE2.0")));
+    EXPECT_THAT(outputOf("webpinfo " + (folder / "a.webp")), HasSubstr("Loop count      : 1"));
+    EXPECT_THAT(bytesOf(folder / "a.apng"), HasSubstr(std::string("acTL\0\0\0\x03\0\0\0\1", 12)));
+}
+
 TEST(ClipWriter, StillIsTheFrame) {
     const TemporaryFolder folder;
     writeClip(folder / "a.png", 1);
