@@ -320,6 +320,10 @@ Geometry ParallaxView::geometry() const {
     geometry.block_bytes = m_block->bytes();
     geometry.pivot_distance = m_renderer.m_z_factor;
     geometry.still_depth = depthAtDistance(m_renderer.m_z_factor);
+    const LibParam& parameters = m_renderer.params;
+    geometry.x_side_turn_deg = parameters.trans_to_rotate_scale * parameters.rotate_x_boundary;
+    geometry.x_turn_deg = m_renderer.m_transX * geometry.x_side_turn_deg;
+    geometry.visible = parameters.fov_scale;
     return geometry;
 }
 

@@ -179,6 +179,9 @@ Geometry SoftwareView::geometry() const {
         static_cast<int>(blockBytes({m_photo_width, m_photo_height}, {m_grid_width, m_grid_height}));
     geometry.pivot_distance = m_parameters.rotate_z_trans;
     geometry.still_depth = depthAtDistance(m_parameters.rotate_z_trans);
+    geometry.x_side_turn_deg = m_parameters.trans_to_rotate_scale * m_parameters.rotate_x_boundary;
+    geometry.x_turn_deg = m_x * geometry.x_side_turn_deg;
+    geometry.visible = m_parameters.fov_scale;
     return geometry;
 }
 

@@ -216,7 +216,8 @@ std::unique_ptr<ClipWriter> encodeInto(PendingOutput* file, const OutputFormat& 
 
 std::unique_ptr<ClipWriter> openClip(const std::string& path, const OutputFormat& format,
                                      const ClipSettings& settings) {
-    if (format.kind == OutputKind::kPage) throw Error(path + ": a page has no frames");
+    if (format.kind > OutputKind::kFolder)
+        throw Error(path + ": " + std::string(format.name) + " has no frames");
     const Codec& codec = codecFor(format, settings.encoder);
     if (format.kind == OutputKind::kStill) return std::make_unique<StillWriter>(path, codec, settings);
     if (format.kind == OutputKind::kFolder)

@@ -61,6 +61,8 @@ inline constexpr Codec kCodecs[] = {
     // Pictures as they are, for other programs.
     {"yuv420", {}, 0, 0, 0, {}, {}, true},
     {"rgba", {}, 0, 0, 0, {}, {}, false},
+    // Of libheif, whose encoder has its own line.
+    {"heif", {}, 1, 90, 80, {}, {}, true, 16},
 };
 
 /// How pictures are to be compressed. What is not said is as usual.

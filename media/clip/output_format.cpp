@@ -66,6 +66,8 @@ const OutputFormat& outputFormat(const std::string& path, std::string_view word)
         throw Error("-: what goes to standard output is said by --format: " + listOf(words(false)));
     throw Error(path + ": write " + extensionsOf(OutputKind::kClip, " or ") + " (clips), " +
                 extensionsOf(OutputKind::kStill, " or ") + " (a still), " +
+                extensionsOf(OutputKind::kPair, " or ") + " (a stereo photo), " +
+                extensionsOf(OutputKind::kMesh, " or ") + " (a mesh), " +
                 extensionsOf(OutputKind::kPage, " or ") + " (a page to share) or a folder");
 }
 

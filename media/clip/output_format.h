@@ -9,7 +9,15 @@
 
 namespace quorvane::media {
 
-enum class OutputKind { kClip, kStill, kFolder, kPage };
+/// Those behind kFolder are not made of frames.
+enum class OutputKind {
+    kClip,
+    kStill,
+    kFolder,
+    kPage,
+    kPair,  ///< a stereo photo
+    kMesh,  ///< for other programs
+};
 
 /// What can be written. The extension of a path chooses, or the word that --format takes; messages and help
 /// texts are made from this table, so that a new format is one line here, and what compresses it a line in
@@ -37,6 +45,9 @@ inline constexpr OutputFormat kOutputFormats[] = {
     {"rgba", ".rgba", {}, "an .rgba", OutputKind::kClip, false, "rgba", {}},
     {"png", ".png", {}, "a .png", OutputKind::kStill, false, "png", {}},
     {"jpg", ".jpg", ".jpeg", "a .jpg", OutputKind::kStill, false, "jpeg", {}},
+    {"heic", ".heic", {}, "a .heic", OutputKind::kPair, false, "heif", {}},
+    {"mpo", ".mpo", {}, "an .mpo", OutputKind::kPair, false, "jpeg", {}},
+    {"glb", ".glb", {}, "a .glb", OutputKind::kMesh, false, "jpeg", {}},
     {"html", ".html", {}, "an .html", OutputKind::kPage, false, {}, {}},
     {"png", {}, {}, "a folder", OutputKind::kFolder, true, "png", {}},
     {"jpg", {}, {}, "a folder", OutputKind::kFolder, true, "jpeg", {}},

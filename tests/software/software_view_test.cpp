@@ -135,6 +135,9 @@ TEST_F(BothViews, TakeTheSameParameters) {
     EXPECT_EQ(geometry.half_height, wanted.half_height);
     EXPECT_EQ(geometry.pivot_distance, wanted.pivot_distance);
     EXPECT_EQ(geometry.still_depth, wanted.still_depth);
+    EXPECT_EQ(geometry.x_turn_deg, wanted.x_turn_deg);
+    EXPECT_GT(geometry.x_turn_deg, 6.0f) << "seen from the right";
+    EXPECT_EQ(geometry.visible, wanted.visible);
 }
 
 TEST_F(BothViews, RefuseTheSameInTheSameWords) {

@@ -13,10 +13,12 @@
 #include "apps/quorvane/commands/profile_options.h"
 #include "apps/quorvane/drawing/clip_drawing.h"
 #include "apps/quorvane/drawing/encoding_options.h"
+#include "apps/quorvane/drawing/mesh.h"
 #include "apps/quorvane/drawing/motion_timing.h"
 #include "apps/quorvane/drawing/page.h"
 #include "apps/quorvane/drawing/picture_options.h"
 #include "apps/quorvane/drawing/stereo_options.h"
+#include "apps/quorvane/drawing/stereo_photo.h"
 #include "apps/quorvane/input/depth_source.h"
 #include "apps/quorvane/terminal/numbers.h"
 #include "apps/quorvane/terminal/progress.h"
@@ -34,6 +36,9 @@ using media::OutputKind;
 
 constexpr int kNoLimit = 1 << 30;
 constexpr int kLargestFrame = 16384;  // pixels a side
+
+/// Whether it shows one moment.
+bool standsStill(OutputKind kind) { return kind == OutputKind::kStill || kind == OutputKind::kPair; }
 
 struct RenderOptions {
     InputOptions input;
@@ -124,10 +129,13 @@ void noteIdleOptions(const RenderOptions& options, OutputKind kind) {
     }
     noteGiven(options.of_pages, options, "picture",
               "a page (" + media::extensionsOf(OutputKind::kPage, " or ") + ") has texts");
-    if (!options.stereo.layout) noteGiven(options.of_stereo, options, "picture", "one view is drawn");
+    if (!options.stereo.layout && kind != OutputKind::kPair)
+        noteGiven(options.of_stereo, options, "picture", "one view is drawn");
     const bool wiggles = options.stereo.layout && options.stereo.layout->kind == StereoKind::kWiggle;
     if (wiggles) noteGiven(options.of_motion, options, "wiggle", "it goes from eye to eye");
-    if (kind != OutputKind::kStill) return;
+    if (kind == OutputKind::kMesh)
+        return noteGiven(options.of_stereo, options, "mesh", "other programs choose the view");
+    if (!standsStill(kind)) return;
     if (frameGiven(options.view)) idle.insert(idle.end(), options.of_motion.begin(), options.of_motion.end());
     noteGiven(idle, options, "still",
               "a clip (" + media::extensionsOf(OutputKind::kClip, " or ") + ") or a folder/ has frames");
@@ -148,8 +156,15 @@ Size chooseSize(const RenderOptions& options, Size photo, const media::OutputFor
                                  hasEvenSides(format));
         return joinableSize(stereo, view, hasEvenSides(format));
     }
-    const int longest = format.kind == OutputKind::kPage ? kLongestPageSide : kLongestSide;
+    const bool draws_itself = format.kind == OutputKind::kPage || format.kind == OutputKind::kMesh;
+    const int longest = draws_itself ? kLongestPageSide : kLongestSide;
     return sizeOf(options.picture, photo, longest, hasEvenSides(format));
+}
+
+/// The codec's own number.
+int qualityFor(const media::OutputFormat& format, const EncodingOptions& options) {
+    const media::Codec& codec = codecFor(format, options.encoder);
+    return ownQuality(codec, options.encoder.quality.value_or(codec.usual_quality));
 }
 
 std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, const media::OutputFormat& format,
@@ -164,14 +179,14 @@ std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, cons
 }
 
 std::vector<Position> positionsFor(const RenderOptions& options, const media::OutputFormat& format) {
-    if (format.kind == OutputKind::kStill) return {options.at};
+    if (standsStill(format.kind)) return {options.at};
     return loopAround(options.at, options.picture.motion, options.picture.amount, options.count.frames);
 }
 
 /// Where the picture is seen from: a still is framed as the motion's frames are, so that it matches them and
 /// other stills.
 std::vector<Position> pathFor(const RenderOptions& options, const media::OutputFormat& format) {
-    const bool is_still = format.kind == OutputKind::kStill;
+    const bool is_still = standsStill(format.kind);
     std::vector<Position> path = pathAround(is_still ? Position() : options.at, options.picture.motion,
                                             options.picture.amount, is_still ? 1 : options.count.frames);
     if (is_still) path.push_back(options.at);
@@ -181,7 +196,7 @@ std::vector<Position> pathFor(const RenderOptions& options, const media::OutputF
 Route routeFor(const RenderOptions& options, const media::OutputFormat& format,
                const std::optional<Stereo>& stereo) {
     const Route mono = {positionsFor(options, format), pathFor(options, format)};
-    return stereo ? stereoRoute(mono, *stereo, options.at, format.kind == OutputKind::kStill) : mono;
+    return stereo ? stereoRoute(mono, *stereo, options.at, standsStill(format.kind)) : mono;
 }
 
 /// The page that moves by itself as the motion goes while nobody moves it.
@@ -214,7 +229,7 @@ Rendered render(RenderOptions options) {
     StandardOutputTo timings(options.view.timings);
     const auto enough = [&](Size photo) {
         // A page is given all that it may show.
-        return format.kind == OutputKind::kPage
+        return format.kind == OutputKind::kPage || format.kind == OutputKind::kMesh
                    ? photo
                    : enoughPhoto(options.view, chooseSize(options, photo, format), photo,
                                  closestZoom(pathFor(options, format)));
@@ -233,16 +248,33 @@ Rendered render(RenderOptions options) {
         if (!options.talk.quiet) noteIdleOptions(options, format.kind);
         return rendered;
     }
+    if (format.kind == OutputKind::kMesh) {
+        PendingOutput output(options.out, timings.descriptor());
+        const PagePicture picture =
+            pagePicture(options.view, options.talk, size, options.picture.amount, std::move(input));
+        output.fill(media::glbFile(
+            photoMesh(picture, options.view.orientation, qualityFor(format, options.encoding))));
+        throwIfCancelled();
+        output.commit();
+        if (!options.talk.quiet) noteIdleOptions(options, format.kind);
+        return rendered;
+    }
     const Size frame_size = stereo ? joinedSize(*stereo, size) : size;
     if (frame_size.width > kLargestFrame || frame_size.height > kLargestFrame)
         throw UsageError("--stereo: views of " + textOf(size) + " make a picture of " + textOf(frame_size) +
                          ", whose sides are at most " + std::to_string(kLargestFrame) +
                          "; --size makes them smaller");
-    const std::unique_ptr<media::ClipWriter> writer = times.measure(
-        Stage::kSetUp, [&] { return openOutput(options, format, frame_size, timings.descriptor()); });
+    const bool is_pair = format.kind == OutputKind::kPair;
+    std::optional<PendingOutput> pair;
+    std::unique_ptr<media::ClipWriter> writer;
+    if (is_pair)
+        pair.emplace(options.out, timings.descriptor());
+    else
+        writer = times.measure(Stage::kSetUp,
+                               [&] { return openOutput(options, format, frame_size, timings.descriptor()); });
     View view = times.measure(Stage::kSetUp, [&] { return View(options.view, options.talk, size); });
     const Route route = routeFor(options, format, stereo);
-    const bool shows_depth = stereo && viewsAround(*stereo, {}).back().shows_depth;
+    const bool shows_depth = stereo && showsDepth(*stereo);
     {
         const PlannedInput planned = times.measure(Stage::kFit, [&] {
             const auto whole = [&] { return readPhoto(options.input, source); };
@@ -257,6 +289,14 @@ Rendered render(RenderOptions options) {
         source = {};
     }
 
+    if (is_pair) {
+        pair->fill(stereoPhoto(&view, *stereo, route.positions.front(), size, &times, format,
+                               qualityFor(format, options.encoding)));
+        throwIfCancelled();
+        pair->commit();
+        if (!options.talk.quiet) noteIdleOptions(options, format.kind);
+        return rendered;
+    }
     const int frames = static_cast<int>(route.positions.size());
     const int views = stereo ? static_cast<int>(viewsAround(*stereo, {}).size()) : 1;
     const Writers writers = planWriters(format, frames, size, view.supersample(), views);
@@ -315,6 +355,8 @@ RenderLine addRenderLine(CommandLine* line) {
     line->text("-o,--out", &options->out,
                media::extensionsOf(OutputKind::kClip, ", ") + ": a looping clip; " +
                    media::extensionsOf(OutputKind::kStill, ", ") + ": a still; " +
+                   media::extensionsOf(OutputKind::kPair, ", ") + ": a stereo photo; " +
+                   media::extensionsOf(OutputKind::kMesh, ", ") + ": a mesh for other programs; " +
                    media::extensionsOf(OutputKind::kPage, ", ") +
                    ": a page to share, which moves as it is watched; else a folder; - is standard output, "
                    "with --format")

@@ -16,6 +16,24 @@ constexpr int64_t kMostHeldBytes = int64_t{512} << 20;
 
 }  // namespace
 
+void setParallel(Position middle, const Stereo& stereo, const View& view, DrawnView* one) {
+    one->lens = view.lens();
+    one->turn_deg = view.turn() - view.turnAt(middle.x);
+    one->zoom = zoomForParallel(one->lens, view.turnAt(stereo.eyes));
+}
+
+const media::RgbaImage& finished(Size size, StageTimes* times, DrawnView* one) {
+    const media::RgbaImage* picture = &one->drawn;
+    if (picture->width > size.width) {
+        times->measure(Stage::kAverage, [&] { average(*picture, size, &one->averaged); });
+        picture = &one->averaged;
+    }
+    if (one->turn_deg == 0.0 && one->zoom == 1.0) return *picture;
+    times->measure(Stage::kAverage,
+                   [&] { makeParallel(*picture, one->lens, one->turn_deg, one->zoom, &one->parallel); });
+    return one->parallel;
+}
+
 Writers planWriters(const media::OutputFormat& format, int frames, Size size, int supersample, int views) {
     // Compressing a picture keeps one core busy for longer than drawing it keeps all.
     const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
@@ -30,14 +48,9 @@ Writers planWriters(const media::OutputFormat& format, int frames, Size size, in
 void drawFrames(const std::vector<Position>& positions, const std::optional<Stereo>& stereo, Size size,
                 Writers writers, View* view, media::ClipWriter* writer, StageTimes* times,
                 const std::function<void(int)>& drawn) {
-    const auto averaged = [&](DrawnView& one) {
-        if (one.drawn.width <= size.width) return &one.drawn;
-        times->measure(Stage::kAverage, [&] { average(one.drawn, size, &one.averaged); });
-        return &one.averaged;
-    };
     FrameQueue queue(writers.threads, writers.held_frames, [&](Frame& frame) {
         std::vector<const media::RgbaImage*> views;
-        for (DrawnView& one : frame.views) views.push_back(averaged(one));
+        for (DrawnView& one : frame.views) views.push_back(&finished(size, times, &one));
         if (stereo) times->measure(Stage::kAverage, [&] { join(*stereo, views, &frame.joined); });
         times->measure(Stage::kEncode,
                        [&] { writer->add(frame.number, stereo ? frame.joined : *views.front()); });
@@ -56,7 +69,9 @@ void drawFrames(const std::vector<Position>& positions, const std::optional<Ster
                 view->showDepth(views[i].shows_depth);
                 view->draw(views[i].position);
             });
-            times->measure(Stage::kReadBack, [&] { view->readBack(&frame.views[i].drawn); });
+            DrawnView& one = frame.views[i];
+            times->measure(Stage::kReadBack, [&] { view->readBack(&one.drawn); });
+            if (stereo && hasEyes(*stereo)) setParallel(position, *stereo, *view, &one);
         }
         queue.push(std::move(frame));
         if (number == 0) times->noteFirstFrame();

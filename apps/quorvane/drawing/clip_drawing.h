@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "apps/quorvane/drawing/frame_queue.h"
 #include "apps/quorvane/drawing/motion.h"
 #include "apps/quorvane/drawing/stage_times.h"
 #include "apps/quorvane/drawing/stereo.h"
@@ -22,6 +23,12 @@ struct Writers {
 /// As many threads as `format` and this machine have a use for, and no more frames than half a gigabyte
 /// holds. `size` is a view's, which is drawn `supersample` times as large; a frame has `views` of them.
 Writers planWriters(const media::OutputFormat& format, int frames, Size size, int supersample, int views);
+
+/// Notes how the view that was just drawn, one of those around `middle`, is made that of a parallel camera.
+void setParallel(Position middle, const Stereo& stereo, const View& view, DrawnView* one);
+
+/// What was drawn, averaged to `size` and made parallel as far as that was noted.
+const media::RgbaImage& finished(Size size, StageTimes* times, DrawnView* one);
 
 /// Draws a frame from every position in turn, with `stereo` the views around it. Meanwhile others are
 /// averaged to `size`, joined and given to `writer`, which has them all at the end, though it is not

@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "apps/quorvane/drawing/parallel_view.h"
 #include "media/picture/image.h"
 
 namespace quorvane::app {
@@ -17,6 +18,10 @@ namespace quorvane::app {
 struct DrawnView {
     media::RgbaImage drawn;
     media::RgbaImage averaged;  ///< of `drawn`, where supersampled
+    media::RgbaImage parallel;  ///< of that, where it is one of several views
+    Lens lens;
+    double turn_deg = 0.0;  ///< from the middle view
+    double zoom = 1.0;      ///< by which the turn is made undone
 };
 
 struct Frame {

@@ -19,10 +19,6 @@ using media::RgbaImage;
 constexpr int kMostTiles = 256;
 constexpr int kLargestQuilt = 4096;  // pixels a side; what displays with many views are fed
 
-bool showsDepth(StereoKind kind) {
-    return kind == StereoKind::kDepthBrightNear || kind == StereoKind::kDepthDarkNear;
-}
-
 void copyInto(const RgbaImage& view, int left, int top, RgbaImage* out) {
     for (int y = 0; y < view.height; ++y)
         std::copy_n(view.row(y), static_cast<size_t>(view.width) * 4, &out->at(left, top + y));
@@ -101,6 +97,12 @@ std::string lower(std::string text) {
 }
 
 }  // namespace
+
+bool showsDepth(const Stereo& stereo) {
+    return stereo.kind == StereoKind::kDepthBrightNear || stereo.kind == StereoKind::kDepthDarkNear;
+}
+
+bool hasEyes(const Stereo& stereo) { return stereo.kind != StereoKind::kWiggle && !showsDepth(stereo); }
 
 const std::vector<StereoKindInfo>& stereoKinds() {
     static const std::vector<StereoKindInfo> all = {
@@ -196,7 +198,7 @@ std::vector<StereoView> viewsAround(const Stereo& stereo, Position middle) {
         place.x += stereo.eyes * share;
         return {place, false};
     };
-    if (showsDepth(stereo.kind)) return {{middle, false}, {middle, true}};
+    if (showsDepth(stereo)) return {{middle, false}, {middle, true}};
     if (stereo.kind == StereoKind::kWiggle) return {{middle, false}};
     const int tiles = stereo.kind == StereoKind::kQuilt ? stereo.columns * stereo.rows : 2;
     std::vector<StereoView> views;
@@ -216,7 +218,7 @@ std::vector<Position> withShare(std::vector<Position> path, double share) {
 }
 
 std::vector<Position> eyesOn(const std::vector<Position>& path, const Stereo& stereo) {
-    if (showsDepth(stereo.kind)) return path;
+    if (showsDepth(stereo)) return path;
     // What lies between shows no more than the middle and both ends do.
     std::vector<Position> all;
     all.reserve(3 * path.size());

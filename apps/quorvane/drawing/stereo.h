@@ -39,6 +39,11 @@ struct Stereo {
     double eyes = 1.0;          ///< how far the outermost views stand from the middle, in view positions
 };
 
+/// Whether it shows the depth map next to the photo, and whether each of its pictures has the views of
+/// several eyes.
+bool showsDepth(const Stereo& stereo);
+bool hasEyes(const Stereo& stereo);
+
 /// "sbs", "quilt:8x6" and so on, of --stereo: 2 to 256 tiles of a quilt. Throws UsageError.
 Stereo parseStereo(const std::string& text);
 

@@ -13,8 +13,6 @@ namespace {
 // Full distance makes the most of one picture; in a clip it would leave the motion no way to the sides.
 constexpr double kEyesOfStills = 1.0, kEyesOfClips = 0.3;
 
-bool showsDepth(const Stereo& stereo) { return viewsAround(stereo, {}).back().shows_depth; }
-
 }  // namespace
 
 AddedStereoOptions addStereoOptions(CommandLine* line, StereoOptions* options) {
@@ -46,6 +44,8 @@ double eyesFor(const StereoOptions& options, bool still) {
 }
 
 std::optional<Stereo> stereoFor(const StereoOptions& options, const media::OutputFormat& format) {
+    if (format.kind == media::OutputKind::kPair && !options.layout)
+        return Stereo{StereoKind::kSideBySide, 1, 1, eyesFor(options, true)};
     if (!options.layout) return std::nullopt;
     Stereo stereo = *options.layout;
     const bool still = format.kind == media::OutputKind::kStill;

@@ -15,6 +15,9 @@
 namespace quorvane::app {
 namespace {
 
+/// Where the field of view is measured, object units.
+constexpr double kReferenceDistance = 32.0;
+
 void require(const Status& status) {
     if (!status) throw Error(status.message());
 }
@@ -121,6 +124,17 @@ void View::showDepth(bool depth) {
     const media::RgbImage& shown = depth ? m_depth : m_photo;
     require(m_view->setPhoto({shown.samples, shown.width, shown.height}));
     m_shows_depth = depth;
+}
+
+Lens View::lens() const {
+    const Geometry geometry = m_view->geometry();
+    const double share = static_cast<double>(geometry.visible) / kReferenceDistance;
+    return {share * static_cast<double>(geometry.half_width),
+            share * static_cast<double>(geometry.half_height)};
+}
+
+double View::turnAt(double x) const {
+    return m_swing * x * static_cast<double>(m_view->geometry().x_side_turn_deg);
 }
 
 void View::readBack(media::RgbaImage* drawn) const {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 
+#include "apps/quorvane/drawing/parallel_view.h"
 #include "apps/quorvane/drawing/planning.h"
 #include "apps/quorvane/terminal/talk.h"
 #include "media/picture/image.h"
@@ -52,6 +53,14 @@ class View {
 
     /// What was drawn last.
     media::RgbaImage picture() const;
+
+    // Of what was drawn last: what it shows to its sides, and by how many degrees it is turned about the
+    // vertical axis.
+    Lens lens() const;
+    double turn() const { return static_cast<double>(m_view->geometry().x_turn_deg); }
+
+    /// The turn at a view position, before the border dead zone holds it back.
+    double turnAt(double x) const;
 
     media::GrayImage guide() const;        ///< at grid size
     media::GrayImage shapedDepth() const;  ///< at grid size

@@ -47,7 +47,8 @@ TEST(OutputFormat, RefusesAnotherExtensionWithWhatWouldDo) {
         EXPECT_THAT(said, testing::HasSubstr(std::string(format.extension)));
     EXPECT_THAT(said, testing::StartsWith("a.avi: write .mp4, "));
     EXPECT_THAT(said,
-                testing::EndsWith(" (clips), .png or .jpg (a still), .html (a page to share) or a folder"));
+                testing::EndsWith(" (clips), .png or .jpg (a still), .heic or .mpo (a stereo photo), .glb (a "
+                                  "mesh), .html (a page to share) or a folder"));
 }
 
 TEST(OutputFormat, IsTheWordWhereTheExtensionSaysNothing) {

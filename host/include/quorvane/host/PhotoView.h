@@ -21,6 +21,9 @@ struct Geometry {
     /// The shaped depth, on the scale 0..255, that stays in place while the view swings; nearer depths move
     /// one way and farther ones the other. Below 0 when the pivot lies behind everything.
     float still_depth;
+    float x_turn_deg;  ///< about the vertical axis, of the next picture; above 0 it is seen from the right
+    float x_side_turn_deg;  ///< the same from view position 1
+    float visible;          ///< `fov_scale`: the part of each half extent that is seen
 };
 
 /// Leaves the number of samples a pixel to the view: 4, or as many as a graphics driver has; 1 where one
