@@ -15,6 +15,7 @@ std::atomic<bool> g_cancelled{false};
 std::atomic<bool> g_at_once{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler cannot wait");
 int g_descriptor = -1;
+int g_exit_code = 1;
 // What a signal during such work is answered with.
 constexpr char kLastWords[] = "quorvane: interrupted\n";
 
@@ -22,12 +23,13 @@ void onSignal(int) {
     g_cancelled = true;
     if (!g_at_once) return;
     [[maybe_unused]] const ssize_t written = write(g_descriptor, kLastWords, sizeof kLastWords - 1);
-    _exit(1);
+    _exit(g_exit_code);
 }
 
 }  // namespace
 
-void catchSignals() {
+void catchSignals(int exit_code) {
+    g_exit_code = exit_code;
     struct sigaction action = {};
     action.sa_handler = onSignal;
     sigemptyset(&action.sa_mask);

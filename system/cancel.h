@@ -5,8 +5,8 @@ namespace quorvane {
 
 /// From now on the signals that end a process (SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM, SIGXCPU and their
 /// like) ask for an orderly end instead, where they would have killed this one. A broken pipe or a file that
-/// may not grow fails the write instead of killing.
-void catchSignals();
+/// may not grow fails the write instead of killing. `exit_code` is EndingAtOnce's.
+void catchSignals(int exit_code = 1);
 
 bool cancelled() noexcept;
 
@@ -14,8 +14,9 @@ bool cancelled() noexcept;
 void throwIfCancelled();
 
 /// While it lives, such a signal writes "quorvane: interrupted" to the file `descriptor` and ends the process
-/// with exit code 1 at once: for work that nothing can stop halfway, that has nothing to tidy up, and that
-/// may take long. One at a time; its constructor throws Cancelled once a signal has asked for the end.
+/// with the exit code of catchSignals at once: for work that nothing can stop halfway, that has nothing to
+/// tidy up, and that may take long. One at a time; its constructor throws Cancelled once a signal has asked
+/// for the end.
 class EndingAtOnce {
   public:
     explicit EndingAtOnce(int descriptor);

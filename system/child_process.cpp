@@ -77,6 +77,8 @@ class Attributes {
 
 int ExitStatus::signal() const noexcept { return WIFSIGNALED(m_status) ? WTERMSIG(m_status) : 0; }
 
+int ExitStatus::code() const noexcept { return WIFEXITED(m_status) ? WEXITSTATUS(m_status) : -1; }
+
 std::string ExitStatus::words() const {
     if (WIFSIGNALED(m_status)) {
         const int signal = WTERMSIG(m_status);
@@ -102,6 +104,10 @@ ChildProcess::ChildProcess(const std::vector<std::string>& words, const ChildFil
 }
 
 ChildProcess::~ChildProcess() { kill(); }
+
+void ChildProcess::terminate() noexcept {
+    if (!m_status) ::kill(m_process, SIGTERM);
+}
 
 void ChildProcess::kill() noexcept {
     if (m_status) return;
@@ -143,7 +149,7 @@ void ChildProcess::limitMemory(uint64_t bytes) noexcept {
 Connection connection() {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
-        throw Error(std::string("no socket can be made: ") + std::strerror(errno));
+        throwFor("no socket can be made", errno);
     return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
@@ -185,7 +191,7 @@ bool receiveAll(const Descriptor& socket, void* bytes, size_t size,
 
 Descriptor memoryFile() {
     Descriptor file(memfd_create("quorvane", MFD_CLOEXEC));
-    if (!file) throw Error(std::string("no file in memory can be made: ") + std::strerror(errno));
+    if (!file) throwFor("no file in memory can be made", errno);
     return file;
 }
 

@@ -26,6 +26,9 @@ class ExitStatus {
     /// The signal that ended it; 0 where it ended by itself.
     int signal() const noexcept;
 
+    /// Its exit code; -1 where a signal ended it.
+    int code() const noexcept;
+
     /// "ended with exit code 3" or "was ended by signal 9 (Killed)".
     std::string words() const;
 
@@ -40,6 +43,7 @@ class StartError : public Error {
     StartError(const std::string& program, int reason);
 
     bool notFound() const noexcept;
+    int reason() const noexcept { return m_reason; }
 
   private:
     int m_reason;
@@ -72,6 +76,9 @@ class ChildProcess {
 
     /// Waits for its end. Throws Cancelled after a signal; it runs on then.
     ExitStatus wait();
+
+    /// Asks it alone to end, by SIGTERM.
+    void terminate() noexcept;
 
     /// Kills its group and waits for it. What has ended already stays as it was.
     void kill() noexcept;

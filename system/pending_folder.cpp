@@ -3,7 +3,6 @@
 #include <fcntl.h>
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <set>
 #include <system_error>
@@ -35,9 +34,9 @@ PendingFolder::PendingFolder(const std::string& path, bool into_others)
     m_was_there = fs::is_directory(m_place, failed);
     std::string pending;
     do {
-        pending = temporaryBeside(m_was_there ? m_place + "/files" : m_place);
+        pending = temporaryBeside(m_was_there ? m_place + "/" + kStem : m_place);
     } while (!fs::create_directory(pending, failed) && !failed);
-    if (failed) throw Error(path + ": cannot be written (" + failed.message() + ")");
+    if (failed) throwFor(path + ": cannot be written", failed.value());
     m_pending = pending;
 }
 
@@ -51,7 +50,7 @@ void PendingFolder::add(const std::string& name,
     const std::string shown = m_path + "/" + name;
     const Descriptor file(
         open((m_pending + "/" + name).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    const auto fail = [&] { throw Error(shown + ": cannot be written (" + std::strerror(errno) + ")"); };
+    const auto fail = [&] { throwFor(shown + ": cannot be written", errno); };
     if (!file) fail();
     write(file.number(), shown);
     if (!reachesDisk(file.number())) fail();
@@ -73,7 +72,7 @@ void PendingFolder::commit(const std::function<bool(const std::string& name)>& i
             fs::rename(m_pending, m_place);
         }
     } catch (const fs::filesystem_error& failed) {
-        throw Error(m_path + ": cannot be written (" + failed.code().message() + ")");
+        throwFor(m_path + ": cannot be written", failed.code().value());
     }
     m_pending.clear();
 }

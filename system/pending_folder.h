@@ -19,6 +19,10 @@ class FolderNotEmpty : public Error {
 /// leaves nothing behind. Where `path` is a symbolic link, the folder is where the link leads.
 class PendingFolder {
   public:
+    /// The files wait in a folder that is hidden in the one to be filled, with temporaryBeside's name of
+    /// this.
+    static constexpr const char* kStem = "files";
+
     /// Throws Error where the folder cannot be written or is a file, and, unless `into_others`,
     /// FolderNotEmpty where it holds something.
     PendingFolder(const std::string& path, bool into_others);

@@ -10,7 +10,6 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -53,6 +52,25 @@ std::string temporaryBeside(const std::string& path) {
         .string();
 }
 
+std::string nameOfLeftover(const std::string& name) {
+    const size_t extension = name.rfind('.');
+    const size_t numbers =
+        extension == std::string::npos || extension == 0 ? std::string::npos : name.rfind('.', extension - 1);
+    // A path without extension has its numbers last.
+    const auto parted = [&name](size_t at, size_t end) -> std::string {
+        const std::string text = name.substr(at + 1, end - at - 1);
+        const size_t dash = text.find('-');
+        const bool numbered = dash != std::string::npos && dash > 0 && dash + 1 < text.size() &&
+                              text.find_first_not_of("0123456789-") == std::string::npos &&
+                              text.find('-', dash + 1) == std::string::npos;
+        return numbered && at > 1 && name[0] == '.' ? name.substr(1, at - 1) + name.substr(end) : "";
+    };
+    if (extension == std::string::npos) return "";
+    std::string found = parted(extension, name.size());
+    if (found.empty() && numbers != std::string::npos) found = parted(numbers, extension);
+    return found;
+}
+
 bool reachesDisk(int descriptor) noexcept {
     // EINVAL: a file system without a disk behind it.
     return fsync(descriptor) == 0 || errno == EINVAL;
@@ -73,7 +91,7 @@ void writeAll(int descriptor, std::string_view bytes, const std::string& name) {
         const ssize_t written =
             write(descriptor, bytes.data(), may_wait ? std::min(bytes.size(), kMostAtOnce) : bytes.size());
         if (written < 0 && (errno == EINTR || errno == EAGAIN)) continue;
-        if (written < 0) throw Error(name + ": cannot be written (" + std::strerror(errno) + ")");
+        if (written < 0) throwFor(name + ": cannot be written", errno);
         bytes.remove_prefix(static_cast<size_t>(written));
     }
 }
@@ -121,7 +139,7 @@ void PendingOutput::openNamed(mode_t mode) {
         // Never through what somebody else has put there, nor into another run's file.
         m_file = Descriptor(open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
     } while (!m_file && errno == EEXIST);
-    if (!m_file) throw Error(m_path + ": cannot be written (" + std::strerror(errno) + ")");
+    if (!m_file) throwFor(m_path + ": cannot be written", errno);
     m_named = true;
 }
 
@@ -136,7 +154,7 @@ void PendingOutput::copyToStream() {
     std::vector<char> chunk(size_t{1} << 16);
     off_t at = 0;
     while (const ssize_t got = pread(m_file.number(), chunk.data(), chunk.size(), at)) {
-        if (got < 0) throw Error(m_path + ": cannot be written (" + std::strerror(errno) + ")");
+        if (got < 0) throwFor(m_path + ": cannot be written", errno);
         writeAll(m_stream, {chunk.data(), static_cast<size_t>(got)}, m_path);
         at += got;
     }
@@ -148,8 +166,7 @@ void PendingOutput::commit() {
     const bool replaces = stat(m_place.c_str(), &old) == 0;
     // A file system that knows no modes refuses; there is nothing to keep then.
     fchmod(m_file.number(), replaces ? old.st_mode & 0777 : m_mode);
-    if (!reachesDisk(m_file.number()) || !moveToPlace())
-        throw Error(m_path + ": cannot be written (" + std::strerror(errno) + ")");
+    if (!reachesDisk(m_file.number()) || !moveToPlace()) throwFor(m_path + ": cannot be written", errno);
     m_named = false;
 }
 

@@ -74,6 +74,11 @@ std::string placeOf(std::string path);
 /// Throws Error, under the name `path`, unless the folder that `place` lies in exists.
 void requireFolderFor(const std::string& place, const std::string& path);
 
+/// The file that a hidden one of this name was to become where a killed process has left it behind: "a.mp4"
+/// for
+/// ".a.123-1.mp4", as temporaryBeside makes them. Empty for all other names.
+std::string nameOfLeftover(const std::string& name);
+
 /// A path beside `path`, hidden and of the same extension, another one on every call. Something may stand
 /// there already.
 std::string temporaryBeside(const std::string& path);

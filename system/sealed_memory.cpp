@@ -21,7 +21,9 @@ namespace {
 
 constexpr int kSeals = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
 
-Error noMemory() { return Error(std::string("no memory to hand over: ") + std::strerror(errno)); }
+TemporaryError noMemory() {
+    return TemporaryError(std::string("no memory to hand over: ") + std::strerror(errno));
+}
 
 /// A message of one byte that carries one descriptor.
 struct Message {

@@ -17,7 +17,7 @@ void requireArrived(const std::string& name) {
     errno = 0;
     const bool lost = std::fflush(stdout) != 0 || std::ferror(stdout) != 0;
     std::clearerr(stdout);
-    if (lost) throw Error(name + ": cannot be written (" + std::strerror(errno != 0 ? errno : EIO) + ")");
+    if (lost) throwFor(name + ": cannot be written", errno != 0 ? errno : EIO);
 }
 
 /// Puts `file` in the place of a standard stream and returns where that stream is now.
@@ -54,7 +54,7 @@ StandardOutputTo::StandardOutputTo(const std::string& path)
     if (!stream) m_pending.emplace(m_path);
     const int file = stream ? open(m_path.c_str(), O_WRONLY | O_CLOEXEC)
                             : fcntl(m_pending->descriptor(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    if (file < 0) throw Error(m_path + ": cannot be written (" + std::strerror(errno) + ")");
+    if (file < 0) throwFor(m_path + ": cannot be written", errno);
     std::fflush(stdout);
     m_saved = divert(STDOUT_FILENO, file);
 }

@@ -141,7 +141,7 @@ class FfmpegEncoder : public ClipWriter {
         return args;
     }
 
-    [[noreturn]] void fail() { throw Error(m_file.path() + ": " + m_ffmpeg.failure()); }
+    [[noreturn]] void fail() { m_ffmpeg.fail(m_file.path()); }
 
     PendingOutput& m_file;
     Ffmpeg m_ffmpeg;

@@ -4,9 +4,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstring>
+#include <iterator>
 #include <utility>
 
 #include "media/clip/output_format.h"
+#include "system/cores.h"
 #include "system/error.h"
 
 namespace quorvane::media {
@@ -22,12 +26,26 @@ std::unique_ptr<ChildProcess> start(const std::vector<std::string>& words, const
     }
 }
 
+/// Whether what ffmpeg said last is one of the system's reasons that pass.
+bool lacksSomething(const std::string& said) {
+    constexpr int kReasons[] = {ENOSPC, EDQUOT, ENOMEM, EAGAIN, EIO};
+    return std::any_of(std::begin(kReasons), std::end(kReasons),
+                       [&said](int reason) { return said.find(std::strerror(reason)) != std::string::npos; });
+}
+
+/// With the threads that this process may use, where it may not use all.
+std::vector<std::string> withinCores(std::vector<std::string> words) {
+    // Before the output, which is last.
+    if (coresAreLimited()) words.insert(words.end() - 1, {"-threads", std::to_string(usableCores())});
+    return words;
+}
+
 }  // namespace
 
 Ffmpeg::Ffmpeg(const std::vector<std::string>& words, int kept) : m_errors(memoryFile()) {
     Connection input = connection();
     m_input = std::move(input.here);
-    m_process = start(words, {input.there.number(), -1, m_errors.number(), {kept}});
+    m_process = start(withinCores(words), {input.there.number(), -1, m_errors.number(), {kept}});
 }
 
 bool Ffmpeg::write(const void* bytes, size_t size) { return sendAll(m_input, bytes, size); }
@@ -37,13 +55,16 @@ bool Ffmpeg::finish() {
     return m_process->wait().succeeded();
 }
 
-std::string Ffmpeg::failure() {
+void Ffmpeg::fail(const std::string& path) {
     // It may still be writing down why it stopped reading.
     m_input.close();
     const ExitStatus status = m_process->wait();
     const std::string said = complaint();
-    if (!said.empty()) return "ffmpeg failed (" + said + ")";
-    return status.succeeded() ? "ffmpeg stopped before the last frame" : "ffmpeg " + status.words();
+    std::string why = "ffmpeg failed (" + said + ")";
+    if (said.empty())
+        why = status.succeeded() ? "ffmpeg stopped before the last frame" : "ffmpeg " + status.words();
+    if (status.signal() != 0 || lacksSomething(said)) throw TemporaryError(path + ": " + why);
+    throw Error(path + ": " + why);
 }
 
 std::string Ffmpeg::complaint() const {

@@ -23,9 +23,10 @@ class Ffmpeg {
     /// Ends the input and waits. True when ffmpeg succeeded. Throws Cancelled after a signal.
     bool finish();
 
-    /// Why it failed, for a message, such as "ffmpeg failed (disk is full)". Waits for its end. Throws
+    /// Throws Error with why it failed to write `path`, such as "a.mp4: ffmpeg failed (disk is full)"; it is
+    /// a TemporaryError where ffmpeg was killed or the machine lacked something. Waits for its end. Throws
     /// Cancelled after a signal.
-    std::string failure();
+    [[noreturn]] void fail(const std::string& path);
 
   private:
     /// The last line that ffmpeg printed, or nothing.

@@ -322,9 +322,9 @@ void savePicture(const Picture& image, int descriptor, const std::string& name, 
     try {
         save(toVips(image), target.get());
     } catch (const vips::VError&) {
-        std::string reason = vipsReason(std::to_string(image.width) + " x " + std::to_string(image.height) +
-                                        " pixels as " + format);
-        if (target.failure() != 0) reason = std::strerror(target.failure());
+        const std::string reason = vipsReason(std::to_string(image.width) + " x " +
+                                              std::to_string(image.height) + " pixels as " + format);
+        if (target.failure() != 0) throwFor(name + ": cannot be written", target.failure());
         throw Error(name + ": cannot be written (" + reason + ")");
     }
 }
@@ -359,7 +359,9 @@ std::string readPictureFile(const std::string& path, const std::string& name) {
     const auto fail = [&name] {
         // A signal ends a wait for a pipe's other end.
         throwIfCancelled();
-        throw Error(name + ": " + std::strerror(errno));
+        const std::string text = name + ": " + std::strerror(errno);
+        if (isTemporary(errno)) throw TemporaryError(text);
+        throw Error(text);
     };
     const auto too_large = [&name] {
         return Error(name + ": the file is too large; at most " + std::to_string(kMostBytes / 1000000) +

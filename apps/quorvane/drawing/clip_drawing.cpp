@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <thread>
 #include <utility>
 
 #include "apps/quorvane/drawing/average.h"
 #include "apps/quorvane/drawing/frame_queue.h"
 #include "system/cancel.h"
+#include "system/cores.h"
 
 namespace quorvane::app {
 namespace {
@@ -36,7 +36,7 @@ const media::RgbaImage& finished(Size size, StageTimes* times, DrawnView* one) {
 
 Writers planWriters(const media::OutputFormat& format, int frames, Size size, int supersample, int views) {
     // Compressing a picture keeps one core busy for longer than drawing it keeps all.
-    const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+    const int cores = usableCores();
     const int threads = format.any_order ? std::min(cores, frames) : 1;
     // One more waits when a writer is done with its last, and one is filled meanwhile.
     const int copies = supersample * supersample + 1 + (views > 1 ? 1 : 0);

@@ -15,7 +15,7 @@ FrameQueue::FrameQueue(int threads, int frames, std::function<void(Frame&)> writ
         for (int i = 0; i < threads; ++i) m_threads.emplace_back(&FrameQueue::work, this);
     } catch (const std::system_error& failed) {
         // Fewer will do.
-        if (m_threads.empty()) throw Error("no thread can be started (" + failed.code().message() + ")");
+        if (m_threads.empty()) throwFor("no thread can be started", failed.code().value());
     }
 }
 

@@ -8,6 +8,7 @@
 
 #include "quorvane/host/ParallaxView.h"
 #include "software/SoftwareView.h"
+#include "system/cores.h"
 #include "system/error.h"
 
 namespace quorvane::app {
@@ -58,7 +59,8 @@ Status createView(const OffscreenContext* context, Size picture, int orientation
         // samples do.
         if (samples == kAutoSamples) samples = 1;
         std::unique_ptr<SoftwareView> made;
-        Status status = SoftwareView::create(picture.width, picture.height, {code, samples, 0}, &made);
+        Status status =
+            SoftwareView::create(picture.width, picture.height, {code, samples, usableCores()}, &made);
         *view = std::move(made);
         return status;
     }

@@ -33,8 +33,7 @@ class PrivateFolder {
         std::error_code failed;
         const fs::path place = fs::temp_directory_path(failed);
         m_path = ((failed ? fs::path(P_tmpdir) : place) / "quorvane-XXXXXX").string();
-        if (mkdtemp(m_path.data()) == nullptr)
-            throw Error(std::string("no temporary folder can be made: ") + std::strerror(errno));
+        if (mkdtemp(m_path.data()) == nullptr) throwFor("no temporary folder can be made", errno);
     }
     ~PrivateFolder() {
         std::error_code ignored;
