@@ -1,13 +1,11 @@
 #include <cstdio>
 #include <cstring>
-#include <new>
 
+#include "apps/quorvane/batch/batch_worker.h"
+#include "apps/quorvane/commands/failure.h"
 #include "apps/quorvane/commands/program.h"
-#include "apps/quorvane/input/depth_source.h"
 #include "apps/quorvane/terminal/text.h"
-#include "apps/quorvane/terminal/usage_error.h"
 #include "media/decoder/decoder.h"
-#include "system/error.h"
 #include "system/standard_streams.h"
 
 namespace {
@@ -25,20 +23,15 @@ int main(int argc, char** argv) {
         return quorvane::media::serveDecoding();
     quorvane::fillStandardStreams();
     quorvane::media::decodeInWorker("/proc/self/exe");
+    if (argc == 3 && std::strcmp(argv[1], kBatchWorker) == 0) return serveBatch(argv[2]);
     try {
         Program().run(argc, argv);
         quorvane::requireStandardOutput();
         return 0;
-    } catch (const UsageError& error) {
-        complain(std::string(error.what()) + " (quorvane --help shows examples)");
-        return 2;
-    } catch (const NoDepth& error) {
-        complain(error.what());
-        for (const std::string& way : error.ways()) std::fprintf(stderr, "  %s\n", way.c_str());
-    } catch (const std::bad_alloc&) {
-        complain("out of memory");
-    } catch (const std::exception& error) {
-        complain(error.what());
+    } catch (const std::exception&) {
+        const Failure failure = failureOf(std::current_exception());
+        complain(failure.text + (failure.code == kWrongUsage ? " (quorvane --help shows examples)" : ""));
+        for (const std::string& way : failure.ways) std::fprintf(stderr, "  %s\n", way.c_str());
+        return wantsSysexits(argc, argv) ? failure.sysexit : failure.code;
     }
-    return 1;
 }

@@ -23,6 +23,7 @@ struct Command {
     bool tidies_up = true;
 };
 
+Command batchCommand();
 Command extractCommand();
 Command infoCommand();
 Command inspectCommand();

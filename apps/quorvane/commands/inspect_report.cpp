@@ -10,6 +10,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+}  // namespace
+
 const char* wordFor(DepthOrigin origin) {
     switch (origin) {
         case DepthOrigin::kInside: return "inside";
@@ -23,6 +25,8 @@ const char* wordFor(DepthOrigin origin) {
     }
     return "none";
 }
+
+namespace {
 
 const char* wordFor(media::ImageRole role) {
     switch (role) {
@@ -166,12 +170,7 @@ Json depthJson(const Report& report) {
                         {"confidence", depth.polarity.confidence},
                         {"inverted", depth.polarity.inverted},
                         {"doubtful", depth.polarity.doubtful}};
-    json["findings"] = Json::array();
-    for (const media::Finding& finding : depth.findings)
-        json["findings"].push_back({{"ailment", wordFor(finding.kind)},
-                                    {"confidence", finding.confidence},
-                                    {"corrected", finding.corrected},
-                                    {"text", textOf(finding)}});
+    json["findings"] = findingsJson(depth.findings);
     return json;
 }
 
@@ -194,6 +193,16 @@ Json planJson(const DepthReport& depth) {
 }
 
 }  // namespace
+
+Json findingsJson(const std::vector<media::Finding>& findings) {
+    Json list = Json::array();
+    for (const media::Finding& finding : findings)
+        list.push_back({{"ailment", wordFor(finding.kind)},
+                        {"confidence", finding.confidence},
+                        {"corrected", finding.corrected},
+                        {"text", textOf(finding)}});
+    return list;
+}
 
 std::string reportText(const Report& report) {
     const media::Contents& contents = report.contents;

@@ -1,6 +1,7 @@
 #ifndef QUORVANE_APPS_COMMANDS_INSPECT_REPORT_H
 #define QUORVANE_APPS_COMMANDS_INSPECT_REPORT_H
 
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <vector>
@@ -41,6 +42,12 @@ struct Report {
 
 /// Drivers differ in the largest texture that they take; the plan of a report is one for this.
 constexpr int kReportedTexture = 16384;
+
+/// Where the depth came from, in one or two words.
+const char* wordFor(DepthOrigin origin);
+
+/// What the doctor found, as a list of objects.
+nlohmann::ordered_json findingsJson(const std::vector<media::Finding>& findings);
 
 std::string reportText(const Report& report);
 std::string reportJson(const Report& report);

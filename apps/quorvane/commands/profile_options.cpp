@@ -129,6 +129,12 @@ const std::vector<std::string>& notOfPictures() {
         "--timings",
         kFrom,
         kTo,
+        // Of many photos.
+        "--null",
+        "--jobs",
+        "--resume",
+        "--fail-fast",
+        "--shard",
         // What is said, on the terminal and about the photo.
         "--verbose",
         "--quiet",
@@ -136,6 +142,7 @@ const std::vector<std::string>& notOfPictures() {
         "--json",
         "--alt",
         "--title",
+        "--exit-codes",
     };
     return names;
 }

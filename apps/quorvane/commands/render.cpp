@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -24,6 +25,7 @@
 #include "apps/quorvane/terminal/progress.h"
 #include "apps/quorvane/terminal/usage_error.h"
 #include "media/clip/share_page.h"
+#include "media/decoder/decoder.h"
 #include "system/cancel.h"
 #include "system/error.h"
 #include "system/pending_output.h"
@@ -237,7 +239,7 @@ Rendered render(RenderOptions options) {
     Input input =
         times.measure(Stage::kDecode, [&] { return readInput(options.input, options.talk, source, enough); });
     throwIfCancelled();
-    Rendered rendered = {source.origin, source.depth, input.findings, input.remarks};
+    Rendered rendered = {source.origin, source.depth, input.findings};
 
     const Size size = chooseSize(options, input.photo_size, format);
     if (format.kind == OutputKind::kPage) {
@@ -317,6 +319,31 @@ Rendered render(RenderOptions options) {
     return rendered;
 }
 
+/// The photo's own; square where it cannot be read, of which more is said when it is rendered.
+Size sizeInFile(const std::string& photo) {
+    try {
+        const media::PictureHeader header =
+            media::decoder::readPictureHeader(media::readPictureFile(photo), photo);
+        return {header.width, header.height};
+    } catch (const Error&) {
+        return {1, 1};
+    }
+}
+
+OutputEnding endingOf(const RenderOptions& options) {
+    OutputEnding ending;
+    const media::OutputFormat* format = std::begin(media::kOutputFormats);
+    for (const media::OutputFormat& known : media::kOutputFormats)
+        if (known.word == options.encoding.format && !known.extension.empty()) format = &known;
+    ending.extension = format->extension;
+    if (options.stereo.layout) {
+        const bool has_aspect = options.stereo.layout->kind == StereoKind::kQuilt;
+        const Size photo = has_aspect ? sizeInFile(options.input.photo) : Size{1, 1};
+        ending.suffix = stereoSuffix(*options.stereo.layout, chooseSize(options, photo, *format));
+    }
+    return ending;
+}
+
 void addMotionOptions(CommandLine* line, RenderOptions* options) {
     addClipTiming(line, &options->timing);
     const AddedPictureOptions added = addPictureOptions(line, "1920, in a page 2048", &options->picture);
@@ -374,7 +401,7 @@ RenderLine addRenderLine(CommandLine* line) {
                 RenderOptions asked = *options;
                 check(&asked);
             },
-            [options] { return render(*options); }};
+            [options] { return render(*options); }, [options] { return endingOf(*options); }};
 }
 
 std::shared_ptr<void> addRenderOptions(CommandLine* line) {

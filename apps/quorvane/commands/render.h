@@ -16,13 +16,19 @@ struct Rendered {
     DepthOrigin origin = DepthOrigin::kNone;
     std::string depth_file;  ///< of kGiven, kNeighbour and kModel
     std::vector<media::Finding> findings;
-    std::vector<std::string> remarks;  ///< on what was inside and could not be used as it should be
+};
+
+/// What the name of an output ends in where nobody has given it one.
+struct OutputEnding {
+    std::string suffix;     ///< by which players know its views, such as "_SBS"
+    std::string extension;  ///< ".mp4" unless the options say what is to be written
 };
 
 /// The command `render`, once its line has been parsed.
 struct RenderLine {
     std::function<void()> check;       ///< throws UsageError for what can be refused before a file is read
     std::function<Rendered()> render;  ///< throws Error, Cancelled or UsageError
+    std::function<OutputEnding()> ending;  ///< reads the photo's header where the suffix has the aspect in it
 };
 
 /// Adds all that `render` takes.

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <filesystem>
 #include <iterator>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -13,6 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr const char* kEndings[] = {"_depth", "-depth"};
 constexpr const char* kExtensions[] = {".png", ".tif", ".tiff", ".webp", ".heic", ".avif", ".jpg", ".jpeg"};
 
 /// Where the extension stands in the order, std::size(kExtensions) for one of no picture.
@@ -49,7 +51,7 @@ std::string findNeighbour(const std::string& photo) {
     const fs::path folder = path.parent_path();
     const std::string name = path.stem().string();
     for (const auto& [place, stem] :
-         {std::pair{folder, name + "_depth"}, {folder, name + "-depth"}, {folder / "depth", name}}) {
+         {std::pair{folder, name + kEndings[0]}, {folder, name + kEndings[1]}, {folder / "depth", name}}) {
         const fs::path found = pictureCalled(stem, place, path);
         if (!found.empty()) return found.string();
     }
@@ -58,7 +60,23 @@ std::string findNeighbour(const std::string& photo) {
 
 std::string neighbourNames(const std::string& photo) {
     const std::string name = fs::path(photo).stem().string();
-    return name + "_depth.*, " + name + "-depth.*, depth/" + name + ".*";
+    return name + kEndings[0] + ".*, " + name + kEndings[1] + ".*, depth/" + name + ".*";
+}
+
+std::vector<std::string> withoutNeighbours(std::vector<std::string> pictures) {
+    std::set<std::string> names;
+    for (const std::string& picture : pictures) names.insert(fs::path(picture).stem().string());
+    const auto is_called_after_one = [&names](const std::string& picture) {
+        const std::string name = fs::path(picture).stem().string();
+        return rankOf(fs::path(picture).extension().string()) < std::size(kExtensions) &&
+               std::any_of(std::begin(kEndings), std::end(kEndings), [&](const std::string& ending) {
+                   return name.size() > ending.size() &&
+                          name.compare(name.size() - ending.size(), ending.size(), ending) == 0 &&
+                          names.count(name.substr(0, name.size() - ending.size())) > 0;
+               });
+    };
+    pictures.erase(std::remove_if(pictures.begin(), pictures.end(), is_called_after_one), pictures.end());
+    return pictures;
 }
 
 }  // namespace quorvane::app

@@ -2,6 +2,7 @@
 #define QUORVANE_APPS_INPUT_NEIGHBOUR_H
 
 #include <string>
+#include <vector>
 
 namespace quorvane::app {
 
@@ -13,6 +14,10 @@ std::string findNeighbour(const std::string& photo);
 
 /// Where findNeighbour looks, for a message: "NAME_depth.*, NAME-depth.*, depth/NAME.*".
 std::string neighbourNames(const std::string& photo);
+
+/// `pictures` of one folder without those that are called NAME_depth.* or NAME-depth.* after another one of
+/// them.
+std::vector<std::string> withoutNeighbours(std::vector<std::string> pictures);
 
 }  // namespace quorvane::app
 

@@ -151,11 +151,25 @@ bool Option::given() const { return m_option->count() > 0; }
 
 std::string Option::givenText() const { return given() ? m_option->results().back() : ""; }
 
+std::vector<std::string> Option::words() const {
+    if (!given()) return {};
+    if (m_value.empty()) return {name()};
+    std::vector<std::string> words;
+    for (const std::string& value : m_option->results()) addOption(name(), value, &words);
+    return words;
+}
+
 std::string Option::name() const { return longName(m_names); }
 
 bool Option::isFile() const {
     const auto is_called = [this](const char* name) { return m_value.rfind(name, 0) == 0; };
     return isArgument() || is_called("FILE") || is_called("PATH") || is_called("FOLDER");
+}
+
+void addOption(const std::string& name, const std::string& value, std::vector<std::string>* words) {
+    // Behind '=' nothing is taken for another option; but an empty value there is none.
+    words->push_back(value.empty() ? name : name + "=" + value);
+    if (value.empty()) words->push_back(value);
 }
 
 void Option::take(const std::string& text) {
@@ -196,7 +210,8 @@ Option& CommandLine::repeated(const std::string& names, const std::function<void
         for (const std::string& text : texts) taken(&added, text);
     };
     added.m_option = m_app->add_option_function<std::vector<std::string>>(names, take_each);
-    added.m_option->allow_extra_args(false)->take_all();
+    // An option has one value each time; arguments follow one another.
+    added.m_option->allow_extra_args(added.isArgument())->take_all();
     added.m_repeated = true;
     return added;
 }

@@ -44,6 +44,9 @@ class Option {
     /// What the user gave, where it was given.
     std::string givenText() const;
 
+    /// The words of a command line that give it once more as it was given; none where it was not.
+    std::vector<std::string> words() const;
+
     /// What messages call it, such as "--size".
     std::string name() const;
 
@@ -100,6 +103,9 @@ class Option {
     std::optional<std::string> m_taken;
 };
 
+/// Adds the words that give the option `name`, such as "--size", a value.
+void addOption(const std::string& name, const std::string& value, std::vector<std::string>* words);
+
 /// The options and arguments of one command. Names are "--size", "-o,--out", or "PHOTO" for an argument. What
 /// the user gives is in its place when the command runs; until then the places hold the defaults, which the
 /// help shows. A value that is no number or word of those allowed throws UsageError.
@@ -116,7 +122,7 @@ class CommandLine {
     Option& parsed(const std::string& names, const std::function<void(const std::string&)>& take,
                    const std::string& help);
 
-    /// The same for an option that may be given several times.
+    /// The same for an option or argument that may be given several times.
     Option& repeated(const std::string& names, const std::function<void(const std::string&)>& take,
                      const std::string& help);
 

@@ -17,7 +17,9 @@ constexpr auto kRedraw = std::chrono::milliseconds(100);
 Progress::Progress(int total, bool quiet)
     : m_total(total), m_shown(!quiet && isatty(STDERR_FILENO) != 0), m_start(Clock::now()) {}
 
-Progress::~Progress() {
+Progress::~Progress() { wipe(); }
+
+void Progress::wipe() const {
     if (m_shown) std::fputs("\r\033[K", stderr);
 }
 

@@ -17,6 +17,9 @@ class Progress {
 
     void step(int done);
 
+    /// Makes room for a line on the terminal.
+    void wipe() const;
+
   private:
     using Clock = std::chrono::steady_clock;
 
