@@ -73,7 +73,7 @@ int jobsFor(const BatchOptions& options) {
 std::vector<BatchPhoto> photosFor(const BatchOptions& options) {
     std::vector<std::string> words;
     for (const Option* option : options.of_render) {
-        const std::vector<std::string> more = option->words();
+        const std::vector<std::string> more = option->givenWords();
         words.insert(words.end(), more.begin(), more.end());
     }
     std::vector<BatchPhoto> all = listPhotos(options.list, words);

@@ -151,7 +151,7 @@ bool Option::given() const { return m_option->count() > 0; }
 
 std::string Option::givenText() const { return given() ? m_option->results().back() : ""; }
 
-std::vector<std::string> Option::words() const {
+std::vector<std::string> Option::givenWords() const {
     if (!given()) return {};
     if (m_value.empty()) return {name()};
     std::vector<std::string> words;

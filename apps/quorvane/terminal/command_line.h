@@ -45,7 +45,7 @@ class Option {
     std::string givenText() const;
 
     /// The words of a command line that give it once more as it was given; none where it was not.
-    std::vector<std::string> words() const;
+    std::vector<std::string> givenWords() const;
 
     /// What messages call it, such as "--size".
     std::string name() const;
