@@ -971,5 +971,20 @@ TEST(Sample, WritesAPairOfTheSizeAskedFor) {
     EXPECT_EQ(media::readDepthMap(folder / "d.png").plane.height, 70);
 }
 
+// A clip in software would take three times as long.
+TEST_F(Render, ClipInSoftwareHasSamplesAndAStillIsDrawnTwiceAsLarge) {
+    const auto drawn = [this](const char* name, const std::vector<std::string>& more) {
+        std::vector<std::string> line = {
+            "render",     scene("photo.png"), scene("depth.png"), "-o", folder / name,
+            "--renderer", "software",         "--frames",         "2",  "-v"};
+        line.insert(line.end(), more.begin(), more.end());
+        return quorvane(line).err;
+    };
+    EXPECT_THAT(drawn("a.y4m", {}), HasSubstr("drawn    with 4 samples a pixel"));
+    EXPECT_THAT(drawn("a.y4m", {"--supersample", "2"}), HasSubstr("drawn    2 times as large"));
+    EXPECT_THAT(drawn("a.png", {}), HasSubstr("drawn    2 times as large"));
+    EXPECT_THAT(drawn("frames/", {}), HasSubstr("drawn    2 times as large"));
+}
+
 }  // namespace
 }  // namespace quorvane::test

@@ -93,6 +93,7 @@ const media::OutputFormat& check(RenderOptions* asked) {
             "-o -: standard output is a terminal; lead it to a program or a file, as in | ffplay -");
     const media::OutputFormat& format = parseOutput(options.out, options.encoding);
     settle(format, asked);
+    asked->view.moves = format.kind == OutputKind::kClip;
     const auto stereo = stereoFor(options.stereo, format);
     if (stereo && stereo->kind == StereoKind::kWiggle && options.count.frames % 2 == 1)
         throw UsageError("--frames " + std::to_string(options.count.frames) +

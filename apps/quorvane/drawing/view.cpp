@@ -42,7 +42,9 @@ View::View(const ViewOptions& options, const Talk& talk, Size picture)
     m_context = contextFor(chosenRenderer(options));
     say(formatted("renderer %s\n", m_context != nullptr ? "gl" : "software"));
     makeView([this](Size size, int samples, std::unique_ptr<PhotoView>* view) {
-        return createView(m_context.get(), size, m_options.orientation, samples, view);
+        const bool by_samples = m_context == nullptr && m_options.moves && samples == kAutoSamples;
+        return createView(m_context.get(), size, m_options.orientation, by_samples ? kMovingSamples : samples,
+                          view);
     });
 }
 

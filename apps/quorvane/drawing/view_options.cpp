@@ -169,9 +169,9 @@ void addViewOptions(CommandLine* line, ViewOptions* options) {
                 [options](size_t i) {
                     options->samples = std::array{kAutoSamples, 1, 2, 4, 8}[i];
                 },
-                "for smooth silhouettes, how many samples a pixel; where the driver has none, or for auto "
-                "where it "
-                "draws in software, the picture is drawn twice as large and averaged instead")
+                "for smooth silhouettes, how many samples a pixel; where the driver has none, and for auto "
+                "where a still is drawn in software, the picture is drawn twice as large and averaged "
+                "instead")
             .usually("auto");
     line->whole("--supersample", &options->supersample, 1, 4,
                 "draw this many times as large, then average; above 1 without samples")
@@ -232,7 +232,10 @@ std::optional<double> frameGiven(const ViewOptions& options) {
 }
 
 int supersampleInSoftware(const ViewOptions& options) {
-    return options.supersample == 1 && options.samples == kAutoSamples ? 2 : options.supersample;
+    // Whether there is a driver shows only later; where it draws in software, more of the photo is read then.
+    const bool by_samples = options.moves && options.renderer != Renderer::kGl;
+    return options.supersample == 1 && options.samples == kAutoSamples && !by_samples ? 2
+                                                                                      : options.supersample;
 }
 
 void refuseTwoWays(const ViewOptions& options) {

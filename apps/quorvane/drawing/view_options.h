@@ -14,6 +14,10 @@
 
 namespace quorvane::app {
 
+/// What kAutoSamples are in a clip that the processor draws. A picture drawn twice as large shows more of the
+/// photo's detail, for which a still has the time; a clip would take three times as long.
+constexpr int kMovingSamples = 4;
+
 /// How the view is set up, whatever is made of it.
 struct ViewOptions {
     /// The set for 4 keeps the pivot among the depths, so that near things move against far ones, and keeps
@@ -27,6 +31,7 @@ struct ViewOptions {
     bool clean_edges = true;
     GridBudget grid = kAutoGrid;
     int samples = kAutoSamples;  ///< a pixel: 1, 2, 4, 8 or kAutoSamples
+    bool moves = false;          ///< a clip: where the processor draws, kAutoSamples are kMovingSamples
     int supersample = 1;         ///< pictures are drawn this many times as large at least, then averaged
     bool whole_photo = false;    ///< takes all of its pixels, though the picture does not show them
     Renderer renderer = Renderer::kAuto;
@@ -62,7 +67,7 @@ void addTimingsOption(CommandLine* line, ViewOptions* options);
 /// The part of each of the photo's sides that they say is seen.
 std::optional<double> frameGiven(const ViewOptions& options);
 
-/// How many times as large pictures are drawn by a driver that draws in software.
+/// How many times as large pictures are drawn in software.
 int supersampleInSoftware(const ViewOptions& options);
 
 /// Throws UsageError where a parameter, or smoothness, was given in two ways.
