@@ -28,7 +28,7 @@ struct Found {
 Found foundAt(std::string_view file, uint64_t offset) {
     Found found;
     if (offset >= file.size()) return found;
-    const std::string_view bytes = file.substr(offset);
+    const std::string_view bytes = cut(file, offset);
     found.mime = mimeOf(bytes);
     if (found.mime == "image/jpeg") {
         const auto jpeg = walkJpeg(bytes);
@@ -110,12 +110,12 @@ class Placing {
         if (!bytes) return false;
         if (!found.knows_size) return true;
         return found.size && *found.size <= bytes->size() &&
-               bytes->find_first_not_of('\0', *found.size) == std::string_view::npos;
+               cut(*bytes, *found.size).find_first_not_of('\0') == std::string_view::npos;
     }
 
     void take(AppendedItem* item, uint64_t offset, uint64_t size) {
         item->offset = offset;
-        item->bytes = m_file.substr(offset, size);
+        item->bytes = cut(m_file, offset, size);
     }
 
     void placeWhereItFits(size_t i) {

@@ -16,7 +16,7 @@ std::vector<Jpeg> jpegsAt(std::string_view file, const std::vector<uint64_t>& of
     std::vector<Jpeg> jpegs;
     for (size_t i = 0; i < offsets.size(); ++i) {
         const uint64_t limit = i + 1 < offsets.size() ? offsets[i + 1] : file.size();
-        if (const auto jpeg = walkJpeg(file.substr(0, limit), offsets[i])) jpegs.push_back(*jpeg);
+        if (const auto jpeg = walkJpeg(cut(file, 0, limit), offsets[i])) jpegs.push_back(*jpeg);
     }
     return jpegs;
 }
@@ -30,7 +30,7 @@ std::vector<Jpeg> jpegsBehind(std::string_view file, uint64_t from) {
     constexpr int kMostFalseStarts = 8;
     std::vector<Jpeg> jpegs;
     for (int false_starts = 0; false_starts < kMostFalseStarts && jpegs.size() < kMostJpegs;) {
-        const size_t start = file.find("\xff\xd8\xff"sv, from);
+        const size_t start = file.find("\xff\xd8\xff"sv, static_cast<size_t>(from));
         if (start == std::string_view::npos) break;
         const auto jpeg = walkJpeg(file, start);
         const bool whole = jpeg && jpeg->complete;
@@ -51,7 +51,7 @@ bool isMadeByApple(const Jpeg& jpeg) {
 
 EmbeddedDepth depthIn(std::string_view file, const Jpeg& jpeg, const Xmp& xmp, int photo_orientation) {
     EmbeddedDepth depth;
-    depth.plane = DepthPicture{std::string(file.substr(jpeg.begin, jpeg.end - jpeg.begin))};
+    depth.plane = DepthPicture{std::string(cut(file, jpeg.begin, jpeg.end - jpeg.begin))};
     describeAppleDepth(xmp, 255, &depth);
     // It is stored the way the photo is, and seldom has an orientation of its own.
     depth.orientation = exifOrientation(jpeg).value_or(photo_orientation);

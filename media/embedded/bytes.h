@@ -1,6 +1,7 @@
 #ifndef QUORVANE_MEDIA_EMBEDDED_BYTES_H
 #define QUORVANE_MEDIA_EMBEDDED_BYTES_H
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,6 +13,12 @@ namespace quorvane::media {
 inline std::optional<std::string_view> part(std::string_view bytes, uint64_t offset, uint64_t size) {
     if (offset > bytes.size() || size > bytes.size() - offset) return std::nullopt;
     return bytes.substr(static_cast<size_t>(offset), static_cast<size_t>(size));
+}
+
+/// The bytes from `offset` on, `size` of them at most; none where it lies outside.
+inline std::string_view cut(std::string_view bytes, uint64_t offset, uint64_t size = UINT64_MAX) {
+    const uint64_t begin = std::min<uint64_t>(offset, bytes.size());
+    return *part(bytes, begin, std::min<uint64_t>(size, bytes.size() - begin));
 }
 
 inline bool startsWith(std::string_view bytes, std::string_view start) {

@@ -31,7 +31,7 @@ int64_t pixels(const Jpeg& jpeg) {
 std::optional<Jpeg> findUnblurred(std::string_view before_depth, const Jpeg& photo) {
     uint64_t at = photo.end;
     while (true) {
-        at = before_depth.find("\xff\xd8\xff"sv, at);
+        at = before_depth.find("\xff\xd8\xff"sv, static_cast<size_t>(at));
         if (at == std::string_view::npos) return std::nullopt;
         auto jpeg = walkJpeg(before_depth, at);
         if (!jpeg || !jpeg->complete) return std::nullopt;
@@ -52,7 +52,7 @@ void readHuaweiTrailer(const PhotoFile& file, Contents* contents) {
     const auto size = littleEndian(file.bytes, end, 4);
     if (!size || *size < kHeader || *size > end) return remark("the size of its depth is impossible");
     const uint64_t begin = end - *size;
-    const std::string_view block = file.bytes.substr(begin, *size);
+    const std::string_view block = cut(file.bytes, begin, *size);
     const uint64_t width = littleEndian(block, 12, 2).value(), height = littleEndian(block, 14, 2).value();
     const std::string where = "edof block at byte " + std::to_string(begin);
     contents->images.push_back({ImageRole::kDepth, where, "", *size});
@@ -74,9 +74,9 @@ void readHuaweiTrailer(const PhotoFile& file, Contents* contents) {
     }
     contents->depth = std::move(depth);
 
-    const auto unblurred = findUnblurred(file.bytes.substr(0, begin), *file.jpeg);
+    const auto unblurred = findUnblurred(cut(file.bytes, 0, begin), *file.jpeg);
     if (!unblurred) return;
-    const std::string_view bytes = file.bytes.substr(unblurred->begin, unblurred->end - unblurred->begin);
+    const std::string_view bytes = cut(file.bytes, unblurred->begin, unblurred->end - unblurred->begin);
     const std::string place = "JPEG at byte " + std::to_string(unblurred->begin);
     contents->images.push_back({ImageRole::kOriginal, place, "image/jpeg", bytes.size()});
     contents->original = EmbeddedPhoto{place, std::string(bytes), contents->orientation};

@@ -19,10 +19,10 @@ bool standsAlone(uint8_t marker) { return marker == 0x01 || (marker >= 0xd0 && m
 /// The first marker in entropy-coded data at or behind `at`; the file's end where there is none.
 uint64_t behindEntropyCoded(std::string_view file, uint64_t at) {
     while (at + 1 < file.size()) {
-        const void* found = std::memchr(file.data() + at, 0xff, file.size() - 1 - at);
+        const void* found = std::memchr(file.data() + at, 0xff, static_cast<size_t>(file.size() - 1 - at));
         if (found == nullptr) break;
         at = static_cast<uint64_t>(static_cast<const char*>(found) - file.data());
-        const uint8_t next = static_cast<uint8_t>(file[at + 1]);
+        const uint8_t next = static_cast<uint8_t>(file[static_cast<size_t>(at + 1)]);
         // FF 00 is a coded FF, FF FF fills, restart markers part the data.
         if (next != 0x00 && next != 0xff && !(next >= 0xd0 && next <= 0xd7)) return at;
         at += next == 0xff ? 1 : 2;

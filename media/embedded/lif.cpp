@@ -29,7 +29,7 @@ Fields fieldsOf(std::string_view file) {
     if (file.size() < kFooter || bigEndian(file, file.size() - 2, 2) != kMagic) return {};
     const uint64_t size = *bigEndian(file, file.size() - kFooter, 4);
     if (size < kFooter || size > file.size()) return {};
-    const std::string_view trailer = file.substr(file.size() - size, size - kFooter);
+    const std::string_view trailer = cut(file, file.size() - size, size - kFooter);
     Fields fields;
     uint64_t at = 4;
     while (fields.size() < kMostFields) {

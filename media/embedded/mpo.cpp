@@ -42,7 +42,7 @@ void readMpo(const PhotoFile& file, Contents* contents) {
         named.where = "JPEG";
         if (jpeg.begin == 0) return named;
         named.where += " at byte " + std::to_string(jpeg.begin);
-        named.bytes = file.bytes.substr(jpeg.begin, jpeg.end - jpeg.begin);
+        named.bytes = cut(file.bytes, jpeg.begin, jpeg.end - jpeg.begin);
         named.orientation = contents->orientation;
         contents->images.push_back({ImageRole::kView, named.where, "image/jpeg", named.bytes.size()});
         return named;

@@ -25,7 +25,7 @@ class Chunks {
         if (!chunk) return std::nullopt;
         m_begin = m_end;
         m_end += chunk->size();
-        return Chunk{chunk->substr(4, 4), chunk->substr(8, *length)};
+        return Chunk{chunk->substr(4, 4), cut(*chunk, 8, *length)};
     }
 
     /// Of the chunk that came last.
@@ -55,15 +55,15 @@ std::optional<int> pngBits(std::string_view bytes) {
 
 std::optional<std::string> withoutPngTexts(std::string_view bytes) {
     std::optional<std::string> lean;
-    size_t kept = 0;  // what lies before has been copied or left out
+    uint64_t kept = 0;  // what lies before has been copied or left out
     Chunks chunks(bytes);
     while (const auto chunk = chunks.next()) {
         if (chunk->type != "zTXt" && chunk->type != "iTXt") continue;
         if (!lean) lean.emplace();
-        lean->append(bytes.substr(kept, chunks.begin() - kept));
+        lean->append(cut(bytes, kept, chunks.begin() - kept));
         kept = chunks.end();
     }
-    if (lean) lean->append(bytes.substr(kept));
+    if (lean) lean->append(cut(bytes, kept));
     return lean;
 }
 

@@ -30,7 +30,7 @@ std::optional<std::string_view> blockData(std::string_view before, uint64_t type
     if (!block || littleEndian(*block, 2, 2) != type) return std::nullopt;
     const auto name_size = littleEndian(*block, 4, 4);
     if (!name_size || *name_size > block->size() - 8) return std::nullopt;
-    return block->substr(8 + *name_size);
+    return cut(*block, 8 + *name_size);
 }
 
 std::optional<Blocks> findBlocks(std::string_view file, std::vector<std::string>* remarks) {

@@ -115,6 +115,10 @@ final class Pixels {
     static Portrait portrait(ImageSource file, int longest) {
         return reading("photo", () -> {
             byte[] bytes = bytes(file);
+            if (isHeif(bytes)) {
+                throw new ParallaxException("photo: a HEIC file, of which Android decodes the photo "
+                        + "alone; share it as JPEG with its depth, or give a depth map of its own");
+            }
             PortraitPhoto found = PortraitPhoto.read(bytes);
             if (found.container() == null) {
                 throw new ParallaxException("photo: no depth is inside the file"
@@ -182,6 +186,11 @@ final class Pixels {
             }
             return all.toByteArray();
         }
+    }
+
+    private static boolean isHeif(byte[] file) {
+        return file.length > 8 && file[4] == 'f' && file[5] == 't' && file[6] == 'y'
+                && file[7] == 'p';
     }
 
     private static Bounds bounds(String what, ImageSource file, int orientation)

@@ -138,6 +138,19 @@ public final class DeviceTest {
     }
 
     @Test
+    public void aPhotoWithoutDepthIsSaid() throws IOException {
+        for (byte[] file : new byte[][] {
+                jpeg(photo), "\0\0\0\30ftypheic\0\0\0\0".getBytes(StandardCharsets.ISO_8859_1),
+                new byte[0]}) {
+            view.setPortraitPhoto(source(file));
+            until(() -> errors.size() == 1);
+            assertTrue(errors.get(0), errors.get(0).startsWith("photo: ")
+                    && errors.get(0).endsWith("give a depth map of its own"));
+            errors.clear();
+        }
+    }
+
+    @Test
     public void depthComesAsNumbersAndTheOtherWayRoundToo() throws IOException {
         view.setImages(source(png(photo)), source(png(depth)));
         lookFrom(1, 0);
