@@ -253,7 +253,7 @@ TEST(ClipWriter, SameFramesAreCompressedBySeveralSettingsAndOneIsKept) {
     files.front()->commit();
     files.clear();
     EXPECT_THAT(folder.names(), ElementsAre("a.mp4"));
-    EXPECT_THAT(bytesOf(folder / "a.mp4"), HasSubstr(" crf=42.0 "));
+    EXPECT_THAT(bytesOf(folder / "a.mp4"), HasSubstr(" crf=33.0 "));
 }
 
 TEST(ClipWriter, FolderTakesJpegs) {

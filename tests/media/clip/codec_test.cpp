@@ -29,9 +29,9 @@ std::string refusal(const Codec& asked, const EncoderSettings& settings) {
 }
 
 TEST(Codec, QualityRunsFromTheWorstToTheBest) {
-    EXPECT_EQ(ownQuality(codec("h264"), 0), 50);
+    EXPECT_EQ(ownQuality(codec("h264"), 0), 38);
     EXPECT_EQ(ownQuality(codec("h264"), 80), 18);
-    EXPECT_EQ(ownQuality(codec("h264"), 100), 10);
+    EXPECT_EQ(ownQuality(codec("h264"), 100), 13);
     EXPECT_EQ(ownQuality(codec("webp"), 37), 37);
     EXPECT_EQ(ownQuality(codec("gif"), 0), 16);
     EXPECT_EQ(ownQuality(codec("gif"), 100), 256);
@@ -60,7 +60,7 @@ TEST(Codec, TableIsWhole) {
 
 TEST(Codec, IsToldWhatWasAsked) {
     EXPECT_THAT(encoderWords(codec("h264"), {}), HasSubstr("-crf 18"));
-    EXPECT_THAT(encoderWords(codec("h264"), {nullptr, 50, "slow"}), HasSubstr("-preset slow -crf 30"));
+    EXPECT_THAT(encoderWords(codec("h264"), {nullptr, 40, "slow"}), HasSubstr("-preset slow -crf 28"));
 }
 
 TEST(Codec, RefusesWhatItHasNot) {
