@@ -325,6 +325,18 @@ test('left alone it moves by itself, until a key stops it', async () => {
   await close(page);
 });
 
+test('left alone it comes closer on the spot, until a key puts it back', async () => {
+  const page = await open(element('motion="keys zoom"'));
+  await ready(page);
+  const at_rest = await pixels(page);
+  await until('another picture', async () => difference(await pixels(page), at_rest).over8 > 0.1);
+  assert.deepStrictEqual(await page.evaluate(() => views.every(({x, y}) => x === 0 && y === 0)), true);
+  await page.locator('parallax-photo').focus();
+  await page.keyboard.press('Home');
+  await until('the first picture again', async () => (await pixels(page)).equals(at_rest));
+  await close(page);
+});
+
 test('reduced motion: nothing moves by itself, and keys jump', async () => {
   const page = await open(element('motion="pointer tilt keys circle"'), {context: {reducedMotion: 'reduce'}});
   await ready(page);
