@@ -118,8 +118,10 @@ void addRow(const Motion& motion, FrameCount count, const media::SampleScene& sc
             std::vector<media::Panel>* panels) {
     constexpr int kPlaces = 2000;
     std::vector<Position> path;
+    path.reserve(kPlaces + 1);
     for (int i = 0; i <= kPlaces; ++i) path.push_back(motion.place(static_cast<double>(i) / kPlaces));
     std::vector<double> parts;
+    parts.reserve(kPictures);
     for (int i = 0; i < kPictures; ++i)
         parts.push_back(static_cast<double>(i) / (motion.once ? kPictures - 1 : kPictures));
     const double seconds = static_cast<double>(count.frames - (motion.once ? 1 : 0)) / count.fps;
