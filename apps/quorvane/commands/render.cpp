@@ -424,6 +424,8 @@ Command renderCommand() {
           "quorvane render photo.jpg --depth-model model.onnx -o sway.mp4"},
          {"a small GIF of another motion",
           "quorvane render photo.jpg depth.png -o a.gif --size 480x360 --motion circle"},
+         {"a softer clip of six seconds that also comes closer",
+          "quorvane render photo.jpg -o a.mp4 --motion sway+zoom --ease --seconds 6"},
          {"a page to share: one file that moves with mouse, touch and tilt",
           "quorvane render portrait.jpg -o share.html --alt 'a cat on a sofa'"},
          {"one still, seen from the left", "quorvane render photo.jpg depth.png -o left.png --at -1,0"},
