@@ -32,6 +32,7 @@ using Clock = std::chrono::steady_clock;
 enum class Call : uint32_t {
     kLookInside,
     kHeader,
+    kBareJpeg,
     kPhoto,
     kPhotoOfContents,
     kPreview,
@@ -101,6 +102,12 @@ void answer(Call call, Unpacker* in, Packer* out) {
             allowFor({bytes}, false);
             const Contents contents = lookInside(bytes);
             return out->pack(kDone, contents);
+        }
+        case Call::kBareJpeg: {
+            in->unpack(bytes, name);
+            allowFor({bytes}, false);
+            const std::string bare = bareJpeg(bytes, name);
+            return out->pack(kDone, bare);
         }
         case Call::kHeader: {
             in->unpack(bytes, name);
@@ -377,6 +384,11 @@ DepthMap decodeDepth(const EmbeddedDepth& depth, const std::string& name, std::s
 SplitPicture decodeSideBySide(std::string_view file, DepthHalf half, const std::string& name) {
     if (!workerIsThere()) return media::decodeSideBySide(file, half, name);
     return std::get<0>(ask<SplitPicture>(Call::kSideBySide, name, file, half, name));
+}
+
+std::string bareJpeg(std::string_view file, const std::string& name) {
+    if (!workerIsThere()) return media::bareJpeg(file, name);
+    return std::get<0>(ask<std::string>(Call::kBareJpeg, name, file, name));
 }
 
 StereoViews decodeViews(std::string_view file, const StereoPair& pair, const std::string& name) {

@@ -8,6 +8,7 @@
 #include "media/depth/photo_with_depth.h"
 #include "media/depth/stereo_views.h"
 #include "media/embedded/embedded.h"
+#include "media/embedding/photo_with_depth_file.h"
 #include "media/picture/picture_file.h"
 
 namespace quorvane::media {
@@ -56,6 +57,7 @@ ShrunkPhoto decodePhotoAtLeast(std::string_view file, const Contents& contents, 
 DepthMap decodeDepthMap(std::string_view bytes, const std::string& name);
 DepthMap decodeDepth(const EmbeddedDepth& depth, const std::string& name, std::string* remark);
 SplitPicture decodeSideBySide(std::string_view file, DepthHalf half, const std::string& name);
+std::string bareJpeg(std::string_view file, const std::string& name);
 StereoViews decodeViews(std::string_view file, const StereoPair& pair, const std::string& name);
 
 }  // namespace decoder

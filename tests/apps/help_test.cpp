@@ -21,8 +21,8 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr const char* kCommands[] = {"render", "batch",   "stages", "inspect", "extract",
-                                     "shape",  "motions", "info",   "sample"};
+constexpr const char* kCommands[] = {"render", "batch", "stages",  "inspect", "extract",
+                                     "embed",  "shape", "motions", "info",    "sample"};
 
 std::vector<std::string> linesOf(const std::string& text) {
     std::vector<std::string> lines;

@@ -24,6 +24,7 @@ struct Command {
 };
 
 Command batchCommand();
+Command embedCommand();
 Command extractCommand();
 Command infoCommand();
 Command inspectCommand();

@@ -17,7 +17,7 @@ constexpr char kNote[] =
 
 Program::Program()
     : m_commands({renderCommand(), batchCommand(), stagesCommand(), inspectCommand(), extractCommand(),
-                  shapeCommand(), motionsCommand(), infoCommand(), sampleCommand()}),
+                  embedCommand(), shapeCommand(), motionsCommand(), infoCommand(), sampleCommand()}),
       m_lines("quorvane", "Turns a photo and its depth map into a picture that swings with the view.",
               "quorvane " QUORVANE_VERSION) {
     m_lines.note(kNote);
