@@ -100,6 +100,7 @@ void writeContainers(const std::string& root) {
     writeTexts(root + "/xmp", {"<?xpacket begin=\"\xef\xbb\xbf\"?><x:a xmlns:x=\"u\" xmlns=\"v\" "
                                "x:b=\"&lt;&#x41;\" c='d'><!-- e -->"
                                "<f>g&amp;<![CDATA[<h>]]></f><i/></x:a><?xpacket end=\"w\"?>"});
+    writeTexts(root + "/barejpeg", {gdepthFile(photo, plane), jpeg, withSegments(jpeg, {exifSegment(6)})});
     writeTexts(root + "/gdepth", {gdepthFile(photo, plane), gdepthFile(photo, plane, inline_data),
                                   gdepthFile(photo, plane, with_original), gdepthFile(photo, plane, linear)});
 
