@@ -123,8 +123,9 @@ void saveAround(const std::string& path, CommandLine* line, const ViewOptions& v
 
 const std::vector<std::string>& notOfPictures() {
     static const std::vector<std::string> names = {
-        // Files that are written.
+        // Files that are written, and what kind of file stands where no extension says so.
         "--out",
+        "--format",
         "--force",
         "--timings",
         kFrom,
