@@ -36,14 +36,15 @@ std::string exifOf(const StereoCameras& cameras, Size picture) {
     camera.addShort(kFocalPlaneUnit, kCentimetres);
     camera.addShort(kFocalLength35, static_cast<uint16_t>(std::clamp(std::lround(focal_mm), 1L, 65535L)));
 
-    TiffFields first;
-    first.addText(kSoftware, "quorvane");
-    first.addLong(kExifDirectory, 0);
-    const auto behind = static_cast<uint32_t>(8 + first.size());
-    TiffFields pointed;
-    pointed.addText(kSoftware, "quorvane");
-    pointed.addLong(kExifDirectory, behind);
-    return tiffHeader() + pointed.written(8, 0) + camera.written(behind, 0);
+    const auto start = static_cast<uint32_t>(tiffHeader().size());
+    const auto firstWith = [](uint32_t camera_at) {
+        TiffFields first;
+        first.addText(kSoftware, "quorvane");
+        first.addLong(kExifDirectory, camera_at);
+        return first;
+    };
+    const auto behind = static_cast<uint32_t>(start + firstWith(0).size());
+    return tiffHeader() + firstWith(behind).written(start, 0) + camera.written(behind, 0);
 }
 
 }  // namespace quorvane::media

@@ -202,6 +202,7 @@ std::vector<StereoView> viewsAround(const Stereo& stereo, Position middle) {
     if (stereo.kind == StereoKind::kWiggle) return {{middle, false}};
     const int tiles = stereo.kind == StereoKind::kQuilt ? stereo.columns * stereo.rows : 2;
     std::vector<StereoView> views;
+    views.reserve(static_cast<size_t>(tiles));
     for (int i = 0; i < tiles; ++i) views.push_back(eye(2.0 * i / (tiles - 1) - 1.0));
     return views;
 }
