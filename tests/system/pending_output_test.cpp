@@ -279,6 +279,34 @@ TEST(PendingOutput, TakesALongName) {
     EXPECT_TRUE(std::filesystem::exists(path));
 }
 
+TEST(PendingOutput, FullDiskIsATemporaryErrorAndAMissingFolderIsNot) {
+    const TemporaryFolder folder;
+    PendingOutput output(folder / "a.png");
+    on_fsync = [](int) {
+        errno = ENOSPC;
+        return -1;
+    };
+    EXPECT_THROW(output.commit(), TemporaryError);
+    try {
+        PendingOutput(folder / "nowhere/a.png");
+        ADD_FAILURE();
+    } catch (const TemporaryError&) {
+        ADD_FAILURE() << "it will not appear by itself";
+    } catch (const Error&) {
+    }
+}
+
+TEST(PendingOutput, NamesOfLeftoversAreKnown) {
+    const TemporaryFolder folder;
+    for (const std::string name : {"a.mp4", "a", "two.dots.webp", ".hidden", "1-2.png"}) {
+        const std::string temporary = temporaryBeside(folder / name);
+        EXPECT_EQ(nameOfLeftover(std::filesystem::path(temporary).filename().string()), name);
+    }
+    for (const char* other :
+         {"", ".", "..", "a.mp4", ".a.mp4", "a.12-1.mp4", ".12-1.mp4", ".a.12-.mp4", ".a.1-2-3.mp4"})
+        EXPECT_EQ(nameOfLeftover(other), "") << other;
+}
+
 TEST(PendingOutput, RefusesAFoldersName) {
     const TemporaryFolder folder;
     EXPECT_THROW(PendingOutput(folder.path()), Error);
