@@ -46,6 +46,8 @@ void catchSignals(int exit_code) {
     for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
 }
 
+void cancel() noexcept { g_cancelled = true; }
+
 bool cancelled() noexcept { return g_cancelled; }
 
 void throwIfCancelled() {

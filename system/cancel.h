@@ -8,6 +8,9 @@ namespace quorvane {
 /// may not grow fails the write instead of killing. `exit_code` is EndingAtOnce's.
 void catchSignals(int exit_code = 1);
 
+/// Asks for an orderly end as such a signal does, and never ends the process at once.
+void cancel() noexcept;
+
 bool cancelled() noexcept;
 
 /// Throws Cancelled once a signal has asked for the end.

@@ -101,6 +101,11 @@ void View::upload(const PlannedInput& input) {
                       m_view->samples() == 1 ? "" : "s"));
 }
 
+void View::set(const std::string& name, double value) {
+    require(m_view->setParameter(name, name == "fov_scale" ? value / m_zoom : value));
+    if (name == "fov_scale") m_fov_scale = value;
+}
+
 void View::draw(Position position) {
     if (position.zoom != m_zoom) {
         require(m_view->setParameter("fov_scale", m_fov_scale / position.zoom));

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "apps/quorvane/drawing/parallel_view.h"
 #include "apps/quorvane/drawing/planning.h"
@@ -36,6 +37,10 @@ class View {
     PlannedInput plan(SourcePhoto photo, const media::Plane& depth, std::vector<Position> path) const;
 
     void upload(const PlannedInput& input);
+
+    /// Changes a parameter of the pictures until the next upload. The plan stays as it was, so that a frame
+    /// may show a border then.
+    void set(const std::string& name, double value);
 
     /// Draws the picture from `position`, or nearer to the middle where the plan says so, as closely as its
     /// zoom says, and waits until it is finished.

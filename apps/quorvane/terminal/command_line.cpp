@@ -20,6 +20,9 @@ namespace {
 /// The word that asks for help as a command does.
 constexpr char kHelp[] = "help";
 
+/// What a program without commands has for one.
+constexpr char kOnlyCommand[] = "only";
+
 /// Columns of the terminal that help is printed to.
 size_t terminalWidth() {
     constexpr size_t kNarrowest = 40, kUsual = 80;
@@ -285,7 +288,7 @@ void CommandLine::table(const std::string& heading, std::vector<std::pair<std::s
 }
 
 std::string CommandLine::usage(const std::string& program) const {
-    std::string usage = program + " " + m_name;
+    std::string usage = program + (m_name.empty() ? "" : " " + m_name);
     for (const Option& option : m_options)
         if (option.isArgument())
             usage += option.m_required ? " " + option.m_names : " [" + option.m_names + "]";
@@ -316,6 +319,13 @@ void CommandLines::table(const std::string& heading, std::vector<std::pair<std::
     m_tables.push_back({heading, std::move(rows)});
 }
 
+CommandLine* CommandLines::addOnly(std::vector<Example> examples) {
+    m_has_commands = false;
+    CommandLine* const line = add(kOnlyCommand, m_summary, std::move(examples));
+    line->m_name.clear();
+    return line;
+}
+
 void CommandLines::note(const std::string& text) { m_note = text; }
 
 bool CommandLines::parse(int argc, const char* const* argv, size_t* chosen) {
@@ -325,12 +335,15 @@ bool CommandLines::parse(int argc, const char* const* argv, size_t* chosen) {
                                    m_lines.begin());
     };
     std::vector<const char*> words(argv, argv + argc);
-    if (argc > 1 && std::string(argv[1]) == kHelp) {
+    if (m_has_commands && argc > 1 && std::string(argv[1]) == kHelp) {
         if (argc > 3) throw UsageError(std::string(argv[3]) + ": one argument too many");
         if (argc == 3) requireCommand(argv[2]);
         words.erase(words.begin() + 1);
         words.push_back("--help");
     }
+    const bool asks_version =
+        argc == 2 && (std::string(argv[1]) == "--version" || std::string(argv[1]) == "-V");
+    if (!m_has_commands && !asks_version) words.insert(words.begin() + 1, kOnlyCommand);
     try {
         m_app->parse(static_cast<int>(words.size()), words.data());
     } catch (const CLI::CallForHelp&) {
@@ -400,7 +413,8 @@ std::string CommandLines::help(size_t width) const {
 
 std::string CommandLines::help(const CommandLine& line, size_t width) const {
     const size_t column = width < 72 ? 16 : 26;
-    std::string text = wrapped(m_program + " " + line.m_name + ": " + line.m_summary, width, 2) + "\n\n";
+    const std::string program = m_program + (line.m_name.empty() ? "" : " " + line.m_name);
+    std::string text = wrapped(program + ": " + line.m_summary, width, 2) + "\n\n";
     for (const Example& example : line.m_examples) text += listed(example, width);
     std::string arguments, options;
     for (const Option& option : line.m_options) {

@@ -202,6 +202,9 @@ class CommandLines {
     /// Adds a command.
     CommandLine* add(const std::string& name, const std::string& summary, std::vector<Example> examples);
 
+    /// Adds the work of a program that has no commands; nothing else is added then.
+    CommandLine* addOnly(std::vector<Example> examples);
+
     /// Lines for the end of the program's help.
     void note(const std::string& text);
 
@@ -234,6 +237,7 @@ class CommandLines {
     std::string m_version;
     std::string m_note;
     std::vector<CommandLine::Table> m_tables;
+    bool m_has_commands = true;
     std::unique_ptr<CLI::App> m_app;
     std::vector<std::unique_ptr<CommandLine>> m_lines;
 };

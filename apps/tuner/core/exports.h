@@ -1,0 +1,42 @@
+#ifndef QUORVANE_APPS_TUNER_CORE_EXPORTS_H
+#define QUORVANE_APPS_TUNER_CORE_EXPORTS_H
+
+#include <string>
+
+#include "apps/tuner/core/tuning.h"
+
+namespace quorvane::tuner {
+
+/// A tuned picture, for texts that draw it elsewhere.
+struct Exported {
+    Tuning tuning;
+    LibParam values;        ///< all parameters as they are drawn with
+    std::string photo;      ///< path
+    std::string depth;      ///< path; empty: it is found by the photo
+    bool has_hand = false;  ///< whether a motion was recorded
+};
+
+constexpr char kProfileFile[] = "profile.json";
+constexpr char kHandFile[] = "hand.jsonl";
+
+/// `quorvane render` for the same clip, for a shell: one line.
+std::string commandLine(const Exported& exported);
+
+/// The same by way of the profile that lies next to it.
+std::string profileCommandLine(const Exported& exported);
+
+/// An `adb shell setprop` line for each parameter. A device cuts values to six decimals.
+std::string setpropLines(const Exported& exported);
+
+/// For a ParallaxView `view`, before its images are set.
+std::string cppSnippet(const Exported& exported);
+
+/// For a ParallaxPhotoView `view`.
+std::string javaSnippet(const Exported& exported);
+
+/// A word for a POSIX shell, quoted where it has to be.
+std::string shellWord(const std::string& word);
+
+}  // namespace quorvane::tuner
+
+#endif
