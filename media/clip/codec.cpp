@@ -2,11 +2,19 @@
 
 #include <algorithm>
 #include <cmath>
+#include <sstream>
 
 #include "system/error.h"
 
 namespace quorvane::media {
 namespace {
+
+/// A number as few digits say it: "18", "20.8".
+std::string shortest(double number) {
+    std::ostringstream text;
+    text << number;
+    return text.str();
+}
 
 /// Puts `value` in the place of `mark`, where there is one.
 void fill(std::string* words, std::string_view mark, const std::string& value) {
@@ -35,9 +43,10 @@ std::string listOf(const std::vector<std::string_view>& words, std::string_view 
     return list;
 }
 
-int ownQuality(const Codec& codec, int quality) {
-    const double part = std::clamp(quality, 0, 100) / 100.0;
-    return static_cast<int>(std::lround(codec.at_worst + part * (codec.at_best - codec.at_worst)));
+double ownQuality(const Codec& codec, double quality) {
+    const double part = std::clamp(quality, 0.0, 100.0) / 100.0;
+    const double own = codec.at_worst + part * (codec.at_best - codec.at_worst);
+    return std::round(own * codec.fineness) / codec.fineness;
 }
 
 void check(const Codec& codec, const EncoderSettings& settings) {
@@ -54,8 +63,7 @@ void check(const Codec& codec, const EncoderSettings& settings) {
 
 std::string encoderWords(const Codec& codec, const EncoderSettings& settings) {
     std::string words(codec.words);
-    fill(&words, "{quality}",
-         std::to_string(ownQuality(codec, settings.quality.value_or(codec.usual_quality))));
+    fill(&words, "{quality}", shortest(ownQuality(codec, settings.quality.value_or(codec.usual_quality))));
     fill(&words, "{preset}", settings.preset.empty() ? std::string(codec.usual_preset) : settings.preset);
     return words;
 }

@@ -27,8 +27,14 @@ struct Codec {
 
     bool halves_colours;  ///< which are kept at half the size (4:2:0) and want even sides
     int least_side = 1;   ///< pixels
+    int fineness = 1;     ///< its own number goes in steps of one over this
 
     constexpr bool isLossy() const { return at_worst != at_best; }
+
+    /// Qualities that differ, without the worst: quality 100 / steps() * N is one for every whole N.
+    constexpr int steps() const {
+        return static_cast<int>((at_best > at_worst ? at_best - at_worst : at_worst - at_best) * fineness);
+    }
 };
 
 // The lines of quality pass through where loss is hard to see at 80; docs/formats.md shows how like the
@@ -36,16 +42,16 @@ struct Codec {
 // see.
 inline constexpr Codec kCodecs[] = {
     {"h264", "-c:v libx264 -preset {preset} -crf {quality}", 38, 13, 80,
-     "ultrafast superfast veryfast faster fast medium slow slower veryslow", "veryfast", true},
+     "ultrafast superfast veryfast faster fast medium slow slower veryslow", "veryfast", true, 1, 5},
     {"hevc", "-c:v libx265 -preset {preset} -crf {quality} -x265-params log-level=error -tag:v hvc1", 40, 15,
-     80, "ultrafast superfast veryfast faster fast medium slow slower veryslow", "medium", true},
+     80, "ultrafast superfast veryfast faster fast medium slow slower veryslow", "medium", true, 1, 5},
     {"vp9",
      "-c:v libvpx-vp9 -b:v 0 -crf {quality} -deadline good -cpu-used {preset} -row-mt 1 -tile-columns 2", 63,
      15, 80, "5 4 3 2 1 0", "4", true},
     {"av1", "-c:v libsvtav1 -preset {preset} -crf {quality}", 63, 15, 80, "12 11 10 9 8 7 6 5 4 3 2 1", "8",
      true, 64},
-    {"webp", "-c:v libwebp_anim -quality {quality} -compression_level {preset}", 0, 100, 85, "0 1 2 3 4 5 6",
-     "4", false},
+    {"webp", "-c:v libwebp_anim -pix_fmt bgra -quality {quality} -compression_level {preset}", 0, 100, 85,
+     "0 1 2 3 4 5 6", "4", false},
     // The palette is made for what moves; an ordered pattern stays where it is and compresses well. Its
     // quality is the number of colours.
     {"gif",
@@ -69,9 +75,9 @@ inline constexpr Codec kCodecs[] = {
 
 /// How pictures are to be compressed. What is not said is as usual.
 struct EncoderSettings {
-    const Codec* codec = nullptr;  ///< one of the format's; none: its first
-    std::optional<int> quality;    ///< 0 to 100, a scale that all lossy codecs share
-    std::string preset;            ///< one of the codec's; empty: the usual one
+    const Codec* codec = nullptr;   ///< one of the format's; none: its first
+    std::optional<double> quality;  ///< 0 to 100, a scale that all lossy codecs share
+    std::string preset;             ///< one of the codec's; empty: the usual one
 };
 
 /// The words of `text`, which blanks part.
@@ -80,8 +86,8 @@ std::vector<std::string_view> wordsOf(std::string_view text);
 /// "a, b or c", with `before_last` for " or ".
 std::string listOf(const std::vector<std::string_view>& words, std::string_view before_last = " or ");
 
-/// Quality 0..100 as the codec's own whole number.
-int ownQuality(const Codec& codec, int quality);
+/// Quality 0..100 as the codec's own number, to the step.
+double ownQuality(const Codec& codec, double quality);
 
 /// Throws Error for a preset that the codec has not, and for a quality where it keeps every pixel.
 void check(const Codec& codec, const EncoderSettings& settings);

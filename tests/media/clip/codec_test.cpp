@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 #include "system/error.h"
@@ -32,6 +33,8 @@ TEST(Codec, QualityRunsFromTheWorstToTheBest) {
     EXPECT_EQ(ownQuality(codec("h264"), 0), 38);
     EXPECT_EQ(ownQuality(codec("h264"), 80), 18);
     EXPECT_EQ(ownQuality(codec("h264"), 100), 13);
+    EXPECT_DOUBLE_EQ(ownQuality(codec("h264"), 73), 19.8);
+    EXPECT_EQ(ownQuality(codec("vp9"), 80), 25);
     EXPECT_EQ(ownQuality(codec("webp"), 37), 37);
     EXPECT_EQ(ownQuality(codec("gif"), 0), 16);
     EXPECT_EQ(ownQuality(codec("gif"), 100), 256);
@@ -42,6 +45,18 @@ TEST(Codec, QualityRunsFromTheWorstToTheBest) {
                           (each.at_best > each.at_worst ? 1 : -1),
                       0)
                 << each.name << ' ' << quality;
+}
+
+TEST(Codec, StepsAreAsFineAsItsOwnNumber) {
+    EXPECT_EQ(codec("h264").steps(), 125);
+    EXPECT_EQ(codec("vp9").steps(), 48);
+    EXPECT_EQ(codec("jpeg").steps(), 99);
+    for (const Codec& each : kCodecs)
+        for (int step = 1; step <= each.steps(); ++step)
+            EXPECT_NEAR(std::abs(ownQuality(each, 100.0 * step / each.steps()) -
+                                 ownQuality(each, 100.0 * (step - 1) / each.steps())),
+                        1.0 / each.fineness, 1e-9)
+                << each.name << ' ' << step;
 }
 
 TEST(Codec, TableIsWhole) {
@@ -60,6 +75,7 @@ TEST(Codec, TableIsWhole) {
 
 TEST(Codec, IsToldWhatWasAsked) {
     EXPECT_THAT(encoderWords(codec("h264"), {}), HasSubstr("-crf 18"));
+    EXPECT_THAT(encoderWords(codec("h264"), {nullptr, 73, {}}), HasSubstr("-crf 19.8"));
     EXPECT_THAT(encoderWords(codec("h264"), {nullptr, 40, "slow"}), HasSubstr("-preset slow -crf 28"));
 }
 
