@@ -145,9 +145,9 @@ void PendingOutput::openNamed(mode_t mode) {
 
 void PendingOutput::fill(std::string_view bytes) { writeAll(m_file.number(), bytes, m_path); }
 
-bool PendingOutput::empty() const {
+int64_t PendingOutput::size() const {
     struct stat about = {};
-    return fstat(m_file.number(), &about) == 0 && about.st_size == 0;
+    return fstat(m_file.number(), &about) == 0 ? about.st_size : 0;
 }
 
 void PendingOutput::copyToStream() {

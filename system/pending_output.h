@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -45,8 +46,10 @@ class PendingOutput {
     /// Writes the whole file. Throws Error.
     void fill(std::string_view bytes);
 
-    /// Whether nothing has been written yet.
-    bool empty() const;
+    /// Bytes that have been written.
+    int64_t size() const;
+
+    bool empty() const { return size() == 0; }
 
     /// Moves the file to its place, replacing what is there, once the disk has it. It gets the mode of the
     /// file that it replaces, and otherwise what the umask leaves of 0666. Throws Error.

@@ -43,28 +43,27 @@ class FrameBytes {
 void savePicture(const RgbaImage& image, const Codec& codec, const EncoderSettings& encoder, int descriptor,
                  const std::string& name) {
     if (codec.isLossy())
-        saveJpeg(image, ownQuality(codec, encoder.quality.value_or(codec.usual_quality)), descriptor, name);
+        saveJpeg(image, static_cast<int>(ownQuality(codec, encoder.quality.value_or(codec.usual_quality))),
+                 descriptor, name);
     else
         savePng(image, descriptor, name);
 }
 
-class StillWriter : public ClipWriter {
+/// Puts a still into an open file.
+class StillEncoder : public ClipWriter {
   public:
-    StillWriter(const std::string& path, const Codec& codec, const ClipSettings& settings)
-        : m_codec(codec), m_encoder(settings.encoder), m_output(path, settings.standard_output) {}
+    StillEncoder(PendingOutput* file, const Codec& codec, EncoderSettings encoder)
+        : m_file(*file), m_codec(codec), m_encoder(std::move(encoder)) {}
 
     void add(int, const RgbaImage& frame) override {
-        savePicture(frame, m_codec, m_encoder, m_output.descriptor(), m_output.path());
+        savePicture(frame, m_codec, m_encoder, m_file.descriptor(), m_file.path());
     }
-    void finish() override {
-        throwIfCancelled();
-        m_output.commit();
-    }
+    void finish() override { throwIfCancelled(); }
 
   private:
+    PendingOutput& m_file;
     const Codec& m_codec;
     EncoderSettings m_encoder;
-    PendingOutput m_output;
 };
 
 class FolderWriter : public ClipWriter {
@@ -101,14 +100,21 @@ class FolderWriter : public ClipWriter {
     EncoderSettings m_encoder;
 };
 
+std::vector<std::string> split(const std::string& words) {
+    std::istringstream stream(words);
+    return {std::istream_iterator<std::string>(stream), {}};
+}
+
+/// file: keeps a name with a colon from being taken for a protocol.
+std::string nameFor(const PendingOutput& file) { return "file:" + file.temporary(); }
+
 /// ffmpeg, which puts a clip into an open file.
 class FfmpegEncoder : public ClipWriter {
   public:
-    FfmpegEncoder(PendingOutput* file, const OutputFormat& format, const Codec& codec,
-                  const ClipSettings& settings)
-        : m_file(*file),
-          m_ffmpeg(arguments(*file, format, codec, settings), file->descriptor()),
-          m_bytes(codec) {}
+    /// `input` tells ffmpeg of the frames, which are in `from` or are added; `words` tell it of the clip.
+    FfmpegEncoder(PendingOutput* file, const Codec& codec, const std::vector<std::string>& input,
+                  const std::string& words, const PendingOutput* from = nullptr)
+        : m_file(*file), m_ffmpeg(command(*file, input, words), kept(*file, from)), m_bytes(codec) {}
 
     void add(int, const RgbaImage& frame) override {
         const std::string_view bytes = m_bytes.of(frame);
@@ -122,23 +128,20 @@ class FfmpegEncoder : public ClipWriter {
     }
 
   private:
-    static std::vector<std::string> arguments(const PendingOutput& file, const OutputFormat& format,
-                                              const Codec& codec, const ClipSettings& settings) {
-        std::ostringstream words;
+    static std::vector<std::string> command(const PendingOutput& file, const std::vector<std::string>& input,
+                                            const std::string& words) {
         // -xerror: without it a clip whose end found no room on the disk counts as success.
-        words
-            << "ffmpeg -nostdin -xerror -hide_banner -loglevel error -y -protocol_whitelist pipe -f rawvideo "
-               "-pix_fmt "
-            << (codec.halves_colours ? "yuv420p" : "rgba") << " -s " << settings.size.width << 'x'
-            << settings.size.height << " -r " << settings.fps << " -i pipe:0 ";
-        if (codec.halves_colours) words << kYuvWords << ' ';
-        words << encoderWords(codec, settings.encoder) << ' ' << format.words;
-        if (settings.once) words << ' ' << format.once;
-        std::istringstream split(words.str());
-        std::vector<std::string> args{std::istream_iterator<std::string>(split), {}};
-        // file: keeps a name with a colon from being taken for a protocol.
-        args.push_back("file:" + file.temporary());
+        std::vector<std::string> args = split("ffmpeg -nostdin -xerror -hide_banner -loglevel error -y");
+        args.insert(args.end(), input.begin(), input.end());
+        for (std::string& word : split(words)) args.push_back(std::move(word));
+        args.push_back(nameFor(file));
         return args;
+    }
+
+    static std::vector<int> kept(const PendingOutput& file, const PendingOutput* from) {
+        std::vector<int> descriptors = {file.descriptor()};
+        if (from != nullptr) descriptors.push_back(from->descriptor());
+        return descriptors;
     }
 
     [[noreturn]] void fail() { m_ffmpeg.fail(m_file.path()); }
@@ -147,6 +150,33 @@ class FfmpegEncoder : public ClipWriter {
     Ffmpeg m_ffmpeg;
     FrameBytes m_bytes;
 };
+
+/// The codec of the settings. Throws Error where pictures of their size are too small for it, too.
+const Codec& codecFor(const PendingOutput& file, const OutputFormat& format, const ClipSettings& settings) {
+    const Codec& codec = codecFor(format, settings.encoder);
+    if (std::min(settings.size.width, settings.size.height) < codec.least_side)
+        throw Error(file.path() + ": " + std::string(codec.name) + " has sides of " +
+                    std::to_string(codec.least_side) + " pixels or more");
+    return codec;
+}
+
+/// What ffmpeg is told of frames that are added.
+std::vector<std::string> addedFrames(const Codec& codec, const ClipSettings& settings) {
+    std::ostringstream words;
+    words << "-protocol_whitelist pipe -f rawvideo -pix_fmt " << (codec.halves_colours ? "yuv420p" : "rgba")
+          << " -s " << settings.size.width << 'x' << settings.size.height << " -r " << settings.fps
+          << " -i pipe:0";
+    return split(words.str());
+}
+
+/// What ffmpeg is told of a clip.
+std::string clipWords(const OutputFormat& format, const Codec& codec, const ClipSettings& settings) {
+    std::string words(codec.halves_colours ? kYuvWords : "");
+    words += ' ' + encoderWords(codec, settings.encoder) + ' ';
+    words.append(format.words);
+    if (settings.once) words.append(" ").append(format.once);
+    return words;
+}
 
 /// Frames as they are, for other programs; with what YUV4MPEG2 says before them where their colours are
 /// halved.
@@ -177,7 +207,7 @@ class PlainFrames : public ClipWriter {
     std::string m_before_each;
 };
 
-/// A clip that appears at its place when it is whole.
+/// A clip or still that appears at its place when it is whole.
 class FileWriter : public ClipWriter {
   public:
     FileWriter(const std::string& path, const OutputFormat& format, const ClipSettings& settings)
@@ -205,13 +235,30 @@ bool isFrameName(const std::string& name) {
 
 std::unique_ptr<ClipWriter> encodeInto(PendingOutput* file, const OutputFormat& format,
                                        const ClipSettings& settings) {
-    const Codec& codec = codecFor(format, settings.encoder);
-    if (std::min(settings.size.width, settings.size.height) < codec.least_side)
-        throw Error(file->path() + ": " + std::string(codec.name) + " has sides of " +
-                    std::to_string(codec.least_side) + " pixels or more");
+    const Codec& codec = codecFor(*file, format, settings);
+    if (format.kind == OutputKind::kStill)
+        return std::make_unique<StillEncoder>(file, codec, settings.encoder);
     if (codec.words.empty())
         return std::make_unique<PlainFrames>(file->descriptor(), file->path(), codec, settings);
-    return std::make_unique<FfmpegEncoder>(file, format, codec, settings);
+    return std::make_unique<FfmpegEncoder>(file, codec, addedFrames(codec, settings),
+                                           clipWords(format, codec, settings));
+}
+
+std::unique_ptr<ClipWriter> keepInto(PendingOutput* file, const OutputFormat& format,
+                                     const ClipSettings& settings) {
+    const Codec& codec = codecFor(*file, format, settings);
+    // The fastest of ffmpeg's lossless codecs: of a photo's frames it leaves a third.
+    return std::make_unique<FfmpegEncoder>(
+        file, codec, addedFrames(codec, settings),
+        codec.halves_colours ? "-c:v utvideo -f nut" : "-c:v utvideo -pix_fmt gbrp -f nut");
+}
+
+void encodeKept(const PendingOutput& frames, PendingOutput* file, const OutputFormat& format,
+                const ClipSettings& settings) {
+    const Codec& codec = codecFor(format, settings.encoder);
+    std::vector<std::string> input = split("-protocol_whitelist file -f nut -i");
+    input.push_back(nameFor(frames));
+    FfmpegEncoder(file, codec, input, clipWords(format, codec, settings), &frames).finish();
 }
 
 std::unique_ptr<ClipWriter> openClip(const std::string& path, const OutputFormat& format,
@@ -219,11 +266,10 @@ std::unique_ptr<ClipWriter> openClip(const std::string& path, const OutputFormat
     if (format.kind > OutputKind::kFolder)
         throw Error(path + ": " + std::string(format.name) + " has no frames");
     const Codec& codec = codecFor(format, settings.encoder);
-    if (format.kind == OutputKind::kStill) return std::make_unique<StillWriter>(path, codec, settings);
     if (format.kind == OutputKind::kFolder)
         return std::make_unique<FolderWriter>(path, settings.force, format, settings.encoder);
     // What other programs read as it comes would fill the memory.
-    if (path == kStandardOutput && codec.words.empty())
+    if (path == kStandardOutput && format.kind == OutputKind::kClip && codec.words.empty())
         return std::make_unique<PlainFrames>(settings.standard_output, "standard output", codec, settings);
     return std::make_unique<FileWriter>(path, format, settings);
 }

@@ -39,11 +39,20 @@ struct ClipSettings {
 /// Whether a folder's writer may take a file of this name for a frame of an earlier clip, and replace it.
 bool isFrameName(const std::string& name);
 
-/// A writer of a clip that it puts into `file`, which stays open, is given nothing else until `finish`, and
-/// is not committed: the same frames can be compressed by several settings, and the best clip be kept.
-/// Throws Error (no ffmpeg).
+/// A writer of a clip or a still that it puts into `file`, which stays open, is given nothing else until
+/// `finish`, and is not committed. Throws Error (no ffmpeg).
 std::unique_ptr<ClipWriter> encodeInto(PendingOutput* file, const OutputFormat& format,
                                        const ClipSettings& settings);
+
+/// The same for frames that are to be compressed by several settings: without loss, in at most 3 bytes a
+/// pixel and usually one. For clips that ffmpeg writes.
+std::unique_ptr<ClipWriter> keepInto(PendingOutput* file, const OutputFormat& format,
+                                     const ClipSettings& settings);
+
+/// Puts a clip of `frames`, which keepInto's writer has written, into `file`; it is the one that encodeInto
+/// would have made of them. Throws Error, and Cancelled after a signal.
+void encodeKept(const PendingOutput& frames, PendingOutput* file, const OutputFormat& format,
+                const ClipSettings& settings);
 
 /// A writer for `path`, of the format that outputFormat gave for it; a still is exactly one frame. Most clips
 /// go through the `ffmpeg` program. To standard output y4m and rgba go frame by frame, all else at once when

@@ -42,10 +42,10 @@ std::vector<std::string> withinCores(std::vector<std::string> words) {
 
 }  // namespace
 
-Ffmpeg::Ffmpeg(const std::vector<std::string>& words, int kept) : m_errors(memoryFile()) {
+Ffmpeg::Ffmpeg(const std::vector<std::string>& words, std::vector<int> kept) : m_errors(memoryFile()) {
     Connection input = connection();
     m_input = std::move(input.here);
-    m_process = start(withinCores(words), {input.there.number(), -1, m_errors.number(), {kept}});
+    m_process = start(withinCores(words), {input.there.number(), -1, m_errors.number(), std::move(kept)});
 }
 
 bool Ffmpeg::write(const void* bytes, size_t size) { return sendAll(m_input, bytes, size); }

@@ -13,9 +13,9 @@ namespace quorvane::media {
 /// A running ffmpeg that reads its input from this process. Killed by the destructor.
 class Ffmpeg {
   public:
-    /// Starts `words[0]` with the other words as its arguments; `kept` stays open in it. Throws Error when it
+    /// Starts `words[0]` with the other words as its arguments; `kept` stay open in it. Throws Error when it
     /// cannot be started.
-    Ffmpeg(const std::vector<std::string>& words, int kept);
+    Ffmpeg(const std::vector<std::string>& words, std::vector<int> kept);
 
     /// False when ffmpeg has gone away. Throws Cancelled after a signal.
     bool write(const void* bytes, size_t size);
