@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "apps/quorvane/drawing/motion.h"
 #include "apps/quorvane/drawing/view_options.h"
 #include "apps/quorvane/terminal/numbers.h"
@@ -43,6 +45,48 @@ TEST(ParsePictureSize, RefusesEverythingElse) {
                              "10X10",
                              "Photo"})
         EXPECT_THROW(parsePictureSize(text), UsageError) << text;
+}
+
+TEST(ParseBytes, UnitsOfThousandsAndOf1024) {
+    const std::pair<const char*, int64_t> cases[] = {{"8MB", 8'000'000},
+                                                     {"8MiB", 8'388'608},
+                                                     {"500KB", 500'000},
+                                                     {"500KiB", 512'000},
+                                                     {"1.5 MB", 1'500'000},
+                                                     {"8mb", 8'000'000},
+                                                     {"2GB", 2'000'000'000},
+                                                     {"1gib", 1'073'741'824},
+                                                     {"8.2MB", 8'200'000},
+                                                     {".5KB", 500},
+                                                     {"1B", 1},
+                                                     {"1.9B", 1},
+                                                     {"1000GB", 1000'000'000'000}};
+    for (const auto& [text, bytes] : cases) EXPECT_EQ(parseBytes("--fit", text), bytes) << text;
+}
+
+TEST(ParseBytes, RefusesEverythingElseAndSaysWhatIsWanted) {
+    for (const char* text : {"", "8", "MB", "8M", "8 M B", "8MBs", "-8MB", "0MB", "0.0001KB", "1,5MB",
+                             "1e3KB", "8..1MB", "1001GB", "0x8MB", " 8MB", "8MB ", "nanMB"}) {
+        try {
+            parseBytes("--fit", text);
+            ADD_FAILURE() << text;
+        } catch (const UsageError& error) {
+            EXPECT_THAT(error.what(), testing::StartsWith("--fit " + std::string(text) + ": "));
+            EXPECT_THAT(error.what(), HasSubstr("such as 8MB, 500KB or 10MiB"));
+        }
+    }
+}
+
+TEST(TextOfBytes, ThreeDigits) {
+    EXPECT_EQ(textOfBytes(0), "0 B");
+    EXPECT_EQ(textOfBytes(94), "94 B");
+    EXPECT_EQ(textOfBytes(1000), "1 KB");
+    EXPECT_EQ(textOfBytes(812'345), "812 KB");
+    EXPECT_EQ(textOfBytes(7'620'000), "7.62 MB");
+    EXPECT_EQ(textOfBytes(8'200'000), "8.2 MB");
+    EXPECT_EQ(textOfBytes(10'420'224), "10.4 MB");
+    EXPECT_EQ(textOfBytes(500'000'000), "500 MB");
+    EXPECT_EQ(textOfBytes(16'000'000), "16 MB");
 }
 
 TEST(ParseFrame, TakesAutoOrAPart) {

@@ -353,7 +353,7 @@ const Option* optionOf(const CommandLine& command, const std::string& name) {
 /// Some text that the option takes and that is not what it is by default.
 std::string acceptedBy(const Option& option) {
     std::vector<std::string> tries = option.words();
-    tries.insert(tries.end(), {"true", "2", "0.5", "1", "0.5,0.5", "60", "3", "sbs", "quilt:2x2"});
+    tries.insert(tries.end(), {"true", "2", "0.5", "1", "0.5,0.5", "60", "3", "8MB", "sbs", "quilt:2x2"});
     for (const std::string& text : tries) {
         if (text == option.value()) continue;
         try {

@@ -2,8 +2,9 @@
 
 #include <unistd.h>
 
-#include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -14,6 +15,8 @@
 #include "apps/quorvane/commands/profile_options.h"
 #include "apps/quorvane/drawing/clip_drawing.h"
 #include "apps/quorvane/drawing/encoding_options.h"
+#include "apps/quorvane/drawing/fit_options.h"
+#include "apps/quorvane/drawing/fitting.h"
 #include "apps/quorvane/drawing/mesh.h"
 #include "apps/quorvane/drawing/motion_timing.h"
 #include "apps/quorvane/drawing/page.h"
@@ -39,6 +42,11 @@ using media::OutputKind;
 constexpr int kNoLimit = 1 << 30;
 constexpr int kLargestFrame = 16384;  // pixels a side
 
+// A .gif is large for what it shows.
+constexpr int kLongestGifSide = 480;
+constexpr FrameCount kUsualGif = {80, 20};
+constexpr int64_t kSurprisingGif = 20'000'000;  // bytes
+
 /// Whether it shows one moment.
 bool standsStill(OutputKind kind) { return kind == OutputKind::kStill || kind == OutputKind::kPair; }
 
@@ -48,6 +56,9 @@ struct RenderOptions {
     Talk talk;
     std::string out;
     EncodingOptions encoding;
+    FitOptions fit;
+    const media::Place* place = nullptr;  ///< from `fit`
+    std::optional<int64_t> limit;         ///< bytes of the file, from `fit`
     PictureOptions picture;
     ClipTiming timing;
     FrameCount count;  ///< from `timing`
@@ -71,13 +82,25 @@ FrameCount usualWiggle(const media::OutputFormat& format) {
     return {shown_once ? kRate * kSeconds : 2, kRate};
 }
 
+/// What another clip has where nothing else is asked for.
+FrameCount usualCount(const media::OutputFormat& format, const media::Place* place) {
+    if (place != nullptr && place->fps > 0)
+        return {static_cast<int>(std::lround(place->seconds * place->fps)), place->fps};
+    return format.word == "gif" ? kUsualGif : FrameCount();
+}
+
+bool isWiggle(const RenderOptions& options) {
+    return options.stereo.layout && options.stereo.layout->kind == StereoKind::kWiggle;
+}
+
 /// Counts the frames, and gives the motion its timing.
 void settle(const media::OutputFormat& format, RenderOptions* options) {
     const MotionTiming& timing = options->timing.motion;
     Motion& motion = options->picture.motion;
-    const bool wiggles = options->stereo.layout && options->stereo.layout->kind == StereoKind::kWiggle;
+    const bool wiggles = isWiggle(*options);
     options->count = wiggles ? countFrames(options->timing, 0.0, usualWiggle(format))
-                             : countFrames(options->timing, ownSeconds(motion, timing));
+                             : countFrames(options->timing, ownSeconds(motion, timing),
+                                           usualCount(format, options->place));
     const bool moves = format.kind == OutputKind::kClip || format.kind == OutputKind::kFolder;
     if (moves && !wiggles) motion = timed(motion, timing, options->count);
 }
@@ -91,7 +114,9 @@ const media::OutputFormat& check(RenderOptions* asked) {
     if (options.out == kStandardOutput && isatty(STDOUT_FILENO) == 1)
         throw UsageError(
             "-o -: standard output is a terminal; lead it to a program or a file, as in | ffplay -");
+    asked->place = settlePlace(options.fit, options.out, &asked->encoding, &asked->picture);
     const media::OutputFormat& format = parseOutput(options.out, options.encoding);
+    asked->limit = limitOf(options.fit, options.place, options.out, format);
     settle(format, asked);
     asked->view.moves = format.kind == OutputKind::kClip;
     const auto stereo = stereoFor(options.stereo, format);
@@ -134,8 +159,7 @@ void noteIdleOptions(const RenderOptions& options, OutputKind kind) {
               "a page (" + media::extensionsOf(OutputKind::kPage, " or ") + ") has texts");
     if (!options.stereo.layout && kind != OutputKind::kPair)
         noteGiven(options.of_stereo, options, "picture", "one view is drawn");
-    const bool wiggles = options.stereo.layout && options.stereo.layout->kind == StereoKind::kWiggle;
-    if (wiggles) noteGiven(options.of_motion, options, "wiggle", "it goes from eye to eye");
+    if (isWiggle(options)) noteGiven(options.of_motion, options, "wiggle", "it goes from eye to eye");
     if (kind == OutputKind::kMesh)
         return noteGiven(options.of_stereo, options, "mesh", "other programs choose the view");
     if (!standsStill(kind)) return;
@@ -151,31 +175,40 @@ void keep(const std::vector<std::string>& inputs, const RenderOptions& options,
     if (format.kind == OutputKind::kFolder) refuseInputAsFrame(inputs, options.out);
 }
 
+/// Pixels of the longer side, where no other are asked for.
+int usualLongest(const RenderOptions& options, const media::OutputFormat& format) {
+    if (options.place != nullptr) return options.place->longest;
+    if (format.kind == OutputKind::kPage || format.kind == OutputKind::kMesh) return kLongestPageSide;
+    return format.word == "gif" ? kLongestGifSide : kLongestSide;
+}
+
 /// Of one view.
 Size chooseSize(const RenderOptions& options, Size photo, const media::OutputFormat& format) {
-    if (options.stereo.layout) {
-        const Stereo& stereo = *options.stereo.layout;
-        const Size view = sizeOf(options.picture, photo, usualLongestView(stereo, photo, kLongestSide),
-                                 hasEvenSides(format));
-        return joinableSize(stereo, view, hasEvenSides(format));
-    }
-    const bool draws_itself = format.kind == OutputKind::kPage || format.kind == OutputKind::kMesh;
-    const int longest = draws_itself ? kLongestPageSide : kLongestSide;
-    return sizeOf(options.picture, photo, longest, hasEvenSides(format));
+    const int usual = usualLongest(options, format);
+    const bool even = hasEvenSides(format);
+    if (!options.stereo.layout) return sizeOf(options.picture, photo, usual, even);
+    const Stereo& stereo = *options.stereo.layout;
+    const Size view = sizeOf(options.picture, photo, usualLongestView(stereo, photo, usual), even);
+    return joinableSize(stereo, view, even);
+}
+
+/// For frames of that size.
+media::ClipSettings clipSettings(const RenderOptions& options, Size size) {
+    return {size, options.count.fps, options.force, options.encoding.encoder, -1, options.timing.motion.once};
 }
 
 /// The codec's own number.
 int qualityFor(const media::OutputFormat& format, const EncodingOptions& options) {
     const media::Codec& codec = codecFor(format, options.encoder);
-    return ownQuality(codec, options.encoder.quality.value_or(codec.usual_quality));
+    return static_cast<int>(ownQuality(codec, options.encoder.quality.value_or(codec.usual_quality)));
 }
 
 std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, const media::OutputFormat& format,
                                               Size size, int standard_output) {
+    media::ClipSettings settings = clipSettings(options, size);
+    settings.standard_output = standard_output;
     try {
-        return media::openClip(options.out, format,
-                               {size, options.count.fps, options.force, options.encoding.encoder,
-                                standard_output, options.timing.motion.once});
+        return media::openClip(options.out, format, settings);
     } catch (const FolderNotEmpty& error) {
         throw Error(error.what() + std::string("; --force replaces the numbered frames in it"));
     }
@@ -220,7 +253,100 @@ media::SharePage pageOf(const RenderOptions& options, Size size, Input input) {
     return page;
 }
 
-Rendered render(RenderOptions options) {
+/// A view that is ready to draw from all places of the route.
+View readyView(const RenderOptions& options, const std::optional<Stereo>& stereo, Size size,
+               const Route& route, DepthSource source, Input input, StageTimes* times) {
+    View view = times->measure(Stage::kSetUp, [&] { return View(options.view, options.talk, size); });
+    const PlannedInput planned = times->measure(Stage::kFit, [&] {
+        const auto whole = [&] { return readPhoto(options.input, source); };
+        return view.plan({std::move(input.photo), input.photo_size, whole}, input.depth.plane, route.path);
+    });
+    times->measure(Stage::kUpload, [&] {
+        view.upload(planned);
+        if (stereo && showsDepth(*stereo)) view.keepDepth(planned, input.depth.plane);
+    });
+    return view;
+}
+
+struct Drawn {
+    int frames;
+    int writers;  ///< threads
+};
+
+/// Draws all frames, their views of `size`, and gives them to `writer`, which has finished then.
+Drawn drawClip(const RenderOptions& options, const media::OutputFormat& format, Size size, DepthSource source,
+               Input input, media::ClipWriter* writer, StandardOutputTo* timings, StageTimes* times) {
+    const std::optional<Stereo> stereo = stereoFor(options.stereo, format);
+    const Route route = routeFor(options, format, stereo);
+    View view = readyView(options, stereo, size, route, std::move(source), std::move(input), times);
+    const int frames = static_cast<int>(route.positions.size());
+    const int views = stereo ? static_cast<int>(viewsAround(*stereo, {}).size()) : 1;
+    const Writers writers = planWriters(format, frames, size, view.supersample(), views);
+    Progress progress(frames, options.talk.quiet);
+    drawFrames(route.positions, stereo, size, writers, &view, writer, times,
+               [&progress](int drawn) { progress.step(drawn); });
+    timings->require();
+    times->measure(Stage::kEncode, [&] { writer->finish(); });
+    return {frames, writers.threads};
+}
+
+/// The size of a picture, which has several views where it is stereo. Throws UsageError where it is too
+/// large.
+Size frameSize(const std::optional<Stereo>& stereo, Size view) {
+    const Size size = stereo ? joinedSize(*stereo, view) : view;
+    if (size.width > kLargestFrame || size.height > kLargestFrame)
+        throw UsageError("--stereo: views of " + textOf(view) + " make a picture of " + textOf(size) +
+                         ", whose sides are at most " + std::to_string(kLargestFrame) +
+                         "; --size makes them smaller");
+    return size;
+}
+
+/// As drawClip, as often as it takes for a file that fits.
+Drawn drawFitting(const RenderOptions& asked, const RenderOptions& options, const media::OutputFormat& format,
+                  Size size, const DepthSource& source, const Input& input, StandardOutputTo* timings,
+                  StageTimes* times) {
+    const std::optional<Stereo> stereo = stereoFor(options.stereo, format);
+    const bool even = hasEvenSides(format);
+    const auto size_at = [&](int longest) {
+        const Size smaller = scaledPictureSize(size, longest, even);
+        return stereo ? joinableSize(*stereo, smaller, even) : smaller;
+    };
+    Drawn drawn = {0, 1};
+    const auto draw = [&](Size now, int fps) {
+        RenderOptions again = options;
+        again.picture.motion = asked.picture.motion;
+        if (fps != options.count.fps) {
+            again.timing.seconds = static_cast<double>(options.count.frames) / options.count.fps;
+            again.timing.fps = fps;
+        }
+        settle(format, &again);
+        // What there is to say of the picture has been said.
+        if (drawn.frames > 0) again.talk = {0, true};
+        std::unique_ptr<media::KeptClip> clip =
+            media::keepClip(options.out, format, clipSettings(again, frameSize(stereo, now)));
+        const Drawn more = drawClip(again, format, now, source, input, clip.get(), timings, times);
+        drawn = {drawn.frames + more.frames, more.writers};
+        return clip;
+    };
+    drawToFit(
+        {options.out, format, options.encoding.encoder, *options.limit, size, options.count.fps, size_at,
+         options.encoding.encoder.quality.has_value(), options.picture.size.has_value(),
+         options.timing.fps || options.timing.frames || isWiggle(options), options.fit.limit.has_value()},
+        options.talk, draw);
+    return drawn;
+}
+
+/// Says so where a .gif has become larger than most people expect.
+void noteLargeGif(const RenderOptions& options) {
+    std::error_code unknown;
+    const auto bytes = static_cast<int64_t>(std::filesystem::file_size(options.out, unknown));
+    if (!unknown && bytes > kSurprisingGif)
+        std::fprintf(stderr, "gif: %s; --fit 8MB makes it fit, and an .mp4 or .webp shows more in less\n",
+                     textOfBytes(bytes).c_str());
+}
+
+Rendered render(const RenderOptions& asked) {
+    RenderOptions options = asked;
     const media::OutputFormat& format = check(&options);
     const std::optional<Stereo> stereo = stereoFor(options.stereo, format);
     refuseSameOutput(options.out, options.view.timings, "picture and timings");
@@ -262,61 +388,36 @@ Rendered render(RenderOptions options) {
         if (!options.talk.quiet) noteIdleOptions(options, format.kind);
         return rendered;
     }
-    const Size frame_size = stereo ? joinedSize(*stereo, size) : size;
-    if (frame_size.width > kLargestFrame || frame_size.height > kLargestFrame)
-        throw UsageError("--stereo: views of " + textOf(size) + " make a picture of " + textOf(frame_size) +
-                         ", whose sides are at most " + std::to_string(kLargestFrame) +
-                         "; --size makes them smaller");
-    const bool is_pair = format.kind == OutputKind::kPair;
-    std::optional<PendingOutput> pair;
-    std::unique_ptr<media::ClipWriter> writer;
-    if (is_pair)
-        pair.emplace(options.out, timings.descriptor());
-    else
-        writer = times.measure(Stage::kSetUp,
-                               [&] { return openOutput(options, format, frame_size, timings.descriptor()); });
-    View view = times.measure(Stage::kSetUp, [&] { return View(options.view, options.talk, size); });
-    const Route route = routeFor(options, format, stereo);
-    const bool shows_depth = stereo && showsDepth(*stereo);
-    {
-        const PlannedInput planned = times.measure(Stage::kFit, [&] {
-            const auto whole = [&] { return readPhoto(options.input, source); };
-            return view.plan({std::move(input.photo), input.photo_size, whole}, input.depth.plane,
-                             route.path);
-        });
-        times.measure(Stage::kUpload, [&] {
-            view.upload(planned);
-            if (shows_depth) view.keepDepth(planned, input.depth.plane);
-        });
-        input = {};
-        source = {};
-    }
-
-    if (is_pair) {
-        pair->fill(stereoPhoto(&view, *stereo, route.positions.front(), size, &times, format,
-                               qualityFor(format, options.encoding)));
+    if (format.kind == OutputKind::kPair) {
+        PendingOutput output(options.out, timings.descriptor());
+        const Route route = routeFor(options, format, stereo);
+        View view = readyView(options, stereo, size, route, std::move(source), std::move(input), &times);
+        output.fill(stereoPhoto(&view, *stereo, route.positions.front(), size, &times, format,
+                                qualityFor(format, options.encoding)));
         throwIfCancelled();
-        pair->commit();
+        output.commit();
         if (!options.talk.quiet) noteIdleOptions(options, format.kind);
         return rendered;
     }
-    const int frames = static_cast<int>(route.positions.size());
-    const int views = stereo ? static_cast<int>(viewsAround(*stereo, {}).size()) : 1;
-    const Writers writers = planWriters(format, frames, size, view.supersample(), views);
-    {
-        Progress progress(frames, options.talk.quiet);
-        drawFrames(route.positions, stereo, size, writers, &view, writer.get(), &times,
-                   [&progress](int drawn) { progress.step(drawn); });
-        timings.require();
-        times.measure(Stage::kEncode, [&] { writer->finish(); });
-        timings.commit();
+    Drawn drawn = {};
+    if (options.limit) {
+        drawn = drawFitting(asked, options, format, size, source, input, &timings, &times);
+    } else {
+        const std::unique_ptr<media::ClipWriter> writer = times.measure(Stage::kSetUp, [&] {
+            return openOutput(options, format, frameSize(stereo, size), timings.descriptor());
+        });
+        drawn = drawClip(options, format, size, std::move(source), std::move(input), writer.get(), &timings,
+                         &times);
     }
+    timings.commit();
     if (!options.talk.quiet) {
         noteIdleOptions(options, format.kind);
-        if (stereo && format.kind != OutputKind::kFolder && options.out != kStandardOutput)
-            suggestName(options.out, *stereo, size);
+        if (options.out != kStandardOutput) {
+            if (stereo && format.kind != OutputKind::kFolder) suggestName(options.out, *stereo, size);
+            if (format.word == "gif" && !options.limit) noteLargeGif(options);
+        }
     }
-    if (options.stats) std::fputs(times.table(frames, writers.threads).c_str(), stderr);
+    if (options.stats) std::fputs(times.table(drawn.frames, drawn.writers).c_str(), stderr);
     return rendered;
 }
 
@@ -333,9 +434,11 @@ Size sizeInFile(const std::string& photo) {
 
 OutputEnding endingOf(const RenderOptions& options) {
     OutputEnding ending;
+    std::string_view word = options.encoding.format;
+    if (word.empty() && !options.fit.place.empty()) word = media::rowsOf(options.fit.place).front()->format;
     const media::OutputFormat* format = std::begin(media::kOutputFormats);
     for (const media::OutputFormat& known : media::kOutputFormats)
-        if (known.word == options.encoding.format && !known.extension.empty()) format = &known;
+        if (known.word == word && !known.extension.empty()) format = &known;
     ending.extension = format->extension;
     if (options.stereo.layout) {
         const bool has_aspect = options.stereo.layout->kind == StereoKind::kQuilt;
@@ -347,7 +450,8 @@ OutputEnding endingOf(const RenderOptions& options) {
 
 void addMotionOptions(CommandLine* line, RenderOptions* options) {
     addClipTiming(line, &options->timing);
-    const AddedPictureOptions added = addPictureOptions(line, "1920, in a page 2048", &options->picture);
+    const AddedPictureOptions added =
+        addPictureOptions(line, "1920, in a page 2048, in a .gif 480", &options->picture);
     options->of_motion = {&added.motion, &added.motion_file, &added.amount};
     options->of_frames.push_back(
         &line->parsed(
@@ -364,6 +468,7 @@ void addMotionOptions(CommandLine* line, RenderOptions* options) {
 /// What may be the same for many photos, but for where the depth comes from.
 void addPictureAndViewOptions(CommandLine* line, RenderOptions* options) {
     addEncodingOptions(line, &options->encoding);
+    addFitOptions(line, &options->fit);
     addMotionOptions(line, options);
     options->of_pages.push_back(
         &line->text("--alt", &options->alt, "in a page: what the photo shows, for people who do not see it")

@@ -119,13 +119,13 @@ void addClipTiming(CommandLine* line, ClipTiming* timing) {
     Option& frames =
         line->parsed(
                 "--frames", [timing](const std::string& text) { timing->frames = parseFrames(text); },
-                "frames in the loop (1 to 99999, default 120)")
+                "frames in the loop (1 to 99999, default 120; in a .gif 80)")
             .called("N");
     Option& fps =
         line->parsed(
                 "--fps",
                 [timing](const std::string& text) { timing->fps = parseWhole("--fps", text, 1, kMostFps); },
-                "frames a second (1 to 240, default 30)")
+                "frames a second (1 to 240, default 30; in a .gif 20)")
             .called("N");
     Option& seconds = line->parsed(
                               "--seconds",

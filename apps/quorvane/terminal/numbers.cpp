@@ -1,14 +1,20 @@
 #include "apps/quorvane/terminal/numbers.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstdlib>
+#include <iterator>
+#include <utility>
 
+#include "apps/quorvane/terminal/text.h"
 #include "apps/quorvane/terminal/usage_error.h"
 
 namespace quorvane::app {
 namespace {
 
 constexpr double kLargestSide = 16384.0;
+constexpr double kMostBytes = 1e12;
 
 }  // namespace
 
@@ -48,6 +54,46 @@ PictureSize parsePictureSize(const std::string& text) {
     throw UsageError("--size " + text +
                      ": WxH or the longer side in pixels, each 1 to 16384, or photo is wanted, such as "
                      "1280x720");
+}
+
+int64_t parseBytes(const std::string& name, const std::string& text) {
+    constexpr std::pair<const char*, double> kUnits[] = {{"b", 1.0},
+                                                         {"kb", 1e3},
+                                                         {"mb", 1e6},
+                                                         {"gb", 1e9},
+                                                         {"kib", 1024.0},
+                                                         {"mib", 1024.0 * 1024.0},
+                                                         {"gib", 1024.0 * 1024.0 * 1024.0}};
+    const size_t end = std::min(text.find_first_not_of("0123456789."), text.size());
+    const size_t start = std::min(text.find_first_not_of(' ', end), text.size());
+    std::string unit = text.substr(start);
+    std::transform(unit.begin(), unit.end(), unit.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const auto* known = std::find_if(std::begin(kUnits), std::end(kUnits),
+                                     [&unit](const auto& one) { return unit == one.first; });
+    double value = 0.0;
+    if (known != std::end(kUnits) && parseNumber(text.substr(0, end), &value)) {
+        // 8.2 times a million is a little less in floating point.
+        const double bytes = std::floor(value * known->second + 1e-3);
+        if (bytes >= 1.0 && bytes <= kMostBytes) return static_cast<int64_t>(bytes);
+    }
+    throw UsageError(
+        name + " " + text +
+        ": a size is wanted, such as 8MB, 500KB or 10MiB: a number and B, KB, MB, GB (of 1000) or "
+        "KiB, MiB, GiB (of 1024)");
+}
+
+std::string textOfBytes(int64_t bytes) {
+    double value = static_cast<double>(bytes);
+    const char* const units[] = {"B", "KB", "MB", "GB", "TB"};
+    size_t unit = 0;
+    for (; value >= 1000.0 && unit + 1 < std::size(units); ++unit) value /= 1000.0;
+    const int decimals = unit == 0 || value >= 100.0 ? 0 : value >= 10.0 ? 1 : 2;
+    std::string text = formatted("%.*f", decimals, value);
+    // Zeros behind the point say nothing.
+    if (decimals > 0) text.erase(text.find_last_not_of("0") + 1);
+    if (text.back() == '.') text.pop_back();
+    return text + " " + units[unit];
 }
 
 std::string textOf(Size size) { return std::to_string(size.width) + "x" + std::to_string(size.height); }

@@ -1,6 +1,7 @@
 #ifndef QUORVANE_APPS_TERMINAL_NUMBERS_H
 #define QUORVANE_APPS_TERMINAL_NUMBERS_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -26,6 +27,14 @@ struct PictureSize {
 
 /// "WxH", "N" or "photo" of --size: sides 1..16384. Throws UsageError.
 PictureSize parsePictureSize(const std::string& text);
+
+/// A size of files of option `name`: a number and its unit, "8MB", "1.5 MiB" or "500kb". B, KB, MB and GB go
+/// by thousands, KiB, MiB and GiB by 1024, in whatever case; part of a byte is dropped. At least one byte, at
+/// most a million million. Throws UsageError.
+int64_t parseBytes(const std::string& name, const std::string& text);
+
+/// A number of bytes, not negative, in decimal units and three digits: "7.62 MB", "812 KB", "94 B".
+std::string textOfBytes(int64_t bytes);
 
 /// As text: "1280x720".
 std::string textOf(Size size);
