@@ -1,15 +1,23 @@
 plugins {
     id("com.android.library")
+    id("maven-publish")
 }
+
+fun stated(name: String) = providers.gradleProperty(name).get()
 
 android {
     namespace = "quorvane.parallax"
-    compileSdk = 35
-    ndkVersion = "27.2.12479018"
+    compileSdk = 36
+    ndkVersion = "28.2.13676358"
+    // No Kotlin here, so no app gets its library from here.
+    enableKotlin = false
 
     defaultConfig {
         minSdk = 24
         consumerProguardFiles("proguard.txt")
+        aarMetadata {
+            minCompileSdk = 24
+        }
         externalNativeBuild {
             cmake {
                 targets("quorvane_jni")
@@ -34,14 +42,52 @@ android {
     }
 
     compileOptions {
-        sourceCompatibility = JavaVersion.VERSION_1_8
-        targetCompatibility = JavaVersion.VERSION_1_8
+        sourceCompatibility = JavaVersion.VERSION_11
+        targetCompatibility = JavaVersion.VERSION_11
     }
 
     // The sources serve a system image's build too and lie outside this module.
     sourceSets {
         getByName("main").java.srcDir("../java")
         getByName("test").java.srcDir("../../tests/android/java")
+    }
+
+    publishing {
+        singleVariant("release") {
+            withSourcesJar()
+            withJavadocJar()
+        }
+    }
+}
+
+publishing {
+    publications {
+        register<MavenPublication>("release") {
+            groupId = stated("quorvane.group")
+            artifactId = stated("quorvane.artifact")
+            version = Regex("#define QUORVANE_VERSION \"(.*)\"")
+                .find(file("../../include/quorvane/version.h").readText())!!.groupValues[1]
+            pom {
+                name = stated("quorvane.name")
+                description = stated("quorvane.description")
+                licenses {
+                    license {
+                        name = stated("quorvane.licence")
+                        url = stated("quorvane.licenceUrl")
+                        distribution = "repo"
+                    }
+                }
+            }
+            afterEvaluate {
+                from(components["release"])
+            }
+        }
+    }
+    repositories {
+        maven {
+            name = "folder"
+            url = uri("../../out/maven")
+        }
     }
 }
 

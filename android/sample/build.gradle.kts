@@ -4,19 +4,20 @@ plugins {
 
 android {
     namespace = "quorvane.sample"
-    compileSdk = 35
+    compileSdk = 36
+    enableKotlin = false
 
     defaultConfig {
         applicationId = "quorvane.sample"
         minSdk = 24
-        targetSdk = 35
+        targetSdk = 36
         versionCode = 1
         versionName = "0.1.0"
     }
 
     compileOptions {
-        sourceCompatibility = JavaVersion.VERSION_1_8
-        targetCompatibility = JavaVersion.VERSION_1_8
+        sourceCompatibility = JavaVersion.VERSION_11
+        targetCompatibility = JavaVersion.VERSION_11
     }
 }
 

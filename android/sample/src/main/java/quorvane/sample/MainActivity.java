@@ -2,6 +2,7 @@ package quorvane.sample;
 
 import android.app.Activity;
 import android.os.Bundle;
+import android.util.Log;
 import android.widget.Toast;
 import quorvane.parallax.ParallaxPhotoView;
 
@@ -13,7 +14,10 @@ public final class MainActivity extends Activity {
         ParallaxPhotoView view = new ParallaxPhotoView(this);
         view.setContentDescription("a lake at dawn");
         view.setOnErrorListener(
-                sentence -> Toast.makeText(this, sentence, Toast.LENGTH_LONG).show());
+                sentence -> {
+                    Log.w("QuorvaneSample", sentence);
+                    Toast.makeText(this, sentence, Toast.LENGTH_LONG).show();
+                });
         view.setAssets("photo.jpg", "depth.png");
         setContentView(view);
     }
