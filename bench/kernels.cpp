@@ -98,6 +98,7 @@ Stage photoToGuide(int width, int height, int ratio, double times_reference) {
     std::vector<Goal> goals = {timesReference(times_reference)};
     if (ratio > 1) goals.push_back(timesAsFastAs(1, name(Kind::overlap)));
     if (ratio >= 16) goals.push_back(timesAsFastAs(0.9, "libyuv"));
+    if (ratio > 2) goals.push_back({"avx2", Goal::kTimesTheTimeOf, 2, "read"});
     return reduction("photo to guide, ratio " + std::to_string(ratio), width, height, ratio, true,
                      std::move(goals));
 }

@@ -1,8 +1,11 @@
 // bench_stages: times every stage on every path against its goals, limits and peers. See docs/performance.md.
 
+#include <sys/prctl.h>
+
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
 #include "report.h"
@@ -55,6 +58,12 @@ int runInstructionCounts(const Options& options) {
     return 0;
 }
 
+/// Has this process and those that it starts do without large pages, as a host that does not ask for them.
+void takeSmallPages() {
+    if (prctl(PR_SET_THP_DISABLE, 1, 0, 0, 0) != 0)
+        throw std::runtime_error("--pages small: this system's large pages cannot be switched off");
+}
+
 int run(const std::vector<std::string>& arguments) {
     Options options;
     for (size_t i = 0; i < arguments.size(); ++i) {
@@ -70,11 +79,14 @@ int run(const std::vector<std::string>& arguments) {
             options.folder = arguments[++i];
         else if (argument == "--only" && has_value)
             options.only = arguments[++i];
-        else {
-            std::fprintf(
-                stderr,
-                "bench_stages: unknown '%s'; known are --quick, --icount, --only STAGE, --out FOLDER\n",
-                argument.c_str());
+        else if (argument == "--pages" && has_value && arguments[i + 1] == "small") {
+            takeSmallPages();
+            ++i;
+        } else {
+            std::fprintf(stderr,
+                         "bench_stages: unknown '%s'; known are --quick, --icount, --only STAGE, --pages "
+                         "small, --out FOLDER\n",
+                         argument.c_str());
             return 2;
         }
     }

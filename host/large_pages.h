@@ -21,8 +21,8 @@ constexpr std::align_val_t alignmentFor(size_t bytes) {
 }
 
 /// Asks the system for large pages in memory that nothing has touched yet and that starts as alignmentFor
-/// says. The photo's reduction visits dozens of rows by turns, each in pages of its own: with small ones,
-/// looking the pages up takes up to a third of its time. Where the system has none, nothing happens.
+/// says. A photo has thousands of small ones, which are slower to come by and to look up. Where the system
+/// has none, nothing happens.
 inline void preferLargePages([[maybe_unused]] void* memory, [[maybe_unused]] size_t bytes) {
 #ifdef MADV_HUGEPAGE
     if (alignmentFor(bytes) != kLargePage) return;

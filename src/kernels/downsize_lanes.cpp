@@ -13,8 +13,8 @@
 //     pairSums(v, weights of the first half) + pairSums(w, weights of the second half)
 //
 // are the line sums of all outputs with slots that start in v, each still in ratio / 2 parts. The parts are
-// scaled by the row's vertical weight, summed over the window's rows, and summed up once an output. Two rows
-// of outputs are worked on together: where their windows overlap, a sample serves both.
+// scaled by the row's vertical weight, summed over the window's rows, and summed up once an output. Where the
+// windows of two rows of outputs overlap, a sample serves both.
 //
 // Number ranges. All weights but 256 fit a byte. The weights that meet in a part sum to at most 128, so a
 // part is at most 32640 and fits 16 bits with a sign; but ratio 2 has a single part a line, up to 65280, and
@@ -28,12 +28,8 @@
 namespace quorvane::QUORVANE_PATH {
 namespace {
 
-/// Of sums, for each of two rows of outputs.
+/// Of sums, for a row of a strip.
 constexpr int kVectors = 4;
-
-/// Rows of outputs that are worked on together. A window of one column has no sums to share.
-template <int kRatio>
-constexpr int kRows = kRatio == 1 ? 1 : 2;
 
 /// Parts of an output's sum that its vectors hold side by side.
 template <int kRatio>
@@ -99,6 +95,7 @@ class InnerColumns {
 template <bool kRgb, int kCount>
 class BorderColumns {
   public:
+    BorderColumns() = default;
     BorderColumns(int x, int limit) {
         for (int k = 0; k < kCount; ++k, x += kBytes) {
             const int start = clamped(x, limit - kBytes);
@@ -129,17 +126,17 @@ class BorderColumns {
     Vector m_vectors[kCount];
 };
 
-/// Adds the line sums of a row of the source to one row of outputs or to both, as its windows cover the row:
-/// scaled by the row's vertical weight in that window.
+/// Adds the line sums of a row of the source to the sums of one window or of two, kVectors of each: scaled by
+/// the row's vertical weight in that window, which every lane of `vertical` has.
 template <int kRatio, int kWindows, typename Columns>
-inline void addRow(i32* sums, const Columns& columns, const uint8_t* row, const int (&vertical)[kWindows]) {
+inline void addRow(i32* sums, const Columns& columns, const uint8_t* row, const i16 (&vertical)[kWindows]) {
     static constexpr SlotWeights<kRatio> kWeights;
     const auto weights = [](int vector) { return load(kWeights.bytes + kBytes * vector); };
     const auto add = [&](int k, auto parts) {
         QUORVANE_UNROLLED
         for (int n = 0; n < kWindows; ++n) {
             i32& sum = sums[n * kVectors + k];
-            sum = addWeightedPairs(sum, parts(), splat16(vertical[n]));
+            sum = addWeightedPairs(sum, parts(), vertical[n]);
         }
     };
     if constexpr (kRatio == 2) {
@@ -176,36 +173,27 @@ inline void addRow(i32* sums, const Columns& columns, const uint8_t* row, const 
     }
 }
 
-/// Sums up the parts of each output, rounds, and stores both rows of a strip.
+/// Sums up the parts of each output, rounds, and stores a row of a strip.
 template <int kRatio>
-inline void finish(i32* sums, int rounding, uint8_t* out, uint8_t* out_below) {
+inline void finish(i32* sums, int rounding, uint8_t* out) {
     if constexpr (kRatio == 2) {
         // The outputs of an even vector and of the odd one after it alternate.
-        i16 pairs[kVectors];
-        QUORVANE_UNROLLED
-        for (int k = 0; k < kVectors; ++k)
-            pairs[k] = (i16)(((sums[2 * k] + rounding) >> 16) | ((sums[2 * k + 1] + rounding) & ~0xffff));
-        store(out, narrow(pairs[0], pairs[1]));
-        store(out_below, narrow(pairs[2], pairs[3]));
+        const auto pairs = [&](int k) {
+            return (i16)(((sums[k] + rounding) >> 16) | ((sums[k + 1] + rounding) & ~0xffff));
+        };
+        store(out, narrow(pairs(0), pairs(2)));
     } else {
-        int count = 2 * kVectors;
+        int count = kVectors;
         QUORVANE_UNROLLED
         for (int parts = kParts<kRatio>; parts > 1; parts /= 2) {
-            count /= 2;
+            const int before = count;
+            count = before > 1 ? before / 2 : 1;
             QUORVANE_UNROLLED
-            for (int k = 0; k < count; ++k) sums[k] = addNeighbours(sums[2 * k], sums[2 * k + 1]);
+            for (int k = 0; k < count; ++k)
+                sums[k] = addNeighbours(sums[2 * k % before], sums[(2 * k + 1) % before]);
         }
-        const auto bytes = [&](int first) {
-            const auto rounded = [&](int k) { return (sums[(first + k) % count] + rounding) >> 16; };
-            return narrow(narrow(rounded(0), rounded(1)), narrow(rounded(2), rounded(3)));
-        };
-        constexpr int kOutputs = kStrip<kRatio>;
-        const u8 both = bytes(0);
-        store<kOutputs>(out, both);
-        if constexpr (kOutputs < kBytes)
-            store<kOutputs>(out_below, slide<kOutputs>(both, both));
-        else
-            store(out_below, bytes(4));
+        const auto rounded = [&](int k) { return (sums[k % count] + rounding) >> 16; };
+        store<kStrip<kRatio> >(out, narrow(narrow(rounded(0), rounded(1)), narrow(rounded(2), rounded(3))));
     }
 }
 
@@ -240,40 +228,159 @@ inline void reduceStrip1(const Reduction& r, const Columns& columns, int roundin
     }
 }
 
+/// Rows of the source that are read side by side: few enough for any processor to follow, enough for a
+/// strip's sums to stay in registers for a while.
+constexpr int kRowsAtOnce = 4;
+
+/// Strips with sums at a time: 16 KB at most, half of a small nearest cache.
+constexpr int kMostStrips = 64;
+
+/// Bytes from what is used to what is fetched, since processors by themselves stop at the border of a page.
+constexpr int kFetchedAhead = 768;
+
 template <int kCount>
 inline void fetch(const uint8_t* p) {
     QUORVANE_UNROLLED
     for (int i = 0; i < kCount; i += 64) prefetch(p + i);
 }
 
-/// The strip of rows j and j + 1 whose samples start at column x.
-template <int kRatio, bool kRgb, typename Columns>
-void reduceStrip(const Reduction& r, const Columns& columns, int x, int rounding, int j, uint8_t* out) {
-    const Kernels down = kernelsFor(r.down);
-    const int top = j * r.down - down.margin;
-    const int rows = down.taps + r.down;
-    constexpr int kHalfBytes = kStrip<kRatio> * kRatio * kPixelBytes<kRgb> / 2;
-    const int whole = 4 * r.down - rows;
-    i32 sums[2 * kVectors] = {};
-    for (int l = 0; l < rows; ++l) {
-        // The rows that only the next outputs need are fetched ahead, evenly: the first `whole` turns fetch a
-        // row each, the others half a row.
-        const int ahead = l < whole ? l : whole + (l - whole) / 2;
-        const bool second_half = l >= whole && (l - whole) % 2 != 0;
-        const uint8_t* next = clampedRow(r, top + rows + ahead) + ptrdiff_t{x} * kPixelBytes<kRgb>;
-        fetch<kHalfBytes>(second_half ? next + kHalfBytes : next);
-        if (l < whole) fetch<kHalfBytes>(next + kHalfBytes);
-
-        const uint8_t* row = clampedRow(r, top + l);
-        const auto weight = [&](int tap) { return down.vertical[tap]; };
-        if (l < r.down)
-            addRow<kRatio, 1>(sums, columns, row, {weight(l)});
-        else if (l < down.taps)
-            addRow<kRatio, 2>(sums, columns, row, {weight(l), weight(l - r.down)});
-        else
-            addRow<kRatio, 1>(sums + kVectors, columns, row, {weight(l - r.down)});
+/// Reduces up to kMostStrips strips of all rows. The source's rows pass by once and in order; a row's line
+/// sums are added to those of one window or of the two that cover it, which stay in the nearest cache.
+template <int kRatio, bool kRgb>
+class Walk {
+  public:
+    /// Takes the strips from `first` on. Columns 0..limit - 1 of the source are there.
+    Walk(const Reduction& r, int first, int limit) : m_r(r), m_first(first) {
+        const int left = stripsOf(r) - first;
+        m_count = left < kMostStrips ? left : kMostStrips;
+        const auto inside = [&](int s) {
+            const int x = column(s);
+            return x >= kSlack<kRgb> && x + kSamples<kRatio> * kBytes <= limit - kSlack<kRgb>;
+        };
+        m_inner = 0;
+        while (m_inner < m_count && !inside(m_inner)) ++m_inner;
+        m_inner_end = m_inner;
+        while (m_inner_end < m_count && inside(m_inner_end)) ++m_inner_end;
+        for (int s = 0; s < m_count; ++s)
+            if (!isInner(s)) m_border[borderOf(s)] = Border(column(s), limit);
     }
-    finish<kRatio>(sums, rounding, out, out + r.out_width);
+
+    /// The last strip of a row overlaps the one before it.
+    static int stripsOf(const Reduction& r) { return (r.out_width + kStrip<kRatio> - 1) / kStrip<kRatio>; }
+
+    void reduce(int rounding) {
+        const Kernels down = kernelsFor(m_r.down);
+        // Of a window, those that the one before it covers too.
+        const int shared = down.taps - m_r.down;
+        for (int j = 0; j <= m_r.out_height; ++j) {
+            const int top = j * m_r.down - down.margin;
+            i32(*newer)[kVectors] = m_sums[j % 2], (*older)[kVectors] = m_sums[1 - j % 2];
+            const int32_t* first = down.vertical;
+            const int32_t* last = down.vertical + m_r.down;
+            if (j == 0)
+                addRows<1>(top, shared, {first}, {newer});
+            else if (j < m_r.out_height)
+                addRows<2>(top, shared, {first, last}, {newer, older});
+            else
+                addRows<1>(top, shared, {last}, {older});
+            if (j > 0) finishRow(j - 1, rounding, older);
+            if (j < m_r.out_height) addRows<1>(top + shared, m_r.down - shared, {first + shared}, {newer});
+        }
+    }
+
+  private:
+    using Border = BorderColumns<kRgb, kSamples<kRatio> >;
+
+    /// One at the left border and two at the right one.
+    static constexpr int kMostAtBorders = 3;
+
+    int output(int s) const {
+        const int i = (m_first + s) * kStrip<kRatio>, last = m_r.out_width - kStrip<kRatio>;
+        return i < last ? i : last;
+    }
+    int column(int s) const { return output(s) * kRatio - kRatio / 2; }
+    bool isInner(int s) const { return s >= m_inner && s < m_inner_end; }
+    int borderOf(int s) const { return s < m_inner ? s : s - (m_inner_end - m_inner); }
+
+    /// Adds `count` rows from the row `top` on to the sums of the windows that all of them lie in; `weights`
+    /// are theirs in each.
+    template <int kWindows>
+    void addRows(int top, int count, const int32_t* const (&weights)[kWindows],
+                 i32 (*const (&windows)[kWindows])[kVectors]) {
+        int l = 0;
+        for (; l + kRowsAtOnce <= count; l += kRowsAtOnce)
+            addRowsAtOnce<kWindows, kRowsAtOnce>(top, l, weights, windows);
+        if (count - l >= 2) {
+            addRowsAtOnce<kWindows, 2>(top, l, weights, windows);
+            l += 2;
+        }
+        if (l < count) addRowsAtOnce<kWindows, 1>(top, l, weights, windows);
+    }
+
+    /// Those from `l` on.
+    template <int kWindows, int kRows>
+    void addRowsAtOnce(int top, int l, const int32_t* const (&weights)[kWindows],
+                       i32 (*const (&windows)[kWindows])[kVectors]) {
+        const uint8_t* rows[kRows];
+        i16 vertical[kRows][kWindows];
+        QUORVANE_UNROLLED
+        for (int k = 0; k < kRows; ++k) {
+            rows[k] = clampedRow(m_r, top + l + k);
+            QUORVANE_UNROLLED
+            for (int n = 0; n < kWindows; ++n) vertical[k][n] = splat16(weights[n][l + k]);
+        }
+        const auto add = [&](int s, const auto& columns) {
+            i32 sums[kWindows * kVectors];
+            QUORVANE_UNROLLED
+            for (int i = 0; i < kWindows * kVectors; ++i) sums[i] = windows[i / kVectors][s][i % kVectors];
+            QUORVANE_UNROLLED
+            for (int k = 0; k < kRows; ++k) addRow<kRatio, kWindows>(sums, columns, rows[k], vertical[k]);
+            QUORVANE_UNROLLED
+            for (int i = 0; i < kWindows * kVectors; ++i) windows[i / kVectors][s][i % kVectors] = sums[i];
+        };
+        for (int s = 0; s < m_inner; ++s) add(s, m_border[borderOf(s)]);
+        for (int s = m_inner; s < m_inner_end; ++s) {
+            const int x = column(s);
+            QUORVANE_UNROLLED
+            for (int k = 0; k < kRows; ++k)
+                fetch<kStrip<kRatio> * kRatio * kPixelBytes<kRgb> >(
+                    rows[k] + ptrdiff_t{x} * kPixelBytes<kRgb> + kFetchedAhead);
+            add(s, InnerColumns<kRgb>(x));
+        }
+        for (int s = m_inner_end; s < m_count; ++s) add(s, m_border[borderOf(s)]);
+    }
+
+    /// Stores row j, and clears its sums.
+    void finishRow(int j, int rounding, i32 (*sums)[kVectors]) {
+        uint8_t* out = m_r.out + ptrdiff_t{j} * m_r.out_width;
+        for (int s = 0; s < m_count; ++s) {
+            finish<kRatio>(sums[s], rounding, out + output(s));
+            for (i32& sum : sums[s]) sum = i32{};
+        }
+    }
+
+    const Reduction& m_r;
+    int m_first;
+    int m_count;      ///< strips
+    int m_inner;      ///< the first strip that lies inside the rows with all that is read
+    int m_inner_end;  ///< the one after the last of these
+    Border m_border[kMostAtBorders];
+    i32 m_sums[2][kMostStrips][kVectors] = {};  ///< of two rows of outputs
+};
+
+/// With a window of one column there are no sums to keep.
+template <bool kRgb>
+void reduce1(const Reduction& r, int rounding, int limit) {
+    for (int j = 0; j < r.out_height; ++j)
+        for (int i = 0; i < r.out_width; i += kStrip<1>) {
+            const int last = r.out_width - kStrip<1>;
+            const int x = i < last ? i : last;
+            uint8_t* out = r.out + static_cast<ptrdiff_t>(j) * r.out_width + x;
+            if (x >= kSlack<kRgb> && x + kSamples<1> * kBytes <= limit - kSlack<kRgb>)
+                reduceStrip1(r, InnerColumns<kRgb>(x), rounding, j, out);
+            else
+                reduceStrip1(r, BorderColumns<kRgb, kSamples<1> >(x, limit), rounding, j, out);
+        }
 }
 
 template <int kRatio, bool kRgb>
@@ -291,32 +398,16 @@ void reduce(const Reduction& r) {
         for (int l = 0; l < down.taps; ++l) sum_down += down.vertical[l];
         rounding += kLumaOffset * sum_across * sum_down;
     }
-
-    // The last strip of a row overlaps the one before it, and so may the last two rows.
-    const auto inside = [](int position, int last) { return position < last ? position : last; };
-    for (int band = 0; band < r.out_height; band += kRows<kRatio>) {
-        const int j = inside(band, r.out_height - kRows<kRatio>);
-        for (int i = 0; i < r.out_width; i += kStrip<kRatio>) {
-            const int first = inside(i, r.out_width - kStrip<kRatio>);
-            const int x = first * kRatio - kRatio / 2;
-            uint8_t* out = r.out + static_cast<ptrdiff_t>(j) * r.out_width + first;
-            const auto reduce_strip = [&](const auto& columns) {
-                if constexpr (kRatio == 1)
-                    reduceStrip1(r, columns, rounding, j, out);
-                else
-                    reduceStrip<kRatio, kRgb>(r, columns, x, rounding, j, out);
-            };
-            if (x >= kSlack<kRgb> && x + kSamples<kRatio> * kBytes <= limit - kSlack<kRgb>)
-                reduce_strip(InnerColumns<kRgb>(x));
-            else
-                reduce_strip(BorderColumns<kRgb, kSamples<kRatio> >(x, limit));
-        }
-    }
+    if constexpr (kRatio == 1)
+        reduce1<kRgb>(r, rounding, limit);
+    else
+        for (int first = 0; first < Walk<kRatio, kRgb>::stripsOf(r); first += kMostStrips)
+            Walk<kRatio, kRgb>(r, first, limit).reduce(rounding);
 }
 
 template <int kRatio>
 void reduceAcross(const Reduction& r) {
-    if (r.out_width < kStrip<kRatio> || r.out_height < kRows<kRatio>) return reference::downsize(r);
+    if (r.out_width < kStrip<kRatio>) return reference::downsize(r);
     if (r.rgb)
         reduce<kRatio, true>(r);
     else
