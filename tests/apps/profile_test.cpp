@@ -193,6 +193,23 @@ TEST_F(Profiles, OneCommandsProfileServesTheOthers) {
     EXPECT_NEAR(json::parse(inspected.out)["plan"]["frame"].get<double>(), 0.6, 1e-6);
 }
 
+TEST_F(Profiles, ABatchTakesOneForAllOfItsPhotos) {
+    writeBytes(folder / "p_depth.png", bytesOf(folder / "d.png"));
+    const std::string path = write(profile({{"depth_contrast", 12}}, {{"at", "1,0"}, {"size", "96x72"}}));
+    const Outcome outcome = quorvane({"batch", folder / "p.png", "-o", folder / "{name}-out.png",
+                                      "--renderer", "software", "--profile", path});
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    const Outcome alone =
+        quorvane({"render", folder / "p.png", "-o", folder / "alone.png", "--renderer", "software", "--set",
+                  "depth_contrast=12", "--at", "1,0", "--size", "96x72"});
+    EXPECT_EQ(alone.code, 0) << alone.err;
+    EXPECT_EQ(bytesOf(folder / "p-out.png"), bytesOf(folder / "alone.png"));
+    const Outcome refused = quorvane({"batch", folder / "p.png", "-o", folder / "{name}-two.png", "--profile",
+                                      write(profile(json::object(), {{"jobs", 2}}))});
+    EXPECT_NE(refused.code, 0);
+    EXPECT_THAT(refused.err, HasSubstr("options.jobs: not known"));
+}
+
 TEST_F(Profiles, AreWrittenWholeOrNotAtAll) {
     const std::string saved = folder / "saved.json";
     EXPECT_EQ(render("a.png", {"--set", "fov_scale=9", "--save-profile", saved}).code, 2);

@@ -124,27 +124,11 @@ void saveAround(const std::string& path, CommandLine* line, const ViewOptions& v
 const std::vector<std::string>& notOfPictures() {
     static const std::vector<std::string> names = {
         // Files that are written, and what kind of file stands where no extension says so.
-        "--out",
-        "--format",
-        "--force",
-        "--timings",
-        kFrom,
-        kTo,
-        // Of many photos.
-        "--null",
-        "--jobs",
-        "--resume",
-        "--fail-fast",
-        "--shard",
+        "--out", "--format", "--force", "--timings", kFrom, kTo,
+        // Which photos are drawn, and when.
+        "--null", "--jobs", "--resume", "--fail-fast", "--shard",
         // What is said, on the terminal and about the photo.
-        "--verbose",
-        "--quiet",
-        "--stats",
-        "--json",
-        "--alt",
-        "--title",
-        "--exit-codes",
-    };
+        "--verbose", "--quiet", "--stats", "--json", "--alt", "--title", "--exit-codes"};
     return names;
 }
 

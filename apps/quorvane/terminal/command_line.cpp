@@ -166,7 +166,7 @@ std::string Option::name() const { return longName(m_names); }
 
 bool Option::isFile() const {
     const auto is_called = [this](const char* name) { return m_value.rfind(name, 0) == 0; };
-    return isArgument() || is_called("FILE") || is_called("PATH") || is_called("FOLDER");
+    return isArgument() || is_called("FILE") || is_called("PATH") || is_called("FOLDER") || is_called("OUT");
 }
 
 void addOption(const std::string& name, const std::string& value, std::vector<std::string>* words) {

@@ -56,7 +56,8 @@ class Option {
     /// Whether it stands alone, without a value.
     bool isFlag() const { return m_value.empty(); }
 
-    /// Whether its value is a file's or folder's name: arguments, and what is called FILE..., PATH or FOLDER.
+    /// Whether its value is a file's or folder's name: arguments, and what is called FILE..., PATH, FOLDER
+    /// or OUT.
     bool isFile() const;
 
     bool isRepeated() const { return m_repeated; }
