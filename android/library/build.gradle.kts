@@ -16,7 +16,7 @@ android {
         minSdk = 24
         consumerProguardFiles("proguard.txt")
         aarMetadata {
-            minCompileSdk = 24
+            minCompileSdk = 27
         }
         externalNativeBuild {
             cmake {

@@ -218,12 +218,7 @@ public class ParallaxPhotoView extends TextureView {
      * @throws IllegalArgumentException for an unknown name, or a value out of its range
      */
     public void setParameter(String name, double value) {
-        try {
-            ParallaxRenderer.checkParameter(name, value);
-        } catch (ParallaxException refused) {
-            throw new IllegalArgumentException(refused.getMessage());
-        } catch (LinkageError absent) {
-            // Nothing will be drawn, which the listener is told.
+        if (!ParallaxStage.takes(name, value)) {
             return;
         }
         parameters.put(name, value);
@@ -239,10 +234,7 @@ public class ParallaxPhotoView extends TextureView {
      * @throws IllegalArgumentException unless it is from 0.05 to 1
      */
     public void setFrame(double part) {
-        if (!(part >= 0.05 && part <= 1.0)) {
-            throw new IllegalArgumentException("frame: " + part + "; it is from 0.05 to 1");
-        }
-        composition.frame = part;
+        composition.setFrame(part);
         compose();
     }
 
@@ -261,12 +253,7 @@ public class ParallaxPhotoView extends TextureView {
      * @throws IllegalArgumentException unless both are from 0 to 1
      */
     public void setPivot(double x, double y) {
-        if (!(x >= 0.0 && x <= 1.0 && y >= 0.0 && y <= 1.0)) {
-            throw new IllegalArgumentException(
-                    "pivot: " + x + ", " + y + "; both are from 0 to 1");
-        }
-        composition.pivot = new double[] {x, y};
-        composition.pivotOff = false;
+        composition.setPivot(x, y);
         compose();
     }
 
@@ -352,10 +339,7 @@ public class ParallaxPhotoView extends TextureView {
      * @throws IllegalArgumentException unless it is 0 or 1 to 1000
      */
     public void setMaxFps(int framesPerSecond) {
-        if (framesPerSecond < 0 || framesPerSecond > 1000) {
-            throw new IllegalArgumentException(
-                    "frames a second: " + framesPerSecond + "; it is 0, or 1 to 1000");
-        }
+        ParallaxStage.requireMaxFps(framesPerSecond);
         maxFps = framesPerSecond;
         if (stage != null) {
             stage.setMaxFps(framesPerSecond);

@@ -50,6 +50,22 @@ final class ParallaxStage implements Choreographer.FrameCallback {
         /** What every view position is multiplied by. */
         double amount = 1.0;
 
+        void setFrame(double part) {
+            if (!(part >= 0.05 && part <= 1.0)) {
+                throw new IllegalArgumentException("frame: " + part + "; it is from 0.05 to 1");
+            }
+            frame = part;
+        }
+
+        void setPivot(double x, double y) {
+            if (!(x >= 0.0 && x <= 1.0 && y >= 0.0 && y <= 1.0)) {
+                throw new IllegalArgumentException(
+                        "pivot: " + x + ", " + y + "; both are from 0 to 1");
+            }
+            pivot = new double[] {x, y};
+            pivotOff = false;
+        }
+
         Composition copy() {
             Composition copy = new Composition();
             copy.cleanEdges = cleanEdges;
@@ -114,6 +130,8 @@ final class ParallaxStage implements Choreographer.FrameCallback {
     private boolean changed;
     private boolean lost;
     private boolean announced;
+    /** Added to the view position's x. */
+    private float offset;
     private float drawnX;
     private float drawnY;
     private long drawnAt;
@@ -264,6 +282,22 @@ final class ParallaxStage implements Choreographer.FrameCallback {
         });
     }
 
+    /** Shifts the view position: -1 to the left, 1 to the right. */
+    void setOffset(float x) {
+        post(() -> {
+            offset = x;
+            wake();
+        });
+    }
+
+    /** Draws a frame though nothing moves. */
+    void redraw() {
+        post(() -> {
+            changed = true;
+            wake();
+        });
+    }
+
     void setFullSwing(float degrees) {
         post(() -> tracker.setRange(Math.min(0.5f, degrees / 2f), degrees));
     }
@@ -328,6 +362,30 @@ final class ParallaxStage implements Choreographer.FrameCallback {
             frame(frameTimeNanos);
         } catch (Throwable e) {
             fail(sentence(e));
+        }
+    }
+
+    /**
+     * Whether there is a renderer that takes a value for a parameter.
+     *
+     * @throws IllegalArgumentException for an unknown name, or a value out of its range
+     */
+    static boolean takes(String name, double value) {
+        try {
+            ParallaxRenderer.checkParameter(name, value);
+            return true;
+        } catch (ParallaxException refused) {
+            throw new IllegalArgumentException(refused.getMessage());
+        } catch (LinkageError absent) {
+            // Nothing will be drawn, which the listener is told.
+            return false;
+        }
+    }
+
+    static void requireMaxFps(int framesPerSecond) {
+        if (framesPerSecond < 0 || framesPerSecond > 1000) {
+            throw new IllegalArgumentException(
+                    "frames a second: " + framesPerSecond + "; it is 0, or 1 to 1000");
         }
     }
 
@@ -616,6 +674,7 @@ final class ParallaxStage implements Choreographer.FrameCallback {
             x = replay.xAt(seconds);
             y = replay.yAt(seconds);
         }
+        x = Math.max(-1f, Math.min(1f, x + offset));
         boolean moved = Math.abs(x - drawnX) > INVISIBLE || Math.abs(y - drawnY) > INVISIBLE;
         if (inUse != null && (changed || moved)) {
             draw(x, y);

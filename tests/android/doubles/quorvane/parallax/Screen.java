@@ -1,6 +1,7 @@
 package quorvane.parallax;
 
 import android.graphics.SurfaceTexture;
+import android.view.SurfaceHolder;
 import java.util.concurrent.atomic.AtomicInteger;
 import java.util.concurrent.atomic.AtomicReference;
 
@@ -13,10 +14,10 @@ final class Screen implements AutoCloseable {
     /** What the driver throws next, once; null: nothing. */
     static final AtomicReference<RuntimeException> FAULT = new AtomicReference<>();
 
-    private final SurfaceTexture window;
+    private final Object window;
 
     Screen(Object nativeWindow) {
-        window = (SurfaceTexture) nativeWindow;
+        window = nativeWindow;
         OPEN.incrementAndGet();
     }
 
@@ -31,7 +32,8 @@ final class Screen implements AutoCloseable {
     }
 
     void show(int texture, int width, int height) {
-        afterRelease |= window.released;
+        afterRelease |= window instanceof SurfaceHolder ? ((SurfaceHolder) window).gone()
+                                                        : ((SurfaceTexture) window).released;
         RuntimeException fault = FAULT.getAndSet(null);
         if (fault != null) {
             throw fault;

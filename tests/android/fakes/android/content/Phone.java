@@ -5,6 +5,9 @@ import android.content.res.AssetManager;
 import android.hardware.SensorManager;
 import android.hardware.display.DisplayManager;
 import android.os.Handler;
+import android.os.PowerManager;
+import android.view.Display;
+import android.view.WindowManager;
 import java.io.File;
 
 /** A context with sensors, a display and a folder. */
@@ -18,7 +21,16 @@ public final class Phone extends Context {
 
     @Override
     public Object getSystemService(String name) {
-        return name.equals(DISPLAY_SERVICE) ? new DisplayManager() : new SensorManager();
+        switch (name) {
+            case DISPLAY_SERVICE:
+                return new DisplayManager();
+            case POWER_SERVICE:
+                return new PowerManager();
+            case WINDOW_SERVICE:
+                return (WindowManager) Display::new;
+            default:
+                return new SensorManager();
+        }
     }
 
     @Override

@@ -8,6 +8,8 @@ import java.io.File;
 public abstract class Context {
     public static final String SENSOR_SERVICE = "sensor";
     public static final String DISPLAY_SERVICE = "display";
+    public static final String POWER_SERVICE = "power";
+    public static final String WINDOW_SERVICE = "window";
     public static final int RECEIVER_EXPORTED = 2;
 
     public abstract Object getSystemService(String name);
@@ -21,6 +23,14 @@ public abstract class Context {
     }
 
     public ApplicationInfo getApplicationInfo() {
+        throw new UnsupportedOperationException();
+    }
+
+    public final CharSequence getText(int resource) {
+        throw new UnsupportedOperationException();
+    }
+
+    public File getFilesDir() {
         throw new UnsupportedOperationException();
     }
 

@@ -1,6 +1,8 @@
 package android.service.wallpaper;
 
 import android.app.Service;
+import android.app.WallpaperColors;
+import android.content.Context;
 import android.view.SurfaceHolder;
 
 public abstract class WallpaperService extends Service {
@@ -15,6 +17,25 @@ public abstract class WallpaperService extends Service {
 
         public void onSurfaceChanged(SurfaceHolder holder, int format, int width, int height) {}
 
+        public void onSurfaceRedrawNeeded(SurfaceHolder holder) {}
+
         public void onSurfaceDestroyed(SurfaceHolder holder) {}
+
+        public void onOffsetsChanged(float xOffset, float yOffset, float xOffsetStep,
+                float yOffsetStep, int xPixelOffset, int yPixelOffset) {}
+
+        public WallpaperColors onComputeColors() {
+            throw new UnsupportedOperationException();
+        }
+
+        public void notifyColorsChanged() {}
+
+        public boolean isPreview() {
+            throw new UnsupportedOperationException();
+        }
+
+        public Context getDisplayContext() {
+            throw new UnsupportedOperationException();
+        }
     }
 }

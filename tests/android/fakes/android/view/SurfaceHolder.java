@@ -1,0 +1,6 @@
+package android.view;
+
+public interface SurfaceHolder {
+    /** Whether its surface has gone. */
+    boolean gone();
+}
