@@ -146,7 +146,7 @@ TEST_F(Failure, MistypedWordsAreAnsweredWithTheRightOnes) {
     expectRefused({"inspect", photo, "--jason"}, 2, "did you mean --json?");
     expectRefused(render(folder / "a.mp4", {"--motion", "swya"}), 2, "did you mean sway?");
     expectRefused({"paint"}, 2,
-                  "render, batch, stages, inspect, extract, shape, motions, info, sample or help");
+                  "render, batch, stages, inspect, extract, embed, shape, motions, info, sample or help");
     expectRefused(render(folder / "a.mp4", {"--brightness", "9"}), 2, "--brightness: no such option (");
     expectRefused({"render", photo, depth, "third.png", "-o", folder / "a.mp4"}, 2,
                   "third.png: one argument too many");
