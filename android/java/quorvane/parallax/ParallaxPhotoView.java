@@ -41,6 +41,10 @@ import java.util.function.Consumer;
  * its context. The pixels of small views are kept for a while, so that a list's card that is
  * scrolled out and back decodes nothing; setting what is set already does nothing.
  *
+ * <p>A layout says the same by {@code app:quorvanePhoto} and {@code app:quorvaneDepth}, names of
+ * assets, {@code app:quorvaneFullSwing}, {@code app:quorvaneDraggable}, {@code
+ * app:quorvaneReducedMotion} and {@code app:quorvaneFadeIn}; styles and themes do not.
+ *
  * <p>All calls come from the app's first thread, as for every view, and refuse at once what cannot
  * be; nothing that goes wrong later ends the app, the listener is told. It is a TextureView and not
  * a GLSurfaceView: it scrolls, fades, turns and is clipped as other views are, which a surface
@@ -70,6 +74,7 @@ public class ParallaxPhotoView extends TextureView {
      * folder.
      */
     public static final String ACTION_RELOAD_PROFILE = "quorvane.parallax.RELOAD_PROFILE";
+    private static final String ATTRIBUTES = "http://schemas.android.com/apk/res-auto";
     private static final String PROFILE_FILE = "profile.json";
     // The shell has it, other apps have not.
     private static final String SHELLS_PERMISSION = "android.permission.DUMP";
@@ -111,6 +116,9 @@ public class ParallaxPhotoView extends TextureView {
         touchSlop = ViewConfiguration.get(context).getScaledTouchSlop();
         setOpaque(true);
         super.setSurfaceTextureListener(events);
+        if (attributes != null) {
+            take(attributes);
+        }
     }
 
     /**
@@ -462,6 +470,33 @@ public class ParallaxPhotoView extends TextureView {
         if (stage != null) {
             stage.setComposition(composition);
         }
+    }
+
+    // By name, so that builds without Android's resource compiler have them too.
+    private void take(AttributeSet attributes) {
+        setFullSwing(
+                attributes.getAttributeFloatValue(ATTRIBUTES, "quorvaneFullSwing", fullSwing));
+        setDraggable(
+                attributes.getAttributeBooleanValue(ATTRIBUTES, "quorvaneDraggable", draggable));
+        setReducedMotion(attributes.getAttributeBooleanValue(
+                ATTRIBUTES, "quorvaneReducedMotion", reducedMotion));
+        setFadeIn(attributes.getAttributeIntValue(ATTRIBUTES, "quorvaneFadeIn", 0));
+        String photo = text(attributes, "quorvanePhoto");
+        String depth = text(attributes, "quorvaneDepth");
+        if (photo != null && depth != null) {
+            setAssets(photo, depth);
+        } else if (photo != null) {
+            setPortraitPhoto(new NamedSource(getContext(), photo));
+        } else if (depth != null) {
+            throw new IllegalArgumentException(
+                    "quorvaneDepth: " + depth + "; quorvanePhoto is missing, which it belongs to");
+        }
+    }
+
+    private String text(AttributeSet attributes, String name) {
+        int reference = attributes.getAttributeResourceValue(ATTRIBUTES, name, 0);
+        return reference == 0 ? attributes.getAttributeValue(ATTRIBUTES, name)
+                              : getContext().getString(reference);
     }
 
     private void take(Profile profile) {

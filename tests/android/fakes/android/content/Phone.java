@@ -2,6 +2,7 @@ package android.content;
 
 import android.content.pm.ApplicationInfo;
 import android.content.res.AssetManager;
+import android.content.res.Resources;
 import android.hardware.SensorManager;
 import android.hardware.display.DisplayManager;
 import android.os.Handler;
@@ -36,6 +37,16 @@ public final class Phone extends Context {
     @Override
     public ContentResolver getContentResolver() {
         return new ContentResolver() {};
+    }
+
+    @Override
+    public Resources getResources() {
+        return new Resources() {
+            @Override
+            public String getString(int id) {
+                return "string " + id;
+            }
+        };
     }
 
     @Override

@@ -12,7 +12,11 @@ public class Activity extends ContextWrapper {
 
     protected void onActivityResult(int requestCode, int resultCode, Intent data) {}
 
-    public void setContentView(View view) {}
+    public void setContentView(int layout) {}
+
+    public <T extends View> T findViewById(int id) {
+        throw new UnsupportedOperationException();
+    }
 
     public void startActivity(Intent intent) {}
 

@@ -2,6 +2,7 @@ package android.content;
 
 import android.content.pm.ApplicationInfo;
 import android.content.res.AssetManager;
+import android.content.res.Resources;
 import android.os.Handler;
 import java.io.File;
 
@@ -24,6 +25,14 @@ public abstract class Context {
 
     public ApplicationInfo getApplicationInfo() {
         throw new UnsupportedOperationException();
+    }
+
+    public Resources getResources() {
+        throw new UnsupportedOperationException();
+    }
+
+    public final String getString(int resource) {
+        return getResources().getString(resource);
     }
 
     public final CharSequence getText(int resource) {

@@ -8,6 +8,7 @@ import static org.junit.Assert.assertTrue;
 
 import android.content.Phone;
 import android.content.pm.ApplicationInfo;
+import android.content.res.AssetManager;
 import android.graphics.Bitmap;
 import android.graphics.SurfaceTexture;
 import android.hardware.SensorManager;
@@ -15,6 +16,7 @@ import android.os.Handler;
 import android.os.HandlerThread;
 import android.os.Looper;
 import android.provider.Settings;
+import android.util.AttributeSet;
 import android.view.Choreographer;
 import android.view.MotionEvent;
 import android.view.ViewTreeObserver;
@@ -25,7 +27,9 @@ import java.io.IOException;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.util.Collections;
+import java.util.HashMap;
 import java.util.List;
+import java.util.Map;
 import java.util.concurrent.CopyOnWriteArrayList;
 import java.util.concurrent.CountDownLatch;
 import java.util.concurrent.atomic.AtomicInteger;
@@ -128,10 +132,85 @@ public final class ParallaxPhotoViewTest {
         assertFalse("the view releases it", view.told.onSurfaceTextureDestroyed(surface));
     }
 
+    /** For tests of another one: this one never has a surface. */
+    private void noView() {
+        surface.released = true;
+    }
+
     private void enterWithImages() {
         view.setImages(new Bitmap(400, 300), new Bitmap(80, 60));
         enter();
         until(() -> Screen.FRAMES.get() > 0);
+    }
+
+    /** Of a layout: what is a number is a reference to a string. */
+    private static final class Attributes implements AttributeSet {
+        final Map<String, Object> values = new HashMap<>();
+
+        Attributes with(String name, Object value) {
+            values.put("http://schemas.android.com/apk/res-auto " + name, value);
+            return this;
+        }
+
+        private <T> T get(Class<T> type, String namespace, String name, T otherwise) {
+            Object value = values.get(namespace + " " + name);
+            return type.isInstance(value) ? type.cast(value) : otherwise;
+        }
+
+        @Override
+        public String getAttributeValue(String namespace, String name) {
+            return get(String.class, namespace, name, null);
+        }
+
+        @Override
+        public int getAttributeResourceValue(String namespace, String name, int otherwise) {
+            return get(Integer.class, namespace, name, otherwise);
+        }
+
+        @Override
+        public boolean getAttributeBooleanValue(String namespace, String name, boolean otherwise) {
+            return get(Boolean.class, namespace, name, otherwise);
+        }
+
+        @Override
+        public float getAttributeFloatValue(String namespace, String name, float otherwise) {
+            return get(Float.class, namespace, name, otherwise);
+        }
+
+        @Override
+        public int getAttributeIntValue(String namespace, String name, int otherwise) {
+            return get(Integer.class, namespace, name, otherwise);
+        }
+    }
+
+    @Test
+    public void aLayoutNamesAssetsAndFadesIn() {
+        noView();
+        AssetManager.OPENED.clear();
+        ParallaxPhotoView inflated = new ParallaxPhotoView(phone, new Attributes()
+                .with("quorvanePhoto", "photo.jpg").with("quorvaneDepth", 7)
+                .with("quorvaneFadeIn", 100).with("quorvaneReducedMotion", true));
+        SensorManager.present = true;
+        inflated.onAttachedToWindow();
+        assertEquals(0f, inflated.getAlpha(), 0f);
+        inflated.onVisibilityAggregated(true);
+        SurfaceTexture another = new SurfaceTexture();
+        inflated.told.onSurfaceTextureAvailable(another, 200, 100);
+        until(() -> Screen.FRAMES.get() > 0);
+        assertTrue(AssetManager.OPENED.contains("photo.jpg"));
+        assertTrue("a reference", AssetManager.OPENED.contains("string 7"));
+        assertEquals("motion is reduced", 0, SensorManager.LISTENERS.get());
+        inflated.onDetachedFromWindow();
+        inflated.told.onSurfaceTextureDestroyed(another);
+    }
+
+    @Test
+    public void aLayoutsMistakesAreRefused() {
+        noView();
+        assertThrows(IllegalArgumentException.class, () -> new ParallaxPhotoView(phone,
+                new Attributes().with("quorvaneDepth", "depth.png")));
+        assertThrows(IllegalArgumentException.class, () -> new ParallaxPhotoView(phone,
+                new Attributes().with("quorvaneFullSwing", 90f)));
     }
 
     @Test

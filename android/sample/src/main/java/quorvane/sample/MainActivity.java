@@ -11,14 +11,12 @@ public final class MainActivity extends Activity {
     @Override
     protected void onCreate(Bundle savedInstanceState) {
         super.onCreate(savedInstanceState);
-        ParallaxPhotoView view = new ParallaxPhotoView(this);
-        view.setContentDescription("a lake at dawn");
+        setContentView(R.layout.main);
+        ParallaxPhotoView view = findViewById(R.id.photo);
         view.setOnErrorListener(
                 sentence -> {
                     Log.w("QuorvaneSample", sentence);
                     Toast.makeText(this, sentence, Toast.LENGTH_LONG).show();
                 });
-        view.setAssets("photo.jpg", "depth.png");
-        setContentView(view);
     }
 }
