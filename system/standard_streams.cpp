@@ -13,6 +13,9 @@
 namespace quorvane {
 namespace {
 
+/// More than any text that is printed: written at once, it fails where errno is looked at.
+constexpr size_t kWholeText = 1 << 16;
+
 void requireArrived(const std::string& name) {
     errno = 0;
     const bool lost = std::fflush(stdout) != 0 || std::ferror(stdout) != 0;
@@ -42,6 +45,7 @@ void fillStandardStreams() {
         // The lowest free place is this one.
         open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
     }
+    if (isatty(STDOUT_FILENO) == 0) std::setvbuf(stdout, nullptr, _IOFBF, kWholeText);
 }
 
 void requireStandardOutput() { requireArrived("standard output"); }

@@ -9,7 +9,8 @@
 namespace quorvane {
 
 /// Takes the places of standard streams that are closed: the next file that is opened would get such a place,
-/// and what is printed would end up in that file. Writing to them fails as before.
+/// and what is printed would end up in that file. Writing to them fails as before. Standard output, unless it
+/// is a terminal, holds a whole text, so that it is known why that cannot be written.
 void fillStandardStreams();
 
 /// Throws Error when something printed to standard output has not arrived.

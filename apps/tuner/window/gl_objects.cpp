@@ -1,6 +1,7 @@
 #include "apps/tuner/window/gl_objects.h"
 
 #include <array>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -30,9 +31,9 @@ void Texture::bind() {
     if (m_name == 0) glGenTextures(1, &m_name);
     glActiveTexture(GL_TEXTURE0);
     glBindTexture(GL_TEXTURE_2D, m_name);
-    for (const GLenum filter : {GL_TEXTURE_MIN_FILTER, GL_TEXTURE_MAG_FILTER})
+    for (const GLenum filter : std::initializer_list<GLenum>{GL_TEXTURE_MIN_FILTER, GL_TEXTURE_MAG_FILTER})
         glTexParameteri(GL_TEXTURE_2D, filter, GL_LINEAR);
-    for (const GLenum axis : {GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T})
+    for (const GLenum axis : std::initializer_list<GLenum>{GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T})
         glTexParameteri(GL_TEXTURE_2D, axis, GL_CLAMP_TO_EDGE);
 }
 
@@ -81,7 +82,8 @@ DrawingInto::~DrawingInto() {
 }
 
 void drawFlat() {
-    for (const GLenum what : {GL_DEPTH_TEST, GL_CULL_FACE, GL_STENCIL_TEST, GL_SCISSOR_TEST, GL_BLEND})
+    for (const GLenum what : std::initializer_list<GLenum>{GL_DEPTH_TEST, GL_CULL_FACE, GL_STENCIL_TEST,
+                                                           GL_SCISSOR_TEST, GL_BLEND})
         glDisable(what);
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
 }
