@@ -13,8 +13,9 @@
 namespace quorvane {
 namespace {
 
-/// More than any text that is printed: written at once, it fails where errno is looked at.
-constexpr size_t kWholeText = 1 << 16;
+/// Of standard output. It holds any text that is printed: written at once, that fails where errno is looked
+/// at.
+char g_whole_text[1 << 16];
 
 void requireArrived(const std::string& name) {
     errno = 0;
@@ -45,7 +46,7 @@ void fillStandardStreams() {
         // The lowest free place is this one.
         open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
     }
-    if (isatty(STDOUT_FILENO) == 0) std::setvbuf(stdout, nullptr, _IOFBF, kWholeText);
+    if (isatty(STDOUT_FILENO) == 0) std::setvbuf(stdout, g_whole_text, _IOFBF, sizeof g_whole_text);
 }
 
 void requireStandardOutput() { requireArrived("standard output"); }
