@@ -278,6 +278,29 @@ TEST_F(Batch, ResumeSkipsWhatIsDoneAsItWouldBeDoneNow) {
     EXPECT_THAT(lines_that({}), ElementsAre("a.png", "b.png", "c.png")) << "another view stands there now";
 }
 
+// A batch may be killed when frames are in their folder and that is not noted yet.
+TEST_F(Batch, ResumeReplacesFramesOfItsOwnOnly) {
+    const Arguments words = {"batch",  in("a.png"), "-o",       folder / "out/{name}/",
+                             "--size", "32x24",     "--frames", "2"};
+    ASSERT_EQ(quorvane(words).code, 0);
+    const std::string frame = folder / "out/a/00001.png";
+    const std::string expected = bytesOf(frame);
+    std::string begun;
+    std::istringstream index(bytesOf(folder / "out/.quorvane-index"));
+    for (std::string line; std::getline(index, line);)
+        if (Json::parse(line).contains("begun")) begun += line + '\n';
+    writeBytes(folder / "out/.quorvane-index", begun);
+    writeBytes(frame, "cut off");
+    Arguments resumed = words;
+    resumed.emplace_back("--resume");
+    const Outcome outcome = quorvane(resumed);
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_EQ(bytesOf(frame), expected);
+
+    fs::remove(folder / "out/.quorvane-index");
+    EXPECT_EQ(quorvane(resumed).code, 1) << "frames of somebody else's";
+}
+
 TEST_F(Batch, ShardsShareTheListWithoutALeftover) {
     for (const char* name : {"d", "e"}) copy("a", name);
     ASSERT_EQ(batch({"--shard", "1/3"}).code, 0);

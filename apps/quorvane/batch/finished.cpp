@@ -144,7 +144,10 @@ Finished::Finished(const std::string& folder, Shard shard, bool resumes) {
                     const auto found = json.find(name);
                     return found != json.end() && found->is_string() ? found->get<std::string>() : "";
                 };
-                m_made.emplace(text("key"), text("sha256"));
+                if (json.contains("begun"))
+                    m_begun.insert(text("begun"));
+                else
+                    m_made.emplace(text("key"), text("sha256"));
             }
         }
     }
@@ -157,6 +160,10 @@ bool Finished::has(const std::string& key, const std::string& path) const {
     std::error_code ignored;
     if (!fs::exists(path, ignored)) return false;
     return m_made.count({key, Digests().of(path)}) > 0;
+}
+
+void Finished::begin(const std::string& key) {
+    appendLine(m_file.number(), nlohmann::ordered_json{{"begun", key}}.dump(), kIndexName);
 }
 
 void Finished::add(const std::string& key, const std::string& path) {

@@ -43,6 +43,12 @@ class Finished {
     /// Whether the output at `path` was made from what `key` says, and stands there unchanged.
     bool has(const std::string& key, const std::string& path) const;
 
+    /// The output of `key` is about to be made where nothing stands. Throws Error.
+    void begin(const std::string& key);
+
+    /// Whether an earlier batch was about to make it: one that was killed may have left it whole and unnoted.
+    bool begun(const std::string& key) const { return m_begun.count(key) > 0; }
+
     /// The output at `path` has been made. Throws Error.
     void add(const std::string& key, const std::string& path);
 
@@ -52,6 +58,7 @@ class Finished {
   private:
     Descriptor m_file;
     std::set<std::pair<std::string, std::string>> m_made;  ///< keys, and digests of what was made
+    std::set<std::string> m_begun;                         ///< keys
 };
 
 /// Appends a line to a file, in one piece. Throws Error.

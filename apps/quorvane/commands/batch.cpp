@@ -217,7 +217,14 @@ class Batch {
                 step();
                 return;
             }
-            m_pool.give(place, photo.words());
+            std::vector<std::string> words = photo.words();
+            // Frames of its own may be replaced, where a batch was killed before it could note them.
+            std::error_code ignored;
+            if (m_options.resume && m_finished.begun(m_work[place].key))
+                words.emplace_back("--force");
+            else if (!fs::exists(photo.output, ignored) || fs::is_empty(photo.output, ignored))
+                m_finished.begin(m_work[place].key);
+            m_pool.give(place, words);
         } catch (const Error&) {
             conclude(place, outcomeText(outcomeOf(failureOf(std::current_exception()))));
         }
