@@ -8,6 +8,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
+#include "media/profile/nesting.h"
 #include "system/error.h"
 
 namespace quorvane::media {
@@ -41,6 +42,9 @@ long long lineOf(std::string_view text, size_t at) {
 }
 
 Json parsed(std::string_view text, const std::string& name) {
+    if (nestingOf(text) > kMostNesting)
+        throw Error(name + ": " + std::to_string(nestingOf(text)) +
+                    " brackets in each other; a profile has 2");
     try {
         return Json::parse(text);
     } catch (const Json::parse_error& error) {

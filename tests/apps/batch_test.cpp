@@ -184,7 +184,9 @@ TEST_F(Batch, RefusesBeforeAnyWorkBegins) {
              {"{\"photo\": \"a.jpg\", \"options\": {\"motoin\": \"eight\"}}",
               "--motoin: no such option; did you mean --motion?"},
              {"{\"photo\": \"a.jpg\", \"output\": \"../a.mp4\"}", "leads out of the folder"},
-             {"{\"photo\": \"a.jpg\", \"ouput\": \"a.mp4\"}", "\"ouput\""}}) {
+             {"{\"photo\": \"a.jpg\", \"ouput\": \"a.mp4\"}", "\"ouput\""},
+             {"{\"photo\": " + std::string(100000, '[') + std::string(100000, ']') + "}",
+              "100001 brackets in each other"}}) {
         const Outcome outcome = manifest("{\"photo\": \"" + in("a.png") + "\"}\n" + line + "\n");
         EXPECT_EQ(outcome.code, 2) << line;
         EXPECT_THAT(outcome.err, HasSubstr(said));

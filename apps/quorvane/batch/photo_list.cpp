@@ -15,6 +15,7 @@
 #include "apps/quorvane/input/neighbour.h"
 #include "apps/quorvane/terminal/command_line.h"
 #include "apps/quorvane/terminal/usage_error.h"
+#include "media/profile/nesting.h"
 #include "system/error.h"
 
 namespace quorvane::app {
@@ -111,6 +112,8 @@ void add(const std::string& name, const Json& value, std::vector<std::string>* o
 }
 
 BatchPhoto photoOfLine(const std::string& line, const std::vector<std::string>& options) {
+    if (media::nestingOf(line) > media::kMostNesting)
+        throw UsageError(std::to_string(media::nestingOf(line)) + " brackets in each other; 3 are enough");
     const Json json = Json::parse(line, nullptr, false);
     if (!json.is_object() || !json.contains("photo"))
         throw UsageError("an object with a photo is wanted, such as {\"photo\": \"a.jpg\"}");

@@ -78,6 +78,7 @@ TEST(Profile, RefusalsStayShortAndOneLine) {
     const std::string deep(30000, '['), shut(30000, ']');
     EXPECT_LT(refusal("{\"quorvane_profile\": 1, \"options\": {\"frame\": " + deep + shut + "}}").size(),
               300u);
+    EXPECT_THAT(refusal("{\"quorvane_profile\": \"" + deep + "\"}"), testing::Not(HasSubstr("brackets")));
 }
 
 TEST(Profile, FilesAreBounded) {
