@@ -20,11 +20,11 @@ struct Codec {
     // them. Equal: every pixel is kept, and there is nothing to choose.
     double at_worst;
     double at_best;
-    int usual_quality;
 
     std::string_view presets;  ///< the encoder's own words, from fast to slow, parted by blanks; or none
     std::string_view usual_preset;
 
+    int usual_quality;
     bool halves_colours;  ///< which are kept at half the size (4:2:0) and want even sides
     int least_side = 1;   ///< pixels
     int fineness = 1;     ///< its own number goes in steps of one over this
@@ -41,17 +41,17 @@ struct Codec {
 // picture each number leaves it. x264 is quick by default: `medium` takes twice as long for what is hard to
 // see.
 inline constexpr Codec kCodecs[] = {
-    {"h264", "-c:v libx264 -preset {preset} -crf {quality}", 38, 13, 80,
-     "ultrafast superfast veryfast faster fast medium slow slower veryslow", "veryfast", true, 1, 5},
+    {"h264", "-c:v libx264 -preset {preset} -crf {quality}", 38, 13,
+     "ultrafast superfast veryfast faster fast medium slow slower veryslow", "veryfast", 80, true, 1, 5},
     {"hevc", "-c:v libx265 -preset {preset} -crf {quality} -x265-params log-level=error -tag:v hvc1", 40, 15,
-     80, "ultrafast superfast veryfast faster fast medium slow slower veryslow", "medium", true, 1, 5},
+     "ultrafast superfast veryfast faster fast medium slow slower veryslow", "medium", 80, true, 1, 5},
     {"vp9",
      "-c:v libvpx-vp9 -b:v 0 -crf {quality} -deadline good -cpu-used {preset} -row-mt 1 -tile-columns 2", 63,
-     15, 80, "5 4 3 2 1 0", "4", true},
-    {"av1", "-c:v libsvtav1 -preset {preset} -crf {quality}", 63, 15, 80, "12 11 10 9 8 7 6 5 4 3 2 1", "8",
+     15, "5 4 3 2 1 0", "4", 80, true},
+    {"av1", "-c:v libsvtav1 -preset {preset} -crf {quality}", 63, 15, "12 11 10 9 8 7 6 5 4 3 2 1", "8", 80,
      true, 64},
-    {"webp", "-c:v libwebp_anim -pix_fmt bgra -quality {quality} -compression_level {preset}", 0, 100, 85,
-     "0 1 2 3 4 5 6", "4", false},
+    {"webp", "-c:v libwebp_anim -pix_fmt bgra -quality {quality} -compression_level {preset}", 0, 100,
+     "0 1 2 3 4 5 6", "4", 85, false},
     // The palette is made for what moves; an ordered pattern stays where it is and compresses well. Its
     // quality is the number of colours.
     {"gif",
@@ -59,18 +59,18 @@ inline constexpr Codec kCodecs[] = {
      "[b][p]paletteuse=dither=bayer:bayer_scale=4:diff_mode=rectangle",
      16,
      256,
+     {},
+     {},
      100,
-     {},
-     {},
      false},
-    {"apng", "-c:v apng -pred mixed -pix_fmt rgb24", 0, 0, 0, {}, {}, false},
-    {"jpeg", {}, 1, 100, 90, {}, {}, false},
-    {"png", {}, 0, 0, 0, {}, {}, false},
+    {"apng", "-c:v apng -pred mixed -pix_fmt rgb24", 0, 0, {}, {}, 0, false},
+    {"jpeg", {}, 1, 100, {}, {}, 90, false},
+    {"png", {}, 0, 0, {}, {}, 0, false},
     // Pictures as they are, for other programs.
-    {"yuv420", {}, 0, 0, 0, {}, {}, true},
-    {"rgba", {}, 0, 0, 0, {}, {}, false},
+    {"yuv420", {}, 0, 0, {}, {}, 0, true},
+    {"rgba", {}, 0, 0, {}, {}, 0, false},
     // Of libheif, whose encoder has its own line.
-    {"heif", {}, 1, 90, 80, {}, {}, true, 16},
+    {"heif", {}, 1, 90, {}, {}, 80, true, 16},
 };
 
 /// How pictures are to be compressed. What is not said is as usual.
