@@ -116,8 +116,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
     const Size photo = takeSize(data), other = takeSize(data);
     const int largest = takeSide(data);
     checkFit(photo, other, largest, kCoarseGrid);
-    checkFit(photo, other, largest,
-             {data.ConsumeIntegralInRange(1, kLargestInt), data.ConsumeIntegralInRange(1, kLargestInt)});
+    checkFit(photo, other, largest, {data.ConsumeIntegralInRange(1, kLargestInt)});
     checkPicture(photo, largest);
     checkCrop(photo, other);
     checkBytes(data);
