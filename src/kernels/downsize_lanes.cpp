@@ -65,7 +65,7 @@ constexpr int kPixelBytes = kRgb ? 3 : 1;
 /// The first kCount samples of a vector; kBytes or half as many. With kExact only pixels of a whole vector
 /// are read, else up to kSlack pixels more at either end.
 template <bool kRgb, bool kExact, int kCount = kBytes>
-inline u8 samplesAt(const uint8_t* p) {
+QUORVANE_INLINED u8 samplesAt(const uint8_t* p) {
     if constexpr (kRgb) return weighRgb<66, 129, 25, kExact, kCount>(p);
     return load(p);
 }
@@ -78,10 +78,10 @@ template <bool kRgb>
 class InnerColumns {
   public:
     explicit InnerColumns(int x) : m_first(ptrdiff_t{x} * kPixelBytes<kRgb>) {}
-    u8 samples(const uint8_t* row, int k) const {
+    QUORVANE_INLINED u8 samples(const uint8_t* row, int k) const {
         return samplesAt<kRgb, false>(row + m_first + k * kBytes * kPixelBytes<kRgb>);
     }
-    u8 halfSamples(const uint8_t* row, int k) const {
+    QUORVANE_INLINED u8 halfSamples(const uint8_t* row, int k) const {
         return samplesAt<kRgb, false, kBytes / 2>(row + m_first + k * kBytes * kPixelBytes<kRgb>);
     }
 
@@ -108,12 +108,12 @@ class BorderColumns {
             m_vectors[k].from = load(from);
         }
     }
-    u8 samples(const uint8_t* row, int k) const {
+    QUORVANE_INLINED u8 samples(const uint8_t* row, int k) const {
         const Vector& vector = m_vectors[k];
         const uint8_t* p = row + vector.first;
         return vector.inside ? samplesAt<kRgb, false>(p) : shuffle(samplesAt<kRgb, true>(p), vector.from);
     }
-    u8 halfSamples(const uint8_t* row, int k) const { return samples(row, k); }
+    QUORVANE_INLINED u8 halfSamples(const uint8_t* row, int k) const { return samples(row, k); }
 
   private:
     struct Vector {
@@ -129,7 +129,8 @@ class BorderColumns {
 /// Adds the line sums of a row of the source to the sums of one window or of two, kVectors of each: scaled by
 /// the row's vertical weight in that window, which every lane of `vertical` has.
 template <int kRatio, int kWindows, typename Columns>
-inline void addRow(i32* sums, const Columns& columns, const uint8_t* row, const i16 (&vertical)[kWindows]) {
+QUORVANE_INLINED void addRow(i32* sums, const Columns& columns, const uint8_t* row,
+                             const i16 (&vertical)[kWindows]) {
     static constexpr SlotWeights<kRatio> kWeights;
     const auto weights = [](int vector) { return load(kWeights.bytes + kBytes * vector); };
     const auto add = [&](int k, auto parts) {
@@ -194,37 +195,6 @@ inline void finish(i32* sums, int rounding, uint8_t* out) {
         }
         const auto rounded = [&](int k) { return (sums[k % count] + rounding) >> 16; };
         store<kStrip<kRatio> >(out, narrow(narrow(rounded(0), rounded(1)), narrow(rounded(2), rounded(3))));
-    }
-}
-
-/// Ratio 1 across: a line sum is 256 times a sample, and without that factor the sums of the rows fit 16
-/// bits.
-template <typename Columns>
-inline void reduceStrip1(const Reduction& r, const Columns& columns, int rounding, int j, uint8_t* out) {
-    const Kernels down = kernelsFor(r.down);
-    if (down.taps == 1) {
-        const uint8_t offset = static_cast<uint8_t>(rounding >> 16);
-        QUORVANE_UNROLLED
-        for (int k = 0; k < kVectors; ++k)
-            store(out + k * kBytes, columns.samples(clampedRow(r, j), k) + offset);
-        return;
-    }
-    u16 sums[2 * kVectors] = {};
-    for (int l = 0; l < down.taps; ++l) {
-        const uint8_t* row = clampedRow(r, j * r.down - down.margin + l);
-        const u16 weight = (u16)splat16(down.vertical[l]);
-        QUORVANE_UNROLLED
-        for (int k = 0; k < kVectors; ++k) {
-            const u8 v = columns.samples(row, k);
-            sums[2 * k] += (u16)widenLow(v) * weight;
-            sums[2 * k + 1] += (u16)widenHigh(v) * weight;
-        }
-    }
-    const u16 term = (u16)splat16(rounding >> 8);
-    QUORVANE_UNROLLED
-    for (int k = 0; k < kVectors; ++k) {
-        const auto rounded = [&](int half) { return (i16)((sums[2 * k + half] + term) >> 8); };
-        store(out + k * kBytes, narrow(rounded(0), rounded(1)));
     }
 }
 
@@ -305,8 +275,8 @@ class Walk {
     /// Adds `count` rows from the row `top` on to the sums of the windows that all of them lie in; `weights`
     /// are theirs in each.
     template <int kWindows>
-    void addRows(int top, int count, const int32_t* const (&weights)[kWindows],
-                 i32 (*const (&windows)[kWindows])[kVectors]) {
+    [[gnu::noinline]] void addRows(int top, int count, const int32_t* const (&weights)[kWindows],
+                                   i32 (*const (&windows)[kWindows])[kVectors]) {
         int l = 0;
         for (; l + kRowsAtOnce <= count; l += kRowsAtOnce)
             addRowsAtOnce<kWindows, kRowsAtOnce>(top, l, weights, windows);
@@ -329,25 +299,37 @@ class Walk {
             QUORVANE_UNROLLED
             for (int n = 0; n < kWindows; ++n) vertical[k][n] = splat16(weights[n][l + k]);
         }
-        const auto add = [&](int s, const auto& columns) {
-            i32 sums[kWindows * kVectors];
-            QUORVANE_UNROLLED
-            for (int i = 0; i < kWindows * kVectors; ++i) sums[i] = windows[i / kVectors][s][i % kVectors];
-            QUORVANE_UNROLLED
-            for (int k = 0; k < kRows; ++k) addRow<kRatio, kWindows>(sums, columns, rows[k], vertical[k]);
-            QUORVANE_UNROLLED
-            for (int i = 0; i < kWindows * kVectors; ++i) windows[i / kVectors][s][i % kVectors] = sums[i];
-        };
-        for (int s = 0; s < m_inner; ++s) add(s, m_border[borderOf(s)]);
+        for (int s = 0; s < m_inner; ++s) addAtBorder(s, kRows, rows, vertical, windows);
         for (int s = m_inner; s < m_inner_end; ++s) {
             const int x = column(s);
             QUORVANE_UNROLLED
             for (int k = 0; k < kRows; ++k)
                 fetch<kStrip<kRatio> * kRatio * kPixelBytes<kRgb> >(
                     rows[k] + ptrdiff_t{x} * kPixelBytes<kRgb> + kFetchedAhead);
-            add(s, InnerColumns<kRgb>(x));
+            i32 sums[kWindows * kVectors];
+            QUORVANE_UNROLLED
+            for (int i = 0; i < kWindows * kVectors; ++i) sums[i] = windows[i / kVectors][s][i % kVectors];
+            QUORVANE_UNROLLED
+            for (int k = 0; k < kRows; ++k)
+                addRow<kRatio, kWindows>(sums, InnerColumns<kRgb>(x), rows[k], vertical[k]);
+            QUORVANE_UNROLLED
+            for (int i = 0; i < kWindows * kVectors; ++i) windows[i / kVectors][s][i % kVectors] = sums[i];
         }
-        for (int s = m_inner_end; s < m_count; ++s) add(s, m_border[borderOf(s)]);
+        for (int s = m_inner_end; s < m_count; ++s) addAtBorder(s, kRows, rows, vertical, windows);
+    }
+
+    /// The same for a strip at a border, which is rare: one piece of code for any number of rows.
+    template <int kWindows>
+    [[gnu::noinline]] void addAtBorder(int s, int count, const uint8_t* const* rows,
+                                       const i16 (*vertical)[kWindows],
+                                       i32 (*const (&windows)[kWindows])[kVectors]) {
+        i32 sums[kWindows * kVectors];
+        QUORVANE_UNROLLED
+        for (int i = 0; i < kWindows * kVectors; ++i) sums[i] = windows[i / kVectors][s][i % kVectors];
+        for (int k = 0; k < count; ++k)
+            addRow<kRatio, kWindows>(sums, m_border[borderOf(s)], rows[k], vertical[k]);
+        QUORVANE_UNROLLED
+        for (int i = 0; i < kWindows * kVectors; ++i) windows[i / kVectors][s][i % kVectors] = sums[i];
     }
 
     /// Stores row j, and clears its sums.
@@ -368,18 +350,54 @@ class Walk {
     i32 m_sums[2][kMostStrips][kVectors] = {};  ///< of two rows of outputs
 };
 
-/// With a window of one column there are no sums to keep.
+/// Ratio 1 both ways: the samples themselves.
+template <bool kRgb, bool kExact>
+QUORVANE_INLINED void copyStrip(const uint8_t* p, uint8_t offset, uint8_t* out) {
+    QUORVANE_UNROLLED
+    for (int k = 0; k < kVectors; ++k)
+        store(out + k * kBytes, samplesAt<kRgb, kExact>(p + k * kBytes * kPixelBytes<kRgb>) + offset);
+}
+
+/// Ratio 1 across: a line sum is 256 times a sample, and without that factor the sums of the rows fit 16
+/// bits.
 template <bool kRgb>
-void reduce1(const Reduction& r, int rounding, int limit) {
+void reduceStrip1(const Reduction& r, const Kernels& down, int rounding, int x, int j, uint8_t* out) {
+    u16 sums[2 * kVectors] = {};
+    for (int l = 0; l < down.taps; ++l) {
+        const uint8_t* row = clampedRow(r, j * r.down - down.margin + l) + ptrdiff_t{x} * kPixelBytes<kRgb>;
+        const u16 weight = (u16)splat16(down.vertical[l]);
+        QUORVANE_UNROLLED
+        for (int k = 0; k < kVectors; ++k) {
+            const u8 v = samplesAt<kRgb, true>(row + k * kBytes * kPixelBytes<kRgb>);
+            sums[2 * k] += (u16)widenLow(v) * weight;
+            sums[2 * k + 1] += (u16)widenHigh(v) * weight;
+        }
+    }
+    const u16 term = (u16)splat16(rounding >> 8);
+    QUORVANE_UNROLLED
+    for (int k = 0; k < kVectors; ++k) {
+        const auto rounded = [&](int half) { return (i16)((sums[2 * k + half] + term) >> 8); };
+        store(out + k * kBytes, narrow(rounded(0), rounded(1)));
+    }
+}
+
+/// A window of one column lies inside the row, so there are no borders to stand in for.
+template <bool kRgb>
+void reduce1(const Reduction& r, int rounding) {
+    const Kernels down = kernelsFor(r.down);
+    const int last = r.out_width - kStrip<1>;
+    const uint8_t offset = static_cast<uint8_t>(rounding >> 16);
     for (int j = 0; j < r.out_height; ++j)
         for (int i = 0; i < r.out_width; i += kStrip<1>) {
-            const int last = r.out_width - kStrip<1>;
             const int x = i < last ? i : last;
             uint8_t* out = r.out + static_cast<ptrdiff_t>(j) * r.out_width + x;
-            if (x >= kSlack<kRgb> && x + kSamples<1> * kBytes <= limit - kSlack<kRgb>)
-                reduceStrip1(r, InnerColumns<kRgb>(x), rounding, j, out);
+            const uint8_t* from = clampedRow(r, j) + ptrdiff_t{x} * kPixelBytes<kRgb>;
+            if (down.taps > 1)
+                reduceStrip1<kRgb>(r, down, rounding, x, j, out);
+            else if (x >= kSlack<kRgb> && x <= last - kSlack<kRgb>)
+                copyStrip<kRgb, false>(from, offset, out);
             else
-                reduceStrip1(r, BorderColumns<kRgb, kSamples<1> >(x, limit), rounding, j, out);
+                copyStrip<kRgb, true>(from, offset, out);
         }
 }
 
@@ -399,7 +417,7 @@ void reduce(const Reduction& r) {
         rounding += kLumaOffset * sum_across * sum_down;
     }
     if constexpr (kRatio == 1)
-        reduce1<kRgb>(r, rounding, limit);
+        reduce1<kRgb>(r, rounding);
     else
         for (int first = 0; first < Walk<kRatio, kRgb>::stripsOf(r); first += kMostStrips)
             Walk<kRatio, kRgb>(r, first, limit).reduce(rounding);

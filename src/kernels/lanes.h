@@ -39,6 +39,9 @@
 #define QUORVANE_UNROLLED _Pragma("GCC unroll 32")
 #endif
 
+/// Of what stands in the innermost loops: compilers stop inlining where a function has grown large.
+#define QUORVANE_INLINED [[gnu::always_inline]] inline
+
 namespace quorvane::QUORVANE_PATH {
 
 #if defined(QUORVANE_LANES_AVX2)
@@ -388,7 +391,7 @@ constexpr int kRgbSlack = kBytes == 32 ? 4 : 0;
 ///                         which is faster
 ///   kCount                kBytes; or half of it, which is faster and leaves the upper lanes undefined
 template <int kRed, int kGreen, int kBlue, bool kExact, int kCount = kBytes>
-inline u8 weighRgb(const uint8_t* p) {
+QUORVANE_INLINED u8 weighRgb(const uint8_t* p) {
 #if defined(QUORVANE_LANES_AVX2) || defined(QUORVANE_LANES_SSE41)
     // Weights are signed bytes and two products share a signed 16-bit lane: green is split between both
     // pairs.
