@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "media/clip/share_script.h"
+#include "media/embedding/written_bytes.h"
 #include "media/picture/picture_file.h"
 #include "media/picture/resample.h"
 #include "sizes/sizes.h"
@@ -25,12 +26,8 @@ constexpr size_t kPhotoBytes = 420000;
 
 using GlibText = std::unique_ptr<char, void (*)(void*)>;
 
-std::string base64(const void* bytes, size_t size) {
-    return GlibText(g_base64_encode(static_cast<const guchar*>(bytes), size), g_free).get();
-}
-
 std::string dataAddress(const char* type, const std::string& bytes) {
-    return std::string("data:") + type + ";base64," + base64(bytes.data(), bytes.size());
+    return std::string("data:") + type + ";base64," + toBase64(bytes);
 }
 
 /// The source by which a content security policy allows this script and no other.
@@ -39,10 +36,10 @@ std::string sourceOf(std::string_view script) {
                                                                g_checksum_free);
     g_checksum_update(sum.get(), reinterpret_cast<const guchar*>(script.data()),
                       static_cast<gssize>(script.size()));
-    guint8 digest[32];
+    char digest[32];
     gsize size = sizeof digest;
-    g_checksum_get_digest(sum.get(), digest, &size);
-    return "'sha256-" + base64(digest, size) + "'";
+    g_checksum_get_digest(sum.get(), reinterpret_cast<guint8*>(digest), &size);
+    return "'sha256-" + toBase64({digest, size}) + "'";
 }
 
 /// For text and for attributes in double quotes. What is no UTF-8 becomes a replacement character.
