@@ -47,18 +47,16 @@ PagePicture pagePicture(const ViewOptions& options, const Talk& talk, Size size,
     // Its photo has the page's size, whatever the grid.
     view.whole_photo = true;
     const Target target = {size, 1, pathEverywhere(amount), kLongestPageSide};
-    const media::Plane& depth = input.depth.plane;
-    const FitPlan fit =
-        fitFor(view, target, {input.photo.width, input.photo.height}, {depth.width, depth.height}, 1.0);
-    media::RgbImage photo = std::move(input.photo);
-    if (fit.cut) photo = media::crop(photo, fit.photo);
-    const PicturePlan plan = planFor(
-        view, target, fit, planReadsPhoto(view) ? media::resample(photo, fit.fit.photo) : media::RgbImage(),
-        std::move(input.depth.plane));
+    const Size whole = {input.photo.width, input.photo.height};
+    const auto photo_for = [&](const FitPlan& fit) { return fittedPhoto(fit, whole, input.photo); };
+    const FittedPicture fitted = fitPicture(view, target, whole, photo_for, input.depth.plane);
+    const FitPlan& fit = fitted.fit;
+    const PicturePlan& plan = fitted.plan;
     saySwing(plan, talk);
 
     PagePicture picture;
-    picture.photo = media::resample(photo, size);
+    picture.photo =
+        media::resample(fit.cut ? media::crop(input.photo, fit.photo) : std::move(input.photo), size);
     picture.depth = media::GrayImage(fit.fit.grid.width, fit.fit.grid.height);
     picture.depth.samples = plan.shaped;
     picture.settings = {amount * plan.swing, antialiasOf(options), changedParameters(view.orientation, plan)};

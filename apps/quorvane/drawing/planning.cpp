@@ -50,21 +50,16 @@ Shown shownIn(const Target& target, double visible) {
     return {{target.size.width * target.supersample, target.size.height * target.supersample}, visible};
 }
 
-}  // namespace
-
-SourcePhoto::SourcePhoto(media::RgbImage all) : pixels(std::move(all)), size({pixels.width, pixels.height}) {}
-
-SourcePhoto::SourcePhoto(media::RgbImage some, Size whole_size, std::function<media::RgbImage()> decode_whole)
-    : pixels(std::move(some)), size(whole_size), whole(std::move(decode_whole)) {}
-
+/// The part of both images that is used, and the sizes that they are brought to, for a picture that fills
+/// itself with the part `visible` of each of the photo's sides.
 FitPlan fitFor(const ViewOptions& options, const Target& target, Size photo, Size depth, double visible) {
     return options.whole_photo ? planFit(photo, depth, target.size, target.largest_texture, options.grid)
                                : planShown(photo, depth, target.size, target.largest_texture, options.grid,
                                            shownIn(target, visible));
 }
 
-bool planReadsPhoto(const ViewOptions& options) { return planReadsPhoto(requestFor(options)); }
-
+/// `photo` has the size of `fit`, or is empty where it has no part in the plan. `depth` is used as `fit`
+/// says.
 PicturePlan planFor(const ViewOptions& options, const Target& target, const FitPlan& fit,
                     const media::RgbImage& photo, media::Plane depth) {
     if (Size{depth.width, depth.height} != fit.depth) depth = media::crop(depth, fit.depth);
@@ -79,6 +74,15 @@ PicturePlan planFor(const ViewOptions& options, const Target& target, const FitP
     if (!status) throw Error(status.message());
     return plan;
 }
+
+}  // namespace
+
+SourcePhoto::SourcePhoto(media::RgbImage all) : pixels(std::move(all)), size({pixels.width, pixels.height}) {}
+
+SourcePhoto::SourcePhoto(media::RgbImage some, Size whole_size, std::function<media::RgbImage()> decode_whole)
+    : pixels(std::move(some)), size(whole_size), whole(std::move(decode_whole)) {}
+
+bool planReadsPhoto(const ViewOptions& options) { return planReadsPhoto(requestFor(options)); }
 
 PictureStretch stretchOf(const ViewOptions& options, const Target& target, const FitPlan& fit,
                          const PicturePlan& plan) {

@@ -24,22 +24,13 @@ struct Target {
     int largest_texture = 0;     ///< that the driver takes
 };
 
-/// The part of both images that is used, and the sizes that they are brought to, for a picture that fills
-/// itself with the part `visible` of each of the photo's sides.
-FitPlan fitFor(const ViewOptions& options, const Target& target, Size photo, Size depth, double visible);
-
 /// Whether the photo's pixels have a part in the plan.
 bool planReadsPhoto(const ViewOptions& options);
-
-/// Needs no GL. `photo` has the size of `fit`, or is empty where it has no part in the plan. `depth` is on
-/// the scale 0..255, larger = nearer, and is used as `fit` says. Throws Error.
-PicturePlan planFor(const ViewOptions& options, const Target& target, const FitPlan& fit,
-                    const media::RgbImage& photo, media::Plane depth);
 
 /// Says on standard error where the view swings less far than was asked.
 void saySwing(const PicturePlan& plan, const Talk& talk);
 
-/// How far the pictures of `plan` stretch, which planFor made of the same. Throws Error.
+/// How far the pictures of `plan` stretch, which fitPicture made of the same. Throws Error.
 PictureStretch stretchOf(const ViewOptions& options, const Target& target, const FitPlan& fit,
                          const PicturePlan& plan);
 
@@ -60,7 +51,7 @@ struct FittedPicture {
 };
 
 /// Both plans together: the photo's size depends on how much of it will be seen, which only the second says.
-/// Throws Error.
+/// `depth` is on the scale 0..255, larger = nearer. Needs no GL. Throws Error.
 FittedPicture fitPicture(const ViewOptions& options, const Target& target, Size photo_size,
                          const PhotoFor& photo_for, const media::Plane& depth);
 
