@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "support/model_renderer.h"
+#include "tests/composition/model_scene.h"
 
 namespace quorvane {
 namespace {
@@ -49,26 +49,13 @@ struct Scene {
 /// How many pixels of the picture of a white photo are not white, drawn by a renderer that knows nothing of
 /// frames.
 int borderPixels(const Scene& scene, const Camera& camera, ViewPosition position, double fov_scale) {
-    test::ModelScene drawn;
+    test::ModelScene drawn = modelScene(scene.grid, camera, position, fov_scale);
     drawn.photo_width = drawn.photo_height = 2;
     drawn.photo.assign(12, 255);
-    drawn.grid_width = scene.grid.depth.width;
-    drawn.grid_height = scene.grid.depth.height;
-    drawn.depth = scene.depth;
     const double aspect = scene.grid.half_width / scene.grid.half_height;
     // Even sides: no pixel's centre lies on the grid's middle line, where rounding could miss both triangles.
     drawn.width = 2 * static_cast<int>(80 * std::min(1.0, aspect));
     drawn.height = 2 * static_cast<int>(80 / std::max(1.0, aspect));
-    drawn.half_width = scene.grid.half_width;
-    drawn.half_height = scene.grid.half_height;
-    drawn.view_x = position.x;
-    drawn.view_y = position.y;
-    drawn.gain = 1.0;
-    drawn.x_boundary_deg = camera.x_turn_deg;
-    drawn.y_boundary_deg = camera.y_turn_deg;
-    drawn.pivot = camera.pivot_distance;
-    drawn.fov_scale = fov_scale;
-    drawn.far_plane = camera.far_distance;
     const std::vector<double> picture = modelPicture(drawn);
     return static_cast<int>(
         std::count_if(picture.begin(), picture.end(), [](double sample) { return sample < 254.5; }));

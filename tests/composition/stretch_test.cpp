@@ -9,7 +9,7 @@
 #include <random>
 #include <vector>
 
-#include "support/model_renderer.h"
+#include "tests/composition/model_scene.h"
 
 namespace quorvane {
 namespace {
@@ -62,26 +62,14 @@ Scene nearDisc() {
 double whitePart(const Scene& scene, const Camera& camera, ViewPosition position, double fov_scale,
                  const std::function<bool(size_t cell)>& lit) {
     constexpr int kSide = 32;
-    test::ModelScene drawn;
+    test::ModelScene drawn = modelScene(scene.grid, camera, position, fov_scale);
     drawn.photo_width = kColumns * kSide;
     drawn.photo_height = kRows * kSide;
     for (int y = 0; y < drawn.photo_height; ++y)
         for (int x = 0; x < drawn.photo_width; ++x)
             drawn.photo.insert(drawn.photo.end(), 3, lit(cellAt(x / kSide, y / kSide)) ? 255 : 0);
-    drawn.grid_width = kColumns;
-    drawn.grid_height = kRows;
-    drawn.depth = scene.depth;
     drawn.width = 900;
     drawn.height = 600;
-    drawn.half_width = scene.grid.half_width;
-    drawn.half_height = scene.grid.half_height;
-    drawn.view_x = position.x;
-    drawn.view_y = position.y;
-    drawn.gain = 1.0;
-    drawn.x_boundary_deg = camera.x_turn_deg;
-    drawn.y_boundary_deg = camera.y_turn_deg;
-    drawn.pivot = camera.pivot_distance;
-    drawn.fov_scale = fov_scale;
     const std::vector<double> picture = modelPicture(drawn);
     double sum = 0.0;
     for (const double sample : picture) sum += sample;
