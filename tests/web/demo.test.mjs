@@ -5,18 +5,11 @@ import {join} from 'node:path';
 import {after, before, test} from 'node:test';
 import {pathToFileURL} from 'node:url';
 
-import {made, openBrowser, serve, until} from './harness.mjs';
+import {closeServed, made, openServed, until} from './harness.mjs';
 
 let browser, server, base;
-before(async () => {
-  browser = await openBrowser();
-  server = await serve();
-  base = `http://127.0.0.1:${server.address().port}`;
-});
-after(async () => {
-  await browser?.close();
-  server?.close();
-});
+before(async () => ({browser, server, base} = await openServed()));
+after(() => closeServed({browser, server}));
 
 const ready = (page) => until('ready', () => page.evaluate(() => !!document.querySelector('parallax-photo[ready]')));
 /** Waits until the page shows what it was given; it opens with a picture of its own. */

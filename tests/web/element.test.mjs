@@ -4,18 +4,11 @@ import {readFileSync} from 'node:fs';
 import {join} from 'node:path';
 import {after, before, test} from 'node:test';
 
-import {accessibleNodes, made, openBrowser, serve, until} from './harness.mjs';
+import {accessibleNodes, closeServed, made, openServed, until} from './harness.mjs';
 
 let browser, server, base;
-before(async () => {
-  browser = await openBrowser();
-  server = await serve();
-  base = `http://127.0.0.1:${server.address().port}`;
-});
-after(async () => {
-  await browser?.close();
-  server?.close();
-});
+before(async () => ({browser, server, base} = await openServed()));
+after(() => closeServed({browser, server}));
 
 const photo = '<img alt="a lake" src="/made/photo.png" width="384" height="512">';
 const element = (attributes = '', style = 'width:180px', inside = photo) =>

@@ -23,7 +23,7 @@ const TYPES = {
 };
 
 /** Serves the repository, under /made/ what the stage has made, and as /page what `server.page` holds. */
-export function serve() {
+function serve() {
   const server = createServer((request, response) => {
     const path = normalize(decodeURIComponent(new URL(request.url, 'http://x').pathname));
     if (path === '/page') return response.setHeader('Content-Type', 'text/html').end(server.page);
@@ -32,6 +32,19 @@ export function serve() {
     createReadStream(file).on('error', () => response.writeHead(404).end()).pipe(response);
   });
   return new Promise((resolve) => server.listen(0, '127.0.0.1', () => resolve(server)));
+}
+
+/** A browser, and what `serve` gives with the address that it is reached at. */
+export async function openServed() {
+  const browser = await openBrowser();
+  const server = await serve();
+  return {browser, server, base: `http://127.0.0.1:${server.address().port}`};
+}
+
+/** Also where opening failed. */
+export async function closeServed({browser, server}) {
+  await browser?.close();
+  server?.close();
 }
 
 /** Role and name of each node that assistive technology meets, but for those that only hold others. */
