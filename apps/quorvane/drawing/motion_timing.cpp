@@ -38,7 +38,7 @@ std::vector<Leg> legsOf(const Motion& way, const MotionTiming& timing) {
     std::vector<Leg> legs;
     for (int cycle = 0; cycle < timing.cycles; ++cycle) {
         const double before = timing.ping_pong ? 0.0 : cycle;
-        const bool goes_on = cycle > 0 && !timing.ping_pong && timing.hold == 0.0 && way.legs == 1;
+        const bool goes_on = cycle > 0 && !timing.ping_pong && timing.hold == 0.0;
         if (goes_on) {
             legs.back().to = before + 1.0;
             continue;
