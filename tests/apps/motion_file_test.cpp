@@ -113,6 +113,30 @@ TEST(MotionThrough, AnOpenOneGoesBackInALoop) {
     EXPECT_NEAR(motion.place(1.0 / 2.6).x, 1.0, 1e-9);
     EXPECT_NEAR(motion.place(1.8 / 2.6).x, 0.0, 1e-9);
     EXPECT_EQ(motion.one_way->seconds, 1.0);
+    EXPECT_NEAR(motion.one_way->place(0.25).x, -0.5, 1e-12) << "between two moments its speed stays the same";
+}
+
+TEST(MotionThrough, ALittleOpenOneGoesBackToo) {
+    const Motion nearly = motionThrough({{0, {0, 0}}, {1, {1, 0}}, {2, {0.05, 0}}}, "keys");
+    EXPECT_DOUBLE_EQ(nearly.seconds, 2.0 + 0.4);
+    ASSERT_NE(nearly.one_way, nullptr);
+    EXPECT_NEAR(nearly.one_way->place(1.0).x, 0.05, 1e-12);
+    const Motion closer = motionThrough({{0, {0, 0, 1}}, {1, {0, 0, 2}}}, "keys");
+    EXPECT_DOUBLE_EQ(closer.seconds, 1.0 + 0.8);
+}
+
+// The harmonic mean of the slopes before and behind, 0.2 and 0.3, with weights 1 + 2 * 2 and 2 * 1 + 2.
+TEST(MotionThrough, SpeedAtAMomentLiesBetweenThoseAroundIt) {
+    const Motion motion = *motionThrough({{0, {0, 0}}, {1, {0.2, 0}}, {3, {0.8, 0}}}, "keys").one_way;
+    const auto at = [&motion](double t) { return motion.place(t / 3.0).x; };
+    constexpr double kStep = 1e-5;
+    for (const double t : {1.0 - kStep, 1.0})
+        EXPECT_NEAR((at(t + kStep) - at(t)) / kStep, 9.0 / (5.0 / 0.2 + 4.0 / 0.3), 1e-4);
+}
+
+TEST(MotionThrough, NeverZoomsBeyondTheMost) {
+    const Motion motion = motionThrough({{0, {0, 0, 4}}, {0.3, {0, 0, 4}}, {1, {0, 0, 4}}}, "keys");
+    for (int i = 0; i <= 1000; ++i) EXPECT_LE(motion.place(i / 1000.0).zoom, 4.0);
 }
 
 TEST(MotionThrough, OneMomentIsAPlace) {

@@ -112,6 +112,23 @@ TEST(Motion, ExpressionsAreSumsOfNumbersAndWaves) {
                {0.25 + 0.5 * std::cos(2.0 * kPi * (0.6 - 0.1)) - 0.2 * std::sin(1.8 * kPi),
                 std::sin(3.0 * kPi), 1.5},
                1e-12);
+    EXPECT_NEAR(parseMotion("zoom=2+cos(1)").place(0.0).zoom, 3.0, 1e-12);
+}
+
+TEST(Motion, FastWavesAreMeasuredAtTheirPeaks) {
+    EXPECT_THAT(refusal("x=1.1sin(64)"), HasSubstr("x goes from -1.1 to 1.1"));
+    // In floating point these add up to a little more than 1.
+    EXPECT_EQ(parseMotion("x=0.2+0.4+0.3+0.1").place(0.3).x, 1.0);
+}
+
+TEST(Motion, TermsAndPointsAreBounded) {
+    std::string terms = "x=0.01", points = "0,0";
+    for (int i = 1; i < 16; ++i) terms += "+0.01";
+    for (int i = 1; i < 64; ++i) points += " 0,0";
+    EXPECT_EQ(refusal(terms), "");
+    EXPECT_EQ(refusal(points), "");
+    EXPECT_THAT(refusal(terms + "+0.01"), HasSubstr("16 terms are the most"));
+    EXPECT_THAT(refusal(points + " 0,0"), HasSubstr("64 points are the most"));
 }
 
 TEST(Motion, BlanksAndPlusJoinAlike) {
@@ -184,6 +201,20 @@ TEST(Motion, AmountTakesAPartOfSwingAndZoom) {
     expectSame(loop[2], {0.1, -0.2, 1.125}, 1e-12);
     EXPECT_NEAR(closestZoom(loop), 1.125, 1e-12);
     EXPECT_EQ(closestZoom({}), 1.0);
+}
+
+// What is framed for other places than those of its frames shows a border in some of them.
+TEST(Motion, EveryFrameIsPlannedFor) {
+    for (const bool once : {false, true})
+        for (const int frames : {1, 7, 100, 120, 500}) {
+            Motion motion = parseMotion("x=sin(80) y=cos(7)");
+            motion.once = once;
+            const std::vector<Position> path = pathAround({}, motion, 0.8, frames);
+            for (const Position& frame : loopAround({}, motion, 0.8, frames))
+                EXPECT_TRUE(std::any_of(path.begin(), path.end(), [&frame](const Position& place) {
+                    return place.x == frame.x && place.y == frame.y;
+                })) << frames;
+        }
 }
 
 }  // namespace

@@ -161,6 +161,21 @@ TEST(Timed, OnceEndsAtTheEnd) {
     expectSame(frames.front(), {-1, 0}, 1e-12);
     expectSame(frames[30], {0, 0.25}, 1e-12);
     expectSame(frames.back(), {1, 0.5}, 1e-12);
+
+    // Four seconds from the first frame to the last, the first and the last of them at rest.
+    const Motion held = timed(keys, {false, false, true, 1, 1.0}, FrameCount{121, 30});
+    const std::vector<Position> resting = loopAround({}, held, 1.0, 121);
+    for (const size_t frame : {0, 15, 30}) expectSame(resting[frame], {-1, 0}, 1e-9);
+    EXPECT_GT(resting[31].x, -1.0 + 1e-6);
+    expectSame(resting[60], {0, 0.25}, 1e-9);
+    for (const size_t frame : {90, 105, 120}) expectSame(resting[frame], {1, 0.5}, 1e-9);
+}
+
+TEST(Timed, OnceInSeveralCyclesGoesBackBetweenThem) {
+    const Motion keys = motionThrough({{0, {-1, 0}}, {2, {1, 0.5}}}, "keys");
+    const Motion twice = timed(keys, {false, false, true, 2, 0.0}, FrameCount{201, 30});
+    const std::vector<Position> frames = loopAround({}, twice, 1.0, 201);
+    for (size_t i = 1; i < frames.size(); ++i) EXPECT_NEAR(frames[i].x, frames[i - 1].x, 0.1) << i;
 }
 
 TEST(Timed, SeveralCyclesGoRoundSoOften) {
@@ -172,6 +187,10 @@ TEST(Timed, EasedIsSlowAtItsEndsAndThereInTheMiddle) {
     const auto place = timed(parseMotion("circle"), {true, false, false, 1, 0.0}, 4.0).place;
     expectSame(place(0.5), {0.0, 1.0}, 1e-9);
     EXPECT_LT(std::abs(place(0.05).x), std::sin(2.0 * M_PI * 0.05) / 4.0);
+    // Points are left and reached softly anyway.
+    const Motion points = parseMotion("-1,0 1,0.5 0,0,2");
+    const auto eased = timed(points, {true, false, false, 1, 0.0}, 4.0).place;
+    for (const double part : {0.05, 0.4, 0.9}) expectSame(eased(part), points.place(part), 1e-9);
 }
 
 TEST(OwnSeconds, AreThoseOfTheWayThatIsGone) {
