@@ -74,6 +74,37 @@ TEST_F(Page, CarriesTheTunedSet) {
                                                          "&quot;border_deadzone&quot;:18"));
     EXPECT_THAT(words({"--frame", "0.81", "--pivot", "off"}), Not(HasSubstr("params=")))
         << "the element has these by itself";
+    EXPECT_THAT(words({"--frame", "0.81", "--pivot", "off", "--orientation", "7"}), Not(HasSubstr("params=")))
+        << "4 and 7 have the same set";
+}
+
+TEST_F(Page, CarriesWhateverAFrameIsDrawnWith) {
+    const std::map<std::string, std::string> of_frames = {
+        {"rotate_z_trans", "33"},   {"rotate_x_boundary", "5"},
+        {"rotate_y_boundary", "6"}, {"trans_to_rotate_scale", "0.5"},
+        {"far_offset_ext", "90"},   {"border_deadzone", "40"},
+        {"fov_scale", "0.75"}};
+    std::vector<std::string> options = {"--set", "depth_contrast=12"};
+    for (const auto& [name, value] : of_frames)
+        options.insert(options.end(), {"--set", std::string(name).append("=").append(value)});
+    const std::string page = words(options);
+    for (const auto& [name, value] : of_frames)
+        EXPECT_THAT(page, HasSubstr(std::string("&quot;").append(name).append("&quot;:").append(value)));
+    EXPECT_THAT(page, Not(HasSubstr("&quot;depth_contrast"))) << "it has gone into the depth";
+}
+
+// Where a frame would show less than half of the photo, the swing gives way.
+TEST_F(Page, SwingsNoFartherThanTheProgramDoes) {
+    const Outcome outcome = run("render", "a.html",
+                                {"--set", "rotate_x_boundary=45", "--set", "rotate_y_boundary=45", "--set",
+                                 "trans_to_rotate_scale=2"});
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
+    const std::string said = "the view swings ", page = wordsOfPage(bytesOf(folder / "a.html"));
+    const std::string has = "amount=\"";
+    ASSERT_THAT(outcome.err, HasSubstr(said));
+    ASSERT_THAT(page, HasSubstr(has));
+    EXPECT_NEAR(std::stod(page.substr(page.find(has) + has.size())),
+                std::stod(outcome.err.substr(outcome.err.find(said) + said.size())), 0.005);
 }
 
 // The element has tables of its own, which have to say the same.

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 
 #include "apps/quorvane/drawing/stereo.h"
@@ -114,6 +115,33 @@ TEST(StereoLayout, AnaglyphsFollowTheMatrixInLight) {
     near(colour(100, 0), {encoded(1.132965 * gray), 0, 0, 255});
     near(colour(0, 100), {0, encoded(1.0936657 * gray), encoded(1.0412863 * gray), 255});
     near(colour(0, 0), {0, 0, 0, 255});
+
+    // The matrix as it was published, in thousandths.
+    constexpr double kPublished[3][6] = {
+        {456, 500, 176, -43, -88, -2}, {-40, -38, -16, 378, 734, -18}, {-15, -21, -5, -72, -113, 1226}};
+    const auto light = [](int level) { return std::pow((level / 255.0 + 0.055) / 1.055, 2.4); };
+    for (size_t raised = 0; raised < 6; ++raised) {
+        std::array<int, 6> seen;
+        seen.fill(110);
+        seen[raised] = 190;
+        const RgbaImage out = joined(
+            stereo, {painted({1, 1}, seen[0], seen[1], seen[2]), painted({1, 1}, seen[3], seen[4], seen[5])});
+        std::vector<int> wanted;
+        for (const auto& row : kPublished) {
+            double sum = 0.0;
+            for (size_t k = 0; k < 6; ++k) sum += row[k] / 1000.0 * light(seen[k]);
+            wanted.push_back(encoded(sum));
+        }
+        wanted.push_back(255);
+        SCOPED_TRACE(raised);
+        near(std::vector<int>(out.samples.begin(), out.samples.end()), wanted);
+    }
+}
+
+TEST(StereoLayout, EyesStandApartAsTheHelpSays) {
+    EXPECT_EQ(eyesFor({}, true), 1.0);
+    EXPECT_EQ(eyesFor({}, false), 0.3);
+    EXPECT_EQ(eyesFor({{}, 0.5}, false), 0.5);
 }
 
 TEST(StereoLayout, LeftEyeStandsToTheLeft) {
@@ -179,6 +207,7 @@ TEST(StereoLayout, NamesSayWhatPlayersLookFor) {
     EXPECT_EQ(withSuffix("a/b.png", stereoSuffix(parseStereo("sbs"), {4, 3})), "a/b_SBS.png");
     EXPECT_EQ(withSuffix("b_sbs.mp4", "_SBS"), "b_sbs.mp4");
     EXPECT_EQ(withSuffix("b.png", stereoSuffix(parseStereo("quilt:8x6"), {3, 4})), "b_qs8x6a0.75.png");
+    EXPECT_EQ(stereoSuffix(parseStereo("quilt:8x6"), {4, 3}), "_qs8x6a1.333");
     EXPECT_EQ(withSuffix("b.gif", stereoSuffix(parseStereo("wiggle"), {4, 3})), "b.gif");
     EXPECT_EQ(stereoSuffix(parseStereo("rgbd-dark-near"), {4, 3}), "_RGBD_dark-near");
     EXPECT_EQ(stereoSuffix(parseStereo("rgbd-bright-near"), {4, 3}), "_RGBD_bright-near");

@@ -147,6 +147,9 @@ TEST_F(StereoPhoto, MpoSaysWhereTheCamerasStandAndWhatTheySee) {
     // A sensor of 36 mm behind that lens has the picture's field of view.
     EXPECT_NEAR(std::stod(exif(file, "FocalLength")), 18.0 / (kTangentX / zoom()), 0.01);
     EXPECT_NEAR(std::stod(exif(file, "FocalPlaneXResolution")), 320 / 3.6, 0.001);
+    // Both views from one place.
+    render(scene("photo.png"), "flat.mpo", {"--eyes", "0"});
+    EXPECT_EQ(exif(folder / "flat.mpo", "MPF0:BaselineLength"), "0\n0\n");
 }
 
 /// The first bytes of the body of every box of that type, wherever it is.
