@@ -159,6 +159,21 @@ TEST_F(Fit, WhatFitsAtItsBestIsLeftAtThat) {
     EXPECT_THAT(outcome.err, HasSubstr("of 100 MB: 480x360, quality 95"));
 }
 
+TEST_F(Fit, ASmallerRateIsTheLastThingBeforeItGivesUp) {
+    const Outcome outcome = render("a.webp", {"--size", "160x120", "--seconds", "0.3", "--fit", "200B"});
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_THAT(outcome.err, HasSubstr(": 160x120, 12 frames a second, quality 25 (size as asked for)\n"));
+}
+
+TEST_F(Fit, APaletteLosesColoursWhereNothingElseMayGo) {
+    const std::vector<std::string> kept = {"--size", "160x120", "--frames", "4", "--fps", "20"};
+    std::vector<std::string> options = kept;
+    options.insert(options.end(), {"--fit", bytesText(0.9 * bytesWith("a.gif", kept))});
+    const Outcome outcome = render("a.gif", options);
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_THAT(outcome.err, HasSubstr(": 160x120, 20 frames a second, quality 60\n"));
+}
+
 TEST_F(Fit, WhatCannotFitEndsWithTheSmallestAndNoFile) {
     writeBytes(folder / "old.mp4", "old");
     for (const char* name : {"a.mp4", "old.mp4"}) {
