@@ -92,5 +92,7 @@ publishing {
 }
 
 dependencies {
+    // Read by compilers and lint alone, which know them by name: no app gets a dependency of them.
+    compileOnly("androidx.annotation:annotation:1.9.1")
     testImplementation("junit:junit:4.13.2")
 }

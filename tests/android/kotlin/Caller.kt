@@ -21,7 +21,9 @@ fun portrait(context: Context, photo: Uri, say: (String) -> Unit): View =
 fun fromModel(view: ParallaxPhotoView, photo: Uri, samples: FloatArray) =
     view.setImages(photo, Depth.of(samples, 518, 392).largerIsFarther())
 
-fun container(file: ByteArray): String? = PortraitPhoto.read(file).container()?.toString()
+fun container(file: ByteArray): String? = PortraitPhoto.read(file).container()
+
+fun units(file: ByteArray): Int = PortraitPhoto.read(file).units().length
 
 class Lake : ParallaxWallpaperService() {
     override fun photo() = ImageSource { assets.open("lake.jpg") }

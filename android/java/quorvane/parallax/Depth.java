@@ -1,6 +1,9 @@
 package quorvane.parallax;
 
 import android.graphics.Bitmap;
+import androidx.annotation.AnyThread;
+import androidx.annotation.NonNull;
+import androidx.annotation.Nullable;
 import java.nio.ByteBuffer;
 
 /**
@@ -11,6 +14,7 @@ import java.nio.ByteBuffer;
  * <p>Objects never change. Setting the same object again does nothing, and two that name the same
  * bitmap or source are equal.
  */
+@AnyThread
 public final class Depth {
     private final Bitmap bitmap;
     private final ImageSource file;
@@ -30,7 +34,8 @@ public final class Depth {
      *
      * @throws IllegalArgumentException for null or a recycled bitmap
      */
-    public static Depth of(Bitmap bitmap) {
+    @NonNull
+    public static Depth of(@NonNull Bitmap bitmap) {
         return new Depth(Images.usable("depth map", bitmap), null, null, false);
     }
 
@@ -39,7 +44,8 @@ public final class Depth {
      *
      * @throws IllegalArgumentException for null
      */
-    public static Depth of(ImageSource file) {
+    @NonNull
+    public static Depth of(@NonNull ImageSource file) {
         return new Depth(null, Images.given("depth map", file), null, false);
     }
 
@@ -49,7 +55,8 @@ public final class Depth {
      * @param samples rows from the top without padding, from the buffer's position on, which stays
      * @throws IllegalArgumentException where they are fewer than width x height, or a side is below 1
      */
-    public static Depth of(ByteBuffer samples, int width, int height) {
+    @NonNull
+    public static Depth of(@NonNull ByteBuffer samples, int width, int height) {
         Images.given("depth map", samples);
         requireSamples(width, height, samples.remaining());
         ByteBuffer source = samples.duplicate();
@@ -68,7 +75,8 @@ public final class Depth {
      * @param samples rows from the top without padding; copied
      * @throws IllegalArgumentException where they are fewer than width x height, or a side is below 1
      */
-    public static Depth of(float[] samples, int width, int height) {
+    @NonNull
+    public static Depth of(@NonNull float[] samples, int width, int height) {
         Images.given("depth map", samples);
         requireSamples(width, height, samples.length);
         int count = width * height;
@@ -91,6 +99,7 @@ public final class Depth {
     }
 
     /** The same map, of which the smallest sample is the nearest. */
+    @NonNull
     public Depth largerIsFarther() {
         return new Depth(bitmap, file, samples, true);
     }
@@ -112,7 +121,7 @@ public final class Depth {
     }
 
     @Override
-    public boolean equals(Object other) {
+    public boolean equals(@Nullable Object other) {
         return other instanceof Depth && ((Depth) other).origin().equals(origin())
                 && ((Depth) other).largerIsFarther == largerIsFarther;
     }

@@ -1,10 +1,14 @@
 package quorvane.parallax;
 
+import androidx.annotation.AnyThread;
+import androidx.annotation.NonNull;
+
 /**
  * Which part of a photo and of its depth map a picture shows, and the sizes to which these are
  * scaled so that {@link ParallaxRenderer} takes them together: the photo is {@code ratio} times the
  * grid of cells and the depth map 4 times, on both axes.
  */
+@AnyThread
 public final class FitSizes {
     /** Photo pixels a cell: 1, 2, 4, 8, 16 or 32. */
     public final int ratio;
@@ -37,6 +41,7 @@ public final class FitSizes {
      *     less
      * @throws IllegalArgumentException for a size below 1
      */
+    @NonNull
     public static FitSizes of(
             int photoWidth, int photoHeight, int depthWidth, int depthHeight, int largestSide) {
         return of(photoWidth, photoHeight, depthWidth, depthHeight, photoWidth, photoHeight,
@@ -49,6 +54,7 @@ public final class FitSizes {
      *
      * @throws IllegalArgumentException for a size below 1
      */
+    @NonNull
     public static FitSizes of(int photoWidth, int photoHeight, int depthWidth, int depthHeight,
             int pictureWidth, int pictureHeight, int largestSide) {
         return of(photoWidth, photoHeight, depthWidth, depthHeight, pictureWidth, pictureHeight,
@@ -61,6 +67,7 @@ public final class FitSizes {
      *
      * @throws IllegalArgumentException for a size below 1
      */
+    @NonNull
     public static FitSizes forCleanEdges(int photoWidth, int photoHeight, int depthWidth,
             int depthHeight, int pictureWidth, int pictureHeight, int largestSide) {
         return of(photoWidth, photoHeight, depthWidth, depthHeight, pictureWidth, pictureHeight,
@@ -82,11 +89,13 @@ public final class FitSizes {
     }
 
     /** The part of the photo that is shown: left, top, width and height in its pixels. */
+    @NonNull
     public int[] photoPart() {
         return photoPart.clone();
     }
 
     /** The part of the depth map that is used: left, top, width and height in its pixels. */
+    @NonNull
     public int[] depthPart() {
         return depthPart.clone();
     }

@@ -1,5 +1,7 @@
 package quorvane.parallax;
 
+import androidx.annotation.NonNull;
+import androidx.annotation.WorkerThread;
 import java.io.IOException;
 import java.io.InputStream;
 
@@ -12,5 +14,7 @@ public interface ImageSource {
      * @return the file, which the caller closes
      * @throws IOException where it cannot be opened; its message is told to the app
      */
+    @NonNull
+    @WorkerThread
     InputStream open() throws IOException;
 }

@@ -1,5 +1,7 @@
 package quorvane.parallax;
 
+import androidx.annotation.NonNull;
+
 /** One tunable parameter and the values that make a picture. */
 public final class ParallaxParameter {
     /** When a changed parameter shows in the picture. */
@@ -15,6 +17,7 @@ public final class ParallaxParameter {
     }
 
     /** As {@link ParallaxRenderer#setParameter} takes it. */
+    @NonNull
     public final String name;
 
     /** Whether only whole numbers are taken. */
@@ -27,9 +30,11 @@ public final class ParallaxParameter {
     public final double maximum;
 
     /** When a new value shows. */
+    @NonNull
     public final TakesEffect takesEffect;
 
     /** What it does, with its unit, in English. */
+    @NonNull
     public final String meaning;
 
     /** Called from native code; {@code takesEffect} counts in the order of the constants. */
@@ -49,6 +54,7 @@ public final class ParallaxParameter {
     }
 
     @Override
+    @NonNull
     public String toString() {
         return name + ", " + minimum + " to " + maximum + ": " + meaning;
     }

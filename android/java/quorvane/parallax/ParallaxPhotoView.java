@@ -5,7 +5,9 @@ import android.content.Context;
 import android.content.Intent;
 import android.content.IntentFilter;
 import android.content.pm.ApplicationInfo;
+import android.content.res.TypedArray;
 import android.graphics.Bitmap;
+import android.graphics.Canvas;
 import android.graphics.Rect;
 import android.graphics.SurfaceTexture;
 import android.net.Uri;
@@ -18,6 +20,12 @@ import android.view.MotionEvent;
 import android.view.TextureView;
 import android.view.ViewConfiguration;
 import android.view.ViewTreeObserver;
+import androidx.annotation.AnyThread;
+import androidx.annotation.AttrRes;
+import androidx.annotation.NonNull;
+import androidx.annotation.Nullable;
+import androidx.annotation.StyleRes;
+import androidx.annotation.UiThread;
 import java.io.File;
 import java.io.FileInputStream;
 import java.util.LinkedHashMap;
@@ -43,7 +51,8 @@ import java.util.function.Consumer;
  *
  * <p>A layout says the same by {@code app:quorvanePhoto} and {@code app:quorvaneDepth}, names of
  * assets, {@code app:quorvaneFullSwing}, {@code app:quorvaneDraggable}, {@code
- * app:quorvaneReducedMotion} and {@code app:quorvaneFadeIn}; styles and themes do not.
+ * app:quorvaneReducedMotion} and {@code app:quorvaneFadeIn}; so does a style, or the theme by {@code
+ * quorvanePhotoViewStyle}. A layout's editor shows the photo at rest, or gray.
  *
  * <p>All calls come from the app's first thread, as for every view, and refuse at once what cannot
  * be; nothing that goes wrong later ends the app, the listener is told. It is a TextureView and not
@@ -51,6 +60,7 @@ import java.util.function.Consumer;
  * behind or before the window is not. As every TextureView it has no background and no foreground:
  * what shows until the first frame lies under it, such as an ImageView in the same FrameLayout.
  */
+@UiThread
 public class ParallaxPhotoView extends TextureView {
     /** Is told what went wrong. */
     public interface OnErrorListener {
@@ -60,12 +70,14 @@ public class ParallaxPhotoView extends TextureView {
          *
          * @param sentence what failed and what would work, in English
          */
-        void onError(String sentence);
+        @UiThread
+        void onError(@NonNull String sentence);
     }
 
     /** Is told that there is something to see. */
     public interface OnFirstFrameListener {
         /** Called on the app's first thread, for every set of images and after each return. */
+        @UiThread
         void onFirstFrame();
     }
 
@@ -74,7 +86,6 @@ public class ParallaxPhotoView extends TextureView {
      * folder.
      */
     public static final String ACTION_RELOAD_PROFILE = "quorvane.parallax.RELOAD_PROFILE";
-    private static final String ATTRIBUTES = "http://schemas.android.com/apk/res-auto";
     private static final String PROFILE_FILE = "profile.json";
     // The shell has it, other apps have not.
     private static final String SHELLS_PERMISSION = "android.permission.DUMP";
@@ -107,18 +118,40 @@ public class ParallaxPhotoView extends TextureView {
     /** The one that was given the surface: a view leaves its window before its surface goes. */
     private ParallaxStage surfaceUser;
 
-    public ParallaxPhotoView(Context context) {
+    public ParallaxPhotoView(@NonNull Context context) {
         this(context, null);
     }
 
-    public ParallaxPhotoView(Context context, AttributeSet attributes) {
-        super(context, attributes);
+    public ParallaxPhotoView(@NonNull Context context, @Nullable AttributeSet attributes) {
+        this(context, attributes, R.attr.quorvanePhotoViewStyle);
+    }
+
+    /** @param style the theme's attribute that names a style, or 0 */
+    public ParallaxPhotoView(
+            @NonNull Context context, @Nullable AttributeSet attributes, @AttrRes int style) {
+        this(context, attributes, style, 0);
+    }
+
+    /**
+     * @param style the theme's attribute that names a style, or 0
+     * @param otherwise the style where the theme names none, or 0
+     */
+    public ParallaxPhotoView(@NonNull Context context, @Nullable AttributeSet attributes,
+            @AttrRes int style, @StyleRes int otherwise) {
+        super(context, attributes, style, otherwise);
         touchSlop = ViewConfiguration.get(context).getScaledTouchSlop();
         setOpaque(true);
         super.setSurfaceTextureListener(events);
-        if (attributes != null) {
-            take(attributes);
+        TypedArray given = context.obtainStyledAttributes(
+                attributes, R.styleable.ParallaxPhotoView, style, otherwise);
+        try {
+            take(given);
+        } finally {
+            given.recycle();
         }
+        // A view of this kind is never asked to draw itself in software, as editors do, but for what
+        // lies in it.
+        setWillNotDraw(isInEditMode());
     }
 
     /**
@@ -127,6 +160,7 @@ public class ParallaxPhotoView extends TextureView {
      * vertices and indices of 32 bits. The first call takes some ten milliseconds; any thread may
      * ask.
      */
+    @AnyThread
     public static boolean isSupported() {
         return Supported.ANSWER;
     }
@@ -136,12 +170,12 @@ public class ParallaxPhotoView extends TextureView {
      *
      * @throws IllegalArgumentException for null, as for all images
      */
-    public void setPortraitPhoto(Uri photo) {
+    public void setPortraitPhoto(@NonNull Uri photo) {
         setPortraitPhoto(source("photo", photo));
     }
 
     /** The same for a file from anywhere. */
-    public void setPortraitPhoto(ImageSource photo) {
+    public void setPortraitPhoto(@NonNull ImageSource photo) {
         show(new Images(photo));
     }
 
@@ -150,27 +184,27 @@ public class ParallaxPhotoView extends TextureView {
      *
      * @throws IllegalArgumentException for a bitmap that was recycled
      */
-    public void setImages(Bitmap photo, Bitmap depth) {
+    public void setImages(@NonNull Bitmap photo, @NonNull Bitmap depth) {
         setImages(photo, Depth.of(depth));
     }
 
     /** Shows a bitmap with a depth map from anywhere. */
-    public void setImages(Bitmap photo, Depth depth) {
+    public void setImages(@NonNull Bitmap photo, @NonNull Depth depth) {
         show(new Images(photo, depth));
     }
 
     /** Shows image files of a content provider or the file system. */
-    public void setImages(Uri photo, Uri depth) {
+    public void setImages(@NonNull Uri photo, @NonNull Uri depth) {
         setImages(photo, Depth.of(source("depth map", depth)));
     }
 
     /** Shows an image file with a depth map from anywhere. */
-    public void setImages(Uri photo, Depth depth) {
+    public void setImages(@NonNull Uri photo, @NonNull Depth depth) {
         setImages(source("photo", photo), depth);
     }
 
     /** Shows image files among the app's assets. */
-    public void setAssets(String photo, String depth) {
+    public void setAssets(@NonNull String photo, @NonNull String depth) {
         setImages(new NamedSource(getContext(), Images.given("photo", photo)),
                 Depth.of(new NamedSource(getContext(), Images.given("depth map", depth))));
     }
@@ -179,12 +213,12 @@ public class ParallaxPhotoView extends TextureView {
      * Shows image files from anywhere. A source is known again by its identity: who binds a view
      * again and again gives the same object.
      */
-    public void setImages(ImageSource photo, ImageSource depth) {
+    public void setImages(@NonNull ImageSource photo, @NonNull ImageSource depth) {
         setImages(photo, Depth.of(depth));
     }
 
     /** Shows an image file with a depth map from anywhere. */
-    public void setImages(ImageSource photo, Depth depth) {
+    public void setImages(@NonNull ImageSource photo, @NonNull Depth depth) {
         show(new Images(photo, depth));
     }
 
@@ -196,12 +230,12 @@ public class ParallaxPhotoView extends TextureView {
     }
 
     /** Without one, errors go unheard and the view stays as it is. */
-    public void setOnErrorListener(OnErrorListener listener) {
+    public void setOnErrorListener(@Nullable OnErrorListener listener) {
         errorListener = listener;
     }
 
     /** Null: nobody is told. */
-    public void setOnFirstFrameListener(OnFirstFrameListener listener) {
+    public void setOnFirstFrameListener(@Nullable OnFirstFrameListener listener) {
         firstFrameListener = listener;
     }
 
@@ -225,7 +259,7 @@ public class ParallaxPhotoView extends TextureView {
      * @param name of {@link ParallaxRenderer#parameters}
      * @throws IllegalArgumentException for an unknown name, or a value out of its range
      */
-    public void setParameter(String name, double value) {
+    public void setParameter(@NonNull String name, double value) {
         if (!ParallaxStage.takes(name, value)) {
             return;
         }
@@ -296,7 +330,7 @@ public class ParallaxPhotoView extends TextureView {
      * quorvane.parallax.RELOAD_PROFILE} takes {@code profile.json} from the folder that {@code
      * getExternalFilesDir(null)} names.
      */
-    public void setProfile(ImageSource file) {
+    public void setProfile(@NonNull ImageSource file) {
         Images.given("profile", file);
         read(() -> Profile.read(file), this::take);
     }
@@ -308,7 +342,7 @@ public class ParallaxPhotoView extends TextureView {
      *
      * @param file null: the sensor again
      */
-    public void setReplay(ImageSource file) {
+    public void setReplay(@Nullable ImageSource file) {
         if (file == null) {
             take((HandReplay) null);
         } else {
@@ -331,7 +365,7 @@ public class ParallaxPhotoView extends TextureView {
 
     /**
      * Lets only a finger move the picture. So it is anyway while the device's animations are
-     * switched off.
+     * switched off, or its battery saver is on.
      */
     public void setReducedMotion(boolean reduced) {
         reducedMotion = reduced;
@@ -363,7 +397,7 @@ public class ParallaxPhotoView extends TextureView {
     }
 
     @Override
-    public boolean onTouchEvent(MotionEvent event) {
+    public boolean onTouchEvent(@NonNull MotionEvent event) {
         boolean handled = super.onTouchEvent(event);
         if (!draggable || stage == null) {
             return handled;
@@ -402,6 +436,9 @@ public class ParallaxPhotoView extends TextureView {
     @Override
     protected void onAttachedToWindow() {
         super.onAttachedToWindow();
+        if (isInEditMode()) {
+            return;
+        }
         display = getDisplay();
         stage = new ParallaxStage(getContext(), display, events);
         stage.setFullSwing(fullSwing);
@@ -426,6 +463,10 @@ public class ParallaxPhotoView extends TextureView {
 
     @Override
     protected void onDetachedFromWindow() {
+        if (stage == null) {
+            super.onDetachedFromWindow();
+            return;
+        }
         getViewTreeObserver().removeOnPreDrawListener(events);
         if (isDebuggable()) {
             getContext().unregisterReceiver(events.reload);
@@ -433,6 +474,15 @@ public class ParallaxPhotoView extends TextureView {
         stage.quit();
         stage = null;
         super.onDetachedFromWindow();
+    }
+
+    /** In a layout's editor: the photo, or gray. */
+    @Override
+    protected void dispatchDraw(@NonNull Canvas canvas) {
+        super.dispatchDraw(canvas);
+        if (isInEditMode()) {
+            LayoutPreview.draw(canvas, images, getWidth(), getHeight());
+        }
     }
 
     @Override
@@ -444,13 +494,14 @@ public class ParallaxPhotoView extends TextureView {
 
     /** Is a picture for those who hear what is on the screen. */
     @Override
+    @NonNull
     public CharSequence getAccessibilityClassName() {
         return "android.widget.ImageView";
     }
 
     /** Not for apps: the view needs it itself. */
     @Override
-    public void setSurfaceTextureListener(SurfaceTextureListener listener) {
+    public void setSurfaceTextureListener(@Nullable SurfaceTextureListener listener) {
         throw new UnsupportedOperationException(
                 "the view draws on its surface itself; setOnFirstFrameListener tells when");
     }
@@ -472,17 +523,14 @@ public class ParallaxPhotoView extends TextureView {
         }
     }
 
-    // By name, so that builds without Android's resource compiler have them too.
-    private void take(AttributeSet attributes) {
-        setFullSwing(
-                attributes.getAttributeFloatValue(ATTRIBUTES, "quorvaneFullSwing", fullSwing));
-        setDraggable(
-                attributes.getAttributeBooleanValue(ATTRIBUTES, "quorvaneDraggable", draggable));
-        setReducedMotion(attributes.getAttributeBooleanValue(
-                ATTRIBUTES, "quorvaneReducedMotion", reducedMotion));
-        setFadeIn(attributes.getAttributeIntValue(ATTRIBUTES, "quorvaneFadeIn", 0));
-        String photo = text(attributes, "quorvanePhoto");
-        String depth = text(attributes, "quorvaneDepth");
+    private void take(TypedArray given) {
+        setFullSwing(given.getFloat(R.styleable.ParallaxPhotoView_quorvaneFullSwing, fullSwing));
+        setDraggable(given.getBoolean(R.styleable.ParallaxPhotoView_quorvaneDraggable, draggable));
+        setReducedMotion(given.getBoolean(
+                R.styleable.ParallaxPhotoView_quorvaneReducedMotion, reducedMotion));
+        setFadeIn(given.getInt(R.styleable.ParallaxPhotoView_quorvaneFadeIn, 0));
+        String photo = given.getString(R.styleable.ParallaxPhotoView_quorvanePhoto);
+        String depth = given.getString(R.styleable.ParallaxPhotoView_quorvaneDepth);
         if (photo != null && depth != null) {
             setAssets(photo, depth);
         } else if (photo != null) {
@@ -491,12 +539,6 @@ public class ParallaxPhotoView extends TextureView {
             throw new IllegalArgumentException(
                     "quorvaneDepth: " + depth + "; quorvanePhoto is missing, which it belongs to");
         }
-    }
-
-    private String text(AttributeSet attributes, String name) {
-        int reference = attributes.getAttributeResourceValue(ATTRIBUTES, name, 0);
-        return reference == 0 ? attributes.getAttributeValue(ATTRIBUTES, name)
-                              : getContext().getString(reference);
     }
 
     private void take(Profile profile) {

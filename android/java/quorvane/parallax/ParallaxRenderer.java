@@ -1,5 +1,6 @@
 package quorvane.parallax;
 
+import androidx.annotation.NonNull;
 import java.nio.ByteBuffer;
 import java.util.Arrays;
 import java.util.Collections;
@@ -57,6 +58,7 @@ public final class ParallaxRenderer implements AutoCloseable {
      *     second
      * @return the renderer, which belongs to this thread
      */
+    @NonNull
     public static ParallaxRenderer create(int width, int height, int orientation) {
         return new ParallaxRenderer(nativeCreate(width, height, orientation, false));
     }
@@ -71,6 +73,7 @@ public final class ParallaxRenderer implements AutoCloseable {
      * @param orientation as in {@link #create}
      * @return the renderer, which belongs to this thread
      */
+    @NonNull
     public static ParallaxRenderer createOffscreen(int width, int height, int orientation) {
         return new ParallaxRenderer(nativeCreate(width, height, orientation, true));
     }
@@ -83,7 +86,7 @@ public final class ParallaxRenderer implements AutoCloseable {
      * @param height in pixels, from 1 to the driver's texture limit
      * @param rgb direct, width * height * 3 bytes
      */
-    public void setPhoto(int width, int height, ByteBuffer rgb) {
+    public void setPhoto(int width, int height, @NonNull ByteBuffer rgb) {
         final long open = open();
         checkBuffer("photo", rgb);
         nativeSetPhoto(open, width, height, rgb, rgb.position(), rgb.remaining(), 3);
@@ -97,7 +100,7 @@ public final class ParallaxRenderer implements AutoCloseable {
      * @param height in pixels, from 1 to the driver's texture limit
      * @param rgba direct, width * height * 4 bytes
      */
-    public void setPhotoRgba(int width, int height, ByteBuffer rgba) {
+    public void setPhotoRgba(int width, int height, @NonNull ByteBuffer rgba) {
         final long open = open();
         checkBuffer("photo", rgba);
         nativeSetPhoto(open, width, height, rgba, rgba.position(), rgba.remaining(), 4);
@@ -113,7 +116,7 @@ public final class ParallaxRenderer implements AutoCloseable {
      * @param height in samples, at least 4
      * @param depth direct, width * height bytes
      */
-    public void setDepth(int width, int height, ByteBuffer depth) {
+    public void setDepth(int width, int height, @NonNull ByteBuffer depth) {
         final long open = open();
         checkBuffer("depth map", depth);
         nativeSetDepth(open, width, height, depth, depth.position(), depth.remaining());
@@ -126,7 +129,7 @@ public final class ParallaxRenderer implements AutoCloseable {
      *
      * @param plan of the picture
      */
-    public void use(PicturePlan plan) {
+    public void use(@NonNull PicturePlan plan) {
         for (Map.Entry<String, Double> parameter : plan.parameters().entrySet()) {
             setParameter(parameter.getKey(), parameter.getValue());
         }
@@ -138,6 +141,7 @@ public final class ParallaxRenderer implements AutoCloseable {
      *
      * @return all of them, always in the same order
      */
+    @NonNull
     public static List<ParallaxParameter> parameters() {
         return Collections.unmodifiableList(Arrays.asList(nativeParameters()));
     }
@@ -148,7 +152,7 @@ public final class ParallaxRenderer implements AutoCloseable {
      * @param name of {@link #parameters}
      * @param value in the parameter's range; a whole number where it is an integer
      */
-    public void setParameter(String name, double value) {
+    public void setParameter(@NonNull String name, double value) {
         final long open = open();
         checkName(name);
         nativeSetParameter(open, name, value);
@@ -170,7 +174,7 @@ public final class ParallaxRenderer implements AutoCloseable {
      * @param name of {@link #parameters}
      * @return its value, rounded to a {@code float}
      */
-    public double parameter(String name) {
+    public double parameter(@NonNull String name) {
         final long open = open();
         checkName(name);
         return nativeParameter(open, name);
@@ -271,7 +275,7 @@ public final class ParallaxRenderer implements AutoCloseable {
      *
      * @param rgba direct and writable, width * height * 4 bytes of the picture's size
      */
-    public void readPixels(ByteBuffer rgba) {
+    public void readPixels(@NonNull ByteBuffer rgba) {
         final long open = open();
         checkBuffer("reading the picture", rgba);
         if (rgba.isReadOnly()) {
@@ -303,6 +307,7 @@ public final class ParallaxRenderer implements AutoCloseable {
      *
      * @return zeroes but for the mesh's extents until photo and depth map are set
      */
+    @NonNull
     public ParallaxGeometry geometry() {
         return nativeGeometry(open());
     }

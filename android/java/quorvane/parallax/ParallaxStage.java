@@ -1,12 +1,16 @@
 package quorvane.parallax;
 
+import android.content.BroadcastReceiver;
 import android.content.ComponentCallbacks2;
 import android.content.Context;
+import android.content.Intent;
+import android.content.IntentFilter;
 import android.content.res.Configuration;
 import android.hardware.display.DisplayManager;
 import android.os.Handler;
 import android.os.HandlerThread;
 import android.os.Looper;
+import android.os.PowerManager;
 import android.os.Process;
 import android.provider.Settings;
 import android.view.Choreographer;
@@ -17,6 +21,7 @@ import java.util.HashSet;
 import java.util.LinkedHashMap;
 import java.util.Map;
 import java.util.Set;
+import java.util.concurrent.CopyOnWriteArraySet;
 import java.util.concurrent.LinkedBlockingQueue;
 import java.util.concurrent.ThreadPoolExecutor;
 import java.util.concurrent.TimeUnit;
@@ -82,7 +87,10 @@ final class ParallaxStage implements Choreographer.FrameCallback {
     private static final float INVISIBLE = 0.0005f;
     // So long has a size to stay before it is drawn: an animation goes through many.
     private static final long SETTLE_MILLIS = 100;
+    // So long is what a hidden one holds kept: people look away and come back.
+    private static final long KEPT_MILLIS = 5000;
     private static final ThreadPoolExecutor DECODERS = decoders();
+    private static final Set<ParallaxStage> STAGES = new CopyOnWriteArraySet<>();
     private static boolean trims;
 
     private final Context context;
@@ -99,6 +107,13 @@ final class ParallaxStage implements Choreographer.FrameCallback {
     private final DisplayManager.DisplayListener turning;
     private final Map<String, Double> parameters = new LinkedHashMap<>();
     private final Runnable resize = () -> guarded(this::resize);
+    private final Runnable free = () -> guarded(this::freeWhileHidden);
+    private final BroadcastReceiver saver = new BroadcastReceiver() {
+        @Override
+        public void onReceive(Context received, Intent intent) {
+            guarded(ParallaxStage.this::restart);
+        }
+    };
     private Display display;
     private Composition composition = new Composition();
     private HandReplay replay;
@@ -109,7 +124,7 @@ final class ParallaxStage implements Choreographer.FrameCallback {
     private boolean failed;
     /** The sensor is on, and frames are drawn when something moves. */
     private boolean running;
-    /** Neither a sensor nor a recording moves it. */
+    /** Neither a sensor nor a recording moves it: reduced motion, or the battery saver is on. */
     private boolean still;
     private boolean framePosted;
     private Images images;
@@ -156,6 +171,9 @@ final class ParallaxStage implements Choreographer.FrameCallback {
             }
         };
         setDisplay(display);
+        context.registerReceiver(saver,
+                new IntentFilter(PowerManager.ACTION_POWER_SAVE_MODE_CHANGED), null, handler);
+        STAGES.add(this);
     }
 
     /** The display that shows the surface, whose turning the sensor's axes follow. */
@@ -224,20 +242,19 @@ final class ParallaxStage implements Choreographer.FrameCallback {
         }
     }
 
-    /** Says whether anyone can see it; nobody needs the sensor or a frame otherwise. */
+    /**
+     * Says whether anyone can see it; nobody needs the sensor or a frame otherwise. Hidden for long,
+     * or when the system wants memory, it frees the context and all that was made in it until it is
+     * shown again.
+     */
     void setShown(boolean newShown) {
         post(() -> {
             shown = newShown;
-            update();
-        });
-    }
-
-    /** Frees the context and all that was made in it, while nobody sees it; it comes back when shown. */
-    void freeWhileHidden() {
-        post(() -> {
+            handler.removeCallbacks(free);
             if (!shown) {
-                close();
+                handler.postDelayed(free, KEPT_MILLIS);
             }
+            update();
         });
     }
 
@@ -305,10 +322,7 @@ final class ParallaxStage implements Choreographer.FrameCallback {
     void setReducedMotion(boolean reduced) {
         post(() -> {
             reducedMotion = reduced;
-            if (running) {
-                stop();
-            }
-            update();
+            restart();
         });
     }
 
@@ -323,10 +337,7 @@ final class ParallaxStage implements Choreographer.FrameCallback {
         post(() -> {
             replay = newReplay;
             replayStart = 0;
-            if (running) {
-                stop();
-            }
-            update();
+            restart();
         });
     }
 
@@ -347,7 +358,10 @@ final class ParallaxStage implements Choreographer.FrameCallback {
     /** Ends the thread when all is freed; the listener hears nothing from now on. */
     void quit() {
         ended = true;
+        STAGES.remove(this);
+        context.unregisterReceiver(saver);
         post(() -> {
+            handler.removeCallbacks(free);
             dropSurface();
             displays().unregisterDisplayListener(turning);
         });
@@ -446,7 +460,7 @@ final class ParallaxStage implements Choreographer.FrameCallback {
 
     private void start() {
         running = true;
-        still = reducedMotion || animationsAreOff();
+        still = reducedMotion || animationsAreOff() || savesPower();
         tracker.setReducedMotion(still);
         if (!still && replay == null) {
             displays().registerDisplayListener(turning, handler);
@@ -454,6 +468,14 @@ final class ParallaxStage implements Choreographer.FrameCallback {
             sensor.start(handler);
         }
         changed = true;
+    }
+
+    // What moves it may be another thing now.
+    private void restart() {
+        if (running) {
+            stop();
+        }
+        update();
     }
 
     private void stop() {
@@ -586,6 +608,12 @@ final class ParallaxStage implements Choreographer.FrameCallback {
         renderer = ParallaxRenderer.create(width, height, Preparation.ORIENTATION);
         drawnWidth = width;
         drawnHeight = height;
+    }
+
+    private void freeWhileHidden() {
+        if (!shown) {
+            close();
+        }
     }
 
     private void dropSurface() {
@@ -732,6 +760,11 @@ final class ParallaxStage implements Choreographer.FrameCallback {
                 Settings.Global.ANIMATOR_DURATION_SCALE, 1f) == 0f;
     }
 
+    private boolean savesPower() {
+        PowerManager power = (PowerManager) context.getSystemService(Context.POWER_SERVICE);
+        return power != null && power.isPowerSaveMode();
+    }
+
     private static ThreadPoolExecutor decoders() {
         // Two, so that a slow provider holds up one card of a list and not all of them.
         ThreadPoolExecutor pool = new ThreadPoolExecutor(2, 2, 5, TimeUnit.SECONDS,
@@ -760,11 +793,14 @@ final class ParallaxStage implements Choreographer.FrameCallback {
                 if (level >= TRIM_MEMORY_RUNNING_LOW) {
                     PixelCache.SHARED.clear();
                 }
+                for (ParallaxStage stage : STAGES) {
+                    stage.post(stage::freeWhileHidden);
+                }
             }
 
             @Override
             public void onLowMemory() {
-                PixelCache.SHARED.clear();
+                onTrimMemory(TRIM_MEMORY_RUNNING_LOW);
             }
 
             @Override

@@ -1,20 +1,19 @@
 package quorvane.parallax;
 
 import android.app.WallpaperColors;
-import android.content.BroadcastReceiver;
 import android.content.Context;
-import android.content.Intent;
-import android.content.IntentFilter;
 import android.graphics.Bitmap;
 import android.hardware.display.DisplayManager;
 import android.os.Build;
 import android.os.Handler;
 import android.os.Looper;
-import android.os.PowerManager;
 import android.service.wallpaper.WallpaperService;
 import android.view.Display;
 import android.view.SurfaceHolder;
 import android.view.WindowManager;
+import androidx.annotation.MainThread;
+import androidx.annotation.NonNull;
+import androidx.annotation.Nullable;
 import java.util.ArrayList;
 import java.util.LinkedHashMap;
 import java.util.List;
@@ -38,8 +37,6 @@ import java.util.concurrent.TimeUnit;
  * battery saver is on, only the pages move it. From Android 8.1 on it tells the system its colours.
  */
 public abstract class ParallaxWallpaperService extends WallpaperService {
-    // So long is it kept when it is hidden: people look at their home screen again and again.
-    private static final long KEPT_MILLIS = 5000;
     // A frame under way takes less. What takes longer does not hold up the app: the driver has a
     // reference of its own to the surface.
     private static final long LONGEST_WAIT_MILLIS = 100;
@@ -60,7 +57,7 @@ public abstract class ParallaxWallpaperService extends WallpaperService {
         private Settings() {}
 
         /** As {@link ParallaxPhotoView#setParameter}. */
-        public void setParameter(String name, double value) {
+        public void setParameter(@NonNull String name, double value) {
             if (ParallaxStage.takes(name, value)) {
                 parameters.put(name, value);
             }
@@ -123,6 +120,8 @@ public abstract class ParallaxWallpaperService extends WallpaperService {
      *
      * @return null where none has been chosen yet: nothing is drawn
      */
+    @Nullable
+    @MainThread
     protected abstract ImageSource photo();
 
     /**
@@ -130,24 +129,29 @@ public abstract class ParallaxWallpaperService extends WallpaperService {
      *
      * @return null, as here, where it is inside the photo's file
      */
+    @Nullable
+    @MainThread
     protected ImageSource depth() {
         return null;
     }
 
     /** Says how it looks and moves; asked as for the photo. */
-    protected void configure(Settings settings) {}
+    @MainThread
+    protected void configure(@NonNull Settings settings) {}
 
     /**
      * Is told what went wrong, on the app's first thread.
      *
      * @param sentence what failed and what would work, in English
      */
-    protected void onError(String sentence) {}
+    @MainThread
+    protected void onError(@NonNull String sentence) {}
 
     /**
      * Asks all wallpapers of this process for their photo and settings again, and reads the files
      * anew: what a screen calls on which people choose a photo. On the app's first thread.
      */
+    @MainThread
     public static void reloadAll() {
         for (PhotoEngine engine : ENGINES) {
             engine.reload();
@@ -155,28 +159,14 @@ public abstract class ParallaxWallpaperService extends WallpaperService {
     }
 
     @Override
+    @NonNull
     public Engine onCreateEngine() {
         return new PhotoEngine();
-    }
-
-    @Override
-    public void onTrimMemory(int level) {
-        super.onTrimMemory(level);
-        for (PhotoEngine engine : ENGINES) {
-            engine.stage.freeWhileHidden();
-        }
     }
 
     private final class PhotoEngine extends Engine {
         private ParallaxStage stage;
         private final Handler main = new Handler(Looper.getMainLooper());
-        private final Runnable free = () -> stage.freeWhileHidden();
-        private final BroadcastReceiver saver = new BroadcastReceiver() {
-            @Override
-            public void onReceive(Context context, Intent intent) {
-                updateMotion();
-            }
-        };
         private Images images;
         private Settings settings;
         private WallpaperColors colours;
@@ -195,8 +185,6 @@ public abstract class ParallaxWallpaperService extends WallpaperService {
                         @Override
                         public void onFirstFrame() {}
                     });
-            registerReceiver(saver, new IntentFilter(PowerManager.ACTION_POWER_SAVE_MODE_CHANGED),
-                    null, main);
             ENGINES.add(this);
             reload();
         }
@@ -216,11 +204,7 @@ public abstract class ParallaxWallpaperService extends WallpaperService {
 
         @Override
         public void onVisibilityChanged(boolean visible) {
-            main.removeCallbacks(free);
             stage.setShown(visible);
-            if (!visible) {
-                main.postDelayed(free, KEPT_MILLIS);
-            }
         }
 
         @Override
@@ -252,8 +236,6 @@ public abstract class ParallaxWallpaperService extends WallpaperService {
         public void onDestroy() {
             ended = true;
             ENGINES.remove(this);
-            main.removeCallbacks(free);
-            unregisterReceiver(saver);
             stage.quit();
             super.onDestroy();
         }
@@ -263,7 +245,7 @@ public abstract class ParallaxWallpaperService extends WallpaperService {
                 Settings wanted = new Settings();
                 configure(wanted);
                 settings = wanted;
-                updateMotion();
+                stage.setReducedMotion(settings.reducedMotion);
                 stage.setFullSwing(settings.fullSwing);
                 stage.setMaxFps(settings.maxFps);
                 stage.setComposition(settings.composition);
@@ -289,11 +271,6 @@ public abstract class ParallaxWallpaperService extends WallpaperService {
             }
         }
 
-        private void updateMotion() {
-            PowerManager power = (PowerManager) getSystemService(POWER_SERVICE);
-            stage.setReducedMotion(settings.reducedMotion || power.isPowerSaveMode());
-        }
-
         private Display display() {
             Context shown = Build.VERSION.SDK_INT >= 29 ? getDisplayContext() : null;
             if (shown != null) {
@@ -310,7 +287,7 @@ public abstract class ParallaxWallpaperService extends WallpaperService {
             ParallaxStage.inBackground(() -> {
                 WallpaperColors found;
                 try {
-                    found = colours(photo);
+                    found = WallpaperColors.fromBitmap(small(photo));
                 } catch (RuntimeException | OutOfMemoryError e) {
                     // The stage says what is wrong with the photo.
                     return;
@@ -325,14 +302,13 @@ public abstract class ParallaxWallpaperService extends WallpaperService {
         }
     }
 
-    private static WallpaperColors colours(ImageSource photo) {
+    /** As small as colours need. */
+    private static Bitmap small(ImageSource photo) {
         Pixels.Bounds bounds = Pixels.bounds(photo);
         double scale =
                 Math.min(1.0, (double) COLOURS_SIDE / Math.max(bounds.width, bounds.height));
         int[] whole = {0, 0, bounds.width, bounds.height};
-        Bitmap small = Pixels.photo(photo, bounds, whole,
-                Math.max(1, (int) (bounds.width * scale)),
+        return Pixels.photo(photo, bounds, whole, Math.max(1, (int) (bounds.width * scale)),
                 Math.max(1, (int) (bounds.height * scale)));
-        return WallpaperColors.fromBitmap(small);
     }
 }

@@ -1,5 +1,7 @@
 package quorvane.parallax;
 
+import androidx.annotation.AnyThread;
+import androidx.annotation.NonNull;
 import java.nio.ByteBuffer;
 import java.util.ArrayList;
 import java.util.Collections;
@@ -20,6 +22,7 @@ import java.util.Map;
  *     renderer.lookAt((float) plan.swing * x, (float) plan.swing * y);
  * </pre>
  */
+@AnyThread
 public final class PicturePlan {
     /** The visible part of each of the photo's sides, in force. */
     public final double fovScale;
@@ -54,6 +57,7 @@ public final class PicturePlan {
      *
      * @return the parameters asked for and those suggested, by their names
      */
+    @NonNull
     public Map<String, Double> parameters() {
         return Collections.unmodifiableMap(parameters);
     }
@@ -81,6 +85,7 @@ public final class PicturePlan {
      *
      * @return direct, a byte a sample
      */
+    @NonNull
     public ByteBuffer depth() {
         return depth.duplicate();
     }
@@ -113,13 +118,14 @@ public final class PicturePlan {
          * @param width of the picture, in pixels
          * @param height of the picture, in pixels
          */
-        public Request(FitSizes fit, int width, int height) {
+        public Request(@NonNull FitSizes fit, int width, int height) {
             this.fit = fit;
             this.width = width;
             this.height = height;
         }
 
         /** The code that the renderer is made with; 4 at first. */
+        @NonNull
         public Request orientation(int code) {
             orientation = code;
             return this;
@@ -130,7 +136,8 @@ public final class PicturePlan {
          *
          * @param name of {@link ParallaxRenderer#parameters}
          */
-        public Request parameter(String name, double value) {
+        @NonNull
+        public Request parameter(@NonNull String name, double value) {
             if (name == null) {
                 throw new ParallaxException("parameter: no name given");
             }
@@ -144,6 +151,7 @@ public final class PicturePlan {
          * first. Otherwise the depth map has the size of {@code fit} and is smoothed by the photo,
          * which is needed then.
          */
+        @NonNull
         public Request cleanEdges(boolean clean) {
             cleanEdges = clean;
             return this;
@@ -155,6 +163,7 @@ public final class PicturePlan {
          * @param x from 0 at the left of the photo's part that is used to 1
          * @param y from 0 at its top to 1
          */
+        @NonNull
         public Request pivotAt(double x, double y) {
             pivot = PIVOT_POINT;
             pivotX = x;
@@ -163,6 +172,7 @@ public final class PicturePlan {
         }
 
         /** Keeps in place the depth that the parameters give, instead of the subject. */
+        @NonNull
         public Request pivotOff() {
             pivot = PIVOT_TUNED;
             return this;
@@ -173,6 +183,7 @@ public final class PicturePlan {
          *
          * @param part 0.05 to 1
          */
+        @NonNull
         public Request frame(double part) {
             frame = part;
             return this;
@@ -184,7 +195,8 @@ public final class PicturePlan {
          *
          * @param rgba direct, 4 bytes a pixel, in the size of {@code fit}
          */
-        public Request photoRgba(ByteBuffer rgba) {
+        @NonNull
+        public Request photoRgba(@NonNull ByteBuffer rgba) {
             photo = rgba;
             photoBytesPerPixel = 4;
             return this;
@@ -195,7 +207,8 @@ public final class PicturePlan {
          *
          * @param rgb direct, in the size of {@code fit}
          */
-        public Request photo(ByteBuffer rgb) {
+        @NonNull
+        public Request photo(@NonNull ByteBuffer rgb) {
             photo = rgb;
             photoBytesPerPixel = 3;
             return this;
@@ -210,7 +223,8 @@ public final class PicturePlan {
          *     nearer
          * @throws ParallaxException for what cannot be drawn
          */
-        public PicturePlan plan(int depthWidth, int depthHeight, ByteBuffer depth) {
+        @NonNull
+        public PicturePlan plan(int depthWidth, int depthHeight, @NonNull ByteBuffer depth) {
             ParallaxRenderer.loadLibrary();
             ParallaxRenderer.checkBuffer("depth map", depth);
             if (photo != null) {

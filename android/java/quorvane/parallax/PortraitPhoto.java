@@ -1,5 +1,8 @@
 package quorvane.parallax;
 
+import androidx.annotation.AnyThread;
+import androidx.annotation.NonNull;
+import androidx.annotation.Nullable;
 import java.nio.ByteBuffer;
 import java.util.ArrayList;
 import java.util.Arrays;
@@ -20,6 +23,7 @@ import java.util.List;
  * <p>Objects never change, and any thread may use them. Arrays are the object's own: who writes
  * into one changes the object.
  */
+@AnyThread
 public final class PortraitPhoto {
     /** What a depth sample measures. Which end is near, {@link #largerIsNearer} says. */
     public enum DepthKind {
@@ -97,6 +101,7 @@ public final class PortraitPhoto {
      *
      * @return the first has preference
      */
+    @NonNull
     public static List<String> containers() {
         ParallaxRenderer.loadLibrary();
         return Collections.unmodifiableList(Arrays.asList(nativeContainers()));
@@ -111,7 +116,8 @@ public final class PortraitPhoto {
      *     a file that is mapped must not be cut in the meantime
      * @return what was found
      */
-    public static PortraitPhoto read(ByteBuffer file) {
+    @NonNull
+    public static PortraitPhoto read(@NonNull ByteBuffer file) {
         if (file == null) {
             throw new ParallaxException("photo file: no buffer given");
         }
@@ -129,7 +135,8 @@ public final class PortraitPhoto {
      * @param file the whole file
      * @return what was found
      */
-    public static PortraitPhoto read(byte[] file) {
+    @NonNull
+    public static PortraitPhoto read(@NonNull byte[] file) {
         if (file == null) {
             throw new ParallaxException("photo file: no bytes given");
         }
@@ -144,6 +151,7 @@ public final class PortraitPhoto {
      *
      * @return one of {@link #containers}, or null: no depth was found
      */
+    @Nullable
     public String container() {
         return container;
     }
@@ -153,6 +161,7 @@ public final class PortraitPhoto {
      *
      * @return a whole picture file, or null: the file that was read is the photo
      */
+    @Nullable
     public byte[] original() {
         return original;
     }
@@ -171,6 +180,7 @@ public final class PortraitPhoto {
      *
      * @return a whole JPEG, PNG, WebP or other picture file, or null
      */
+    @Nullable
     public byte[] depthPicture() {
         return depthIsPicture ? depth : null;
     }
@@ -181,6 +191,7 @@ public final class PortraitPhoto {
      * @return rows from the top without padding, {@link #depthBits} each, the lower byte first; or
      *     null
      */
+    @Nullable
     public byte[] depthSamples() {
         return depthIsPicture ? null : depth;
     }
@@ -217,6 +228,7 @@ public final class PortraitPhoto {
      *
      * @return never null
      */
+    @NonNull
     public DepthKind depthKind() {
         return depthKind;
     }
@@ -253,6 +265,7 @@ public final class PortraitPhoto {
      *
      * @return such as "m" or "mm"; empty where the file does not say
      */
+    @NonNull
     public String units() {
         return units;
     }
@@ -280,6 +293,7 @@ public final class PortraitPhoto {
      *
      * @return one line each
      */
+    @NonNull
     public List<String> remarks() {
         return remarks;
     }
@@ -290,6 +304,7 @@ public final class PortraitPhoto {
      *
      * @return direct, a byte a sample, larger is nearer
      */
+    @NonNull
     public ByteBuffer depthMap() {
         requireDepth();
         if (depthIsPicture) {
@@ -311,7 +326,8 @@ public final class PortraitPhoto {
      *     position to its limit, which both stay
      * @return direct, as many bytes, larger is nearer
      */
-    public ByteBuffer depthMap(ByteBuffer gray) {
+    @NonNull
+    public ByteBuffer depthMap(@NonNull ByteBuffer gray) {
         requireDepth();
         if (gray == null) {
             throw new ParallaxException("depth map: no buffer given");

@@ -1,5 +1,7 @@
 package quorvane.parallax;
 
+import androidx.annotation.NonNull;
+
 /**
  * Turns samples of a phone's motion sensors into the view position that {@link
  * ParallaxRenderer#lookAt} takes, so that the photo behaves like a window that the hand turns under
@@ -159,7 +161,7 @@ public final class TiltTracker {
      * @param values the event's values: the quaternion's x, y, z and, if there, w; more are ignored
      * @throws IllegalArgumentException for fewer than 3 values
      */
-    public void rotationVector(long timeNanos, float[] values) {
+    public void rotationVector(long timeNanos, @NonNull float[] values) {
         requireThree("rotation vector", values);
         double qx = values[0];
         double qy = values[1];
@@ -202,7 +204,7 @@ public final class TiltTracker {
      * @param values the event's values: radians a second about the phone's x, y and z
      * @throws IllegalArgumentException for fewer than 3 values
      */
-    public void gyroscope(long timeNanos, float[] values) {
+    public void gyroscope(long timeNanos, @NonNull float[] values) {
         requireThree("gyroscope", values);
         double speed = length(values[0], values[1], values[2]);
         if (!(speed < Double.POSITIVE_INFINITY)) {
@@ -226,7 +228,7 @@ public final class TiltTracker {
      * @param values the event's values: metres per second squared along the phone's x, y and z
      * @throws IllegalArgumentException for fewer than 3 values
      */
-    public void accelerometer(long timeNanos, float[] values) {
+    public void accelerometer(long timeNanos, @NonNull float[] values) {
         requireThree("accelerometer", values);
         double strength = length(values[0], values[1], values[2]);
         if (!(strength > WEAKEST_GRAVITY && strength < STRONGEST_GRAVITY)) {

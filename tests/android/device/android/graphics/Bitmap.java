@@ -34,6 +34,10 @@ public final class Bitmap {
         throw new UnsupportedOperationException();
     }
 
+    public int getPixel(int x, int y) {
+        return argb[y * width + x];
+    }
+
     public void copyPixelsToBuffer(Buffer target) {
         ByteBuffer bytes = (ByteBuffer) target;
         for (int pixel : argb) {

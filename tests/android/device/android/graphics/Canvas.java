@@ -1,11 +1,17 @@
 package android.graphics;
 
+import java.util.Arrays;
+
 /** Draws each pixel from the four nearest ones. */
 public class Canvas {
     private final Bitmap target;
 
     public Canvas(Bitmap bitmap) {
         target = bitmap;
+    }
+
+    public void drawColor(int color) {
+        Arrays.fill(target.argb, color);
     }
 
     public void drawBitmap(Bitmap bitmap, Matrix m, Paint paint) {

@@ -6,13 +6,16 @@ import static org.junit.Assert.assertFalse;
 import static org.junit.Assert.assertTrue;
 
 import android.content.Phone;
+import android.graphics.Bitmap;
 import android.graphics.BitmapFactory;
+import android.graphics.Canvas;
 import android.graphics.SurfaceTexture;
 import android.hardware.SensorManager;
 import android.media.ExifInterface;
 import android.opengl.EGL14;
 import android.os.Handler;
 import android.view.Choreographer;
+import android.view.View;
 import com.sun.management.ThreadMXBean;
 import java.awt.image.BufferedImage;
 import java.io.ByteArrayInputStream;
@@ -146,6 +149,7 @@ public final class DeviceTest {
             until(() -> errors.size() == 1);
             assertTrue(errors.get(0), errors.get(0).startsWith("photo: ")
                     && errors.get(0).endsWith("give a depth map of its own"));
+            assertEquals(errors.get(0), file.length == 16, errors.get(0).contains("HEIC"));
             errors.clear();
         }
     }
@@ -235,6 +239,29 @@ public final class DeviceTest {
         assertEquals("frames", 200, swapped[0]);
         // Asking takes some.
         assertTrue(allocated[0] + " bytes of 200 frames", allocated[0] < 200);
+    }
+
+    @Test
+    public void aLayoutsEditorShowsThePhotosMiddle() throws IOException {
+        ParallaxPhotoView drawn = new ParallaxPhotoView(new Phone());
+        Bitmap shown = Bitmap.createBitmap(200, 100, Bitmap.Config.ARGB_8888);
+        View.editing = true;
+        try {
+            drawn.dispatchDraw(new Canvas(shown));
+            assertEquals("gray without a photo", 0xff888888, shown.getPixel(0, 0));
+            drawn.setImages(source(png(photo)), source(png(depth)));
+            drawn.dispatchDraw(new Canvas(shown));
+        } finally {
+            View.editing = false;
+        }
+        // 128 x 96 pixels in 200 x 150, of which 25 rows are cut off above and below.
+        for (int[] place : new int[][] {{2, 2}, {100, 50}, {197, 97}, {30, 80}}) {
+            int expected = photo.getRGB(place[0] * 128 / 200, (place[1] + 25) * 96 / 150);
+            int found = shown.getPixel(place[0], place[1]);
+            for (int shift = 0; shift < 24; shift += 8) {
+                assertEquals(expected >> shift & 0xff, found >> shift & 0xff, 12);
+            }
+        }
     }
 
     private List<byte[]> commandLine(String... options) throws IOException, InterruptedException {

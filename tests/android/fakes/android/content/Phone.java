@@ -3,21 +3,36 @@ package android.content;
 import android.content.pm.ApplicationInfo;
 import android.content.res.AssetManager;
 import android.content.res.Resources;
+import android.content.res.TypedArray;
 import android.hardware.SensorManager;
 import android.hardware.display.DisplayManager;
 import android.os.Handler;
 import android.os.PowerManager;
+import android.util.AttributeSet;
 import android.view.Display;
 import android.view.WindowManager;
 import java.io.File;
+import java.util.Collections;
+import java.util.HashMap;
+import java.util.List;
+import java.util.Map;
+import java.util.concurrent.ConcurrentHashMap;
+import java.util.concurrent.CopyOnWriteArrayList;
 
 /** A context with sensors, a display and a folder. */
 public final class Phone extends Context {
-    /** Who hears broadcasts; null where nobody does. */
-    public BroadcastReceiver receiver;
-    /** The name of the permission that a sender needs. */
-    public String sendersPermission;
+    /** Who hears which broadcast. */
+    public final Map<String, BroadcastReceiver> receivers = new ConcurrentHashMap<>();
+    private final Map<String, Handler> schedulers = new ConcurrentHashMap<>();
+    /** The permission that a sender of each needs. */
+    public final Map<String, String> permissions = new ConcurrentHashMap<>();
+    /** Who hears that memory is wanted; those of the process. */
+    private static final List<ComponentCallbacks> CALLBACKS = new CopyOnWriteArrayList<>();
     public File folder;
+    /** The values of its styles, by the style's and the attribute's number. */
+    public final Map<Integer, Map<Integer, Object>> styles = new HashMap<>();
+    /** The styles that the theme's attributes name. */
+    public final Map<Integer, Integer> theme = new HashMap<>();
     public final ApplicationInfo info = new ApplicationInfo();
 
     @Override
@@ -50,6 +65,25 @@ public final class Phone extends Context {
     }
 
     @Override
+    public Resources.Theme getTheme() {
+        return getResources().new Theme() {
+            @Override
+            public TypedArray obtainStyledAttributes(
+                    AttributeSet set, int[] attributes, int style, int otherwise) {
+                Map<Integer, Object> layout =
+                        set == null ? Collections.emptyMap() : ((Layout) set).values;
+                Map<Integer, Object> byDefault =
+                        styles.getOrDefault(theme.getOrDefault(style, otherwise), Collections.emptyMap());
+                Object[] values = new Object[attributes.length];
+                for (int i = 0; i < attributes.length; ++i) {
+                    values[i] = layout.getOrDefault(attributes[i], byDefault.get(attributes[i]));
+                }
+                return new TypedArray(values);
+            }
+        };
+    }
+
+    @Override
     public AssetManager getAssets() {
         return new AssetManager();
     }
@@ -70,15 +104,44 @@ public final class Phone extends Context {
     }
 
     @Override
-    public Intent registerReceiver(BroadcastReceiver newReceiver, IntentFilter filter,
+    public Intent registerReceiver(BroadcastReceiver receiver, IntentFilter filter,
             String broadcastPermission, Handler scheduler) {
-        receiver = newReceiver;
-        sendersPermission = broadcastPermission;
+        receivers.put(filter.action, receiver);
+        schedulers.put(filter.action, scheduler);
+        if (broadcastPermission != null) {
+            permissions.put(filter.action, broadcastPermission);
+        }
         return null;
+    }
+
+    /** Sends a broadcast to who hears it, on that one's thread. */
+    public void send(String action) {
+        schedulers.get(action).post(() -> receivers.get(action).onReceive(this, null));
     }
 
     @Override
     public void unregisterReceiver(BroadcastReceiver gone) {
-        receiver = null;
+        receivers.values().remove(gone);
+    }
+
+    @Override
+    public void registerComponentCallbacks(ComponentCallbacks callbacks) {
+        CALLBACKS.add(callbacks);
+    }
+
+    public static void trim(int level) {
+        for (ComponentCallbacks callbacks : CALLBACKS) {
+            ((ComponentCallbacks2) callbacks).onTrimMemory(level);
+        }
+    }
+
+    /** A view of a layout: values by the attribute's number. */
+    public static final class Layout implements AttributeSet {
+        final Map<Integer, Object> values = new HashMap<>();
+
+        public Layout with(int attribute, Object value) {
+            values.put(attribute, value);
+            return this;
+        }
     }
 }

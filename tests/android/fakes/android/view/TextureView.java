@@ -8,8 +8,8 @@ import android.util.AttributeSet;
 public class TextureView extends View {
     public SurfaceTextureListener told;
 
-    public TextureView(Context context, AttributeSet attributes) {
-        super(context, attributes);
+    public TextureView(Context context, AttributeSet attributes, int style, int otherwise) {
+        super(context, attributes, style, otherwise);
     }
 
     public void setOpaque(boolean opaque) {}

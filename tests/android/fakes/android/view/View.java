@@ -1,11 +1,17 @@
 package android.view;
 
 import android.content.Context;
+import android.graphics.Canvas;
 import android.graphics.Rect;
 import android.util.AttributeSet;
 
 /** 200 x 100 pixels. */
 public class View {
+    /** Whether a layout's editor shows views. */
+    public static boolean editing;
+
+    /** Whether only what lies in it is drawn, with dispatchDraw. */
+    public boolean skipsItself;
     /** Whether a part of it is not scrolled out of sight. */
     public boolean inSight = true;
     /** Whether the parent may no longer take the finger. */
@@ -16,7 +22,7 @@ public class View {
     private final Display display = new Display();
     private volatile float alpha = 1f;
 
-    public View(Context context, AttributeSet attributes) {
+    public View(Context context, AttributeSet attributes, int style, int otherwise) {
         this.context = context;
     }
 
@@ -63,6 +69,16 @@ public class View {
     public ViewTreeObserver getViewTreeObserver() {
         return ViewTreeObserver.ONLY;
     }
+
+    public boolean isInEditMode() {
+        return editing;
+    }
+
+    public void setWillNotDraw(boolean willNotDraw) {
+        skipsItself = willNotDraw;
+    }
+
+    protected void dispatchDraw(Canvas canvas) {}
 
     public boolean onTouchEvent(MotionEvent event) {
         return false;

@@ -3,7 +3,10 @@ package android.content;
 import android.content.pm.ApplicationInfo;
 import android.content.res.AssetManager;
 import android.content.res.Resources;
+import android.content.res.TypedArray;
 import android.os.Handler;
+import android.util.AttributeSet;
+import androidx.annotation.RequiresApi;
 import java.io.File;
 
 public abstract class Context {
@@ -11,6 +14,7 @@ public abstract class Context {
     public static final String DISPLAY_SERVICE = "display";
     public static final String POWER_SERVICE = "power";
     public static final String WINDOW_SERVICE = "window";
+    @RequiresApi(33)
     public static final int RECEIVER_EXPORTED = 2;
 
     public abstract Object getSystemService(String name);
@@ -35,6 +39,15 @@ public abstract class Context {
         return getResources().getString(resource);
     }
 
+    public Resources.Theme getTheme() {
+        throw new UnsupportedOperationException();
+    }
+
+    public final TypedArray obtainStyledAttributes(
+            AttributeSet set, int[] attributes, int style, int otherwise) {
+        return getTheme().obtainStyledAttributes(set, attributes, style, otherwise);
+    }
+
     public final CharSequence getText(int resource) {
         throw new UnsupportedOperationException();
     }
@@ -52,6 +65,7 @@ public abstract class Context {
         throw new UnsupportedOperationException();
     }
 
+    @RequiresApi(26)
     public Intent registerReceiver(BroadcastReceiver receiver, IntentFilter filter,
             String broadcastPermission, Handler scheduler, int flags) {
         throw new UnsupportedOperationException();

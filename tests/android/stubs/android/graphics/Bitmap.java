@@ -1,5 +1,6 @@
 package android.graphics;
 
+import androidx.annotation.RequiresApi;
 import java.nio.Buffer;
 
 public final class Bitmap {
@@ -12,6 +13,10 @@ public final class Bitmap {
     }
 
     public Bitmap copy(Config config, boolean isMutable) {
+        throw new UnsupportedOperationException();
+    }
+
+    public int getPixel(int x, int y) {
         throw new UnsupportedOperationException();
     }
 
@@ -35,5 +40,14 @@ public final class Bitmap {
 
     public void recycle() {}
 
-    public enum Config { ALPHA_8, RGB_565, ARGB_4444, ARGB_8888, RGBA_F16, HARDWARE }
+    public enum Config {
+        ALPHA_8,
+        RGB_565,
+        ARGB_4444,
+        ARGB_8888,
+        @RequiresApi(26)
+        RGBA_F16,
+        @RequiresApi(26)
+        HARDWARE
+    }
 }

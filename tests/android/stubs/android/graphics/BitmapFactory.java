@@ -1,5 +1,6 @@
 package android.graphics;
 
+import androidx.annotation.RequiresApi;
 import java.io.InputStream;
 
 public class BitmapFactory {
@@ -12,6 +13,7 @@ public class BitmapFactory {
         public int inSampleSize;
         public int outWidth;
         public int outHeight;
+        @RequiresApi(26)
         public ColorSpace inPreferredColorSpace;
     }
 }

@@ -1,5 +1,8 @@
 package android.graphics;
 
+import androidx.annotation.RequiresApi;
+
+@RequiresApi(26)
 public abstract class ColorSpace {
     public enum Named { SRGB }
 

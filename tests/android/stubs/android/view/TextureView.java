@@ -5,8 +5,8 @@ import android.graphics.SurfaceTexture;
 import android.util.AttributeSet;
 
 public class TextureView extends View {
-    public TextureView(Context context, AttributeSet attributes) {
-        super(context, attributes);
+    public TextureView(Context context, AttributeSet attributes, int style, int otherwise) {
+        super(context, attributes, style, otherwise);
     }
 
     public void setOpaque(boolean opaque) {}

@@ -1,11 +1,12 @@
 package android.view;
 
 import android.content.Context;
+import android.graphics.Canvas;
 import android.graphics.Rect;
 import android.util.AttributeSet;
 
 public class View {
-    public View(Context context, AttributeSet attributes) {}
+    public View(Context context, AttributeSet attributes, int style, int otherwise) {}
 
     public final Context getContext() {
         throw new UnsupportedOperationException();
@@ -50,6 +51,14 @@ public class View {
     }
 
     public void setContentDescription(CharSequence description) {}
+
+    public boolean isInEditMode() {
+        throw new UnsupportedOperationException();
+    }
+
+    public void setWillNotDraw(boolean willNotDraw) {}
+
+    protected void dispatchDraw(Canvas canvas) {}
 
     public boolean onTouchEvent(MotionEvent event) {
         throw new UnsupportedOperationException();

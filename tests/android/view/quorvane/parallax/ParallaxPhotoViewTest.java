@@ -9,16 +9,19 @@ import static org.junit.Assert.assertTrue;
 import android.content.Phone;
 import android.content.pm.ApplicationInfo;
 import android.content.res.AssetManager;
+import android.content.res.TypedArray;
 import android.graphics.Bitmap;
+import android.graphics.Canvas;
 import android.graphics.SurfaceTexture;
 import android.hardware.SensorManager;
 import android.os.Handler;
 import android.os.HandlerThread;
 import android.os.Looper;
+import android.os.PowerManager;
 import android.provider.Settings;
-import android.util.AttributeSet;
 import android.view.Choreographer;
 import android.view.MotionEvent;
+import android.view.View;
 import android.view.ViewTreeObserver;
 import java.io.ByteArrayInputStream;
 import java.io.File;
@@ -40,6 +43,8 @@ import org.junit.Test;
 
 /** The view's life on fakes of Android's classes; frames and decoding have their real thread. */
 public final class ParallaxPhotoViewTest {
+    private static final String RELOAD = "quorvane.parallax.RELOAD_PROFILE";
+
     private final List<String> errors = new CopyOnWriteArrayList<>();
     private final SurfaceTexture surface = new SurfaceTexture();
     private final Phone phone = new Phone();
@@ -61,6 +66,7 @@ public final class ParallaxPhotoViewTest {
         PixelCache.SHARED.clear();
         PicturePlan.asked = null;
         SensorManager.present = false;
+        PowerManager.saving = false;
         Handler.UNCAUGHT.clear();
         view.setOnErrorListener(errors::add);
         view.setOnFirstFrameListener(firstFrames::incrementAndGet);
@@ -78,6 +84,7 @@ public final class ParallaxPhotoViewTest {
         assertEquals("nothing ends the app", Collections.emptyList(), Handler.UNCAUGHT);
         assertEquals(0, SensorManager.LISTENERS.get());
         assertEquals(0, ViewTreeObserver.LISTENERS.size());
+        assertTrue("nobody hears broadcasts any more", phone.receivers.isEmpty());
     }
 
     private static void until(BooleanSupplier condition) {
@@ -143,74 +150,106 @@ public final class ParallaxPhotoViewTest {
         until(() -> Screen.FRAMES.get() > 0);
     }
 
-    /** Of a layout: what is a number is a reference to a string. */
-    private static final class Attributes implements AttributeSet {
-        final Map<String, Object> values = new HashMap<>();
-
-        Attributes with(String name, Object value) {
-            values.put("http://schemas.android.com/apk/res-auto " + name, value);
-            return this;
+    /** A view that is not {@link #view}, from entering to leaving. */
+    private void seen(ParallaxPhotoView inflated, Runnable checks) {
+        noView();
+        SurfaceTexture another = new SurfaceTexture();
+        inflated.onAttachedToWindow();
+        inflated.onVisibilityAggregated(true);
+        inflated.told.onSurfaceTextureAvailable(another, 200, 100);
+        try {
+            until(() -> Screen.FRAMES.get() > 0);
+            checks.run();
+        } finally {
+            inflated.onDetachedFromWindow();
+            inflated.told.onSurfaceTextureDestroyed(another);
         }
-
-        private <T> T get(Class<T> type, String namespace, String name, T otherwise) {
-            Object value = values.get(namespace + " " + name);
-            return type.isInstance(value) ? type.cast(value) : otherwise;
-        }
-
-        @Override
-        public String getAttributeValue(String namespace, String name) {
-            return get(String.class, namespace, name, null);
-        }
-
-        @Override
-        public int getAttributeResourceValue(String namespace, String name, int otherwise) {
-            return get(Integer.class, namespace, name, otherwise);
-        }
-
-        @Override
-        public boolean getAttributeBooleanValue(String namespace, String name, boolean otherwise) {
-            return get(Boolean.class, namespace, name, otherwise);
-        }
-
-        @Override
-        public float getAttributeFloatValue(String namespace, String name, float otherwise) {
-            return get(Float.class, namespace, name, otherwise);
-        }
-
-        @Override
-        public int getAttributeIntValue(String namespace, String name, int otherwise) {
-            return get(Integer.class, namespace, name, otherwise);
-        }
+        assertEquals("what was read of a layout is given back", 0, TypedArray.open);
     }
 
     @Test
     public void aLayoutNamesAssetsAndFadesIn() {
-        noView();
         AssetManager.OPENED.clear();
-        ParallaxPhotoView inflated = new ParallaxPhotoView(phone, new Attributes()
-                .with("quorvanePhoto", "photo.jpg").with("quorvaneDepth", 7)
-                .with("quorvaneFadeIn", 100).with("quorvaneReducedMotion", true));
         SensorManager.present = true;
-        inflated.onAttachedToWindow();
-        assertEquals(0f, inflated.getAlpha(), 0f);
-        inflated.onVisibilityAggregated(true);
-        SurfaceTexture another = new SurfaceTexture();
-        inflated.told.onSurfaceTextureAvailable(another, 200, 100);
-        until(() -> Screen.FRAMES.get() > 0);
-        assertTrue(AssetManager.OPENED.contains("photo.jpg"));
-        assertTrue("a reference", AssetManager.OPENED.contains("string 7"));
-        assertEquals("motion is reduced", 0, SensorManager.LISTENERS.get());
-        inflated.onDetachedFromWindow();
-        inflated.told.onSurfaceTextureDestroyed(another);
+        ParallaxPhotoView inflated = new ParallaxPhotoView(phone, new Phone.Layout()
+                .with(R.attr.quorvanePhoto, "photo.jpg").with(R.attr.quorvaneDepth, "depth.png")
+                .with(R.attr.quorvaneFadeIn, 100).with(R.attr.quorvaneReducedMotion, true)
+                .with(R.attr.quorvaneDraggable, false));
+        seen(inflated, () -> {
+            assertTrue(AssetManager.OPENED.contains("photo.jpg"));
+            assertTrue(AssetManager.OPENED.contains("depth.png"));
+            assertEquals("motion is reduced", 0, SensorManager.LISTENERS.get());
+            until(() -> inflated.fadedMillis == 100);
+            inflated.onTouchEvent(new MotionEvent(MotionEvent.ACTION_DOWN, 0, 100f));
+            inflated.onTouchEvent(new MotionEvent(MotionEvent.ACTION_MOVE, 0, 60f));
+            pause();
+            assertEquals("no finger moves it", 0f, ParallaxRenderer.x, 0f);
+        });
+    }
+
+    @Test
+    public void aThemesStyleSaysWhatTheLayoutDoesNot() {
+        AssetManager.OPENED.clear();
+        SensorManager.present = true;
+        Map<Integer, Object> card = new HashMap<>();
+        card.put(R.attr.quorvanePhoto, "styled.jpg");
+        card.put(R.attr.quorvaneDepth, "depth.png");
+        card.put(R.attr.quorvaneFullSwing, 30f);
+        phone.styles.put(7, card);
+        phone.theme.put(R.attr.quorvanePhotoViewStyle, 7);
+        ParallaxPhotoView inflated = new ParallaxPhotoView(
+                phone, new Phone.Layout().with(R.attr.quorvanePhoto, "own.jpg"));
+        seen(inflated, () -> {
+            assertTrue(AssetManager.OPENED.contains("own.jpg"));
+            assertTrue(AssetManager.OPENED.contains("depth.png"));
+            assertFalse(AssetManager.OPENED.contains("styled.jpg"));
+            // By 14 degrees, not half of its full swing.
+            SensorManager.turn(0.5f, 0f, 100);
+            until(() -> ParallaxRenderer.x < -0.4f);
+            sleep(400);
+            assertEquals(-0.46f, ParallaxRenderer.x, 0.05f);
+        });
+    }
+
+    @Test
+    public void aStyleOfTheAppsOwnCountsWhereTheThemeHasNone() {
+        AssetManager.OPENED.clear();
+        phone.styles.put(9, Collections.singletonMap(R.attr.quorvanePhoto, "plain.jpg"));
+        seen(new ParallaxPhotoView(phone, null, 0, 9),
+                () -> assertTrue(AssetManager.OPENED.contains("plain.jpg")));
     }
 
     @Test
     public void aLayoutsMistakesAreRefused() {
         noView();
         assertThrows(IllegalArgumentException.class, () -> new ParallaxPhotoView(phone,
-                new Attributes().with("quorvaneDepth", "depth.png")));
+                new Phone.Layout().with(R.attr.quorvaneDepth, "depth.png")));
         assertThrows(IllegalArgumentException.class, () -> new ParallaxPhotoView(phone,
-                new Attributes().with("quorvaneFullSwing", 90f)));
+                new Phone.Layout().with(R.attr.quorvaneFullSwing, 90f)));
+        assertEquals(0, TypedArray.open);
+    }
+
+    @Test
+    public void aLayoutsEditorNeedsNothingOfAPhone() {
+        noView();
+        View.editing = true;
+        try {
+            ParallaxRenderer.absent = new UnsatisfiedLinkError("libquorvane_jni.so");
+            ParallaxPhotoView drawn = new ParallaxPhotoView(
+                    phone, new Phone.Layout().with(R.attr.quorvanePhoto, "photo.jpg"));
+            assertTrue("asks for what lies in it", drawn.skipsItself);
+            drawn.onAttachedToWindow();
+            drawn.onVisibilityAggregated(true);
+            // No editor's classes here decode a file: it is gray.
+            drawn.dispatchDraw(new Canvas(null));
+            drawn.setPortraitPhoto(() -> null);
+            drawn.dispatchDraw(new Canvas(null));
+            assertEquals(0, HandlerThread.RUNNING.get());
+            drawn.onDetachedFromWindow();
+        } finally {
+            View.editing = false;
+        }
+        assertFalse("on a phone it draws itself", new ParallaxPhotoView(phone).skipsItself);
     }
 
     @Test
@@ -602,6 +641,37 @@ public final class ParallaxPhotoViewTest {
     }
 
     @Test
+    public void theBatterySaverLeavesItToTheFinger() {
+        SensorManager.present = true;
+        PowerManager.saving = true;
+        enterWithImages();
+        noMoreFrames();
+        assertEquals(0, SensorManager.LISTENERS.get());
+        view.onTouchEvent(new MotionEvent(MotionEvent.ACTION_DOWN, 0, 100f));
+        view.onTouchEvent(new MotionEvent(MotionEvent.ACTION_MOVE, 0, 60f));
+        until(() -> ParallaxRenderer.x > 0.37f);
+        view.onTouchEvent(new MotionEvent(MotionEvent.ACTION_UP, 0, 60f));
+        PowerManager.saving = false;
+        phone.send(PowerManager.ACTION_POWER_SAVE_MODE_CHANGED);
+        until(() -> SensorManager.LISTENERS.get() == 1);
+    }
+
+    @Test
+    public void whatAHiddenViewHoldsIsFreedWhenTheSystemWantsMemory() {
+        enterWithImages();
+        Phone.trim(20);
+        moreFrames();
+        assertEquals("nothing is freed while it is seen", 1, ParallaxRenderer.CREATED.get());
+        view.onVisibilityAggregated(false);
+        Phone.trim(20);
+        until(() -> ParallaxRenderer.OPEN.get() == 0 && Screen.OPEN.get() == 0);
+        view.onVisibilityAggregated(true);
+        moreFrames();
+        assertEquals(2, ParallaxRenderer.CREATED.get());
+        assertTrue(errors.isEmpty());
+    }
+
+    @Test
     public void framesCanBeFewer() {
         enterWithImages();
         view.setMaxFps(20);
@@ -659,13 +729,13 @@ public final class ParallaxPhotoViewTest {
         phone.folder = Files.createTempDirectory("profile").toFile();
         File profile = new File(phone.folder, "profile.json");
         enterWithImages();
-        assertEquals("android.permission.DUMP", phone.sendersPermission);
+        assertEquals("android.permission.DUMP", phone.permissions.get(RELOAD));
         Files.write(profile.toPath(), "{\"quorvane_profile\": 1, \"options\": {\"frame\": \"0.7\"}}"
                 .getBytes(StandardCharsets.UTF_8));
-        phone.receiver.onReceive(phone, null);
+        phone.send(RELOAD);
         untilAsked("200 x 100, clean, frame 0.7, depth 80 x 40");
         leave();
-        assertNull(phone.receiver);
+        assertNull(phone.receivers.get(RELOAD));
         Files.delete(profile.toPath());
         Files.delete(phone.folder.toPath());
     }
@@ -673,7 +743,7 @@ public final class ParallaxPhotoViewTest {
     @Test
     public void otherAppsHearNoBroadcast() {
         enterWithImages();
-        assertNull(phone.receiver);
+        assertNull(phone.receivers.get(RELOAD));
     }
 
     @Test

@@ -7,6 +7,7 @@ import static org.junit.Assert.assertNull;
 import static org.junit.Assert.assertThrows;
 import static org.junit.Assert.assertTrue;
 
+import android.content.Phone;
 import android.hardware.SensorManager;
 import android.os.Build;
 import android.os.Handler;
@@ -93,7 +94,7 @@ public final class ParallaxWallpaperServiceTest {
         SensorManager.present = false;
         assertFalse("drawn into a surface that had gone", Screen.afterRelease);
         assertEquals("nothing ends the app", Collections.emptyList(), Handler.UNCAUGHT);
-        assertNull("nobody hears of the battery any more", wallpaper.phone.receiver);
+        assertTrue("nobody hears of the battery any more", wallpaper.phone.receivers.isEmpty());
     }
 
     private static void until(BooleanSupplier condition) {
@@ -139,12 +140,12 @@ public final class ParallaxWallpaperServiceTest {
         beginAndSee();
         engine.onVisibilityChanged(false);
         // When the system wants memory at once, else 5 seconds later.
-        wallpaper.onTrimMemory(20);
+        Phone.trim(20);
         until(() -> ParallaxRenderer.OPEN.get() == 0 && Screen.OPEN.get() == 0);
         int frames = Screen.FRAMES.get();
         engine.onVisibilityChanged(true);
         until(() -> Screen.FRAMES.get() > frames);
-        wallpaper.onTrimMemory(20);
+        Phone.trim(20);
         int shown = Screen.FRAMES.get();
         engine.onSurfaceRedrawNeeded(surface);
         until(() -> Screen.FRAMES.get() > shown);
@@ -192,15 +193,19 @@ public final class ParallaxWallpaperServiceTest {
         assertEquals(0f, ParallaxRenderer.x, 0f);
     }
 
+    private void toldOfTheBattery() {
+        wallpaper.phone.send(PowerManager.ACTION_POWER_SAVE_MODE_CHANGED);
+    }
+
     @Test
     public void theBatterySaverStopsTheSensor() {
         beginAndSee();
         until(() -> SensorManager.LISTENERS.get() == 1);
         PowerManager.saving = true;
-        wallpaper.phone.receiver.onReceive(wallpaper, null);
+        toldOfTheBattery();
         until(() -> SensorManager.LISTENERS.get() == 0);
         PowerManager.saving = false;
-        wallpaper.phone.receiver.onReceive(wallpaper, null);
+        toldOfTheBattery();
         until(() -> SensorManager.LISTENERS.get() == 1);
     }
 

@@ -4,6 +4,7 @@ import android.app.Service;
 import android.app.WallpaperColors;
 import android.content.Context;
 import android.view.SurfaceHolder;
+import androidx.annotation.RequiresApi;
 
 public abstract class WallpaperService extends Service {
     public abstract Engine onCreateEngine();
@@ -24,16 +25,19 @@ public abstract class WallpaperService extends Service {
         public void onOffsetsChanged(float xOffset, float yOffset, float xOffsetStep,
                 float yOffsetStep, int xPixelOffset, int yPixelOffset) {}
 
+        @RequiresApi(27)
         public WallpaperColors onComputeColors() {
             throw new UnsupportedOperationException();
         }
 
+        @RequiresApi(27)
         public void notifyColorsChanged() {}
 
         public boolean isPreview() {
             throw new UnsupportedOperationException();
         }
 
+        @RequiresApi(29)
         public Context getDisplayContext() {
             throw new UnsupportedOperationException();
         }
