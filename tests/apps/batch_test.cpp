@@ -101,6 +101,20 @@ TEST_F(Batch, MakesOfEachPhotoWhatRenderMakes) {
         EXPECT_EQ(bytesOf(folder / ("out/" + std::string(name) + ".png")), expected) << name;
 }
 
+TEST_F(Batch, TakesThePhotosOfAFolderByTheirExtensionsInOrder) {
+    for (const char* name : {"0.PNG", "d.PnG", "e.jpg.txt", ".hidden.png"})
+        fs::copy_file(in("a.png"), in(name));
+    for (const char* name : {"0", "d"})
+        fs::copy_file(in("a_depth.png"), in(std::string(name) + "_depth.png"));
+    const Outcome outcome = batch({"--jobs", "1", "--results", "-"});
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    std::vector<std::string> names;
+    std::istringstream lines(outcome.out);
+    for (std::string line; std::getline(lines, line);)
+        names.push_back(fs::path(Json::parse(line)["photo"].get<std::string>()).filename());
+    EXPECT_THAT(names, ElementsAre("0.PNG", "a.png", "b.png", "c.png", "d.PnG"));
+}
+
 TEST_F(Batch, SaysInALineWhatCameOfEachPhoto) {
     writeBytes(in("d.jpg"), "no picture");
     EXPECT_EQ(batch().code, 1);
@@ -161,6 +175,14 @@ TEST_F(Batch, TakesOptionsFromAManifestsLine) {
     EXPECT_EQ(bytesOf(folder / "out/b.png"), bytesOf(folder / "b.png"));
 }
 
+TEST_F(Batch, AManifestsOptionReplacesAnEmptyOne) {
+    const Outcome outcome =
+        manifest("{\"photo\": \"" + in("a.png") + R"(", "output": "a.html", "options": {"title": "Dawn"}})",
+                 {"--title", ""});
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_THAT(bytesOf(folder / "out/a.html"), HasSubstr("<title>Dawn</title>"));
+}
+
 TEST_F(Batch, RefusesBeforeAnyWorkBegins) {
     fs::create_directory(folder / "other");
     fs::copy_file(in("a.png"), folder / "other/a.png");
@@ -175,6 +197,10 @@ TEST_F(Batch, RefusesBeforeAnyWorkBegins) {
     expect_refused({"batch", in("a.png"), in("b.png"), "-o", out + "/one.gif", "--manifest", "x"},
                    "one of them is wanted");
     expect_refused({"batch", in("a.png"), "-o", folder / "in/{name}.png"}, "in/a.png: is an input");
+    writeBytes(folder / "own.jsonl", "{\"photo\": \"" + in("a.png") + "\", \"depth\": \"" +
+                                         in("b_depth.png") + R"(", "output": "b_depth.png"})");
+    expect_refused({"batch", "--manifest", folder / "own.jsonl", "-o", in("")},
+                   "in/b_depth.png: is an input");
     expect_refused({"batch", in("a.png"), "-o", out, "--size", "63x48"}, "such as 62x48");
     expect_refused({"batch", in("a.png"), "-o", out, "--shard", "3/2"}, "--shard 3");
     expect_refused({"batch", in("a.png"), "-o", out, "--timings", "t"}, "no such option");
@@ -199,7 +225,7 @@ TEST_F(Batch, TakesListsWhateverTheirNamesHold) {
     fs::rename(in("b_depth.png"), in("two\nlines_depth.png"));
     fs::rename(in("c.png"), in("-q.png"));
     fs::rename(in("c_depth.png"), in("-q_depth.png"));
-    writeBytes(folder / "list", in("two\nlines.png") + '\0' + "-q.png" + '\0');
+    writeBytes(folder / "list", in("two\nlines.png") + '\0' + '\0' + "-q.png" + '\0');
     const std::string out = folder / "out";
     Process process(
         {"batch", "--from", "-", "-0", "-o", out, "--format", "png", "--size", "32x24"}, {}, false, [&] {
@@ -238,13 +264,15 @@ TEST_F(Batch, TellsWhatMaySucceedLater) {
 TEST_F(Batch, OutlivesItsWorkers) {
     const std::string killing = R"("options": {"depth-cmd": "sh -c 'kill -KILL $PPID' {in} {out}"}})";
     std::string lines = "{\"photo\": \"" + in("a.png") + "\", " + killing + "\n";
-    for (const char* name : {"b.png", "c.png"}) lines += "{\"photo\": \"" + in(name) + "\"}\n";
+    // As a machine is shut down.
+    const std::string ending = R"("options": {"depth-cmd": "sh -c 'kill -TERM $PPID; sleep 5' {in} {out}"}})";
+    lines += "{\"photo\": \"" + in("b.png") + "\", " + ending + "\n{\"photo\": \"" + in("c.png") + "\"}\n";
     const Outcome outcome = manifest(lines, {"--jobs", "1", "--format", "png"});
     EXPECT_EQ(outcome.code, 1);
     const std::map<std::string, Json> came = results();
     EXPECT_EQ(came.at("a.png")["exit"], 75);
     EXPECT_THAT(came.at("a.png")["error"].get<std::string>(), HasSubstr("signal 9"));
-    EXPECT_EQ(came.at("b.png")["exit"], 0);
+    EXPECT_EQ(came.at("b.png")["exit"], 75);
     EXPECT_EQ(came.at("c.png")["exit"], 0);
 }
 
@@ -280,11 +308,45 @@ TEST_F(Batch, ResumeSkipsWhatIsDoneAsItWouldBeDoneNow) {
     EXPECT_THAT(lines_that({}), ElementsAre("a.png", "b.png", "c.png")) << "another view stands there now";
 }
 
+TEST_F(Batch, ResumeKnowsWhatOptionsFilesHold) {
+    const std::string profile = folder / "p.json", properties = folder / "properties";
+    const auto render = [&](double frame, const std::string& property) {
+        writeBytes(profile, Json({{"quorvane_profile", 1}, {"options", {{"frame", frame}}}}).dump());
+        writeBytes(properties, property);
+        const Outcome outcome = quorvane({"batch", in("a.png"), "-o", folder / "out/{name}.png", "--size",
+                                          "32x24", "--profile", profile, "--resume", "--results", "-"},
+                                         {{"QUORVANE_PROPERTIES", properties}});
+        EXPECT_EQ(outcome.code, 0) << outcome.err;
+        return Json::parse(outcome.out).contains("skipped") ? "skipped" : "rendered";
+    };
+    EXPECT_STREQ(render(0.8, ""), "rendered");
+    EXPECT_STREQ(render(0.8, ""), "skipped");
+    EXPECT_STREQ(render(0.7, ""), "rendered");
+    EXPECT_STREQ(render(0.7, "quorvane.para10=17\n"), "rendered");
+    EXPECT_STREQ(render(0.7, "quorvane.para10=17\n"), "skipped");
+}
+
+// What was being written when the power failed.
+TEST_F(Batch, ResumeCutsOffHalfALine) {
+    ASSERT_EQ(batch().code, 0);
+    const std::string index = folder / "out/.quorvane-index", lines = folder / "out/results.jsonl";
+    fs::remove(folder / "out/a.png");
+    writeBytes(index, bytesOf(index) + R"({"key":"12)");
+    writeBytes(lines, bytesOf(lines) + R"({"photo":)");
+    ASSERT_EQ(batch({"--resume"}).code, 0);
+    EXPECT_EQ(bytesOf(lines).find(R"({"photo":{)"), std::string::npos);
+    fs::remove(lines);
+    ASSERT_EQ(batch({"--resume"}).code, 0);
+    for (const auto& [name, line] : results()) EXPECT_TRUE(line.contains("skipped")) << name;
+}
+
 // A batch may be killed when frames are in their folder and that is not noted yet.
 TEST_F(Batch, ResumeReplacesFramesOfItsOwnOnly) {
     const Arguments words = {"batch",  in("a.png"), "-o",       folder / "out/{name}/",
                              "--size", "32x24",     "--frames", "2"};
     ASSERT_EQ(quorvane(words).code, 0);
+    EXPECT_EQ(results().at("a.png")["bytes"],
+              fs::file_size(folder / "out/a/00001.png") + fs::file_size(folder / "out/a/00002.png"));
     const std::string frame = folder / "out/a/00001.png";
     const std::string expected = bytesOf(frame);
     std::string begun;
