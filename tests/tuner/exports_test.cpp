@@ -3,14 +3,23 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cutils/properties.h>
+
 #include <cstdlib>
+#include <set>
 #include <sstream>
+
+#include "quorvane/host/ParallaxView.h"
+#include "support/temporary_folder.h"
 
 namespace quorvane::tuner {
 namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+
+/// A line for the shell.
+bool succeeds(const std::string& line) { return std::system((line + " >&2").c_str()) == 0; }
 
 Exported usual() { return {{}, LibParam(), "photo.jpg", "", false}; }
 
@@ -38,39 +47,97 @@ TEST(TunerExports, TheCommandLineSaysWhatWasChanged) {
     EXPECT_THAT(profileCommandLine(exported), HasSubstr("--profile profile.json --motion-file hand.jsonl"));
 }
 
-TEST(TunerExports, SetpropHasALineForEachParameter) {
-    Exported exported = usual();
-    exported.values.fov_scale = 0.875f;
-    std::istringstream lines(setpropLines(exported));
-    std::string line;
-    size_t count = 0;
-    for (; std::getline(lines, line); ++count) {
-        const std::string start = std::string("adb shell setprop ") + kParameters[count].property + " ";
-        ASSERT_EQ(line.substr(0, start.size()), start);
-        const std::string value = line.substr(start.size());
-        EXPECT_LT(value.size(), 92u);
-        EXPECT_LT(std::string(kParameters[count].property).size(), 32u);
-        // As the renderer reads them.
-        const double read =
-            kParameters[count].integer != nullptr ? std::atoi(value.c_str()) : std::atof(value.c_str());
-        EXPECT_EQ(static_cast<float>(read), static_cast<float>(kParameters[count].of(exported.values)))
-            << line;
+/// Values that are far from the usual ones and have many digits.
+LibParam unusual() {
+    LibParam values;
+    for (size_t i = 0; i < std::size(kParameters); ++i) {
+        const ParameterInfo& info = ParallaxView::parameters()[i];
+        kParameters[i].store(info.minimum + (info.maximum - info.minimum) / 7.0, &values);
     }
-    EXPECT_EQ(count, std::size(kParameters));
-    EXPECT_THAT(setpropLines(exported), HasSubstr("quorvane.para12 0.875\n"));
-    EXPECT_THAT(setpropLines(exported), HasSubstr("quorvane.para4 0.6\n"));
+    values.guided_filter_eps = 1.2345678e-8f;
+    return values;
 }
 
-TEST(TunerExports, SnippetsHaveTheValues) {
+// The lines themselves, run in a shell where adb sets the properties that the renderer reads here.
+TEST(TunerExports, TheRendererTakesTheSetpropLines) {
+    const test::TemporaryFolder folder;
     Exported exported = usual();
-    exported.tuning.parameters = {{"fov_scale", 0.875}};
+    exported.values = unusual();
+    test::writeBytes(folder / "adb", "#!/bin/sh\necho \"$*\" >>" + (folder / "called") + "\n");
+    test::writeBytes(folder / "setprop.sh", setpropLines(exported));
+    ASSERT_TRUE(succeeds("chmod +x " + (folder / "adb") + " && PATH=" + folder.path() + ":$PATH sh -e " +
+                         (folder / "setprop.sh")));
+    std::istringstream calls(test::bytesOf(folder / "called"));
+    std::string shell, command, name, value;
+    std::set<std::string> names;
+    while (calls >> shell >> command >> name >> value) {
+        EXPECT_EQ(shell + " " + command, "shell setprop");
+        EXPECT_LE(name.size(), 31u) << "no older Android takes a longer name";
+        EXPECT_LE(value.size(), 91u) << "nor a longer value";
+        EXPECT_EQ(property_set(name.c_str(), value.c_str()), 0);
+        names.insert(name);
+    }
+    EXPECT_EQ(names.size(), std::size(kParameters));
+    ESRenderer renderer;
+    renderer.getProperties(4);
+    for (const std::string& set : names) property_set(set.c_str(), "");
+    for (const Parameter& parameter : kParameters)
+        EXPECT_EQ(parameter.of(renderer.params), parameter.of(exported.values)) << parameter.name;
+}
+
+TEST(TunerExports, TheCppFileCompilesAndHasTheValues) {
+    Exported exported = usual();
     exported.values.fov_scale = 0.875f;
     EXPECT_THAT(cppSnippet(exported), HasSubstr("{\"fov_scale\", 0.875},"));
     EXPECT_THAT(cppSnippet(exported), HasSubstr("{\"rotate_z_trans\", 40},"));
-    EXPECT_THAT(cppSnippet(exported), HasSubstr("view->setParameter(name, value)"));
+    EXPECT_THAT(cppSnippet(exported), HasSubstr("cleanDepth("));
+    const test::TemporaryFolder folder;
+    exported.values = unusual();
+    test::writeBytes(folder / "clean.cpp", cppSnippet(exported));
+    exported.tuning.clean_edges = false;
+    exported.tuning.orientation = 0;
+    EXPECT_THAT(cppSnippet(exported), Not(HasSubstr("cleanDepth(")));
+    EXPECT_THAT(cppSnippet(exported), HasSubstr("create(width, height, 0, view)"));
+    test::writeBytes(folder / "soft.cpp", cppSnippet(exported));
+    EXPECT_TRUE(succeeds(
+        COMPILER " -std=c++17 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -I" SOURCES
+                 "/include -I" SOURCES "/host/include " +
+        (folder / "clean.cpp") + " " + (folder / "soft.cpp")));
+}
+
+TEST(TunerExports, TheJavaLinesCompileAndHaveTheValues) {
+    Exported exported = usual();
+    EXPECT_EQ(javaSnippet(exported), "view.setPivotAuto();\n") << "what the view begins with is not said";
+    exported.tuning.parameters = {{"fov_scale", 0.875}};
     EXPECT_EQ(javaSnippet(exported), "view.setParameter(\"fov_scale\", 0.875);\nview.setPivotAuto();\n");
+    setPivot(Pivot::kTuned, 0.5, 0.5, &exported.tuning);
+    EXPECT_THAT(javaSnippet(exported), HasSubstr("view.setPivotOff();"));
     setPivot(Pivot::kPoint, 0.25, 0.5, &exported.tuning);
-    EXPECT_THAT(javaSnippet(exported), HasSubstr("view.setPivot(0.25, 0.5);"));
+    exported.tuning.orientation = 0;
+    exported.tuning.clean_edges = false;
+    exported.tuning.amount = 0.5;
+    exported.tuning.invert_depth = true;
+    std::string all = javaSnippet(exported);
+    EXPECT_THAT(all, HasSubstr("view.setPivot(0.25, 0.5);"));
+    EXPECT_THAT(all, HasSubstr("view.setParameter(\"border_deadzone\", 18);")) << "of the second tuned set";
+    EXPECT_THAT(all, HasSubstr("view.setCleanEdges(false);"));
+    EXPECT_THAT(all, HasSubstr("setProfile"));
+    exported.has_hand = true;
+    setParameter("rotate_z_trans", 37.5, &exported.tuning);
+    EXPECT_THAT(javaSnippet(exported), Not(HasSubstr("setPivot"))) << "the distance is set";
+    all += javaSnippet(exported);
+    EXPECT_THAT(all, HasSubstr("setReplay"));
+
+    if (!succeeds("command -v javac")) GTEST_SKIP() << "scripts/setup java installs javac";
+    const test::TemporaryFolder folder;
+    test::writeBytes(
+        folder / "Tuned.java",
+        "final class Tuned {\n    static void tune(quorvane.parallax.ParallaxPhotoView view) {\n" + all +
+            "}\n}\n");
+    EXPECT_TRUE(succeeds(
+        "javac --release 8 -Xlint:all,-options -Werror -implicit:none -proc:none -sourcepath " SOURCES
+        "/android/java:" SOURCES "/tests/android/stubs -d " +
+        folder.path() + " " + (folder / "Tuned.java")));
 }
 
 TEST(TunerExports, ShellWordsReachTheShellWhole) {

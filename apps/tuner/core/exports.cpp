@@ -1,7 +1,6 @@
 #include "apps/tuner/core/exports.h"
 
 #include <algorithm>
-#include <cmath>
 #include <string_view>
 
 #include "apps/quorvane/terminal/text.h"
@@ -26,7 +25,6 @@ std::string images(const Exported& exported) {
     return shellWord(exported.photo) + (exported.depth.empty() ? "" : " " + shellWord(exported.depth));
 }
 
-/// Every parameter, or those that are set.
 template <typename Line>
 std::string forEachParameter(const Exported& exported, Line line) {
     std::string text;
@@ -35,8 +33,31 @@ std::string forEachParameter(const Exported& exported, Line line) {
     return text;
 }
 
-std::string pivotCall(const Exported& exported, const char* point) {
-    return app::formatted(point, exported.tuning.pivot_x, exported.tuning.pivot_y);
+/// The parameters that a view has to be told: those that somebody has set, and of the profile's others those
+/// that are not as it begins with.
+std::string javaParameters(const Tuning& tuning) {
+    std::string text;
+    const LibParam at_first;
+    for (const auto& [name, value] : profileOf(tuning).parameters) {
+        const bool differs =
+            std::any_of(std::begin(kParameters), std::end(kParameters),
+                        [&, key = name, wanted = value](const Parameter& parameter) {
+                            return key == parameter.name && shortest(parameter.of(at_first)) != wanted;
+                        });
+        if (differs || tuning.parameters.count(name) > 0)
+            text += "view.setParameter(\"" + name + "\", " + textOf(value) + ");\n";
+    }
+    return text;
+}
+
+std::string javaPivot(const Tuning& tuning) {
+    if (tuning.parameters.count("rotate_z_trans") > 0) return "";
+    switch (tuning.pivot) {
+        case Pivot::kAuto: return "view.setPivotAuto();\n";
+        case Pivot::kTuned: return "view.setPivotOff();\n";
+        case Pivot::kPoint: break;
+    }
+    return app::formatted("view.setPivot(%.4g, %.4g);\n", tuning.pivot_x, tuning.pivot_y);
 }
 
 }  // namespace
@@ -74,40 +95,57 @@ std::string profileCommandLine(const Exported& exported) {
 
 std::string setpropLines(const Exported& exported) {
     return forEachParameter(exported, [](const Parameter& parameter, const std::string& value) {
-        // As atof reads it whatever reads the property.
-        const double number = std::strtod(value.c_str(), nullptr);
-        const bool tiny = number != 0.0 && std::abs(number) < 1e-4;
-        return std::string("adb shell setprop ") + parameter.property + " " +
-               (tiny ? app::formatted("%.7f", number) : value) + "\n";
+        return std::string("adb shell setprop ") + parameter.property + " " + value + "\n";
     });
 }
 
 std::string cppSnippet(const Exported& exported) {
     const Tuning& tuning = exported.tuning;
-    std::string text = app::formatted("// quorvane::ParallaxView::create(width, height, %du, &view), then:\n",
-                                      tuning.orientation);
-    text += "const std::pair<const char*, double> tuned[] = {\n";
+    std::string text = tuning.clean_edges ? "#include <quorvane/host/CleanDepth.h>\n" : "";
+    text += "#include <quorvane/host/ParallaxView.h>\n\n#include <memory>\n#include <utility>\n\n";
+    text +=
+        "/// A view of width x height pixels that shows photo and depth as they were tuned, in the context "
+        "that is\n"
+        "/// current. The photo has R, G, B, the depth map a byte a pixel, larger = nearer.\n"
+        "quorvane::Status showTuned(const quorvane::Pixels& photo, const quorvane::Pixels& depth, int "
+        "width,\n"
+        "                           int height, std::unique_ptr<quorvane::ParallaxView>* view) {\n"
+        "    const std::pair<const char*, double> tuned[] = {\n";
     text += forEachParameter(exported, [](const Parameter& parameter, const std::string& value) {
-        return std::string("    {\"") + parameter.name + "\", " + value + "},\n";
+        return std::string("        {\"") + parameter.name + "\", " + value + "},\n";
     });
-    return text +
-           "};\n"
-           "for (const auto& [name, value] : tuned)\n"
-           "    if (status) status = view->setParameter(name, value);\n";
+    text += app::formatted(
+        "    };\n"
+        "    quorvane::Status status = quorvane::ParallaxView::create(width, height, %d, view);\n"
+        "    for (const auto& [name, value] : tuned)\n"
+        "        if (status) status = (*view)->setParameter(name, value);\n"
+        "    if (status) status = (*view)->setPhoto(photo);\n",
+        tuning.orientation);
+    if (tuning.clean_edges)
+        text +=
+            "    quorvane::CleanDepth clean;\n"
+            "    if (status)\n"
+            "        status = quorvane::cleanDepth(depth, photo.width, photo.height, "
+            "quorvane::kLiveTriangles, &clean);\n"
+            "    if (status) status = (*view)->setDepth({clean.samples, clean.width, clean.height});\n";
+    else
+        text += "    if (status) status = (*view)->setDepth(depth);\n";
+    return text + "    return status;\n}\n";
 }
 
 std::string javaSnippet(const Exported& exported) {
     const Tuning& tuning = exported.tuning;
-    std::string text;
-    for (const auto& [name, value] : tuning.parameters)
-        text += "view.setParameter(\"" + name + "\", " + textOf(value) + ");\n";
-    if (tuning.parameters.count("rotate_z_trans") > 0) return text;
-    switch (tuning.pivot) {
-        case Pivot::kAuto: return text + "view.setPivotAuto();\n";
-        case Pivot::kTuned: return text + "view.setPivotOff();\n";
-        case Pivot::kPoint: break;
-    }
-    return text + pivotCall(exported, "view.setPivot(%.4g, %.4g);\n");
+    std::string text = javaParameters(tuning) + javaPivot(tuning);
+    if (!tuning.clean_edges) text += "view.setCleanEdges(false);\n";
+    if (exported.has_hand)
+        text +=
+            std::string("view.setReplay(() -> view.getContext().getAssets().open(\"") + kHandFile + "\"));\n";
+    else if (tuning.amount < 1.0)
+        text += "// Only setProfile(" + std::string(kProfileFile) + ") knows how far the view swings.\n";
+    if (tuning.invert_depth && *tuning.invert_depth)
+        text +=
+            "// The depth map's larger values are farther: Depth.of(...).largerIsFarther(), or setProfile.\n";
+    return text;
 }
 
 }  // namespace quorvane::tuner

@@ -25,13 +25,13 @@ std::string commandLine(const Exported& exported);
 /// The same by way of the profile that lies next to it.
 std::string profileCommandLine(const Exported& exported);
 
-/// An `adb shell setprop` line for each parameter. A device cuts values to six decimals.
+/// An `adb shell setprop` line for each parameter.
 std::string setpropLines(const Exported& exported);
 
-/// For a ParallaxView `view`, before its images are set.
+/// A file with a function that shows a photo in a ParallaxView.
 std::string cppSnippet(const Exported& exported);
 
-/// For a ParallaxPhotoView `view`.
+/// Statements for a ParallaxPhotoView `view`.
 std::string javaSnippet(const Exported& exported);
 
 /// A word for a POSIX shell, quoted where it has to be.
