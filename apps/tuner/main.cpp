@@ -11,13 +11,11 @@
 #include <new>
 #include <thread>
 
-#include "apps/quorvane/terminal/command_line.h"
-#include "apps/quorvane/terminal/numbers.h"
 #include "apps/quorvane/terminal/text.h"
 #include "apps/quorvane/terminal/usage_error.h"
+#include "apps/tuner/core/asked.h"
 #include "apps/tuner/window/tuner.h"
 #include "media/decoder/decoder.h"
-#include "quorvane/version.h"
 #include "system/cancel.h"
 #include "system/error.h"
 #include "system/standard_streams.h"
@@ -28,19 +26,6 @@ using namespace quorvane;
 using namespace quorvane::tuner;
 
 constexpr Size kUsualWindow = {1280, 800};
-
-struct Asked {
-    app::InputOptions input;
-    std::string profile;
-    std::string motion_file;
-    std::string export_folder;
-    std::string controls;
-    std::optional<app::PictureSize> window;
-    int longest = 0;
-    int frames = 0;
-    double scale = 0.0;
-    bool fresh = false;
-};
 
 /// The program that makes clips: next to this one, where both are built or installed, else as PATH has it.
 std::string clipProgram() {
@@ -83,7 +68,7 @@ StartOptions startOptions(const Asked& asked, Size* window) {
         if (asked.input.invert_depth) tuning.invert_depth = asked.input.invert_depth;
         if (asked.input.holes != media::Holes::kAuto) tuning.holes = asked.input.holes;
     }
-    if (asked.window && asked.window->exact) *window = *asked.window->exact;
+    if (asked.window) *window = *asked.window;
     return options;
 }
 
@@ -115,43 +100,8 @@ void work(const Asked& asked) {
 
 int run(int argc, char** argv) {
     Asked asked;
-    app::CommandLines lines("quorvane-tuner", "Shows a photo in depth while it is tuned.",
-                            "quorvane-tuner " QUORVANE_VERSION);
-    app::CommandLine* const line =
-        lines.addOnly({{"a phone's photo with depth inside", "quorvane-tuner portrait.jpg"},
-                       {"a photo and a depth map", "quorvane-tuner photo.jpg depth.png"},
-                       {"what the last session was about", "quorvane-tuner"},
-                       {"from a profile", "quorvane-tuner photo.jpg --profile profile.json"}});
-    line->text("PHOTO", &asked.input.photo,
-               "JPEG, PNG, WebP, HEIC, AVIF or TIFF (default: that of the last session)");
-    const app::Option& depth =
-        line->text("DEPTH", &asked.input.depth,
-                   "gray picture of 8 or 16 bit, any size, larger = nearer (default: as "
-                   "quorvane render finds it)");
-    addDepthOptions(line, &asked.input, &depth);
-    line->text("--profile", &asked.profile, "begin with the settings of this profile").called("FILE.json");
-    line->text("--motion-file", &asked.motion_file,
-               "a recorded hand, or another motion in a file, for the view")
-        .called("FILE.jsonl");
-    line->text("--export-to", &asked.export_folder,
-               "where exports go (default: next to the photo, in NAME-tuned)")
-        .called("FOLDER");
-    line->flag("--fresh", &asked.fresh, "begin without what the last session left");
-    line->parsed(
-            "--window", [&asked](const std::string& text) { asked.window = app::parsePictureSize(text); },
-            "the window's size (default: as it was last, at first 1280x800)")
-        .called("WxH");
-    line->whole("--longest", &asked.longest, 0, 16384,
-                "pixels of the pictures' longer side; 0: as many as the window shows");
-    line->number("--scale", &asked.scale, 0.0, 4.0, "of texts and controls; 0: the desktop's");
-    line->text("--controls", &asked.controls,
-               "keep the places of the controls in FILE, a line of JSON each, for a program that drives the "
-               "window")
-        .called("FILE");
-    line->whole("--close-after", &asked.frames, 0, 1000000000,
-                "close after so many frames; 0: not by itself");
     size_t chosen = 0;
-    if (!lines.parse(argc, argv, &chosen)) return 0;
+    if (!commandLines(&asked)->parse(argc, argv, &chosen)) return 0;
     catchSignals();
     work(asked);
     return 0;

@@ -430,6 +430,7 @@ std::string CommandLines::help(const CommandLine& line, size_t width) const {
     }
     text += '\n' + wrapped(line.usage(m_program), width, 2) + "\n\n" + arguments;
     text += (arguments.empty() ? "" : "\n") + options + row("-h, --help", "this text", width, column);
+    if (!m_has_commands) text += row("-V, --version", "the version", width, column);
     for (const CommandLine::Table& table : line.m_tables) text += listed(table, width, column);
     return text;
 }

@@ -218,6 +218,9 @@ class CommandLines {
 
     const std::vector<std::unique_ptr<CommandLine>>& lines() const { return m_lines; }
 
+    /// Whether the first word chooses a command; otherwise `lines` has one without a name.
+    bool hasCommands() const { return m_has_commands; }
+
     /// The commands' names, and "help".
     std::vector<std::string> commands() const;
 

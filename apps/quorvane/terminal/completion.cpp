@@ -43,6 +43,9 @@ bool takesFiles(const CommandLine& command) {
     return false;
 }
 
+/// Whether it is all that the program does.
+bool isOnly(const CommandLine& command) { return command.name().empty(); }
+
 /// Whether its words are beginnings, such as "fov_scale=".
 bool offersBeginnings(const Option& option) {
     return !option.words().empty() && option.words().front().back() == '=';
@@ -54,6 +57,7 @@ std::vector<std::string> allNames(const CommandLine& command) {
         if (!option.isArgument())
             for (const std::string& name : option.allNames()) names.push_back(name);
     names.insert(names.end(), std::begin(kHelpNames), std::end(kHelpNames));
+    if (isOnly(command)) names.insert(names.end(), std::begin(kVersionNames), std::end(kVersionNames));
     return names;
 }
 
@@ -76,6 +80,39 @@ std::string bashValues(const CommandLine& command) {
                      " words=" + quoted(joined(option.words())) + " ;;\n";
     }
     return cases;
+}
+
+/// What bash offers where a word of the command is wanted.
+std::string bashWords(const CommandLine& command) {
+    std::string text = "            case $before in\n" + bashValues(command) +
+                       "                *=) return ;;\n                *)\n"
+                       "                    if [[ $current == -* ]]; then\n"
+                       "                        words=" +
+                       quoted(joined(allNames(command))) + "\n";
+    if (takesFiles(command))
+        text += "                    else\n                        compopt -o default 2> /dev/null\n";
+    return text + "                    fi ;;\n            esac";
+}
+
+/// Which command bash is in, and what it offers there.
+std::string bashCommands(const CommandLines& program) {
+    std::vector<std::string> first = program.commands(), commands;
+    first.insert(first.end(), std::begin(kHelpNames), std::end(kHelpNames));
+    first.insert(first.end(), std::begin(kVersionNames), std::end(kVersionNames));
+    for (const auto& line : program.lines()) commands.push_back(line->name());
+    std::string text = R"(    for ((i = 1; i < COMP_CWORD; ++i)); do
+        if [[ ${COMP_WORDS[i]} != -* ]]; then
+            command=${COMP_WORDS[i]}
+            break
+        fi
+    done
+    case $command in
+)";
+    text += "        '') words=" + quoted(joined(first)) + " ;;\n";
+    text += "        help) ((i + 1 == COMP_CWORD)) && words=" + quoted(joined(commands)) + " ;;\n";
+    for (const auto& line : program.lines())
+        text += "        " + line->name() + ")\n" + bashWords(*line) + " ;;\n";
+    return text + "    esac\n";
 }
 
 std::string zshSpec(const Option& option) {
@@ -109,8 +146,8 @@ std::string zshSpec(const Option& option) {
            quoted(what + value) + " \\\n";
 }
 
-std::string zshCommand(const CommandLine& command) {
-    std::string text = "        " + command.name() + ")\n          _arguments -s \\\n";
+std::string zshArguments(const CommandLine& command) {
+    std::string text = "          _arguments -s \\\n";
     int place = 0;
     std::string arguments;
     for (const Option& option : command.options()) {
@@ -122,7 +159,37 @@ std::string zshCommand(const CommandLine& command) {
         else
             text += zshSpec(option);
     }
-    return text + arguments + "            '(- *)'{-h,--help}'[say what it takes]' && ret=0\n          ;;\n";
+    if (isOnly(command)) arguments += "            '(- *)'{-V,--version}'[say which version it is]' \\\n";
+    return text + arguments + "            '(- *)'{-h,--help}'[say what it takes]' && ret=0\n";
+}
+
+std::string zshCommands(const CommandLines& program) {
+    std::string text = "  local -a commands=(\n";
+    std::vector<std::string> commands;
+    for (const auto& line : program.lines()) {
+        text += "    " + quoted(line->name() + ":" + shortened(line->summary())) + "\n";
+        commands.push_back(line->name());
+    }
+    text += R"(    'help:say what a command takes'
+  )
+  local curcontext="$curcontext" state line ret=1
+  _arguments -C \
+    '(- *)'{-h,--help}'[say what the program does]' \
+    '(- *)'{-V,--version}'[say which version it is]' \
+    '1:command:->command' \
+    '*::argument:->argument' && ret=0
+  case $state in
+    command)
+      _describe -t commands command commands && ret=0
+      ;;
+    argument)
+      case $words[1] in
+)";
+    text +=
+        "        help)\n          _arguments '1:command:(" + joined(commands) + ")' && ret=0\n          ;;\n";
+    for (const auto& line : program.lines())
+        text += "        " + line->name() + ")\n" + zshArguments(*line) + "          ;;\n";
+    return text + "      esac\n      ;;\n  esac\n";
 }
 
 std::string fishNames(const std::vector<std::string>& names) {
@@ -150,14 +217,21 @@ std::string fishOption(const Option& option, const std::string& when) {
     return line + fishDescription(option.help()) + '\n';
 }
 
+/// What fish offers where a word of the command is wanted; `when` says so.
+std::string fishWords(const CommandLine& command, const std::string& when) {
+    std::string text;
+    if (takesFiles(command)) text += when + " -F\n";
+    text += when + " -s h -l help -d 'say what it takes'\n";
+    for (const Option& option : command.options())
+        if (!option.isArgument()) text += fishOption(option, when);
+    return text;
+}
+
 }  // namespace
 
 std::string bashCompletion(const CommandLines& program) {
     const std::string& name = program.program();
-    std::vector<std::string> first = program.commands();
-    first.insert(first.end(), std::begin(kHelpNames), std::end(kHelpNames));
-    first.insert(first.end(), std::begin(kVersionNames), std::end(kVersionNames));
-    std::string text =
+    const std::string text =
         "# Completion of " + name + " for bash, made of its tables of options.\n_" + name + R"(() {
     local current=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} command= words= i
     COMPREPLY=()
@@ -167,64 +241,24 @@ std::string bashCompletion(const CommandLines& program) {
     elif [[ $before == = ]]; then
         before=${COMP_WORDS[COMP_CWORD-2]}=
     fi
-    for ((i = 1; i < COMP_CWORD; ++i)); do
-        if [[ ${COMP_WORDS[i]} != -* ]]; then
-            command=${COMP_WORDS[i]}
-            break
-        fi
-    done
-    case $command in
 )";
-    text += "        '') words=" + quoted(joined(first)) + " ;;\n";
-    std::vector<std::string> commands;
-    for (const auto& line : program.lines()) commands.push_back(line->name());
-    text += "        help) ((i + 1 == COMP_CWORD)) && words=" + quoted(joined(commands)) + " ;;\n";
-    for (const auto& line : program.lines()) {
-        text += "        " + line->name() + ")\n            case $before in\n" + bashValues(*line);
-        text +=
-            "                *=) return ;;\n                *)\n                    if [[ $current == -* ]]; "
-            "then\n";
-        text += "                        words=" + quoted(joined(allNames(*line))) + "\n";
-        if (takesFiles(*line))
-            text += "                    else\n                        compopt -o default 2> /dev/null\n";
-        text += "                    fi ;;\n            esac ;;\n";
-    }
     return text +
-           "    esac\n    [[ $words ]] && mapfile -t COMPREPLY < <(compgen -W \"$words\" -- "
+           (program.hasCommands() ? bashCommands(program) : bashWords(*program.lines().front()) + "\n") +
+           "    [[ $words ]] && mapfile -t COMPREPLY < <(compgen -W \"$words\" -- "
            "\"$current\")\n}\ncomplete -F _" +
            name + " " + name + "\n";
 }
 
 std::string zshCompletion(const CommandLines& program) {
     const std::string& name = program.program();
-    std::string text = "#compdef " + name + "\n# Completion of " + name +
-                       " for zsh, made of its tables of options.\n_" + name + "() {\n  local -a commands=(\n";
-    std::vector<std::string> commands;
-    for (const auto& line : program.lines()) {
-        text += "    " + quoted(line->name() + ":" + shortened(line->summary())) + "\n";
-        commands.push_back(line->name());
-    }
-    text += R"(    'help:say what a command takes'
-  )
-  local curcontext="$curcontext" state line ret=1
-  _arguments -C \
-    '(- *)'{-h,--help}'[say what the program does]' \
-    '(- *)'{-V,--version}'[say which version it is]' \
-    '1:command:->command' \
-    '*::argument:->argument' && ret=0
-  case $state in
-    command)
-      _describe -t commands command commands && ret=0
-      ;;
-    argument)
-      case $words[1] in
-)";
-    text +=
-        "        help)\n          _arguments '1:command:(" + joined(commands) + ")' && ret=0\n          ;;\n";
-    for (const auto& line : program.lines()) text += zshCommand(*line);
+    const std::string text = "#compdef " + name + "\n# Completion of " + name +
+                             " for zsh, made of its tables of options.\n_" + name + "() {\n";
     // Read by the shell's own loader the file is the function's body, and sourced it defines the function.
-    return text + "      esac\n      ;;\n  esac\n  return ret\n}\nif [[ $funcstack[1] == _" + name +
-           " ]]; then\n  _" + name + " \"$@\"\nelse\n  compdef _" + name + " " + name + "\nfi\n";
+    return text +
+           (program.hasCommands() ? zshCommands(program)
+                                  : "  local ret=1\n" + zshArguments(*program.lines().front())) +
+           "  return ret\n}\nif [[ $funcstack[1] == _" + name + " ]]; then\n  _" + name +
+           " \"$@\"\nelse\n  compdef _" + name + " " + name + "\nfi\n";
 }
 
 std::string fishCompletion(const CommandLines& program) {
@@ -233,6 +267,9 @@ std::string fishCompletion(const CommandLines& program) {
     const std::string first = complete + " -n __fish_use_subcommand";
     std::string text =
         "# Completion of " + name + " for fish, made of its tables of options.\n" + complete + " -f\n";
+    if (!program.hasCommands())
+        return text + complete + " -s V -l version -d 'say which version it is'\n" +
+               fishWords(*program.lines().front(), complete);
     text += first + " -s h -l help -d 'say what the program does'\n" + first +
             " -s V -l version -d 'say which version it is'\n";
     std::vector<std::string> commands;
@@ -246,10 +283,7 @@ std::string fishCompletion(const CommandLines& program) {
     for (const auto& line : program.lines()) {
         const std::string when = complete + " -n '__fish_seen_subcommand_from " + line->name() +
                                  "; and not __fish_seen_subcommand_from help'";
-        if (takesFiles(*line)) text += when + " -F\n";
-        text += when + " -s h -l help -d 'say what it takes'\n";
-        for (const Option& option : line->options())
-            if (!option.isArgument()) text += fishOption(option, when);
+        text += fishWords(*line, when);
     }
     return text;
 }

@@ -45,6 +45,16 @@ std::string head(const CommandLines& program, const std::string& name, const std
            "\" \"User Commands\"\n" + section("Name") + escaped(name) + " \\- " + escaped(summary) + '\n';
 }
 
+/// A sentence as it stands behind a page's name.
+std::string asPhrase(std::string sentence) {
+    if (!sentence.empty() && sentence.back() == '.') sentence.pop_back();
+    if (!sentence.empty())
+        sentence[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(sentence[0])));
+    return sentence;
+}
+
+std::string versionItem() { return item(bold("-V") + ", " + bold("--version"), "say which version it is"); }
+
 std::string tables(const std::vector<CommandLine::Table>& all) {
     std::string text;
     for (const CommandLine::Table& table : all) {
@@ -95,15 +105,12 @@ std::string paragraphs(const std::string& text) {
 }  // namespace
 
 std::string manPageName(const CommandLines& program, const CommandLine& command) {
-    return program.program() + "-" + command.name();
+    return program.program() + (program.hasCommands() ? "-" + command.name() : "");
 }
 
 std::string manPage(const CommandLines& program, const std::string& date) {
-    std::string summary = program.summary();
-    if (!summary.empty() && summary.back() == '.') summary.pop_back();
-    if (!summary.empty())
-        summary[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(summary[0])));
-    std::string text = head(program, program.program(), summary, date);
+    if (!program.hasCommands()) return manPage(program, *program.lines().front(), date);
+    std::string text = head(program, program.program(), asPhrase(program.summary()), date);
     text += section("Synopsis") + bold(program.program()) + ' ' + slanted("COMMAND") + " [" +
             slanted("OPTIONS") + "]\n";
     text += section("Description") + paragraphs(program.note());
@@ -115,15 +122,18 @@ std::string manPage(const CommandLines& program, const std::string& date) {
     }
     text += item(bold("help") + " [" + slanted("COMMAND") + ']', "say what a command takes");
     text += section("Options") + item(bold("-h") + ", " + bold("--help"), "say what the program does") +
-            item(bold("-V") + ", " + bold("--version"), "say which version it is");
+            versionItem();
     text += tables(program.tables()) + section("Examples");
     for (const auto& line : program.lines()) text += examples(*line);
     return text + seeAlso(pages);
 }
 
 std::string manPage(const CommandLines& program, const CommandLine& command, const std::string& date) {
-    std::string text = head(program, manPageName(program, command), command.summary(), date);
-    std::string synopsis = bold(program.program() + " " + command.name()), arguments, options;
+    const bool is_only = !program.hasCommands();
+    std::string text = head(program, manPageName(program, command),
+                            is_only ? asPhrase(command.summary()) : command.summary(), date);
+    std::string synopsis = bold(program.program() + (is_only ? "" : " " + command.name())), arguments,
+                options;
     for (const Option& option : command.options()) {
         if (!option.isArgument()) {
             options += optionItem(option);
@@ -136,8 +146,9 @@ std::string manPage(const CommandLines& program, const CommandLine& command, con
     text += section("Synopsis") + synopsis + " [" + slanted("OPTIONS") + "]\n";
     if (!arguments.empty()) text += section("Arguments") + arguments;
     text += section("Options") + options + item(bold("-h") + ", " + bold("--help"), "say what it takes");
-    return text + tables(command.tables()) + section("Examples") + examples(command) +
-           seeAlso({program.program()});
+    if (is_only) text += versionItem();
+    text += tables(command.tables()) + section("Examples") + examples(command);
+    return is_only ? text : text + seeAlso({program.program()});
 }
 
 }  // namespace quorvane::app

@@ -9,7 +9,7 @@ namespace quorvane::app {
 
 // Manual pages for man(1), made of what the tables of options say. `date` is YYYY-MM-DD.
 
-/// The program's page: its commands, and what all of them share.
+/// The program's page: its commands, and what all of them share. Without commands: all that it takes.
 std::string manPage(const CommandLines& program, const std::string& date);
 
 /// A command's page: what it takes, its tables and its examples.
