@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <numeric>
 
 #include "system/child_process.h"
 #include "system/error.h"
@@ -44,6 +45,11 @@ void addLine(std::string_view line, std::vector<Plot>* plots) {
 void Plot::add(float value) {
     values.push_back(value);
     if (values.size() > kMostValues) values.pop_front();
+}
+
+double Plot::rate() const {
+    const double sum = std::accumulate(values.begin(), values.end(), 0.0);
+    return sum > 0.0 ? 1000.0 * static_cast<double>(values.size()) / sum : 0.0;
 }
 
 void addStopwatchLines(std::string* text, std::vector<Plot>* plots) {

@@ -17,6 +17,10 @@ struct Plot {
     std::deque<float> values;  ///< the newest last
 
     void add(float value);
+
+    /// How many there are in a second; 0 where there is none.
+    double rate() const;
+
     static constexpr size_t kMostValues = 240;
 };
 

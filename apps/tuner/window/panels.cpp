@@ -8,6 +8,7 @@
 
 #include "apps/quorvane/terminal/text.h"
 #include "apps/quorvane/terminal/usage_error.h"
+#include "apps/tuner/core/keys.h"
 #include "apps/tuner/core/slider_scale.h"
 #include "apps/tuner/window/tuner.h"
 #include "composition/geometry.h"
@@ -19,6 +20,9 @@ namespace {
 constexpr float kPanelWidth = 400.0f, kStagesWidth = 260.0f, kStatusHeight = 26.0f, kToolbarHeight = 34.0f;
 constexpr double kAmountStep = 0.05;
 constexpr double kMessageSeconds = 8.0;
+// Frames a second that a hand feels to be late, once so many frames are counted.
+constexpr double kSlow = 12.0;
+constexpr int kSlowFrames = 20;
 constexpr ImGuiWindowFlags kPlain = ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_NoMove |
                                     ImGuiWindowFlags_NoSavedSettings | ImGuiWindowFlags_NoBringToFrontOnFocus;
 
@@ -50,6 +54,13 @@ void tooltip(const char* text) {
     if (ImGui::IsItemHovered(ImGuiHoveredFlags_AllowWhenDisabled)) ImGui::SetTooltip("%s", text);
 }
 
+/// Goes on in the same line where a button of this label fits there.
+void goOn(const char* label, float gap) {
+    const float width = ImGui::CalcTextSize(label).x + 2.0f * ImGui::GetStyle().FramePadding.x;
+    const float end = ImGui::GetWindowPos().x + ImGui::GetWindowContentRegionMax().x;
+    if (ImGui::GetItemRectMax().x + gap + width <= end) ImGui::SameLine(0.0f, gap);
+}
+
 /// A button that looks held while `on`.
 bool toggle(const char* label, bool on) {
     if (on) ImGui::PushStyleColor(ImGuiCol_Button, ImGui::GetStyleColorVec4(ImGuiCol_ButtonActive));
@@ -64,7 +75,8 @@ void Tuner::layOut() {
     const ImVec2 display = ImGui::GetIO().DisplaySize;
     const float panel = std::min(kPanelWidth * m_scale, 0.5f * display.x);
     const float stages = m_show_stages ? std::min(kStagesWidth * m_scale, 0.25f * display.x) : 0.0f;
-    const float status = kStatusHeight * m_scale, tools = kToolbarHeight * m_scale;
+    const float status = kStatusHeight * m_scale;
+    const float tools = std::max(m_tools_height, kToolbarHeight * m_scale);
     const float low = display.y - status;
 
     windowAt("panel", {0.0f, 0.0f}, {panel, low}, ImGuiWindowFlags_NoScrollbar);
@@ -100,56 +112,59 @@ void Tuner::layOut() {
     statusLine(status);
     ImGui::End();
     if (m_show_timings) timingsPanel();
+    if (m_show_keys) keysPanel();
 }
 
 void Tuner::toolbar() {
+    const float gap = ImGui::GetStyle().ItemSpacing.x, wide_gap = 16.0f * m_scale;
     Show& show = m_bench.show;
     for (size_t slot = 0; slot < 2; ++slot) {
         const char* const name = slot == 0 ? "A" : "B";
+        if (slot > 0) goOn(name, gap);
         if (toggle(name, m_bench.active == slot)) m_bench.active = slot;
         note(name, m_bench.active == slot ? "active" : "");
         tooltip("the settings that are changed (X flips)");
-        ImGui::SameLine();
     }
     const std::string copy = m_bench.active == 0 ? "A → B" : "B → A";
+    goOn(copy.c_str(), gap);
     if (ImGui::Button(copy.c_str())) m_bench.copyToOther();
     note("copy", copy);
     tooltip("these settings replace the other ones");
-    ImGui::SameLine();
-    if (toggle("Split", show == Show::kSplit)) show = show == Show::kSplit ? Show::kOne : Show::kSplit;
+    const auto shows = [&](const char* label, Show what) {
+        goOn(label, gap);
+        if (toggle(label, show == what)) show = show == what ? Show::kOne : what;
+    };
+    shows("Split", Show::kSplit);
     note("split", show == Show::kSplit ? app::formatted("%.3f", m_bench.split) : "");
     tooltip("A on the left of the line, B on the right (S)");
-    ImGui::SameLine();
-    if (toggle("Difference ×8", show == Show::kDifference))
-        show = show == Show::kDifference ? Show::kOne : Show::kDifference;
+    shows("Difference ×8", Show::kDifference);
     note("difference", show == Show::kDifference ? "on" : "");
     tooltip("how far A and B are apart, eight times as much (D)");
-    ImGui::SameLine(0.0f, 16.0f * m_scale);
+    goOn("Undo", wide_gap);
     ImGui::BeginDisabled(!m_bench.canUndo());
     if (ImGui::Button("Undo")) m_bench.undo();
     ImGui::EndDisabled();
     note("undo", m_bench.canUndo() ? "possible" : "");
-    ImGui::SameLine();
+    tooltip("Ctrl+Z");
+    goOn("Redo", gap);
     ImGui::BeginDisabled(!m_bench.canRedo());
     if (ImGui::Button("Redo")) m_bench.redo();
     ImGui::EndDisabled();
     note("redo", m_bench.canRedo() ? "possible" : "");
-    ImGui::SameLine(0.0f, 16.0f * m_scale);
-    if (toggle("Pivot by click", m_picking)) m_picking = !m_picking;
-    note("pick", m_picking ? "on" : "");
-    tooltip("then click what is to stay in place (P)");
-    ImGui::SameLine();
-    if (toggle("Mesh", m_wires)) m_wires = !m_wires;
-    note("mesh", m_wires ? "on" : "");
-    tooltip("the lines of the bent mesh (W)");
-    ImGui::SameLine();
-    if (toggle("Stages", m_show_stages)) m_show_stages = !m_show_stages;
-    note("stages", m_show_stages ? "on" : "");
-    tooltip("what becomes of photo and depth on the way (G)");
-    ImGui::SameLine();
-    if (toggle("Timings", m_show_timings)) m_show_timings = !m_show_timings;
-    note("timings", m_show_timings ? "on" : "");
-    tooltip("what a frame takes (T)");
+    tooltip("Ctrl+Shift+Z");
+    const auto turns = [&](const char* label, const char* name, const char* hint, bool* on, float before) {
+        goOn(label, before);
+        if (toggle(label, *on)) *on = !*on;
+        note(name, *on ? "on" : "");
+        tooltip(hint);
+    };
+    turns("Pivot by click", "pick", "then click what is to stay in place (P)", &m_picking, wide_gap);
+    turns("Mesh", "mesh", "the lines of the bent mesh (W)", &m_wires, gap);
+    turns("Stages", "stages", "what becomes of photo and depth on the way (G)", &m_show_stages, gap);
+    turns("Timings", "timings", "what a frame takes (T)", &m_show_timings, gap);
+    turns("Keys", "keys", "what the keys do (F1)", &m_show_keys, gap);
+    m_tools_height = std::max(kToolbarHeight * m_scale,
+                              ImGui::GetItemRectMax().y - ImGui::GetWindowPos().y + 6.0f * m_scale);
 }
 
 void Tuner::pictureArea(ImVec2 from, ImVec2 room) {
@@ -193,10 +208,17 @@ void Tuner::pictureArea(ImVec2 from, ImVec2 room) {
                        {1, 1});
         list->AddLine({line, placed.from.y}, {line, placed.to.y}, IM_COL32(255, 255, 255, 220),
                       2.0f * m_scale);
-        const float inset = 6.0f * m_scale;
-        list->AddText({placed.from.x + inset, placed.from.y + inset}, IM_COL32_WHITE, "A");
-        const float width = ImGui::CalcTextSize("B").x;
-        list->AddText({placed.to.x - inset - width, placed.from.y + inset}, IM_COL32_WHITE, "B");
+        const float inset = 6.0f * m_scale, width = ImGui::CalcTextSize("B").x;
+        const auto named = [&](const char* name, float x) {
+            const ImVec2 at = {x, placed.from.y + 2.0f * inset};
+            // Readable on a white wall too.
+            list->AddRectFilled({at.x - inset, at.y - inset},
+                                {at.x + width + inset, at.y + ImGui::GetTextLineHeight() + inset},
+                                IM_COL32(0, 0, 0, 160), 3.0f * m_scale);
+            list->AddText(at, IM_COL32_WHITE, name);
+        };
+        named("A", placed.from.x + 2.0f * inset);
+        named("B", placed.to.x - 2.0f * inset - width);
     } else {
         whole(shown.texture());
     }
@@ -257,9 +279,11 @@ void Tuner::parameterSliders() {
         SliderValue shown;
         shown.name = info.name;
         shown.text = asFormat(app::formatted("%.4g%s", value, unitOf(info.name)));
-        shown.hint = app::formatted("%s\n%g to %g, by itself %.4g; %s%s", info.meaning, info.minimum,
-                                    info.maximum, without, kShowsWhen[static_cast<size_t>(info.takes_effect)],
-                                    is_set ? "\ndouble click: no longer set" : "\nnot set");
+        shown.hint = app::formatted(
+            "%s\n%g to %g; %s\n%s", info.meaning, info.minimum, info.maximum,
+            kShowsWhen[static_cast<size_t>(info.takes_effect)],
+            is_set ? app::formatted("double click: %.4g again, as nobody set it", without).c_str()
+                   : "nobody has set it: gray");
         shown.part = scale.partOf(value);
         shown.usual = scale.partOf(without);
         shown.is_set = is_set;
@@ -274,9 +298,11 @@ void Tuner::parameterSliders() {
 }
 
 template <typename Choose>
-void Tuner::choice(const char* label, const std::vector<const char*>& names, size_t chosen, Choose choose) {
+void Tuner::choice(const char* label, const char* hint, const std::vector<const char*>& names, size_t chosen,
+                   Choose choose) {
     ImGui::AlignTextToFramePadding();
     ImGui::TextUnformatted(label);
+    tooltip(hint);
     ImGui::SameLine(170.0f * m_scale);
     for (size_t i = 0; i < names.size(); ++i) {
         if (i > 0) ImGui::SameLine();
@@ -284,12 +310,14 @@ void Tuner::choice(const char* label, const std::vector<const char*>& names, siz
         if (toggle(names[i], i == chosen)) choose(i);
         ImGui::PopID();
         note(std::string(label) + " " + names[i], i == chosen ? "chosen" : "");
+        tooltip(hint);
     }
 }
 
 void Tuner::depthChoices() {
     Tuning& tuning = m_bench.tuning();
-    choice("near is", {"found", "dark", "bright"},
+    choice("near is", "which end of the depth map is near: found by the photo, its dark or its bright end",
+           {"found", "dark", "bright"},
            !tuning.invert_depth   ? 0
            : *tuning.invert_depth ? 1
                                   : 2,
@@ -297,14 +325,21 @@ void Tuner::depthChoices() {
                tuning.invert_depth.reset();
                if (i > 0) tuning.invert_depth = i == 1;
            });
-    choice("holes", {kHolesNames[0], kHolesNames[1], kHolesNames[2]}, static_cast<size_t>(tuning.holes),
+    choice("holes",
+           "pixels without a depth\nauto: filled from the far side where they certainly have none\n"
+           "fill: also where the lowest or highest level may stand for \"unknown\"\nkeep: left as they are",
+           {kHolesNames[0], kHolesNames[1], kHolesNames[2]}, static_cast<size_t>(tuning.holes),
            [&](size_t i) { tuning.holes = static_cast<media::Holes>(i); });
-    choice("edges", {"clean", "soft"}, tuning.clean_edges ? 0 : 1,
-           [&](size_t i) { tuning.clean_edges = i == 0; });
-    choice("grid", {kGridNames[0], kGridNames[1], kGridNames[2]}, static_cast<size_t>(tuning.grid),
+    choice("edges",
+           "clean: near things stay whole where they meet far ones\n"
+           "soft: the depth map is only smoothed along the photo's edges",
+           {"clean", "soft"}, tuning.clean_edges ? 0 : 1, [&](size_t i) { tuning.clean_edges = i == 0; });
+    choice("grid", "the mesh's cells: fine follows the depth closest, coarse is drawn fastest",
+           {kGridNames[0], kGridNames[1], kGridNames[2]}, static_cast<size_t>(tuning.grid),
            [&](size_t i) { tuning.grid = static_cast<Grid>(i); });
     choice(
-        "samples", {"auto", "1", "2", "4", "8"},
+        "samples", "samples a pixel: more are smoother at edges, 1 is drawn fastest",
+        {"auto", "1", "2", "4", "8"},
         tuning.samples == kAutoSamples ? 0 : static_cast<size_t>(std::lround(std::log2(tuning.samples))) + 1,
         [&](size_t i) { tuning.samples = i == 0 ? kAutoSamples : 1 << (i - 1); });
 }
@@ -313,30 +348,38 @@ void Tuner::frameChoices() {
     Tuning& tuning = m_bench.tuning();
     const bool set = tuning.parameters.count("rotate_z_trans") > 0;
     const size_t pivot = set ? 3 : static_cast<size_t>(tuning.pivot);
-    choice("pivot", {"subject", "point", "tuned"}, pivot, [&](size_t i) {
-        if (i == 1)
-            m_picking = true;
-        else
-            setPivot(static_cast<Pivot>(i), 0.5, 0.5, &tuning);
-    });
+    choice("pivot",
+           "what stays in place while the view moves\nsubject: the nearest large thing near the middle\n"
+           "point: what you click in the picture\ntuned: the distance of the set of parameters",
+           {"subject", "point", "tuned"}, pivot, [&](size_t i) {
+               if (i == 1)
+                   m_picking = true;
+               else
+                   setPivot(static_cast<Pivot>(i), 0.5, 0.5, &tuning);
+           });
     if (tuning.pivot == Pivot::kPoint && !set) {
         ImGui::SameLine();
         ImGui::TextDisabled("%.2f, %.2f", tuning.pivot_x, tuning.pivot_y);
         note("pivot place", app::formatted("%.3f,%.3f", tuning.pivot_x, tuning.pivot_y));
     }
     const bool framed = tuning.parameters.count("fov_scale") > 0;
-    choice("frame", {"no border", "as now"}, framed ? 1 : 0, [&](size_t i) {
-        if (i == 0)
-            tuning.parameters.erase("fov_scale");
-        else
-            setParameter("fov_scale", shortest(static_cast<double>(valuesInForce().fov_scale)), &tuning);
-    });
+    choice("frame",
+           "no border: as much of the photo as never shows its border\nas now: fov_scale keeps this value",
+           {"no border", "as now"}, framed ? 1 : 0, [&](size_t i) {
+               if (i == 0)
+                   tuning.parameters.erase("fov_scale");
+               else
+                   setParameter("fov_scale", shortest(static_cast<double>(valuesInForce().fov_scale)),
+                                &tuning);
+           });
     const Picture& picture = m_pictures[m_bench.active];
     if (picture.ready() && picture.prepared().planned.plan.swing < 1.0)
         ImGui::TextWrapped("The view swings %.2f times as far as asked, so that no border shows.",
                            picture.prepared().planned.plan.swing);
-    choice("orientation", {"first set", "second set"},
-           tuning.orientation == 4 || tuning.orientation == 7 ? 0 : 1,
+    choice("orientation",
+           "the set of parameters that all values start from\n"
+           "first: a host asks for it with 4 or 7; second: with any other orientation",
+           {"first set", "second set"}, tuning.orientation == 4 || tuning.orientation == 7 ? 0 : 1,
            [&](size_t i) { tuning.orientation = i == 0 ? 4 : 0; });
 }
 
@@ -354,12 +397,15 @@ void Tuner::tunePanel() {
 
 void Tuner::motionPanel() {
     Tuning& tuning = m_bench.tuning();
-    choice("moved by", {"hand", "motion", "recorded"}, static_cast<size_t>(m_bench.source), [&](size_t i) {
-        if (i == 2 && m_bench.hand.empty())
-            say("nothing is recorded yet: R starts and stops, or draw a path");
-        else
-            m_bench.source = static_cast<Source>(i);
-    });
+    choice("moved by",
+           "hand: pointer, touch pad and arrow keys\nmotion: the one that is chosen below\n"
+           "recorded: the hand that R recorded, or a path of your own",
+           {"hand", "motion", "recorded"}, static_cast<size_t>(m_bench.source), [&](size_t i) {
+               if (i == 2 && m_bench.hand.empty())
+                   say("nothing is recorded yet: R starts and stops, or draw a path");
+               else
+                   m_bench.source = static_cast<Source>(i);
+           });
     ImGui::Checkbox("the motion goes on while the hand rests", &m_bench.idles);
     note("idle", m_bench.idles ? "on" : "");
     ImGui::Separator();
@@ -444,7 +490,13 @@ void Tuner::motionPanel() {
     ImGui::Separator();
     ImGui::TextUnformatted("A path of your own");
     ImGui::SameLine();
-    if (ImGui::SmallButton("clear")) m_bench.path_points.clear();
+    ImGui::BeginDisabled(m_bench.path_points.empty());
+    if (ImGui::SmallButton("clear")) {
+        m_bench.path_points.clear();
+        usePath();
+    }
+    ImGui::EndDisabled();
+    note("clear path", "");
     std::vector<app::Position> curve;
     constexpr int kCurve = 128;
     const app::Motion motion = m_bench.motion();
@@ -554,41 +606,74 @@ void Tuner::exportPanel() {
 void Tuner::stagesPanel(float width) {
     const Picture& picture = m_pictures[m_bench.active];
     if (!picture.ready() || m_stages.of > 1) return;
-    // All of them at once, where the window is high enough for that.
-    constexpr float kStages = 5.0f;
-    const float line = ImGui::GetTextLineHeightWithSpacing() + ImGui::GetStyle().ItemSpacing.y;
-    const float most_height = std::max(80.0f * m_scale, ImGui::GetContentRegionAvail().y / kStages - line);
-    const auto show = [&](const char* label, const Texture& texture) {
-        if (texture.name() == 0) return;
-        ImGui::TextUnformatted(label);
-        const Placed placed =
-            placedIn({0.0f, 0.0f}, {width - 16.0f * m_scale, most_height},
-                     static_cast<float>(texture.size().width), static_cast<float>(texture.size().height));
-        ImGui::Image(asImTexture(texture.name()), {placed.to.x - placed.from.x, placed.to.y - placed.from.y});
+    const size_t count = picture.prepared().stretch ? m_stages.all.size() : m_stages.all.size() - 1;
+    // All of them at once, in as many columns as make them largest.
+    const ImGuiStyle& style = ImGui::GetStyle();
+    const float label = ImGui::GetTextLineHeightWithSpacing() + style.ItemSpacing.y;
+    const ImVec2 room = {width - 2.0f * style.WindowPadding.x,
+                         ImGui::GetContentRegionAvail().y - 2.0f * label};
+    const Size size = m_stages.all[0].small.size();
+    const auto shown = [&](size_t columns) {
+        const auto across = static_cast<float>(columns);
+        const auto down = static_cast<float>((count + columns - 1) / columns);
+        const Placed placed = placedIn(
+            {0.0f, 0.0f},
+            {room.x / across - style.ItemSpacing.x, std::max(40.0f * m_scale, room.y / down - label)},
+            static_cast<float>(size.width), static_cast<float>(size.height));
+        return ImVec2(placed.to.x - placed.from.x, placed.to.y - placed.from.y);
     };
-    show("photo, as it is uploaded", m_stages.photo);
-    show("depth as given, larger = nearer", m_stages.given);
-    show("guide: the photo's luma at grid size", m_stages.guide);
-    show("depth as shaped; red: what stays", m_stages.shaped);
-    if (picture.prepared().stretch) show(m_stages.stretch_text.c_str(), m_stages.stretch);
-    note("stretch", m_stages.stretch_text);
+    const size_t columns = shown(2).x > shown(1).x ? 2 : 1;
+    const ImVec2 drawn = shown(columns);
+    for (size_t i = 0; i < count; ++i) {
+        const Stage& stage = m_stages.all[i];
+        if (i % columns > 0) ImGui::SameLine(style.WindowPadding.x + room.x / static_cast<float>(columns));
+        ImGui::BeginGroup();
+        ImGui::TextUnformatted(stage.label);
+        ImGui::Image(asImTexture(stage.small.name()), drawn);
+        ImGui::EndGroup();
+        if (!ImGui::IsItemHovered()) continue;
+        const Size large = stage.large.size();
+        ImGui::BeginTooltip();
+        ImGui::TextUnformatted(stage.says.c_str());
+        ImGui::Image(asImTexture(stage.large.name()),
+                     {static_cast<float>(large.width), static_cast<float>(large.height)});
+        ImGui::EndTooltip();
+    }
+    if (!picture.prepared().stretch) return;
+    ImGui::TextWrapped("%s", m_stages.all.back().says.c_str());
+    note("stretch", m_stages.all.back().says);
 }
 
 void Tuner::timingsPanel() {
-    ImGui::SetNextWindowSize({320.0f * m_scale, 460.0f * m_scale}, ImGuiCond_FirstUseEver);
     const ImVec2 display = ImGui::GetIO().DisplaySize;
-    ImGui::SetNextWindowPos({display.x - 340.0f * m_scale, 50.0f * m_scale}, ImGuiCond_FirstUseEver);
+    const float top = m_tools_height + 16.0f * m_scale;
+    const float height = std::min(460.0f * m_scale, display.y - top - kStatusHeight * m_scale);
+    ImGui::SetNextWindowSize({320.0f * m_scale, height}, ImGuiCond_FirstUseEver);
+    ImGui::SetNextWindowPos({display.x - 340.0f * m_scale, top}, ImGuiCond_FirstUseEver);
     if (ImGui::Begin("Timings", &m_show_timings, ImGuiWindowFlags_NoSavedSettings)) {
-        const float height = 34.0f * m_scale;
-        plot(m_frame_times, height);
+        const float curve = 34.0f * m_scale;
+        plot(m_frame_times, curve);
         // What runs once for an image is a number, what runs in every frame a curve.
         constexpr size_t kCurve = 8;
         for (const Plot& one : m_plots)
-            if (one.values.size() >= kCurve) plot(one, height);
+            if (one.values.size() >= kCurve) plot(one, curve);
         for (const Plot& one : m_plots)
             if (one.values.size() < kCurve)
                 ImGui::TextDisabled("%s: %.2f ms", one.label.c_str(), static_cast<double>(one.values.back()));
     }
+    ImGui::End();
+}
+
+void Tuner::keysPanel() {
+    ImGui::SetNextWindowPos({ImGui::GetIO().DisplaySize.x * 0.5f, m_tools_height + 16.0f * m_scale},
+                            ImGuiCond_FirstUseEver);
+    if (ImGui::Begin("Keys", &m_show_keys,
+                     ImGuiWindowFlags_NoSavedSettings | ImGuiWindowFlags_AlwaysAutoResize))
+        for (const auto& [key, does] : keys()) {
+            ImGui::TextUnformatted(key.c_str());
+            ImGui::SameLine(120.0f * m_scale);
+            ImGui::TextUnformatted(does.c_str());
+        }
     ImGui::End();
 }
 
@@ -597,25 +682,7 @@ void Tuner::statusLine(float height) {
     const std::string doing = m_preparing.doing();
     std::string left = m_message;
     if (!m_message_is_failure && m_now - m_message_time > kMessageSeconds) left.clear();
-    if (!doing.empty()) {
-        constexpr const char* kTurns[] = {"|", "/", "-", "\\"};
-        ImGui::Text("%s %s ...", kTurns[static_cast<int>(m_now * 6.0) % 4], doing.c_str());
-        ImGui::SameLine();
-    }
-    if (m_message_is_failure && !left.empty())
-        ImGui::TextColored({1.0f, 0.5f, 0.4f, 1.0f}, "%s", left.c_str());
-    else
-        ImGui::TextUnformatted(left.c_str());
-    note("status", left);
-    note("doing", doing);
-    note("frame", std::to_string(m_frame));
-    note("depth", m_pictures[m_bench.active].ready() ? m_pictures[m_bench.active].prepared().depth_file : "");
-    note("process", std::to_string(getpid()));
-    note("view", app::formatted("%.3f,%.3f", m_position.x, m_position.y));
-
-    double sum = 0.0;
-    for (const float value : m_frame_times.values) sum += static_cast<double>(value);
-    const double rate = sum > 0.0 ? 1000.0 * static_cast<double>(m_frame_times.values.size()) / sum : 0.0;
+    const double rate = m_frame_times.rate();
     const Picture& picture = m_pictures[m_bench.active];
     const std::string size = picture.ready() ? app::formatted("%d x %d   ", picture.prepared().size.width,
                                                               picture.prepared().size.height)
@@ -623,7 +690,39 @@ void Tuner::statusLine(float height) {
     const std::string right =
         size + app::formatted("%s %.2f, %.2f   %.0f frames/s", m_bench.active == 0 ? "A" : "B", m_position.x,
                               m_position.y, rate);
-    ImGui::SameLine(ImGui::GetWindowWidth() - ImGui::CalcTextSize(right.c_str()).x - 12.0f * m_scale);
+    const float right_at = ImGui::GetWindowWidth() - ImGui::CalcTextSize(right.c_str()).x - 12.0f * m_scale;
+    const ImVec2 corner = ImGui::GetWindowPos();
+    ImGui::PushClipRect(corner, {corner.x + right_at - 12.0f * m_scale, corner.y + height}, true);
+    if (!doing.empty()) {
+        constexpr const char* kTurns[] = {"|", "/", "-", "\\"};
+        ImGui::Text("%s %s ...", kTurns[static_cast<int>(m_now * 6.0) % 4], doing.c_str());
+        ImGui::SameLine();
+    }
+    const Tuning& tuning = m_bench.tuning();
+    const bool is_plain = tuning.samples == 1 && tuning.grid == Grid::kCoarse;
+    if (m_message_is_failure && !left.empty())
+        ImGui::TextColored({1.0f, 0.5f, 0.4f, 1.0f}, "%s", left.c_str());
+    else if (!left.empty() || !doing.empty() || is_plain || rate >= kSlow || m_frame < kSlowFrames)
+        ImGui::TextUnformatted(left.c_str());
+    else
+        ImGui::TextDisabled("slow on this machine: samples 1 and grid coarse are drawn faster");
+    ImGui::PopClipRect();
+    // One that is too long for the line.
+    if (!left.empty() && ImGui::IsItemHovered()) {
+        ImGui::BeginTooltip();
+        ImGui::PushTextWrapPos(0.6f * ImGui::GetIO().DisplaySize.x);
+        ImGui::TextUnformatted(left.c_str());
+        ImGui::PopTextWrapPos();
+        ImGui::EndTooltip();
+    }
+    note("status", left);
+    note("doing", doing);
+    note("frame", std::to_string(m_frame));
+    note("depth", m_pictures[m_bench.active].ready() ? m_pictures[m_bench.active].prepared().depth_file : "");
+    note("process", std::to_string(getpid()));
+    note("view", app::formatted("%.3f,%.3f", m_position.x, m_position.y));
+
+    ImGui::SameLine(right_at);
     ImGui::TextDisabled("%s", right.c_str());
 }
 

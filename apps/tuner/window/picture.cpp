@@ -21,6 +21,10 @@ std::unique_ptr<app::View> viewFor(const Tuning& tuning, Size size, ParallaxView
     return std::make_unique<app::View>(viewOptions(tuning), quiet, size, make);
 }
 
+bool samePlace(const app::Position& a, const app::Position& b) {
+    return a.x == b.x && a.y == b.y && a.zoom == b.zoom;
+}
+
 }  // namespace
 
 app::Target Picture::probe(int samples) {
@@ -52,6 +56,7 @@ void Picture::take(Prepared prepared) {
     m_view->upload(prepared.planned);
     m_shown = inForce(tuning, prepared.planned.plan.parameters);
     m_prepared = std::move(prepared);
+    m_drawn.reset();
 }
 
 void Picture::preview(const Tuning& tuning) {
@@ -64,9 +69,15 @@ void Picture::preview(const Tuning& tuning) {
             continue;
         m_view->set(info.name, parameter.of(wanted));
         parameter.store(parameter.of(wanted), &m_shown);
+        m_drawn.reset();
     }
 }
 
-void Picture::draw(app::Position position) { m_view->draw(position); }
+void Picture::draw(app::Position position) {
+    if (m_drawn && samePlace(*m_drawn, position)) return;
+    m_drawn.reset();
+    m_view->draw(position);
+    m_drawn = position;
+}
 
 }  // namespace quorvane::tuner

@@ -28,6 +28,7 @@ class Picture {
     /// otherwise.
     void preview(const Tuning& tuning);
 
+    /// Does nothing where that picture is the last one.
     void draw(app::Position position);
 
     GLuint texture() const { return m_parallax->texture(); }
@@ -43,6 +44,8 @@ class Picture {
     std::unique_ptr<app::View> m_view;
     ParallaxView* m_parallax = nullptr;  ///< the view's own
     LibParam m_shown;                    ///< the parameters that it draws with
+    std::optional<app::Position>
+        m_drawn;  ///< where the last picture is from; none where that is another one's
 };
 
 }  // namespace quorvane::tuner

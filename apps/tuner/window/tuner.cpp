@@ -35,7 +35,8 @@ constexpr double kRoomRest = 0.25;
 constexpr double kNudge = 0.06;
 // What is lost at most where the program is killed.
 constexpr double kSessionSeconds = 5.0;
-constexpr float kStageWidth = 640.0f;
+// Of a stage in the panel, and under the pointer.
+constexpr float kSmallStage = 160.0f, kLargeStage = 480.0f;
 
 bool samePath(const std::vector<app::Position>& a, const std::vector<app::Position>& b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
@@ -80,10 +81,9 @@ void loadFonts(float scale) {
     io.Fonts->AddFontDefault(&config);
 }
 
-media::RgbImage stageImage(const media::RgbImage& image, Size photo) {
-    const Size size = {static_cast<int>(kStageWidth),
-                       std::max(1, static_cast<int>(kStageWidth) * photo.height / std::max(1, photo.width))};
-    return media::resample(image, size);
+/// The picture of a stage, as long as `longest` on its longer side, with the photo's aspect.
+media::RgbImage stageImage(const media::RgbImage& image, Size photo, float longest) {
+    return media::resample(image, scaledPictureSize(photo, static_cast<int>(longest), false));
 }
 
 }  // namespace
@@ -250,7 +250,8 @@ void Tuner::onKey(const KeyPress& key) {
                 m_bench.source = Source::kHand;
             }
             break;
-        case GLFW_KEY_ESCAPE: m_picking = false; break;
+        case GLFW_KEY_F1: m_show_keys = !m_show_keys; break;
+        case GLFW_KEY_ESCAPE: m_picking = m_show_keys = false; break;
         default: break;
     }
 }
@@ -377,24 +378,42 @@ void Tuner::showStages() {
     if (!picture.ready() || m_stages.of == slot) return;
     const Prepared& prepared = picture.prepared();
     const Size photo = {prepared.planned.photo.width, prepared.planned.photo.height};
-    m_stages.photo.fill(stageImage(prepared.planned.photo, photo));
-    m_stages.given.fill(stageImage(media::toRgb(prepared.given), photo));
-    m_stages.guide.fill(stageImage(media::toRgb(picture.view().guide()), photo));
     const media::GrayImage shaped = picture.view().shapedDepth();
-    media::RgbImage bent = stageImage(media::toRgb(shaped), photo);
     const double still = depthAtDistance(prepared.planned.plan.rotate_z_trans);
-    app::drawContour(
-        [field = app::fieldOf(shaped), still](double u, double v) { return field(u, v) - still; },
-        {255, 48, 48}, &bent);
-    m_stages.shaped.fill(bent);
+    const auto put = [&](size_t place, const char* label, const std::string& says, const auto& image) {
+        Stage& stage = m_stages.all[place];
+        stage.label = label;
+        stage.says = says;
+        stage.small.fill(image(kSmallStage * m_scale));
+        stage.large.fill(image(kLargeStage * m_scale));
+    };
+    put(0, "photo", "the photo as it is uploaded",
+        [&](float width) { return stageImage(prepared.planned.photo, photo, width); });
+    put(1, "depth given", "the depth map as it was given, larger = nearer",
+        [&](float width) { return stageImage(media::toRgb(prepared.given), photo, width); });
+    put(2, "guide", "the photo's luma at grid size, along the edges of which the depth is smoothed",
+        [&, guide = media::toRgb(picture.view().guide())](float width) {
+            return stageImage(guide, photo, width);
+        });
+    put(3, "depth shaped", "the depth as the mesh is bent by it; on the red line it stays in place",
+        [&](float width) {
+            media::RgbImage bent = stageImage(media::toRgb(shaped), photo, width);
+            app::drawContour(
+                [field = app::fieldOf(shaped), still](double u, double v) { return field(u, v) - still; },
+                {255, 48, 48}, &bent);
+            return bent;
+        });
     if (prepared.stretch) {
         const PictureStretch& stretch = *prepared.stretch;
-        media::RgbImage map = app::heatMap(stageImage(prepared.planned.photo, photo), stretch.times,
-                                           {shaped.width, shaped.height});
-        app::drawCross(stretch.worst_x, stretch.worst_y, {255, 255, 255}, &map);
-        m_stages.stretch.fill(map);
-        m_stages.stretch_text = app::formatted("stretch: %.1f %% over ×2, at the cross ×%.1f",
-                                               100.0 * stretch.streaked_part, stretch.worst_times);
+        put(4, "stretch",
+            app::formatted("stretch: %.1f %% over ×2, at the cross ×%.1f", 100.0 * stretch.streaked_part,
+                           stretch.worst_times),
+            [&](float width) {
+                media::RgbImage map = app::heatMap(stageImage(prepared.planned.photo, photo, width),
+                                                   stretch.times, {shaped.width, shaped.height});
+                app::drawCross(stretch.worst_x, stretch.worst_y, {255, 255, 255}, &map);
+                return map;
+            });
     }
     m_stages.of = slot;
 }

@@ -65,9 +65,13 @@ class Tuner {
     void end() { m_preparing.end(); }
 
   private:
-    struct StageTextures {
-        Texture photo, guide, given, shaped, stretch;
-        std::string stretch_text;
+    struct Stage {
+        const char* label;
+        std::string says;
+        Texture small, large;
+    };
+    struct Stages {
+        std::array<Stage, 5> all;
         size_t of = 2;  ///< the slot that they show; 2: none
     };
 
@@ -110,9 +114,11 @@ class Tuner {
     void exportPanel();
     void stagesPanel(float width);
     void timingsPanel();
+    void keysPanel();
     void statusLine(float height);
     template <typename Choose>
-    void choice(const char* label, const std::vector<const char*>& names, size_t chosen, Choose choose);
+    void choice(const char* label, const char* hint, const std::vector<const char*>& names, size_t chosen,
+                Choose choose);
     void note(const std::string& name, const std::string& value) { m_controls.note(name, value); }
     LibParam valuesInForce() const;
 
@@ -120,10 +126,11 @@ class Tuner {
     StartOptions m_options;
     ImGuiContext* m_context;
     float m_scale = 1.0f;
+    float m_tools_height = 0.0f;  ///< as the toolbar came out last
     std::unique_ptr<ControlsDrawing> m_drawing;
     std::unique_ptr<ExtraPictures> m_extra;
     std::array<Picture, 2> m_pictures;
-    StageTextures m_stages;
+    Stages m_stages;
 
     Workbench m_bench;
     NamedProfiles m_profiles;
@@ -155,6 +162,7 @@ class Tuner {
     bool m_dragging_split = false;
     bool m_show_stages = false;
     bool m_show_timings = false;
+    bool m_show_keys = false;
     bool m_wires = false;
     bool m_done = false;
     int m_frame = 0;
