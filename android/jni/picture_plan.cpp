@@ -12,6 +12,8 @@
 #include <vector>
 
 #include "java.h"
+#include "media/depth/polarity.h"
+#include "media/picture/image.h"
 
 namespace quorvane {
 namespace {
@@ -121,6 +123,21 @@ jobject plan(JNIEnv* env, jclass type, jintArray numbers, jboolean clean_edges, 
     return toJava(env, type, planned);
 }
 
+jboolean largerIsFarther(JNIEnv* env, jclass, jint photo_width, jint photo_height, jobject rgba,
+                         jint depth_width, jint depth_height, jobject depth) {
+    media::RgbImage photo(photo_width, photo_height);
+    media::Plane plane(depth_width, depth_height);
+    DirectBytes pixels, levels;
+    Status status = directBytes(env, "photo", rgba, 0, 4 * photo_width * photo_height, &pixels);
+    if (status) status = directBytes(env, "depth map", depth, 0, depth_width * depth_height, &levels);
+    report(env, status);
+    if (!status) return JNI_FALSE;
+    for (size_t i = 0; i < photo.samples.size() / 3; ++i)
+        std::copy_n(pixels.data + 4 * i, 3, photo.samples.begin() + static_cast<std::ptrdiff_t>(3 * i));
+    std::copy_n(levels.data, levels.bytes, plane.samples.begin());
+    return media::confidenceLargerIsFarther(photo, plane, {}) > media::kLooksFarther;
+}
+
 }  // namespace
 
 bool registerPicturePlan(JNIEnv* env) {
@@ -129,8 +146,10 @@ bool registerPicturePlan(JNIEnv* env) {
     const JNINativeMethod methods[] = {
         nativeMethod<plan>("nativePlan",
                            "([IZDDD[Ljava/lang/String;[DLjava/nio/ByteBuffer;IIILjava/nio/ByteBuffer;II"
-                           "Ljava/nio/ByteBuffer;)Lquorvane/parallax/PicturePlan;")};
-    return env->RegisterNatives(type, methods, 1) == JNI_OK;
+                           "Ljava/nio/ByteBuffer;)Lquorvane/parallax/PicturePlan;"),
+        nativeMethod<largerIsFarther>("nativeLargerIsFarther",
+                                      "(IILjava/nio/ByteBuffer;IILjava/nio/ByteBuffer;)Z")};
+    return env->RegisterNatives(type, methods, 2) == JNI_OK;
 }
 
 }  // namespace quorvane

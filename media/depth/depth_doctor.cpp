@@ -336,9 +336,7 @@ Polarity examinePolarity(const RgbImage& photo, const GrayImage& known, const Po
                          double upright, DepthMap* depth, std::vector<Finding>* findings) {
     const double farther = confidenceLargerIsFarther(photo, depth->plane, known, clues);
     Polarity polarity;
-    // Where hardly anything shows, the map is what it ought to be.
-    constexpr double kShows = 0.55;
-    polarity.larger_is_nearer = farther <= kShows;
+    polarity.larger_is_nearer = farther <= kLooksFarther;
     polarity.confidence = polarity.larger_is_nearer ? 1.0 - farther : farther;
     polarity.inverted = !polarity.larger_is_nearer;
     const bool distances = polarity.inverted && polarity.confidence >= kCertain && depth->bits == 16 &&
@@ -356,7 +354,7 @@ Polarity examinePolarity(const RgbImage& photo, const GrayImage& known, const Po
             finding.text = "inverted: its larger levels were the farther ones";
         else if (polarity.inverted)
             finding.text = "inverted, though not certain: its larger levels seem to be the farther ones";
-        else if (farther > 1.0 - kShows)
+        else if (farther > 1.0 - kLooksFarther)
             finding.text = "nothing shows which end is near: its larger levels are taken for the nearer ones";
         else
             finding.text = "not certain which end is near: its larger levels seem to be the nearer ones";

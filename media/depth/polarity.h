@@ -14,6 +14,10 @@ struct PolarityClues {
     bool upright = true;  ///< it lies as the photo does, so that below is where it is in the photo
 };
 
+/// Above this confidence the larger levels are taken for the farther ones; where hardly anything shows, a map
+/// is what it ought to be.
+inline constexpr double kLooksFarther = 0.55;
+
 /// How sure it is that the larger levels of `plane` are the farther ones: 0 no, 0.5 nothing shows, 1 yes.
 /// `plane` has levels of 0 to 255, which stand for all that its bits hold. `known`, of the plane's size, is 0
 /// where a level says nothing, or empty; both lie as the photo does.

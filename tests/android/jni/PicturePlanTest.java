@@ -54,6 +54,30 @@ final class PicturePlanTest {
         check(plan.depth().remaining() == 640 * 480, "all of the depth map");
     }
 
+    public void findsTheNearEndAsTheProgramDoes() {
+        // Ground that rises towards the viewer, and a thing on it.
+        final int width = 160;
+        final int height = 120;
+        final ByteBuffer nearer = ByteBuffer.allocateDirect(width * height);
+        final ByteBuffer farther = ByteBuffer.allocateDirect(width * height);
+        final ByteBuffer photo = ByteBuffer.allocateDirect(4 * width * height);
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                final boolean thing = Math.abs(x - 70) < 20 && y > 30 && y < 90;
+                final int level = thing ? 190 : 20 + 3 * y / 2;
+                nearer.put((byte) level);
+                farther.put((byte) (255 - level));
+                for (int channel = 0; channel < 4; ++channel) {
+                    photo.put((byte) (thing ? 40 + 60 * (x / 3 + y / 3 & 1) : 200));
+                }
+            }
+        }
+        nearer.rewind();
+        farther.rewind();
+        check(!PicturePlan.largerIsFarther(width, height, photo, width, height, nearer), "nearer");
+        check(PicturePlan.largerIsFarther(width, height, photo, width, height, farther), "farther");
+    }
+
     public void reducesASwingThatWouldShowABorder() {
         final PicturePlan plan = planned(clean().orientation(0)
                 .parameter("rotate_x_boundary", 40.0)

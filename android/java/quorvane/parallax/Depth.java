@@ -116,6 +116,11 @@ public final class Depth {
         return largerIsFarther ? stored.inverted() : stored;
     }
 
+    /** Whether the app has said that the smallest sample is the nearest. */
+    boolean isLargerFarther() {
+        return largerIsFarther;
+    }
+
     ImageSource file() {
         return file;
     }

@@ -52,6 +52,8 @@ final class ParallaxStage implements Choreographer.FrameCallback {
         double[] pivot;
         /** Whether the depth map is taken the other way round. */
         boolean inverted;
+        /** Whether the photo shows that, unless the app or the photo's file says it. */
+        boolean nearEndShows;
         /** What every view position is multiplied by. */
         double amount = 1.0;
 
@@ -78,6 +80,7 @@ final class ParallaxStage implements Choreographer.FrameCallback {
             copy.pivotOff = pivotOff;
             copy.pivot = pivot;
             copy.inverted = inverted;
+            copy.nearEndShows = nearEndShows;
             copy.amount = amount;
             return copy;
         }

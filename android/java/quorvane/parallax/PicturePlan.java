@@ -90,6 +90,20 @@ public final class PicturePlan {
         return depth.duplicate();
     }
 
+    /**
+     * Tells whether the larger samples of a depth map seem to be the farther ones, by what the photo
+     * shows too: both whole and upright, of any size, direct from position 0.
+     *
+     * @param rgba 4 bytes a pixel
+     * @param depth a byte a sample
+     */
+    static boolean largerIsFarther(int photoWidth, int photoHeight, ByteBuffer rgba, int depthWidth,
+            int depthHeight, ByteBuffer depth) {
+        ParallaxRenderer.loadLibrary();
+        return nativeLargerIsFarther(
+                photoWidth, photoHeight, rgba, depthWidth, depthHeight, depth);
+    }
+
     /** A picture that is asked for; every setter returns the request itself. */
     public static final class Request {
         private static final int PIVOT_AUTO = 0;
@@ -258,4 +272,7 @@ public final class PicturePlan {
             double pivotY, double frame, String[] names, double[] values, ByteBuffer photo,
             int photoPosition, int photoBytes, int photoBytesPerPixel, ByteBuffer depth,
             int depthPosition, int depthBytes, ByteBuffer made);
+
+    private static native boolean nativeLargerIsFarther(int photoWidth, int photoHeight,
+            ByteBuffer rgba, int depthWidth, int depthHeight, ByteBuffer depth);
 }

@@ -17,6 +17,8 @@ final class Preparation implements Runnable {
     // The grid is coarser.
     private static final int LONGEST_DEPTH = 1280;
     private static final int SHORTEST_DEPTH = 256;
+    // Of the photo in which the near end is looked for, on a grid of 128.
+    private static final int LONGEST_SHOWING = 512;
 
     final Images images;
     final int width;
@@ -37,6 +39,8 @@ final class Preparation implements Runnable {
     private int photoWidth;
     private int photoHeight;
     private Samples depth;
+    /** What the photo shows; null while nobody has asked. */
+    private Boolean largerIsFarther;
 
     /**
      * @param before what the renderer shows; null where it shows nothing yet
@@ -83,6 +87,11 @@ final class Preparation implements Runnable {
             bounds = bounds(portrait);
             photoWidth = bounds.width;
             photoHeight = bounds.height;
+        }
+        largerIsFarther = before != null ? before.largerIsFarther : null;
+        if (largerIsFarther == null && composition.nearEndShows && images.depth != null
+                && !images.depth.isLargerFarther()) {
+            largerIsFarther = seemsFarther(bounds);
         }
         fit = before != null && stillFits() ? before.fit : newFit();
         if (before == null || fit != before.fit || planReadsPhoto()) {
@@ -148,6 +157,20 @@ final class Preparation implements Runnable {
         return read[0];
     }
 
+    private boolean seemsFarther(Pixels.Bounds known) {
+        double scale = Math.min(1.0, (double) LONGEST_SHOWING / Math.max(photoWidth, photoHeight));
+        int wide = Math.max(1, (int) (photoWidth * scale));
+        int high = Math.max(1, (int) (photoHeight * scale));
+        int[] whole = {0, 0, photoWidth, photoHeight};
+        Bitmap small = images.bitmap != null ? Pixels.photo(images.bitmap, whole, wide, high)
+                : Pixels.photo(images.file, known != null ? known : Pixels.bounds(images.file),
+                        whole, wide, high);
+        boolean farther = PicturePlan.largerIsFarther(
+                wide, high, Pixels.rgba(small), depth.width, depth.height, depth.bytes);
+        small.recycle();
+        return farther;
+    }
+
     private boolean planReadsPhoto() {
         return !composition.cleanEdges || parameters.containsKey("guided_filter_rx")
                 || parameters.containsKey("guided_filter_ry");
@@ -193,7 +216,8 @@ final class Preparation implements Runnable {
                     within(composition.pivot[1], photoHeight, part[1], part[3]));
         }
         Samples used = depth.cut(fit.depthPart());
-        if (composition.inverted) {
+        if (composition.inverted
+                || composition.nearEndShows && Boolean.TRUE.equals(largerIsFarther)) {
             used = used.inverted();
         }
         if (!composition.cleanEdges) {

@@ -77,6 +77,7 @@ final class Profile {
         }
         composition.cleanEdges = chosen(options, "edges", "clean", "soft");
         composition.inverted = !chosen(options, "invert-depth", "auto", "no", "yes");
+        composition.nearEndShows = options.optString("invert-depth", "").equals("auto");
         composition.amount = number("amount", options.optString("amount", "1"), 0.0, 1.0);
     }
 

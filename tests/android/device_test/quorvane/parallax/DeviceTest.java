@@ -175,6 +175,24 @@ public final class DeviceTest {
     }
 
     @Test
+    public void aProfileLetsThePhotoShowWhichEndIsNear() throws IOException {
+        view.setImages(source(png(photo)), source(png(depth)));
+        lookFrom(1, 0);
+        byte[] expected = picture();
+        BufferedImage inverted = new BufferedImage(
+                depth.getWidth(), depth.getHeight(), depth.getType());
+        for (int y = 0; y < depth.getHeight(); ++y) {
+            for (int x = 0; x < depth.getWidth(); ++x) {
+                inverted.getRaster().setSample(x, y, 0, 255 - depth.getRaster().getSample(x, y, 0));
+            }
+        }
+        view.setImages(source(png(photo)), source(png(inverted)));
+        until(() -> !Arrays.equals(expected, picture()));
+        view.setProfile(text("{\"quorvane_profile\": 1, \"options\": {\"invert-depth\": \"auto\"}}"));
+        until(() -> Arrays.equals(expected, picture()));
+    }
+
+    @Test
     public void comesBackAfterALostContextAndInAnotherSize() throws IOException {
         view.setImages(source(png(photo)), source(png(depth)));
         lookFrom(0.5, 0);

@@ -3,10 +3,15 @@ package quorvane.parallax;
 import java.nio.ByteBuffer;
 import java.util.LinkedHashMap;
 import java.util.Map;
+import java.util.concurrent.atomic.AtomicInteger;
 
 /** Says what it was asked for last, and halves the swing when it shows the whole photo. */
 public final class PicturePlan {
     static volatile String asked;
+    /** Of the depth map that was given. */
+    static volatile int firstSample;
+    static volatile boolean showsFarther;
+    static final AtomicInteger LOOKED = new AtomicInteger();
 
     public double swing = 1.0;
     private int depthWidth;
@@ -27,6 +32,12 @@ public final class PicturePlan {
 
     ByteBuffer depth() {
         return ByteBuffer.allocateDirect(depthWidth * depthHeight);
+    }
+
+    static boolean largerIsFarther(int photoWidth, int photoHeight, ByteBuffer rgba, int depthWidth,
+            int depthHeight, ByteBuffer depth) {
+        LOOKED.incrementAndGet();
+        return showsFarther;
     }
 
     public static final class Request {
@@ -77,6 +88,7 @@ public final class PicturePlan {
 
         public PicturePlan plan(int depthWidth, int depthHeight, ByteBuffer depth) {
             asked = words + ", depth " + depthWidth + " x " + depthHeight;
+            firstSample = depth.get(0) & 0xff;
             PicturePlan plan = new PicturePlan();
             plan.swing = whole ? 0.5 : 1.0;
             plan.depthWidth = fit.depthWidth;

@@ -65,6 +65,8 @@ public final class ParallaxPhotoViewTest {
         Pixels.OPENED.set(0);
         PixelCache.SHARED.clear();
         PicturePlan.asked = null;
+        PicturePlan.showsFarther = false;
+        PicturePlan.LOOKED.set(0);
         SensorManager.present = false;
         PowerManager.saving = false;
         Handler.UNCAUGHT.clear();
@@ -721,6 +723,40 @@ public final class ParallaxPhotoViewTest {
                     || errors.get(0).startsWith("unknown parameter"));
         }
         moreFrames();
+    }
+
+    private void profileSays(String nearEnd, double frame) {
+        view.setProfile(text("{\"quorvane_profile\": 1, \"options\": {\"invert-depth\": \"" + nearEnd
+                + "\", \"frame\": " + frame + "}}"));
+        untilAsked("200 x 100, clean, frame " + frame + ", depth 400 x 200");
+    }
+
+    @Test
+    public void aProfileSaysWhichEndIsNear() {
+        ImageSource photo = () -> new ByteArrayInputStream(new byte[1]);
+        ImageSource depth = () -> new ByteArrayInputStream(new byte[1]);
+        view.setImages(photo, depth);
+        enter();
+        until(() -> Screen.FRAMES.get() > 0);
+        assertEquals(0, PicturePlan.firstSample);
+        profileSays("yes", 0.9);
+        assertEquals(255, PicturePlan.firstSample);
+        profileSays("no", 0.8);
+        assertEquals(0, PicturePlan.firstSample);
+        assertEquals("nobody has asked for it", 0, PicturePlan.LOOKED.get());
+        PicturePlan.showsFarther = true;
+        profileSays("auto", 0.7);
+        assertEquals(255, PicturePlan.firstSample);
+        view.setFrame(0.6);
+        untilAsked("200 x 100, clean, frame 0.6, depth 400 x 200");
+        assertEquals("once is enough", 1, PicturePlan.LOOKED.get());
+        assertEquals(255, PicturePlan.firstSample);
+        // What the app itself says needs no look.
+        view.setImages(photo, Depth.of(depth).largerIsFarther());
+        view.setFrame(0.5);
+        untilAsked("200 x 100, clean, frame 0.5, depth 400 x 200");
+        assertEquals(1, PicturePlan.LOOKED.get());
+        assertTrue(errors.isEmpty());
     }
 
     @Test
