@@ -105,7 +105,7 @@ TEST(TunerExports, TheCppFileCompilesAndHasTheValues) {
         (folder / "clean.cpp") + " " + (folder / "soft.cpp")));
 }
 
-TEST(TunerExports, TheJavaLinesCompileAndHaveTheValues) {
+TEST(TunerExports, TheJavaLinesHaveTheValues) {
     Exported exported = usual();
     EXPECT_EQ(javaSnippet(exported), "view.setPivotAuto();\n") << "what the view begins with is not said";
     exported.tuning.parameters = {{"fov_scale", 0.875}};
@@ -128,16 +128,11 @@ TEST(TunerExports, TheJavaLinesCompileAndHaveTheValues) {
     all += javaSnippet(exported);
     EXPECT_THAT(all, HasSubstr("setReplay"));
 
-    if (!succeeds("command -v javac")) GTEST_SKIP() << "scripts/setup java installs javac";
-    const test::TemporaryFolder folder;
-    test::writeBytes(
-        folder / "Tuned.java",
-        "final class Tuned {\n    static void tune(quorvane.parallax.ParallaxPhotoView view) {\n" + all +
-            "}\n}\n");
-    EXPECT_TRUE(succeeds(
-        "javac --release 8 -Xlint:all,-options -Werror -implicit:none -proc:none -sourcepath " SOURCES
-        "/android/java:" SOURCES "/tests/android/stubs -d " +
-        folder.path() + " " + (folder / "Tuned.java")));
+    // For tests/android/java_test, which compiles them.
+    if (const char* const path = std::getenv("QUORVANE_JAVA_LINES"))
+        test::writeBytes(
+            path, "final class Tuned {\n    static void tune(quorvane.parallax.ParallaxPhotoView view) {\n" +
+                      all + "}\n}\n");
 }
 
 TEST(TunerExports, ShellWordsReachTheShellWhole) {
