@@ -108,16 +108,21 @@ int bench(const std::string& program, bool quick) {
         quorvane::media::writePng(scene.depth, (place / "in" / (number + "_depth.png")).string());
     }
     std::vector<Contender> contenders = {
-        {"render for each photo", 0, 0, {}}, {"1 job on one core", 1, 1, {}}, {"1 job", 1, 0, {}}};
-    for (const int jobs : {2, 4, 8}) contenders.push_back({std::to_string(jobs) + " jobs", jobs, 0, {}});
+        {"`render` for each photo", 0, 0, {}}, {"1 job on one core", 1, 1, {}}, {"1 job", 1, 0, {}}};
+    const int cores = quorvane::usableCores();
+    for (const int jobs : {2, 4, 8}) {
+        const std::string stands_for = jobs > cores ? ", in place of " + std::to_string(jobs) + " cores" : "";
+        contenders.push_back({std::to_string(jobs) + " jobs" + stands_for, jobs, 0, {}});
+    }
     for (int round = 0; round < rounds; ++round)
         for (Contender& contender : contenders) measure(&contender, program, place, photos);
     fs::remove_all(place);
 
     std::printf(
         "%d photos of %d x %d, %d frames of %s each, .mp4; %d cores; medians of %d interleaved runs\n\n",
-        photos, kPhotoWidth, kPhotoHeight, kFrames, kSize, quorvane::usableCores(), rounds);
-    quorvane::bench::Table table({"", "seconds", "CPU seconds", "frames a second", "frames a CPU second"});
+        photos, kPhotoWidth, kPhotoHeight, kFrames, kSize, cores, rounds);
+    quorvane::bench::Table table(
+        {"work", "seconds", "CPU seconds", "frames a second", "frames a CPU second"});
     for (const Contender& contender : contenders) {
         std::vector<double> wall, cpu;
         for (const Cost& cost : contender.costs) {
@@ -134,7 +139,7 @@ int bench(const std::string& program, bool quick) {
                    number(frames / median(cpu))});
     }
     table.print();
-    std::printf("\nThe largest process held %.0f MB.\n", childrensCost().peak_mb);
+    std::printf("The largest process held %.0f MB.\n", childrensCost().peak_mb);
     return 0;
 }
 

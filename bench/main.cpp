@@ -20,6 +20,7 @@ struct Options {
     bool quick = false;
     bool icount = false;
     bool counted = false;
+    bool stages = false;  ///< only these and their table
     std::string folder = ".";
     std::string only;  ///< stages whose name holds this
 };
@@ -35,6 +36,10 @@ int runTimings(const Options& options) {
         if (stage.name.find(options.only) == std::string::npos) continue;
         std::fprintf(stderr, "bench: %s, %s\n", stage.name.c_str(), stage.size.c_str());
         report.stages.push_back(measure(std::move(stage), rounds));
+    }
+    if (options.stages) {
+        printStages(report);
+        return report.wrong() ? 1 : 0;
     }
     if (options.only.empty()) {
         std::fputs("bench: frames\n", stderr);
@@ -73,6 +78,8 @@ int run(const std::vector<std::string>& arguments) {
             options.quick = true;
         else if (argument == "--icount")
             options.icount = true;
+        else if (argument == "--stages")
+            options.stages = true;
         else if (argument == "--counted")
             options.counted = true;
         else if (argument == "--out" && has_value)
@@ -84,8 +91,8 @@ int run(const std::vector<std::string>& arguments) {
             ++i;
         } else {
             std::fprintf(stderr,
-                         "bench_stages: unknown '%s'; known are --quick, --icount, --only STAGE, --pages "
-                         "small, --out FOLDER\n",
+                         "bench_stages: unknown '%s'; known are --quick, --icount, --only STAGE, --stages, "
+                         "--pages small, --out FOLDER\n",
                          argument.c_str());
             return 2;
         }

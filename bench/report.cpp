@@ -26,7 +26,9 @@ std::string milliseconds(double seconds) {
 std::string told(const Outcome& outcome) {
     if (!outcome.unmeasured.empty()) return outcome.goal + ": not measured (" + outcome.unmeasured + ")";
     return outcome.goal + ": " + decimal(outcome.value, outcome.value < 10 ? 2 : 1) +
-           (outcome.met ? " met" : " NOT met");
+           (outcome.met              ? " met"
+            : outcome.remark.empty() ? " NOT met"
+                                     : " NOT met; " + outcome.remark);
 }
 
 /// Adds a row, and under it one for every further goal.
@@ -55,38 +57,6 @@ void printMachine(const Machine& machine) {
                 machine.compiler.c_str(), machine.path.c_str());
     if (!machine.peers.empty()) std::printf("- peers: %s\n", machine.peers.c_str());
     std::printf("- date: %s\n\n", machine.date.c_str());
-}
-
-void printStages(const Report& report) {
-    const PathList path = paths();
-    std::vector<std::string> heads = {"stage", "size", "reference, ms"};
-    for (size_t i = 1; i < path.size(); ++i) heads.emplace_back(path[i].name);
-    for (const char* head : {"limit", "peer", "box", "output", "goal"}) heads.emplace_back(head);
-
-    std::puts("Milliseconds of the reference, and how many times as fast as it the others are:\n");
-    Table table(heads);
-    for (const Result& result : report.stages) {
-        const Stage& stage = result.stage;
-        std::vector<std::string> cells = {stage.name, stage.size, milliseconds(result.figures[0].seconds)};
-        for (size_t i = 1; i < path.size(); ++i) {
-            cells.emplace_back();
-            for (size_t k = 0; k < stage.contenders.size(); ++k)
-                if (stage.contenders[k].name == path[i].name) cells.back() = decimal(result.speedup(k), 1);
-        }
-        cells.emplace_back();
-        for (size_t k = 0; k < stage.contenders.size(); ++k)
-            if (stage.contenders[k].kind == Kind::limit)
-                cells.back() = decimal(result.speedup(k), 1) + " " + stage.contenders[k].name;
-        cells.push_back(fastest(result, {Kind::same, Kind::overlap}));
-        cells.push_back(fastest(result, {Kind::box, Kind::nearby}));
-        cells.push_back(stage.wrong.empty() ? stage.agreement : "WRONG");
-        addWithGoals(&table, std::move(cells), result.outcomes);
-    }
-    table.print();
-    for (const Result& result : report.stages)
-        if (!result.stage.wrong.empty())
-            std::printf("WRONG: %s, %s: %s\n\n", result.stage.name.c_str(), result.stage.size.c_str(),
-                        result.stage.wrong.c_str());
 }
 
 void printPeers(const Report& report) {
@@ -260,6 +230,38 @@ std::vector<Outcome> Report::allOutcomes() const {
     all.insert(all.end(), frame_outcomes.begin(), frame_outcomes.end());
     all.insert(all.end(), cost_outcomes.begin(), cost_outcomes.end());
     return all;
+}
+
+void printStages(const Report& report) {
+    const PathList path = paths();
+    std::vector<std::string> heads = {"stage", "size", "reference, ms"};
+    for (size_t i = 1; i < path.size(); ++i) heads.emplace_back(path[i].name);
+    for (const char* head : {"limit", "peer", "box", "output", "goal"}) heads.emplace_back(head);
+
+    std::puts("Milliseconds of the reference, and how many times as fast as it the others are:\n");
+    Table table(heads);
+    for (const Result& result : report.stages) {
+        const Stage& stage = result.stage;
+        std::vector<std::string> cells = {stage.name, stage.size, milliseconds(result.figures[0].seconds)};
+        for (size_t i = 1; i < path.size(); ++i) {
+            cells.emplace_back();
+            for (size_t k = 0; k < stage.contenders.size(); ++k)
+                if (stage.contenders[k].name == path[i].name) cells.back() = decimal(result.speedup(k), 1);
+        }
+        cells.emplace_back();
+        for (size_t k = 0; k < stage.contenders.size(); ++k)
+            if (stage.contenders[k].kind == Kind::limit)
+                cells.back() = decimal(result.speedup(k), 1) + " " + stage.contenders[k].name;
+        cells.push_back(fastest(result, {Kind::same, Kind::overlap}));
+        cells.push_back(fastest(result, {Kind::box, Kind::nearby}));
+        cells.push_back(stage.wrong.empty() ? stage.agreement : "WRONG");
+        addWithGoals(&table, std::move(cells), result.outcomes);
+    }
+    table.print();
+    for (const Result& result : report.stages)
+        if (!result.stage.wrong.empty())
+            std::printf("WRONG: %s, %s: %s\n\n", result.stage.name.c_str(), result.stage.size.c_str(),
+                        result.stage.wrong.c_str());
 }
 
 void print(const Report& report) {

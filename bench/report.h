@@ -45,6 +45,7 @@ struct Report {
 
 /// Tables in Markdown, with columns aligned in the text itself.
 void print(const Report& report);
+void printStages(const Report& report);  ///< only the table of the stages
 void print(const Machine& machine, const std::vector<InstructionCount>& counts);
 
 void writeJson(const Report& report, const std::string& file);

@@ -24,9 +24,10 @@ Outcome judge(const Goal& goal, const Stage& stage, const std::vector<Figure>& f
     outcome.goal =
         goal.contender + (faster ? " >= " : " <= ") + bound + (faster ? "x " : " times ") + goal.against;
 
-    double own = 0, other = 0;
+    double own = 0, other = 0, limit = 0;
     for (size_t i = 0; i < figures.size(); ++i) {
         const double seconds = figures[i].seconds;
+        if (stage.contenders[i].kind == Kind::limit) limit = seconds;
         if (stage.contenders[i].name == goal.contender)
             own = seconds;
         else if (matches(stage.contenders[i], goal.against) && (other == 0 || seconds < other))
@@ -38,6 +39,9 @@ Outcome judge(const Goal& goal, const Stage& stage, const std::vector<Figure>& f
     }
     outcome.value = faster ? other / own : own / other;
     outcome.met = faster ? outcome.value >= goal.bound : outcome.value <= goal.bound;
+    // Where the reference is fast and the memory slow, even the limit may be nearer.
+    if (faster && limit > 0 && other / limit < goal.bound)
+        outcome.remark = "the limit is " + decimal(other / limit, 1) + "x";
     return outcome;
 }
 
@@ -76,10 +80,12 @@ Result measure(Stage stage, int rounds) {
 }
 
 Outcome atMost(std::string goal, double bound, double value) {
-    return {std::move(goal), value, value <= bound, ""};
+    return {std::move(goal), value, value <= bound, "", ""};
 }
 
-Outcome notMeasured(std::string goal, std::string why) { return {std::move(goal), 0, false, std::move(why)}; }
+Outcome notMeasured(std::string goal, std::string why) {
+    return {std::move(goal), 0, false, std::move(why), ""};
+}
 
 std::string difference(const Bytes& wanted, const Bytes& got, int tolerance, size_t seldom) {
     size_t differing = 0;

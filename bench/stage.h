@@ -45,6 +45,7 @@ struct Outcome {
     double value = 0;
     bool met = false;
     std::string unmeasured;  ///< why not measured; empty where it was
+    std::string remark;      ///< what else to know where it was not met; may be empty
 };
 
 /// One line of the table: a stage at one size.

@@ -24,7 +24,7 @@ void Table::add(std::vector<std::string> cells) {
     m_rows.push_back(std::move(cells));
 }
 
-void Table::print() const {
+void Table::print(std::FILE* out) const {
     const size_t columns = m_rows.front().size();
     std::vector<size_t> widths(columns, kNarrowest);
     std::vector<bool> figures(columns, false);
@@ -37,17 +37,17 @@ void Table::print() const {
     for (const auto& row : m_rows) {
         for (size_t i = 0; i < columns; ++i) {
             const int width = static_cast<int>(widths[i]);
-            std::printf(figures[i] ? "| %*s " : "| %-*s ", width, row[i].c_str());
+            std::fprintf(out, figures[i] ? "| %*s " : "| %-*s ", width, row[i].c_str());
         }
-        std::puts("|");
+        std::fputs("|\n", out);
         if (&row != &m_rows.front()) continue;
         for (size_t i = 0; i < columns; ++i) {
             const std::string dashes(widths[i] - 1, '-');
-            std::printf(figures[i] ? "| %s: " : "| %s- ", dashes.c_str());
+            std::fprintf(out, figures[i] ? "| %s: " : "| %s- ", dashes.c_str());
         }
-        std::puts("|");
+        std::fputs("|\n", out);
     }
-    std::puts("");
+    std::fputs("\n", out);
 }
 
 }  // namespace quorvane::bench

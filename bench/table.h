@@ -1,6 +1,7 @@
 #ifndef QUORVANE_BENCH_TABLE_H
 #define QUORVANE_BENCH_TABLE_H
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,7 @@ class Table {
     /// Cells that are missing at the end stay empty.
     void add(std::vector<std::string> cells);
     bool empty() const { return m_rows.size() == 1; }
-    void print() const;
+    void print(std::FILE* out = stdout) const;
 
   private:
     std::vector<std::vector<std::string>> m_rows;
