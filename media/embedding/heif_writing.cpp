@@ -8,6 +8,7 @@
 #include "media/embedded/bytes.h"
 #include "media/embedded/heif_file.h"
 #include "media/embedding/written_bytes.h"
+#include "sizes/sizes.h"
 #include "system/error.h"
 
 namespace quorvane::media {
@@ -50,12 +51,44 @@ std::vector<std::string_view> boxesIn(std::string_view bytes) {
     return boxes;
 }
 
+std::string_view typeOf(std::string_view box) { return box.substr(4, 4); }
+
+constexpr size_t kFullHeader = 12;  // of a box with a version and flags
+
 /// The body of the box of that type, behind `header` bytes.
 std::string_view bodyOf(std::string_view type, const std::vector<std::string_view>& boxes,
                         size_t header = 8) {
     for (const std::string_view box : boxes)
-        if (box.substr(4, 4) == type && box.size() >= header) return box.substr(header);
+        if (typeOf(box) == type && box.size() >= header) return box.substr(header);
     throw std::runtime_error("libheif wrote no " + std::string(type) + " box");
+}
+
+/// Shows the upper left of what is coded.
+std::string cleanAperture(Size shown, Size coded) {
+    const auto part = [](int over, int under) { return bigEndianBytes(over, 4) + bigEndianBytes(under, 4); };
+    // The last two: from the middle of what is coded to that of what is shown.
+    return heifBox("clap", part(shown.width, 1) + part(shown.height, 1) + part(shown.width - coded.width, 2) +
+                               part(shown.height - coded.height, 2));
+}
+
+/// What libheif says of a coded picture of that size. A picture with an odd side is coded with one column or
+/// row more, and libheif makes a second item of it, with a size and colours of its own, which is left out.
+std::vector<std::string> propertiesIn(std::string_view ipco, Size shown) {
+    std::vector<std::string> properties;
+    Size coded = shown;
+    for (const std::string_view property : boxesIn(ipco)) {
+        if (std::any_of(properties.begin(), properties.end(),
+                        [property](const std::string& other) { return typeOf(other) == typeOf(property); }))
+            continue;
+        properties.emplace_back(property);
+        if (typeOf(property) != "ispe") continue;
+        const auto side = [property](size_t at) {
+            return static_cast<int>(bigEndian(property, kFullHeader + at, 4).value_or(0));
+        };
+        coded = {side(0), side(4)};
+    }
+    if (coded != shown) properties.push_back(cleanAperture(shown, coded));
+    return properties;
 }
 
 /// Codes a picture and takes it out of the file that libheif writes.
@@ -78,14 +111,10 @@ CodedPicture coded(const heif_image* image, const std::function<void(heif_encode
     };
     throwIfFailed(heif_context_write(context.get(), &writer, &file));
 
-    constexpr size_t kFullHeader = 12;
     const std::vector<std::string_view> boxes = boxesIn(file);
     const std::string_view iprp = bodyOf("iprp", boxesIn(bodyOf("meta", boxes, kFullHeader)));
-    CodedPicture picture;
-    for (const std::string_view property : boxesIn(bodyOf("ipco", boxesIn(iprp))))
-        picture.properties.emplace_back(property);
-    picture.bytes = bodyOf("mdat", boxes);
-    return picture;
+    const Size shown = {heif_image_get_primary_width(image), heif_image_get_primary_height(image)};
+    return {propertiesIn(bodyOf("ipco", boxesIn(iprp)), shown), std::string(bodyOf("mdat", boxes))};
 }
 
 template <typename Work>
@@ -98,8 +127,7 @@ CodedPicture orError(const Work& work) {
 }
 
 bool isEssential(const std::string& property) {
-    const std::string type = property.substr(4, 4);
-    return type == "hvcC" || type == "irot" || type == "imir";
+    return typeOf(property) == "hvcC" || typeOf(property) == "clap";
 }
 
 std::string infoOf(const HeifItemToWrite& item, int id) {

@@ -31,7 +31,7 @@ CodedPicture codedPlane(const GrayImage& plane);                  ///< without l
 struct HeifItemToWrite {
     std::string type;  ///< "hvc1", "Exif", "mime"
     std::string bytes;
-    std::vector<std::string> properties;                  ///< boxes; "hvcC", "irot" and "imir" are essential
+    std::vector<std::string> properties;                  ///< boxes; "hvcC" and "clap" are essential
     std::string content_type;                             ///< of "mime"
     std::vector<std::pair<std::string, int>> references;  ///< of what kind, and to which ID
 };

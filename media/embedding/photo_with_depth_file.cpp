@@ -152,7 +152,9 @@ std::string jpegWithDepth(const std::string& jpeg, const Plane& depth, int bits,
 std::string heicWithDepth(const RgbImage& photo, const GrayImage& depth, int quality) {
     constexpr int kPhoto = 1;
     CodedPicture picture = codedPicture(photo, quality), plane = codedPlane(depth);
-    plane.properties.push_back(heifFullBox("auxC", 0, 0, "urn:mpeg:hevc:2015:auxid:2\0"s));
+    // What describes a picture comes before what shows a part of it.
+    plane.properties.insert(plane.properties.begin(),
+                            heifFullBox("auxC", 0, 0, "urn:mpeg:hevc:2015:auxid:2\0"s));
     return heifFile({{"hvc1", std::move(picture.bytes), std::move(picture.properties), "", {}},
                      {"hvc1", std::move(plane.bytes), std::move(plane.properties), "", {{"auxl", kPhoto}}}},
                     "");

@@ -6,11 +6,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 #include "media/embedded/embedded.h"
 #include "media/picture/picture_file.h"
 #include "process.h"
 #include "support/photo_writers/pictures.h"
+#include "support/photo_writers/stereo.h"
 #include "support/temporary_folder.h"
 
 namespace quorvane::test {
@@ -20,6 +22,23 @@ using media::DepthMap;
 using media::GrayImage;
 using testing::Contains;
 using testing::HasSubstr;
+
+/// What a program prints to standard output.
+std::string printed(const std::string& command) {
+    FILE* pipe = popen((command + " 2>/dev/null").c_str(), "r");
+    std::string text;
+    for (int c = 0; pipe != nullptr && (c = fgetc(pipe)) != EOF;) text.push_back(static_cast<char>(c));
+    if (pipe != nullptr) pclose(pipe);
+    return text;
+}
+
+double meanDifference(const media::RgbImage& a, const media::RgbImage& b) {
+    EXPECT_EQ(a.samples.size(), b.samples.size());
+    double sum = 0.0;
+    for (size_t i = 0; i < std::min(a.samples.size(), b.samples.size()); ++i)
+        sum += std::abs(a.samples[i] - b.samples[i]);
+    return sum / static_cast<double>(a.samples.size());
+}
 
 class Embed : public testing::Test {
   protected:
@@ -83,12 +102,7 @@ TEST_F(Embed, ReadsBackTheSamePlaneInBothForms) {
 TEST_F(Embed, ExiftoolFindsThePlaneOfFarAndNear) {
     embedded("portrait.jpg", "photo.jpg", "depth.png", {"--near", "0.5", "--far", "20"});
     const auto said = [&](const std::string& what) {
-        const std::string command = "exiftool " + what + " '" + folder / "portrait.jpg" + "' 2>/dev/null";
-        FILE* pipe = popen(command.c_str(), "r");
-        std::string text;
-        for (int c = 0; pipe != nullptr && (c = fgetc(pipe)) != EOF;) text.push_back(static_cast<char>(c));
-        if (pipe != nullptr) pclose(pipe);
-        return text;
+        return printed("exiftool " + what + " '" + folder / "portrait.jpg" + "'");
     };
     if (said("-s3 -FileType").empty()) GTEST_SKIP() << "NO EXIFTOOL HERE, ITS READING WAS NOT TESTED";
     EXPECT_EQ(said("-s3 -Warning -Error"), "");
@@ -112,6 +126,35 @@ TEST_F(Embed, KeepsSixteenBits) {
     EXPECT_EQ(found.bits, 16);
     for (size_t i = 0; i < deep.samples.size(); ++i)
         ASSERT_NEAR(static_cast<double>(found.plane.samples[i]) * 257.0, 65535.0 - deep.samples[i], 0.02);
+}
+
+TEST_F(Embed, JfifStaysFirst) {
+    const std::string jfif = segment(0xe0, std::string("JFIF\0\1\2\0\0\1\0\1\0\0", 14));
+    writeBytes(folder / "jfif.jpg", withSegments(jpegFile(photo), {jfif}));
+    EXPECT_EQ(embedded("portrait.jpg", "jfif.jpg", "depth.png").substr(2, jfif.size()), jfif);
+}
+
+// XMP's first form has 64 KB a piece.
+TEST_F(Embed, LargePlanesAreStoredInPieces) {
+    media::Image<uint16_t, 1> noise(200, 150);
+    unsigned state = 1;
+    for (uint16_t& sample : noise.samples)
+        sample = static_cast<uint16_t>((state = state * 1103515245 + 12345) >> 16);
+    writeBytes(folder / "noise.png", pngFile(noise));
+    const std::string file = embedded("portrait.jpg", "photo.jpg", "noise.png");
+    const media::Contents contents = media::lookInside(file);
+    EXPECT_THAT(contents.remarks, testing::IsEmpty());
+    // One form has the plane whole, behind the photo, and the other in XMP.
+    const std::string plane = std::get<media::DepthPicture>(contents.depth->plane).bytes;
+    EXPECT_EQ(file.substr(file.size() - plane.size()), plane);
+    EXPECT_GT(plane.size(), 59000u);
+    std::vector<uint64_t> sizes;
+    for (const media::InnerImage& image : contents.images)
+        if (image.role == media::ImageRole::kDepth) sizes.push_back(image.bytes);
+    EXPECT_THAT(sizes, testing::ElementsAre(plane.size(), plane.size()));
+    if (std::system("exiftool -ver > /dev/null 2>&1") != 0)
+        GTEST_SKIP() << "NO EXIFTOOL HERE, ITS READING WAS NOT TESTED";
+    EXPECT_EQ(printed("exiftool -b -XMP-GDepth:DepthImage '" + folder / "portrait.jpg" + "'"), plane);
 }
 
 TEST_F(Embed, DepthLiesAsThePhotoIsStored) {
@@ -142,6 +185,20 @@ TEST_F(Embed, ReplacesWhatWasThereBefore) {
                       [](const media::InnerImage& image) { return image.role == media::ImageRole::kDepth; }),
         2);
     EXPECT_EQ(extracted("second.jpg").plane.at(0, 0), 60.0f);
+    const auto pieces = [](const std::string& bytes) {
+        int count = 0;
+        for (size_t at = 0; (at = bytes.find("http://ns.adobe.com/xmp/extension/", at)) != std::string::npos;
+             ++at)
+            ++count;
+        return count;
+    };
+    EXPECT_EQ(pieces(file), pieces(bytesOf(folder / "first.jpg")));
+
+    // A second view, and the index that says where it is, stay behind.
+    writeBytes(folder / "pair.mpo", mpoFile(jpegFile(photo), jpegFile(photo)));
+    EXPECT_THAT(bytesOf(folder / "pair.mpo"), HasSubstr(std::string("MPF\0", 4)));
+    EXPECT_THAT(embedded("single.jpg", "pair.mpo", "depth.png"),
+                testing::Not(HasSubstr(std::string("MPF\0", 4))));
 }
 
 TEST_F(Embed, HeicHoldsItAsAnAuxiliaryPicture) {
@@ -151,11 +208,46 @@ TEST_F(Embed, HeicHoldsItAsAnAuxiliaryPicture) {
     ASSERT_TRUE(contents.depth);
     EXPECT_EQ(contents.depth->container, "Apple HEIC");
     EXPECT_TRUE(contents.depth->larger_is_nearer);
+    EXPECT_LT(meanDifference(media::decodePhoto(file, "file"), photo), 4.0);
+}
+
+// HEVC codes whole blocks of two by two.
+TEST_F(Embed, HeicHasOddSidesToo) {
+    GrayImage odd(97, 61);
+    for (size_t i = 0; i < odd.samples.size(); ++i) odd.samples[i] = static_cast<uint8_t>(i * i % 251);
+    const media::RgbImage odd_photo = somePhoto(255, 193);
+    writeBytes(folder / "odd.png", pngFile(odd));
+    writeBytes(folder / "odd.jpg", jpegFile(odd_photo));
+    const std::string file = embedded("portrait.heic", "odd.jpg", "odd.png");
+    const DepthMap found = extracted("portrait.heic");
+    ASSERT_EQ(found.plane.width, odd.width);
+    ASSERT_EQ(found.plane.height, odd.height);
+    for (size_t i = 0; i < odd.samples.size(); ++i)
+        ASSERT_EQ(found.plane.samples[i], static_cast<float>(odd.samples[i])) << i;
     const media::RgbImage shown = media::decodePhoto(file, "file");
-    double difference = 0.0;
-    for (size_t i = 0; i < photo.samples.size(); ++i)
-        difference += std::abs(shown.samples[i] - photo.samples[i]);
-    EXPECT_LT(difference / static_cast<double>(photo.samples.size()), 4.0);
+    ASSERT_EQ(shown.width, 255);
+    ASSERT_EQ(shown.height, 193);
+    EXPECT_LT(meanDifference(shown, odd_photo), 4.0);
+    // Readers that do not know how to cut a picture refuse it: of each of both, that and its coding are
+    // essential.
+    size_t at = file.find("ipma") + 12;
+    for (int item = 0; item < 2; ++item) {
+        int essential = 0;
+        const int count = file[at + 2];
+        for (int i = 0; i < count; ++i)
+            essential += (file[at + 3 + static_cast<size_t>(i)] & 0x80) != 0 ? 1 : 0;
+        EXPECT_EQ(essential, 2) << item;
+        at += 3 + static_cast<size_t>(count);
+    }
+}
+
+// Readers show an item that is not hidden as a picture of its own.
+TEST_F(Embed, HeicShowsThePhotoAlone) {
+    const std::string file = embedded("portrait.heic", "photo.jpg", "depth.png");
+    std::vector<int> hidden;
+    for (size_t at = 0; (at = file.find("infe", at)) != std::string::npos; at += 4)
+        hidden.push_back(file[at + 7]);
+    EXPECT_THAT(hidden, testing::ElementsAre(0, 1));
 }
 
 TEST_F(Embed, WhatCannotBeIsRefusedAndNothingIsWritten) {
