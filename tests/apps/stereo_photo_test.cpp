@@ -147,6 +147,10 @@ TEST_F(StereoPhoto, MpoSaysWhereTheCamerasStandAndWhatTheySee) {
     // A sensor of 36 mm behind that lens has the picture's field of view.
     EXPECT_NEAR(std::stod(exif(file, "FocalLength")), 18.0 / (kTangentX / zoom()), 0.01);
     EXPECT_NEAR(std::stod(exif(file, "FocalPlaneXResolution")), 320 / 3.6, 0.001);
+    EXPECT_NEAR(std::stod(exif(file, "FocalPlaneYResolution")), 240 / 3.6 * kTangentX / kTangentY, 0.001);
+    EXPECT_EQ(exif(file, "FocalPlaneResolutionUnit"), "3\n3\n") << "centimetres";
+    EXPECT_EQ(exif(file, "MPImage1:MPImageFlags") + exif(file, "MPImage2:MPImageFlags"), "4\n0\n")
+        << "the left view stands for both";
     // Both views from one place.
     render(scene("photo.png"), "flat.mpo", {"--eyes", "0"});
     EXPECT_EQ(exif(folder / "flat.mpo", "MPF0:BaselineLength"), "0\n0\n");
@@ -192,6 +196,17 @@ TEST_F(StereoPhoto, HeicSaysWhereTheCamerasStandAndWhatTheySee) {
     EXPECT_EQ(number(extrinsics[1], 4), 63000);
     EXPECT_EQ(number(extrinsics[1], 8), 0);
     EXPECT_EQ(boxes(file, "ster").size(), 1u);
+    // The same for readers of XMP: millimetres, metres and pixels.
+    EXPECT_THAT(file, testing::HasSubstr("ai:Baseline=\"63\""));
+    EXPECT_THAT(file, testing::HasSubstr("<ai:CameraExtrinsicsPosition><rdf:Seq><rdf:li>0.063</rdf:li>"));
+    std::vector<double> matrix;
+    const std::string name = "<ai:CameraIntrinsics>", item = "<rdf:li>";
+    for (size_t at = file.find(name); matrix.size() < 9 && (at = file.find(item, at)) != std::string::npos;)
+        matrix.push_back(std::stod(file.substr(at += item.size(), 20)));
+    ASSERT_EQ(matrix.size(), 9u);
+    EXPECT_NEAR(matrix[0], 320 * 0.5 / (kTangentX / zoom()), 0.01);
+    EXPECT_NEAR(matrix[4], 240 * 0.5 / (kTangentY / zoom()), 0.01);
+    EXPECT_EQ(matrix[5], 120.0);
     if (exif(folder / "photo.heic", "FileType").empty()) return;
     EXPECT_NEAR(std::stod(exif(folder / "photo.heic", "FocalLength")), 18.0 / (kTangentX / zoom()), 0.01);
 }
