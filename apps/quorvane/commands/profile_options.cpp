@@ -69,6 +69,7 @@ void refuseUnknown(const std::vector<std::string>& names, const std::vector<std:
 template <typename Pairs>
 std::vector<std::string> namesIn(const Pairs& pairs) {
     std::vector<std::string> names;
+    names.reserve(pairs.size());
     for (const auto& [name, value] : pairs) names.push_back(name);
     return names;
 }

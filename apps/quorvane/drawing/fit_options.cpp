@@ -40,6 +40,7 @@ void addFitOptions(CommandLine* line, FitOptions* options) {
              .called("SIZE"));
     const std::vector<std::string> names = media::placeNames();
     std::vector<std::pair<std::string, std::string>> rows;
+    rows.reserve(names.size());
     for (const std::string& name : names) rows.emplace_back(name, textOf(media::rowsOf(name)));
     options->options.push_back(&line->word(
         "--for", names, [options, names](size_t i) { options->place = names[i]; },
@@ -71,6 +72,7 @@ const Place* settlePlace(const FitOptions& options, const std::string& path, Enc
     });
     if (row == rows.end()) {
         std::vector<std::string_view> takes;
+        takes.reserve(rows.size());
         for (const Place* one : rows) takes.push_back(one->format);
         throw UsageError(path + ": " + asked + " makes a file of " + media::listOf(takes));
     }
