@@ -9,7 +9,7 @@ import android.graphics.Paint;
 import java.io.IOException;
 import java.io.InputStream;
 
-/** What a layout's editor shows, which has neither the native library nor Exif: the photo at rest. */
+/** What a layout's editor shows, which has no native library and no Exif: the photo at rest. */
 final class LayoutPreview {
     private LayoutPreview() {}
 

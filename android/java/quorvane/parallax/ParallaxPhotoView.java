@@ -51,8 +51,8 @@ import java.util.function.Consumer;
  *
  * <p>A layout says the same by {@code app:quorvanePhoto} and {@code app:quorvaneDepth}, names of
  * assets, {@code app:quorvaneFullSwing}, {@code app:quorvaneDraggable}, {@code
- * app:quorvaneReducedMotion} and {@code app:quorvaneFadeIn}; so does a style, or the theme by {@code
- * quorvanePhotoViewStyle}. A layout's editor shows the photo at rest, or gray.
+ * app:quorvaneReducedMotion} and {@code app:quorvaneFadeIn}; so does a style, or the theme by
+ * {@code quorvanePhotoViewStyle}. A layout's editor shows the photo at rest, or gray.
  *
  * <p>All calls come from the app's first thread, as for every view, and refuse at once what cannot
  * be; nothing that goes wrong later ends the app, the listener is told. It is a TextureView and not
@@ -149,8 +149,8 @@ public class ParallaxPhotoView extends TextureView {
         } finally {
             given.recycle();
         }
-        // A view of this kind is never asked to draw itself in software, as editors do, but for what
-        // lies in it.
+        // Editors draw in software, which a TextureView does not do for itself, only for what lies
+        // in it.
         setWillNotDraw(isInEditMode());
     }
 
@@ -586,6 +586,15 @@ public class ParallaxPhotoView extends TextureView {
         if (!isDebuggable()) {
             return;
         }
+        Context context = getContext();
+        ParallaxStage.inBackground(() -> {
+            try {
+                // Asking makes it; adb would make one that the app cannot read.
+                context.getExternalFilesDir(null);
+            } catch (RuntimeException e) {
+                // The listener is told when a profile is to be read there.
+            }
+        });
         IntentFilter filter = new IntentFilter(ACTION_RELOAD_PROFILE);
         if (Build.VERSION.SDK_INT >= 33) {
             getContext().registerReceiver(events.reload, filter, SHELLS_PERMISSION, main,

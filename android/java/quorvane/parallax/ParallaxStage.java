@@ -246,9 +246,9 @@ final class ParallaxStage implements Choreographer.FrameCallback {
     }
 
     /**
-     * Says whether anyone can see it; nobody needs the sensor or a frame otherwise. Hidden for long,
-     * or when the system wants memory, it frees the context and all that was made in it until it is
-     * shown again.
+     * Says whether anyone can see it; nobody needs the sensor or a frame otherwise. Hidden for
+     * long, or when the system wants memory, it frees the context and all that was made in it until
+     * it is shown again.
      */
     void setShown(boolean newShown) {
         post(() -> {

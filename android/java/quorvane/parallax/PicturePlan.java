@@ -91,8 +91,8 @@ public final class PicturePlan {
     }
 
     /**
-     * Tells whether the larger samples of a depth map seem to be the farther ones, by what the photo
-     * shows too: both whole and upright, of any size, direct from position 0.
+     * Tells whether the larger samples of a depth map seem to be the farther ones, by what the
+     * photo shows too: both whole and upright, of any size, direct from position 0.
      *
      * @param rgba 4 bytes a pixel
      * @param depth a byte a sample

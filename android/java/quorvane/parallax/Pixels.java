@@ -116,8 +116,8 @@ final class Pixels {
         return reading("photo", () -> {
             byte[] bytes = bytes(file);
             if (isHeif(bytes)) {
-                throw new ParallaxException("photo: a HEIC or AVIF file, of which Android decodes the "
-                        + "photo alone; share it as JPEG, or give a depth map of its own");
+                throw new ParallaxException("photo: a HEIC or AVIF file, of which Android decodes "
+                        + "the photo alone; share it as JPEG, or give a depth map of its own");
             }
             PortraitPhoto found = PortraitPhoto.read(bytes);
             if (found.container() == null) {

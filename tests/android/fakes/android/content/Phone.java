@@ -100,6 +100,9 @@ public final class Phone extends Context {
 
     @Override
     public File getExternalFilesDir(String type) {
+        if (folder != null) {
+            folder.mkdirs();
+        }
         return folder;
     }
 

@@ -390,11 +390,26 @@ public final class ParallaxPhotoViewTest {
     }
 
     @Test
+    public void aSurfaceThatIsThereBeforeTheViewIsUsed() {
+        view.setImages(new Bitmap(400, 300), new Bitmap(80, 60));
+        view.surface = surface;
+        view.onAttachedToWindow();
+        view.onVisibilityAggregated(true);
+        until(() -> Screen.FRAMES.get() > 0);
+    }
+
+    @Test
     public void theSurfaceMayGoWhileTheViewStays() {
         enterWithImages();
         assertFalse(view.told.onSurfaceTextureDestroyed(surface));
         until(() -> surface.released);
         noMoreFrames();
+        // Whatever is set meanwhile is drawn on the next one.
+        view.onVisibilityAggregated(false);
+        view.onVisibilityAggregated(true);
+        view.setFrame(0.9);
+        noMoreFrames();
+        assertEquals(0, Screen.OPEN.get());
         surface.released = false;
         view.told.onSurfaceTextureAvailable(surface, 200, 100);
         moreFrames();
@@ -496,6 +511,30 @@ public final class ParallaxPhotoViewTest {
         until(() -> ParallaxRenderer.PHOTOS.get() == 2);
         assertEquals(4, Pixels.OPENED.get());
         assertEquals(1, ParallaxRenderer.CREATED.get());
+    }
+
+    @Test
+    public void settingWhatIsOnItsWayAlreadyStartsNothingAnew() {
+        CountDownLatch there = new CountDownLatch(1);
+        AtomicInteger opened = new AtomicInteger();
+        ImageSource photo = () -> {
+            opened.incrementAndGet();
+            try {
+                there.await();
+            } catch (InterruptedException e) {
+                throw new IOException(e);
+            }
+            return new ByteArrayInputStream(new byte[1]);
+        };
+        view.setPortraitPhoto(photo);
+        enter();
+        until(() -> opened.get() == 1);
+        view.setPortraitPhoto(photo);
+        pause();
+        assertEquals(1, opened.get());
+        there.countDown();
+        until(() -> Screen.FRAMES.get() > 0);
+        assertEquals("for the depth and for the photo", 2, opened.get());
     }
 
     @Test
@@ -762,10 +801,11 @@ public final class ParallaxPhotoViewTest {
     @Test
     public void aDebuggableAppReloadsItsProfileWhenTheShellSaysSo() throws IOException {
         phone.info.flags = ApplicationInfo.FLAG_DEBUGGABLE;
-        phone.folder = Files.createTempDirectory("profile").toFile();
+        phone.folder = new File(Files.createTempDirectory("profile").toFile(), "files");
         File profile = new File(phone.folder, "profile.json");
         enterWithImages();
         assertEquals("android.permission.DUMP", phone.permissions.get(RELOAD));
+        until(() -> phone.folder.isDirectory());
         Files.write(profile.toPath(), "{\"quorvane_profile\": 1, \"options\": {\"frame\": \"0.7\"}}"
                 .getBytes(StandardCharsets.UTF_8));
         phone.send(RELOAD);
@@ -774,6 +814,7 @@ public final class ParallaxPhotoViewTest {
         assertNull(phone.receivers.get(RELOAD));
         Files.delete(profile.toPath());
         Files.delete(phone.folder.toPath());
+        Files.delete(phone.folder.getParentFile().toPath());
     }
 
     @Test

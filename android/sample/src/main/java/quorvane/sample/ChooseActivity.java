@@ -2,6 +2,7 @@ package quorvane.sample;
 
 import android.app.Activity;
 import android.app.WallpaperManager;
+import android.content.ActivityNotFoundException;
 import android.content.ComponentName;
 import android.content.Intent;
 import android.net.Uri;
@@ -13,7 +14,6 @@ import java.io.FileOutputStream;
 import java.io.IOException;
 import java.io.InputStream;
 import java.io.OutputStream;
-import quorvane.parallax.ParallaxException;
 import quorvane.parallax.ParallaxWallpaperService;
 import quorvane.parallax.PortraitPhoto;
 
@@ -60,7 +60,8 @@ public final class ChooseActivity extends Activity {
                 file.write(bytes);
             }
             return part.renameTo(whole) ? 0 : R.string.not_read;
-        } catch (IOException | SecurityException | ParallaxException e) {
+        } catch (IOException | RuntimeException | LinkageError | OutOfMemoryError e) {
+            // A content provider throws what it likes, and this thread is nobody else's to guard.
             return R.string.not_read;
         }
     }
@@ -90,7 +91,11 @@ public final class ChooseActivity extends Activity {
             Intent preview = new Intent(WallpaperManager.ACTION_CHANGE_LIVE_WALLPAPER);
             preview.putExtra(WallpaperManager.EXTRA_LIVE_WALLPAPER_COMPONENT,
                     new ComponentName(this, ChosenWallpaper.class));
-            startActivity(preview);
+            try {
+                startActivity(preview);
+            } catch (ActivityNotFoundException e) {
+                Toast.makeText(this, getText(R.string.no_wallpapers), Toast.LENGTH_LONG).show();
+            }
         }
         finish();
     }

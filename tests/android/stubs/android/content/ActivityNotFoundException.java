@@ -1,0 +1,5 @@
+package android.content;
+
+public class ActivityNotFoundException extends RuntimeException {
+    private static final long serialVersionUID = 1L;
+}
