@@ -56,7 +56,10 @@ inline std::string outputOf(const std::string& command) {
     return output;
 }
 
-/// The same without the last line ends, and without a word to standard error.
+/// What a shell's lines print, standard error included.
+inline std::string printedBy(const std::string& lines) { return outputOf("{ " + lines + "\n} 2>&1"); }
+
+/// outputOf without the last line ends, and without a word to standard error.
 inline std::string answerOf(const std::string& command) {
     std::string output = outputOf(command + " 2>/dev/null");
     while (!output.empty() && output.back() == '\n') output.pop_back();
