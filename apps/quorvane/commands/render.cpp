@@ -78,8 +78,7 @@ struct RenderOptions {
 /// itself, and as many seconds as other clips in one that players show once.
 FrameCount usualWiggle(const media::OutputFormat& format) {
     constexpr int kRate = 8, kSeconds = 4;
-    const bool shown_once = format.extension == ".mp4" || format.extension == ".webm";
-    return {shown_once ? kRate * kSeconds : 2, kRate};
+    return {format.shown_once ? kRate * kSeconds : 2, kRate};
 }
 
 /// What another clip has where nothing else is asked for.
