@@ -16,6 +16,11 @@ namespace {
 
 using namespace std::string_literals;
 
+/// A box of four letters.
+std::string heifBox(const std::string& type, const std::string& body) {
+    return bigEndianBytes(static_cast<int64_t>(body.size()) + 8, 4) + type + body;
+}
+
 struct EncoderDeleter {
     void operator()(heif_encoder* encoder) const { heif_encoder_release(encoder); }
 };
@@ -124,11 +129,6 @@ CodedPicture orError(const Work& work) {
     } catch (const std::runtime_error& error) {
         throw Error(std::string("libheif cannot code a picture (") + error.what() + ")");
     }
-}
-
-/// A box of four letters.
-std::string heifBox(const std::string& type, const std::string& body) {
-    return bigEndianBytes(static_cast<int64_t>(body.size()) + 8, 4) + type + body;
 }
 
 bool isEssential(const std::string& property) {
