@@ -78,7 +78,8 @@ struct RenderOptions {
 /// itself, and as many seconds as other clips in one that players show once.
 FrameCount usualWiggle(const media::OutputFormat& format) {
     constexpr int kRate = 8, kSeconds = 4;
-    return {format.shown_once ? kRate * kSeconds : 2, kRate};
+    const bool shown_once = format.extension == ".mp4" || format.extension == ".webm";
+    return {shown_once ? kRate * kSeconds : 2, kRate};
 }
 
 /// What another clip has where nothing else is asked for.
@@ -368,31 +369,36 @@ Rendered render(const RenderOptions& asked) {
     Rendered rendered = {source.origin, source.depth, input.findings};
 
     const Size size = chooseSize(options, input.photo_size, format);
-    // Some files are made whole, others picture by picture.
-    const auto write_whole = [&](const auto& make_bytes) {
+    if (format.kind == OutputKind::kPage) {
         PendingOutput output(options.out, timings.descriptor());
-        output.fill(make_bytes());
+        output.fill(media::sharePage(pageOf(options, size, std::move(input))));
         throwIfCancelled();
         output.commit();
         if (!options.talk.quiet) noteIdleOptions(options, format.kind);
         return rendered;
-    };
-    if (format.kind == OutputKind::kPage)
-        return write_whole([&] { return media::sharePage(pageOf(options, size, std::move(input))); });
-    if (format.kind == OutputKind::kMesh)
-        return write_whole([&] {
-            const PagePicture picture =
-                pagePicture(options.view, options.talk, size, options.picture.amount, std::move(input));
-            return media::glbFile(
-                photoMesh(picture, options.view.orientation, qualityFor(format, options.encoding)));
-        });
-    if (format.kind == OutputKind::kPair)
-        return write_whole([&] {
-            const Route route = routeFor(options, format, stereo);
-            View view = readyView(options, stereo, size, route, std::move(source), std::move(input), &times);
-            return stereoPhoto(&view, *stereo, route.positions.front(), size, &times, format,
-                               qualityFor(format, options.encoding));
-        });
+    }
+    if (format.kind == OutputKind::kMesh) {
+        PendingOutput output(options.out, timings.descriptor());
+        const PagePicture picture =
+            pagePicture(options.view, options.talk, size, options.picture.amount, std::move(input));
+        output.fill(media::glbFile(
+            photoMesh(picture, options.view.orientation, qualityFor(format, options.encoding))));
+        throwIfCancelled();
+        output.commit();
+        if (!options.talk.quiet) noteIdleOptions(options, format.kind);
+        return rendered;
+    }
+    if (format.kind == OutputKind::kPair) {
+        PendingOutput output(options.out, timings.descriptor());
+        const Route route = routeFor(options, format, stereo);
+        View view = readyView(options, stereo, size, route, std::move(source), std::move(input), &times);
+        output.fill(stereoPhoto(&view, *stereo, route.positions.front(), size, &times, format,
+                                qualityFor(format, options.encoding)));
+        throwIfCancelled();
+        output.commit();
+        if (!options.talk.quiet) noteIdleOptions(options, format.kind);
+        return rendered;
+    }
     Drawn drawn = {};
     if (options.limit) {
         drawn = drawFitting(asked, options, format, size, source, input, &timings, &times);

@@ -91,7 +91,7 @@ std::string textOfBytes(int64_t bytes) {
     const int decimals = unit == 0 || value >= 100.0 ? 0 : value >= 10.0 ? 1 : 2;
     std::string text = formatted("%.*f", decimals, value);
     // Zeros behind the point say nothing.
-    if (decimals > 0) text.erase(text.find_last_not_of("0") + 1);
+    if (decimals > 0) text.erase(text.find_last_not_of('0') + 1);
     if (text.back() == '.') text.pop_back();
     return text + " " + units[unit];
 }

@@ -1,6 +1,7 @@
 #include "apps/tuner/core/session.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -16,7 +17,8 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr int kVersion = 1;
-constexpr const char* kTunings[] = {"a", "b"};
+constexpr size_t kPair = std::tuple_size_v<Pair>;
+constexpr const char* kTunings[kPair] = {"a", "b"};
 constexpr int kLongestSide = 65536;
 constexpr size_t kMostBytes = size_t{4} << 20;
 
@@ -28,7 +30,7 @@ void saveSession(const Session& session, const std::string& path) {
                  {"photo", session.photo},
                  {"depth", session.depth},
                  {"window", {session.window.width, session.window.height}}};
-    for (size_t i = 0; i < session.tunings.size(); ++i)
+    for (size_t i = 0; i < kPair; ++i)
         json[kTunings[i]] = Json::parse(media::profileText(profileOf(session.tunings[i])));
     PendingOutput file(path);
     // A path need not be text.
@@ -52,7 +54,7 @@ std::optional<Session> loadSession(const std::string& path, std::string* remark)
             return std::clamp(json.at("window").at(i).get<int>(), 0, kLongestSide);
         };
         session.window = {side(0), side(1)};
-        for (size_t i = 0; i < session.tunings.size(); ++i)
+        for (size_t i = 0; i < kPair; ++i)
             session.tunings[i] = tuningOf(media::readProfile(json.at(kTunings[i]).dump(), path), path);
         return session;
     } catch (const Json::exception&) {

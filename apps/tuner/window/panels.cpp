@@ -463,7 +463,15 @@ void Tuner::motionPanel() {
     whole("fps", &tuning.fps, 1, 240);
     ImGui::Separator();
 
-    if (toggle(m_recording ? "Stop (R)" : "Record the hand (R)", m_recording)) toggleRecording();
+    if (toggle(m_recording ? "Stop (R)" : "Record the hand (R)", m_recording)) {
+        if (m_recording) {
+            stopRecording();
+        } else {
+            m_take = {};
+            m_recording = true;
+            m_bench.source = Source::kHand;
+        }
+    }
     note("record", m_recording ? app::formatted("%.1f s", m_take.seconds()) : "");
     ImGui::SameLine();
     if (toggle(m_bench.playing ? "Pause" : "Play", false)) m_bench.playing = !m_bench.playing;

@@ -10,8 +10,8 @@ namespace {
 std::unique_ptr<app::View> viewFor(const Tuning& tuning, Size size, ParallaxView** parallax) {
     const auto make = [&](Size picture, int samples, std::unique_ptr<PhotoView>* view) {
         std::unique_ptr<ParallaxView> made;
-        const Status status = ParallaxView::create(
-            picture.width, picture.height, {static_cast<uint32_t>(tuning.orientation), samples}, &made);
+        Status status = ParallaxView::create(picture.width, picture.height,
+                                             {static_cast<uint32_t>(tuning.orientation), samples}, &made);
         *parallax = made.get();
         *view = std::move(made);
         return status;

@@ -97,7 +97,6 @@ class Tuner {
     void showStages();
     void pickPivot(double x, double y);
     void writeControls();
-    void toggleRecording();
     void stopRecording();
     void usePath();
 
@@ -157,8 +156,8 @@ class Tuner {
     app::Position m_position;
     double m_now = 0.0;
     double m_last = 0.0;
-    bool m_recording = false;
     Recording m_take;  ///< that is being recorded
+    bool m_recording = false;
     bool m_picking = false;
     bool m_dragging_split = false;
     bool m_show_stages = false;
@@ -167,6 +166,7 @@ class Tuner {
     bool m_wires = false;
     bool m_done = false;
     int m_frame = 0;
+    int m_export_tab = 0;
     std::string m_message;
     bool m_message_is_failure = false;
     double m_message_time = 0.0;
@@ -174,7 +174,6 @@ class Tuner {
     std::array<char, 256> m_motion_text = {};
     std::string m_motion_failure;
     std::vector<std::string> m_profile_names;
-    int m_export_tab = 0;
 
     std::unique_ptr<ChildProcess> m_clip;
     std::string m_clip_path;
