@@ -6,6 +6,12 @@
 namespace quorvane::media {
 namespace {
 
+std::string littleEndianBytes(uint64_t value, int count) {
+    std::string bytes;
+    for (int i = 0; i < count; ++i) bytes.push_back(static_cast<char>(value >> (8 * i) & 255));
+    return bytes;
+}
+
 // TIFF's types.
 constexpr uint16_t kText = 2, kShort = 3, kLong = 4, kRational = 5, kUndefined = 7, kSignedRational = 10;
 constexpr size_t kFieldSize = 12, kInField = 4;
@@ -26,12 +32,6 @@ std::string bigEndianBytes(int64_t value, int count) {
     return bytes;
 }
 
-std::string littleEndianBytes(uint64_t value, int count) {
-    std::string bytes;
-    for (int i = 0; i < count; ++i) bytes.push_back(static_cast<char>(value >> (8 * i) & 255));
-    return bytes;
-}
-
 std::string toBase64(std::string_view bytes) {
     constexpr char kLetters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string text;
@@ -47,12 +47,6 @@ std::string toBase64(std::string_view bytes) {
     return text;
 }
 
-std::string xmpPacket(const std::string& attributes, const std::string& elements) {
-    return "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF "
-           "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"><rdf:Description rdf:about=\"\"" +
-           attributes + ">" + elements + "</rdf:Description></rdf:RDF></x:xmpmeta>";
-}
-
 std::string jpegSegment(uint8_t marker, const std::string& body) {
     return std::string("\xff") + static_cast<char>(marker) +
            bigEndianBytes(static_cast<int64_t>(body.size()) + 2, 2) + body;
@@ -60,7 +54,6 @@ std::string jpegSegment(uint8_t marker, const std::string& body) {
 
 void TiffFields::add(uint16_t tag, uint16_t type, uint32_t count, std::string value) {
     m_fields.push_back({tag, type, count, std::move(value)});
-    std::sort(m_fields.begin(), m_fields.end(), [](const Field& a, const Field& b) { return a.tag < b.tag; });
 }
 
 void TiffFields::addShort(uint16_t tag, uint16_t value) { add(tag, kShort, 1, littleEndianBytes(value, 2)); }
