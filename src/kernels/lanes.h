@@ -39,13 +39,8 @@
 #define QUORVANE_UNROLLED _Pragma("GCC unroll 32")
 #endif
 
-/// Of what stands in the innermost loops: compilers stop inlining where a function has grown large. Who asks
-/// for small code gets calls.
-#if defined(__OPTIMIZE_SIZE__)
-#define QUORVANE_INLINED inline
-#else
+/// Of what stands in the innermost loops: compilers stop inlining where a function has grown large.
 #define QUORVANE_INLINED [[gnu::always_inline]] inline
-#endif
 
 namespace quorvane::QUORVANE_PATH {
 

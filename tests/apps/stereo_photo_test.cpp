@@ -13,9 +13,7 @@
 #include "media/embedded/embedded.h"
 #include "media/picture/crop.h"
 #include "media/picture/picture_file.h"
-#include "on_sample_scene.h"
 #include "process.h"
-#include "support/processes.h"
 #include "support/temporary_folder.h"
 
 namespace quorvane::test {
@@ -46,11 +44,18 @@ double zoom() {
     }
 }
 
-class StereoPhoto : public OnSampleScene<StereoPhoto> {
-  public:
-    static constexpr const char* kSceneSize = "320x240";
-
+class StereoPhoto : public testing::Test {
   protected:
+    static void SetUpTestSuite() {
+        s_scene = new TemporaryFolder;
+        ASSERT_EQ(quorvane({"sample", scene("photo.png"), scene("depth.png"), "--size", "320x240"}).code, 0);
+    }
+    static void TearDownTestSuite() {
+        delete s_scene;
+        s_scene = nullptr;
+    }
+    static std::string scene(const std::string& name) { return *s_scene / name; }
+
     void render(const std::string& photo, const std::string& out,
                 const std::vector<std::string>& more = {}) const {
         std::vector<std::string> arguments = {
@@ -60,7 +65,12 @@ class StereoPhoto : public OnSampleScene<StereoPhoto> {
         const Outcome outcome = quorvane(arguments);
         ASSERT_EQ(outcome.code, 0) << outcome.err;
     }
+
+    static TemporaryFolder* s_scene;
+    const TemporaryFolder folder;
 };
+TemporaryFolder* StereoPhoto::s_scene = nullptr;
+
 double meanDifference(const RgbImage& a, const RgbImage& b) {
     EXPECT_EQ(a.samples.size(), b.samples.size());
     double sum = 0.0;
@@ -119,7 +129,12 @@ TEST_F(StereoPhoto, DepthOfTheViewsIsTheDepthThatDrewThem) {
 
 /// What `exiftool` says of one tag, of all its places, or "" where it is not installed.
 std::string exif(const std::string& file, const std::string& tag) {
-    return outputOf("exiftool -a -ee -n -s3 -" + tag + " '" + file + "' 2>/dev/null");
+    const std::string command = "exiftool -a -ee -n -s3 -" + tag + " '" + file + "' 2>/dev/null";
+    FILE* pipe = popen(command.c_str(), "r");
+    std::string text;
+    for (int c = 0; pipe != nullptr && (c = fgetc(pipe)) != EOF;) text.push_back(static_cast<char>(c));
+    if (pipe != nullptr) pclose(pipe);
+    return text;
 }
 
 TEST_F(StereoPhoto, MpoSaysWhereTheCamerasStandAndWhatTheySee) {
@@ -254,6 +269,21 @@ TEST_F(StereoPhoto, MeshSeenByItsCameraIsThePhoto) {
         EXPECT_NEAR(row, 2.0 * static_cast<double>(places[2 * i + 1]) - 1.0, 1e-4);
     }
     EXPECT_GT(nearest - farthest, 0.2f) << "it has depth";
+    const auto bounds = glb.json["accessors"][0];
+    EXPECT_EQ(bounds["min"][2].get<float>(), farthest);
+    EXPECT_EQ(bounds["max"][2].get<float>(), nearest);
+    for (const size_t axis : {size_t{0}, size_t{1}}) {
+        float least = positions[axis], most = least;
+        for (size_t i = axis; i < positions.size(); i += 3) {
+            least = std::min(least, positions[i]);
+            most = std::max(most, positions[i]);
+        }
+        EXPECT_EQ(bounds["min"][axis].get<float>(), least);
+        EXPECT_EQ(bounds["max"][axis].get<float>(), most);
+    }
+    // Clamped to the edge: repeated, the photo's other side would shine through at its border.
+    EXPECT_EQ(glb.json["samplers"][0]["wrapS"], 33071);
+    EXPECT_EQ(glb.json["samplers"][0]["wrapT"], 33071);
     // Every triangle looks at the viewer: its corners go round against the clock.
     for (size_t i = 0; i < corners.size(); i += 3) {
         ASSERT_LT(*std::max_element(&corners[i], &corners[i] + 3), vertices);

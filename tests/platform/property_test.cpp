@@ -10,7 +10,6 @@
 #include <thread>
 #include <vector>
 
-#include "support/processes.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -139,7 +138,12 @@ TEST(PropertyFileName, MissingFileIsReportedAndNoneIsNot) {
         const std::string command = std::string(kKeepFile) + "=1 " + name + " '" + self +
                                     "' --gtest_filter=PropertyFileName.DISABLED_* "
                                     "--gtest_also_run_disabled_tests 2>&1 >/dev/null";
-        return quorvane::test::outputOf(command);
+        std::string text;
+        if (FILE* output = popen(command.c_str(), "r")) {
+            for (int c; (c = std::fgetc(output)) != EOF;) text += static_cast<char>(c);
+            pclose(output);
+        }
+        return text;
     };
     const TemporaryFolder folder;
     writeBytes(folder / "good.prop", "from.file=here");

@@ -70,6 +70,10 @@ TEST(SharePage, StaysSmallWhateverThePhoto) {
     const std::string size = "<img width=\"" + std::to_string(scaled.width) + "\" height=\"" +
                              std::to_string(scaled.height) + "\"";
     EXPECT_THAT(html, HasSubstr(size));
+    SharePage wide = small();
+    wide.photo = RgbImage(2048, 600);
+    for (uint8_t& sample : wide.photo.samples) sample = static_cast<uint8_t>(random());
+    EXPECT_LT(sharePage(wide).size(), 600000U);
     page.keeps_size = true;
     EXPECT_EQ(decodePhoto(test::fileInPage(sharePage(page), "image/jpeg"), "photo").width, 2048);
 }

@@ -48,6 +48,8 @@ TEST(Profile, IsRefusedInOneLineThatSaysWhy) {
     };
     EXPECT_EQ(refusal(""), "p.json: not JSON, from line 1 on");
     EXPECT_EQ(refusal("{\n\"quorvane_profile\": 1,\n\"options\": {,}}"), "p.json: not JSON, from line 3 on");
+    EXPECT_EQ(refusal("{\"quorvane_profile\n\": 1}"), "p.json: not JSON, from line 1 on")
+        << "no text goes on";
     EXPECT_EQ(refusal("[]"), "p.json: no profile; one is an object with \"quorvane_profile\": 1");
     EXPECT_EQ(refusal("{}"), "p.json: no profile; one is an object with \"quorvane_profile\": 1");
     EXPECT_EQ(refusal(R"({"quorvane_profile": 2})"),
@@ -79,6 +81,9 @@ TEST(Profile, RefusalsStayShortAndOneLine) {
     EXPECT_LT(refusal("{\"quorvane_profile\": 1, \"options\": {\"frame\": " + deep + shut + "}}").size(),
               300u);
     EXPECT_THAT(refusal("{\"quorvane_profile\": \"" + deep + "\"}"), testing::Not(HasSubstr("brackets")));
+    EXPECT_EQ(refusal(R"({"quorvane_profile": 1, "options": {"alt": "\"[[[[[[[[[[[[[[[[[["}})"), "");
+    EXPECT_THAT(refusal(R"({"quorvane_profile": 1, "x": [[],[],[],[],[],[],[],[],[],[],[],[],[],[],[],[]]})"),
+                HasSubstr("x: not known"));
 }
 
 TEST(Profile, FilesAreBounded) {
