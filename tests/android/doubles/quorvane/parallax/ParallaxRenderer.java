@@ -5,6 +5,7 @@ import java.util.Arrays;
 import java.util.List;
 import java.util.Map;
 import java.util.concurrent.ConcurrentHashMap;
+import java.util.concurrent.CountDownLatch;
 import java.util.concurrent.atomic.AtomicInteger;
 
 /** Says what it was told last, and how often. */
@@ -20,6 +21,8 @@ public final class ParallaxRenderer implements AutoCloseable {
     static volatile float x;
     static volatile boolean closedTooLate;
     static volatile Error absent;
+    /** What a frame waits for. */
+    static volatile CountDownLatch stuck;
 
     private final Thread owner = Thread.currentThread();
 
@@ -79,6 +82,14 @@ public final class ParallaxRenderer implements AutoCloseable {
 
     public int render() {
         checkThread();
+        CountDownLatch wait = stuck;
+        if (wait != null) {
+            try {
+                wait.await();
+            } catch (InterruptedException e) {
+                throw new AssertionError(e);
+            }
+        }
         return 1;
     }
 

@@ -306,6 +306,7 @@ public final class ParallaxPhotoViewTest {
 
     @Test
     public void swingsAsFarAsThePlanAllows() {
+        view.setReducedMotion(true);
         enterWithImages();
         view.onTouchEvent(new MotionEvent(MotionEvent.ACTION_DOWN, 0, 100f));
         view.onTouchEvent(new MotionEvent(MotionEvent.ACTION_MOVE, 0, 60f));

@@ -105,6 +105,14 @@ public final class ParallaxWallpaperServiceTest {
         }
     }
 
+    private static void sleep(int millis) {
+        try {
+            Thread.sleep(millis);
+        } catch (InterruptedException e) {
+            throw new AssertionError(e);
+        }
+    }
+
     private void begin() {
         engine = wallpaper.onCreateEngine();
         engine.onCreate(surface);
@@ -155,6 +163,10 @@ public final class ParallaxWallpaperServiceTest {
     @Test
     public void fiveSecondsAfterItWasHiddenItIsFreed() {
         beginAndSee();
+        engine.onVisibilityChanged(false);
+        // A look in between starts the time anew.
+        sleep(300);
+        engine.onVisibilityChanged(true);
         long hidden = System.nanoTime();
         engine.onVisibilityChanged(false);
         until(() -> ParallaxRenderer.OPEN.get() == 0);
@@ -230,6 +242,7 @@ public final class ParallaxWallpaperServiceTest {
         wallpaper.photo = null;
         begin();
         assertEquals(0, Pixels.OPENED.get());
+        assertEquals("and nothing is wrong", Collections.emptyList(), wallpaper.errors);
         wallpaper.photo = chosen;
         // Its depth is inside.
         wallpaper.depth = null;
@@ -269,6 +282,24 @@ public final class ParallaxWallpaperServiceTest {
     }
 
     @Test
+    public void aDriverThatHangsHoldsUpTheAppForAShortTime() {
+        beginAndSee();
+        CountDownLatch there = new CountDownLatch(1);
+        ParallaxRenderer.stuck = there;
+        try {
+            engine.onSurfaceRedrawNeeded(surface);
+            sleep(50);
+            long start = System.nanoTime();
+            engine.onSurfaceDestroyed(surface);
+            long taken = System.nanoTime() - start;
+            assertTrue(taken + " ns", taken < 2_000_000_000L);
+        } finally {
+            ParallaxRenderer.stuck = null;
+            there.countDown();
+        }
+    }
+
+    @Test
     public void whatAnAppThrowsIsASentence() {
         wallpaper.photo = () -> {
             throw new IllegalStateException("no such album");
@@ -280,6 +311,12 @@ public final class ParallaxWallpaperServiceTest {
         wallpaper.wanted = settings -> settings.setFrame(7.0);
         ParallaxWallpaperService.reloadAll();
         assertTrue(wallpaper.errors.get(0), wallpaper.errors.get(0).contains("frame: 7.0"));
+        wallpaper.errors.clear();
+        wallpaper.wanted = settings -> {
+            throw new IllegalStateException("no settings");
+        };
+        ParallaxWallpaperService.reloadAll();
+        assertTrue(wallpaper.errors.get(0), wallpaper.errors.get(0).contains("no settings"));
     }
 
     @Test
