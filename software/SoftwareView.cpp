@@ -65,16 +65,14 @@ Status SoftwareView::create(int width, int height, const Options& options,
 Status SoftwareView::resize(int width, int height) {
     Status status = checkSides("output", width, height, 1, kLargestSide);
     if (!status) return status;
-    return withMemory("output", [&] {
-        m_picture =
-            std::vector<uint8_t>(size_t{4} * static_cast<size_t>(width) * static_cast<size_t>(height));
-        m_has_picture = false;
-        m_width = width;
-        m_height = height;
-        m_half_width =
-            meshExtents(static_cast<float>(width), static_cast<float>(height), kMeshHalfHeight, kMeshBaseline)
-                .half_width;
-    });
+    m_picture = std::vector<uint8_t>();
+    m_has_picture = false;
+    m_width = width;
+    m_height = height;
+    m_half_width =
+        meshExtents(static_cast<float>(width), static_cast<float>(height), kMeshHalfHeight, kMeshBaseline)
+            .half_width;
+    return status;
 }
 
 Status SoftwareView::setParameter(const std::string& name, double value) {
@@ -126,9 +124,13 @@ Status SoftwareView::lookAt(float x, float y) {
     return Status::success();
 }
 
-Status SoftwareView::render() {
+Status SoftwareView::checkImages() const {
     if (m_photo.empty()) return Status::failure("nothing to draw: no photo is set");
     if (m_shaped.empty()) return Status::failure("nothing to draw: no depth map is set for this photo");
+    return Status::success();
+}
+
+software::Camera SoftwareView::camera() const {
     View view = {};
     view.x = m_x;
     view.y = m_y;
@@ -140,13 +142,35 @@ Status SoftwareView::render() {
     view.pivot = m_parameters.rotate_z_trans;
     view.half_width = m_half_width;
     view.half_height = kMeshHalfHeight;
-    Status status = withMemory("drawing", [&] {
-        m_drawing->draw(
-            {viewMatrix(view), m_half_width, kMeshHalfHeight, kFarBase + m_parameters.far_offset_ext},
-            m_samples, {m_picture.data(), size_t{4} * static_cast<size_t>(m_width), m_width, m_height});
+    return {viewMatrix(view), m_half_width, kMeshHalfHeight, kFarBase + m_parameters.far_offset_ext};
+}
+
+Status SoftwareView::render() {
+    Status status = checkImages();
+    if (!status) return status;
+    status = withMemory("drawing", [&] {
+        m_picture.resize(size_t{4} * static_cast<size_t>(m_width) * static_cast<size_t>(m_height));
+        m_drawing->draw(camera(), m_samples,
+                        {m_picture.data(), size_t{4} * static_cast<size_t>(m_width), m_width, m_height});
     });
     m_has_picture = status.ok();
     return status;
+}
+
+Status SoftwareView::renderYuv420(uint8_t* planes, size_t bytes) {
+    if (m_width % 2 != 0 || m_height % 2 != 0)
+        return Status::failure(
+            text("drawing Y'CbCr: %d x %d pixels; both sides must be even", m_width, m_height));
+    const size_t pixels = static_cast<size_t>(m_width) * static_cast<size_t>(m_height);
+    if (planes == nullptr || bytes < pixels / 2 * 3)
+        return Status::failure(text("drawing Y'CbCr: %d x %d pixels take %zu bytes, and there are %zu",
+                                    m_width, m_height, pixels / 2 * 3, planes == nullptr ? 0 : bytes));
+    Status status = checkImages();
+    if (!status) return status;
+    return withMemory("drawing", [&] {
+        m_drawing->draw(camera(), m_samples,
+                        {planes, planes + pixels, planes + pixels / 4 * 5, m_width, m_height});
+    });
 }
 
 Status SoftwareView::readPixels(const WritablePixels& rgba) const {

@@ -12,7 +12,8 @@ namespace quorvane {
 
 namespace software {
 class MeshDrawing;
-}
+struct Camera;
+}  // namespace software
 
 /// A view that the processor draws: no OpenGL, no context. Parameters, sizes and refusals are ParallaxView's,
 /// and so is the picture but for rounding; the same input gives the same bytes on every processor. Calls come
@@ -40,6 +41,8 @@ class SoftwareView final : public PhotoView {
     Status resize(int width, int height) override;
     Status render() override;
     Status readPixels(const WritablePixels& rgba) const override;
+    bool drawsYuv420() const noexcept override { return true; }
+    Status renderYuv420(uint8_t* planes, size_t bytes) override;
 
     int width() const noexcept override { return m_width; }
     int height() const noexcept override { return m_height; }
@@ -51,6 +54,9 @@ class SoftwareView final : public PhotoView {
 
   private:
     SoftwareView(int samples, const LibParam& parameters);
+
+    Status checkImages() const;
+    software::Camera camera() const;
 
     const int m_samples;
     int m_width = 0, m_height = 0;

@@ -7,6 +7,7 @@
 #include <limits>
 #include <utility>
 
+#include "composition/bt709.h"
 #include "software/clipped_cell.h"
 #include "software/kernels/cell.h"
 #include "software/workers.h"
@@ -84,7 +85,44 @@ struct MeshDrawing::Room {
     std::vector<float> sample_planes;
     int used_slots = 0;
     int mark_stride = 0;
+    std::array<std::vector<int16_t>, 2> colours;  ///< Cb and Cr of two rows of pixels
 };
+
+/// As PlanarTexture has it.
+struct MeshDrawing::PlanarTexels {
+    std::vector<uint8_t> luma, colours;
+};
+
+namespace {
+
+/// A row of texels in Y'CbCr.
+struct PlanarRow {
+    std::vector<uint8_t> luma, cb, cr;
+
+    void resize(size_t texels) {
+        for (std::vector<uint8_t>* plane : {&luma, &cb, &cr}) plane->resize(texels);
+    }
+
+    void convert(const uint8_t* rgba, size_t texels) {
+        uint8_t *to_luma = luma.data(), *to_cb = cb.data(), *to_cr = cr.data();
+        for (size_t x = 0; x < texels; ++x, rgba += 4) {
+            const auto at = [rgba](size_t c) { return static_cast<uint16_t>(rgba[c] << 8); };
+            to_luma[x] = bt709::luma(at(0), at(1), at(2));
+            to_cb[x] = bt709::cb(at(0), at(1), at(2));
+            to_cr[x] = bt709::cr(at(0), at(1), at(2));
+        }
+    }
+};
+
+/// Bytes of two rows next to each other.
+void interleave(const uint8_t* upper, const uint8_t* lower, size_t texels, size_t step, uint8_t* out) {
+    for (size_t x = 0; x < texels; ++x) {
+        out[step * x] = upper[x];
+        out[step * x + 1] = lower[x];
+    }
+}
+
+}  // namespace
 
 MeshDrawing::MeshDrawing(const DrawingPath& path, int threads)
     : m_path(path), m_workers(std::make_unique<Workers>(threads)), m_frame(std::make_unique<Frame>()) {
@@ -109,6 +147,7 @@ void MeshDrawing::setPhoto(const uint8_t* rgb, int width, int height) {
         std::memcpy(to, to - 4, 4);
     }
     m_texels = std::move(texels);
+    m_planar.reset();
     m_photo_width = width;
     m_photo_height = height;
 }
@@ -136,11 +175,53 @@ void MeshDrawing::setShapedDepth(const uint8_t* depth, int width, int height) {
 }
 
 void MeshDrawing::draw(const Camera& camera, int samples, const PictureBuffer& picture) {
+    prepare(camera, samples, picture.width, picture.height);
+    drawMesh([&](const Band& band, Room* room) { shadeBand(band, *room, picture); });
+}
+
+void MeshDrawing::draw(const Camera& camera, int samples, const PlanarPicture& picture) {
+    prepare(camera, samples, picture.width, picture.height);
+    for (Room& room : m_rooms)
+        for (std::vector<int16_t>& row : room.colours)
+            row.resize(2 * static_cast<size_t>(picture.width + 2 * kSlack));
+    if (m_planar == nullptr) convertTexels();
+    drawMesh([&](const Band& band, Room* room) { shadeBand(band, room, picture); });
+}
+
+void MeshDrawing::convertTexels() {
+    const size_t stride = static_cast<size_t>(m_photo_width) + 1;
+    auto planar = std::make_unique<PlanarTexels>();
+    const size_t texels = stride * static_cast<size_t>(m_photo_height);
+    planar->luma.resize(2 * texels);
+    planar->colours.resize(4 * texels);
+    std::vector<std::array<PlanarRow, 2>> rows(m_rooms.size());
+    for (auto& two : rows)
+        for (PlanarRow& row : two) row.resize(stride);
+    const int pieces = (m_photo_height + kBandRows - 1) / kBandRows;
+    m_workers->run(pieces, [&](int piece, int worker) {
+        const int first = piece * kBandRows, end = std::min(first + kBandRows, m_photo_height);
+        PlanarRow* upper = &rows[static_cast<size_t>(worker)][0];
+        PlanarRow* lower = &rows[static_cast<size_t>(worker)][1];
+        lower->convert(m_texels.data() + 4 * stride * static_cast<size_t>(first), stride);
+        for (int row = first; row < end; ++row) {
+            std::swap(upper, lower);
+            const size_t start = stride * static_cast<size_t>(row);
+            lower->convert(m_texels.data() + 4 * (start + stride), stride);
+            uint8_t* colours = &planar->colours[4 * start];
+            interleave(upper->luma.data(), lower->luma.data(), stride, 2, &planar->luma[2 * start]);
+            interleave(upper->cb.data(), lower->cb.data(), stride, 4, colours);
+            interleave(upper->cr.data(), lower->cr.data(), stride, 4, colours + 2);
+        }
+    });
+    m_planar = std::move(planar);
+}
+
+void MeshDrawing::prepare(const Camera& camera, int samples, int width, int height) {
     Frame& frame = *m_frame;
     const size_t across = static_cast<size_t>(m_cells_across) + 1;
     frame.samples = samples;
-    frame.width = picture.width;
-    frame.height = picture.height;
+    frame.width = width;
+    frame.height = height;
     frame.far_q = 1.0f / camera.far_distance;
     frame.stride = m_cells_across + 1 + kSlack;
     const size_t stride = static_cast<size_t>(frame.stride);
@@ -161,7 +242,7 @@ void MeshDrawing::draw(const Camera& camera, int samples, const PictureBuffer& p
     const auto entry = [&](int column, int row) {
         return static_cast<double>(camera.matrix.mat[column][row]);
     };
-    const double half_width = picture.width / 2.0, half_height = picture.height / 2.0;
+    const double half_width = width / 2.0, half_height = height / 2.0;
     const double x = static_cast<double>(camera.half_width) / 32.0;
     const double y = static_cast<double>(camera.half_height) / 32.0;
     frame.column_x = half_width * entry(0, 0) * x;
@@ -190,10 +271,10 @@ void MeshDrawing::draw(const Camera& camera, int samples, const PictureBuffer& p
         frame.rows_v[j] = static_cast<float>(static_cast<double>(j) / m_cells_down * m_photo_height - 0.5);
 
     for (Room& room : m_rooms) {
-        const size_t pixels = static_cast<size_t>(picture.width + kSlack) * kBandRows;
+        const size_t pixels = static_cast<size_t>(width + kSlack) * kBandRows;
         for (std::vector<float>* plane : {&room.q, &room.u, &room.v}) plane->resize(pixels + kSlack);
         if (samples == 1) continue;
-        const int sample_blocks = (picture.width + kSampleBlock - 1) / kSampleBlock;
+        const int sample_blocks = (width + kSampleBlock - 1) / kSampleBlock;
         room.mark_stride = sample_blocks * kSampleBlock;
         room.marks.resize(static_cast<size_t>(room.mark_stride) * kBandRows);
         room.slots.resize(static_cast<size_t>(sample_blocks) * kBandRows);
@@ -201,11 +282,15 @@ void MeshDrawing::draw(const Camera& camera, int samples, const PictureBuffer& p
         // Threads that draw cannot report that memory ends.
         room.sample_planes.reserve(room.slots.size() * static_cast<size_t>(samples) * 3 * kSampleBlock);
     }
+}
 
+void MeshDrawing::drawMesh(const std::function<void(const Band&, Room*)>& shadeBand) {
+    Frame& frame = *m_frame;
     m_workers->run(m_cells_down + 1, [&](int row, int) { placeRow(row, &frame); });
-    if (samples > 1) m_workers->run(m_cells_down, [&](int row, int) { findFacings(row, &frame); });
-    m_workers->run((picture.height + kBandRows - 1) / kBandRows, [&](int band, int worker) {
-        drawBand(band, &m_rooms[static_cast<size_t>(worker)], frame, picture);
+    if (frame.samples > 1) m_workers->run(m_cells_down, [&](int row, int) { findFacings(row, &frame); });
+    m_workers->run((frame.height + kBandRows - 1) / kBandRows, [&](int band, int worker) {
+        Room* room = &m_rooms[static_cast<size_t>(worker)];
+        shadeBand(cover(band, room, frame), room);
     });
 }
 
@@ -246,7 +331,8 @@ void MeshDrawing::findFacings(int row, Frame* frame) const {
                            facings + block * kBlock);
 }
 
-void MeshDrawing::drawBand(int number, Room* room, const Frame& frame, const PictureBuffer& picture) const {
+/// What is seen in the rows of a band.
+Band MeshDrawing::cover(int number, Room* room, const Frame& frame) const {
     Band band = {};
     band.width = frame.width;
     band.top = number * kBandRows;
@@ -282,38 +368,102 @@ void MeshDrawing::drawBand(int number, Room* room, const Frame& frame, const Pic
         }
     }
 
+    return band;
+}
+
+namespace {
+
+/// Calls blend(first, slot) for each block of a row's pixels that has samples: its first pixel, and its place
+/// among the band's.
+template <typename Blend>
+void eachSlot(const Band& band, int y, const Blend& blend) {
+    if (band.samples == 1) return;
+    const int32_t* slots = band.slots + (y - band.top) * band.slot_stride;
+    for (int block = 0; block < band.slot_stride; ++block)
+        if (slots[block] >= 0) blend(block * kSampleBlock, static_cast<size_t>(slots[block]));
+}
+
+/// The q, u and v of a sample of a block of pixels.
+struct SamplePlanes {
+    SamplePlanes(const Band& band, size_t slot, int sample)
+        : q(band.sample_planes +
+            (slot * static_cast<size_t>(band.samples) + static_cast<size_t>(sample)) * 3 * kSampleBlock),
+          u(q + kSampleBlock),
+          v(u + kSampleBlock) {}
+    const float *q, *u, *v;
+};
+
+}  // namespace
+
+/// Calls put(x, i) for the pixels of a block, i from 0, that a silhouette crosses.
+template <typename Put>
+void MeshDrawing::eachMarked(const Band& band, const Room& room, int y, int first, const Put& put) {
+    const uint8_t* marks =
+        &room.marks[static_cast<size_t>(y - band.top) * static_cast<size_t>(room.mark_stride)];
+    for (int i = 0; i < std::min(kSampleBlock, band.width - first); ++i)
+        if (marks[first + i] != 0) put(first + i, static_cast<size_t>(i));
+}
+
+void MeshDrawing::shadeBand(const Band& band, const Room& room, const PictureBuffer& picture) const {
+    const float far_q = m_frame->far_q;
     const Texture texture = {m_texels.data(), m_photo_width + 1, static_cast<float>(m_photo_width - 1),
                              static_cast<float>(m_photo_height - 1)};
     for (int y = band.top; y < band.bottom; ++y) {
         const size_t start = static_cast<size_t>(y - band.top) * static_cast<size_t>(band.stride);
         uint8_t* row = picture.rgba + static_cast<size_t>(y) * picture.stride;
-        m_path.shade(texture, band.q + start, band.u + start, band.v + start, frame.far_q, frame.width, row);
-        if (frame.samples == 1) continue;
-        const uint8_t* marks =
-            &room->marks[static_cast<size_t>(y - band.top) * static_cast<size_t>(room->mark_stride)];
-        const int32_t* slots = band.slots + (y - band.top) * band.slot_stride;
-        for (int block = 0; block < band.slot_stride; ++block) {
-            if (slots[block] < 0) continue;
+        m_path.shade(texture, band.q + start, band.u + start, band.v + start, far_q, band.width, row);
+        eachSlot(band, y, [&](int first, size_t slot) {
             std::array<int, 4 * kSampleBlock> sums = {};
-            for (int s = 0; s < frame.samples; ++s) {
-                const float* planes = &room->sample_planes[(static_cast<size_t>(slots[block]) *
-                                                                static_cast<size_t>(frame.samples) +
-                                                            static_cast<size_t>(s)) *
-                                                           3 * kSampleBlock];
+            for (int s = 0; s < band.samples; ++s) {
+                const SamplePlanes planes(band, slot, s);
                 std::array<uint8_t, 4 * kSampleBlock> colours;
-                m_path.shade(texture, planes, planes + kSampleBlock, planes + 2 * kSampleBlock, frame.far_q,
-                             kSampleBlock, colours.data());
+                m_path.shade(texture, planes.q, planes.u, planes.v, far_q, kSampleBlock, colours.data());
                 for (size_t i = 0; i < sums.size(); ++i) sums[i] += colours[i];
             }
-            const int first = block * kSampleBlock;
-            for (int i = 0; i < std::min(kSampleBlock, frame.width - first); ++i) {
-                if (marks[first + i] == 0) continue;
-                for (int c = 0; c < 4; ++c)
-                    row[4 * (first + i) + c] = static_cast<uint8_t>(
-                        (sums[4 * static_cast<size_t>(i) + static_cast<size_t>(c)] + frame.samples / 2) /
-                        frame.samples);
+            eachMarked(band, room, y, first, [&](int x, size_t i) {
+                for (size_t c = 0; c < 4; ++c)
+                    row[4 * static_cast<size_t>(x) + c] =
+                        static_cast<uint8_t>((sums[4 * i + c] + band.samples / 2) / band.samples);
+            });
+        });
+    }
+}
+
+void MeshDrawing::shadeBand(const Band& band, Room* room, const PlanarPicture& picture) const {
+    const float far_q = m_frame->far_q;
+    const PlanarTexture texture = {m_planar->luma.data(), m_planar->colours.data(), m_photo_width + 1,
+                                   static_cast<float>(m_photo_width - 1),
+                                   static_cast<float>(m_photo_height - 1)};
+    for (int y = band.top; y < band.bottom; ++y) {
+        const size_t start = static_cast<size_t>(y - band.top) * static_cast<size_t>(band.stride);
+        uint8_t* luma = picture.luma + static_cast<size_t>(y) * static_cast<size_t>(picture.width);
+        int16_t* colours = room->colours[y % 2].data();
+        m_path.shadePlanar(texture, band.q + start, band.u + start, band.v + start, far_q, band.width, luma,
+                           colours);
+        eachSlot(band, y, [&](int first, size_t slot) {
+            std::array<int, kSampleBlock> luma_sums = {};
+            std::array<int, 2 * kSampleBlock> colour_sums = {};
+            for (int s = 0; s < band.samples; ++s) {
+                const SamplePlanes planes(band, slot, s);
+                std::array<uint8_t, kSampleBlock> lumas;
+                std::array<int16_t, 2 * kSampleBlock> parts;
+                m_path.shadePlanar(texture, planes.q, planes.u, planes.v, far_q, kSampleBlock, lumas.data(),
+                                   parts.data());
+                for (size_t i = 0; i < lumas.size(); ++i) luma_sums[i] += lumas[i];
+                for (size_t i = 0; i < parts.size(); ++i) colour_sums[i] += parts[i];
             }
-        }
+            eachMarked(band, *room, y, first, [&](int x, size_t i) {
+                const auto mean = [&](int sum) { return (sum + band.samples / 2) / band.samples; };
+                luma[x] = static_cast<uint8_t>(mean(luma_sums[i]));
+                for (size_t c = 0; c < 2; ++c)
+                    colours[2 * static_cast<size_t>(x) + c] =
+                        static_cast<int16_t>(mean(colour_sums[2 * i + c]));
+            });
+        });
+        if (y % 2 == 0) continue;
+        const int half = picture.width / 2;
+        const size_t row = static_cast<size_t>(y / 2) * static_cast<size_t>(half);
+        m_path.meanColours(room->colours[0].data(), colours, half, picture.cb + row, picture.cr + row);
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -27,6 +28,13 @@ struct PictureBuffer {
     int width, height;
 };
 
+/// A picture of even sides in Y'CbCr, BT.709 in limited range, with its colours at half the size, each the
+/// mean of 2 x 2 pixels. Planes without padding.
+struct PlanarPicture {
+    uint8_t *luma, *cb, *cr;
+    int width, height;
+};
+
 /// Draws a photo on the mesh that its shaped depth displaces. The same input gives the same bytes, on any
 /// processor, by any path and with any number of threads. Not to be called by several threads at once.
 class MeshDrawing {
@@ -45,19 +53,31 @@ class MeshDrawing {
     /// std::bad_alloc before anything is drawn.
     void draw(const Camera& camera, int samples, const PictureBuffer& picture);
 
+    /// The same in other colours.
+    void draw(const Camera& camera, int samples, const PlanarPicture& picture);
+
   private:
     struct Frame;
     struct Room;
+    struct PlanarTexels;
 
+    void prepare(const Camera& camera, int samples, int width, int height);
+    void drawMesh(const std::function<void(const Band&, Room*)>& shadeBand);
+    void convertTexels();
     void placeRow(int row, Frame* frame) const;
     void findFacings(int row, Frame* frame) const;
-    void drawBand(int band, Room* room, const Frame& frame, const PictureBuffer& picture) const;
+    Band cover(int band, Room* room, const Frame& frame) const;
+    void shadeBand(const Band& band, const Room& room, const PictureBuffer& picture) const;
+    void shadeBand(const Band& band, Room* room, const PlanarPicture& picture) const;
+    template <typename Put>
+    static void eachMarked(const Band& band, const Room& room, int y, int first, const Put& put);
     void markSilhouettes(const Frame& frame, Room* room, Band* band) const;
 
     const DrawingPath m_path;
     const std::unique_ptr<Workers> m_workers;
 
     std::vector<uint8_t> m_texels;
+    std::unique_ptr<PlanarTexels> m_planar;  ///< of these, once asked for
     int m_photo_width = 0, m_photo_height = 0;
 
     int m_cells_across = 0, m_cells_down = 0;

@@ -27,10 +27,14 @@ class FrameBytes {
   public:
     explicit FrameBytes(const Codec& codec) : m_halves_colours(codec.halves_colours) {}
 
+    bool areYuv420() const { return m_halves_colours; }
+
     /// Lasts until the next call, and as long as `frame`.
     std::string_view of(const RgbaImage& frame) {
         if (m_halves_colours) toYuv420(frame, &m_planes);
-        const std::vector<uint8_t>& bytes = m_halves_colours ? m_planes : frame.samples;
+        return of(m_halves_colours ? m_planes : frame.samples);
+    }
+    std::string_view of(const std::vector<uint8_t>& bytes) const {
         return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
     }
 
@@ -116,10 +120,9 @@ class FfmpegEncoder : public ClipWriter {
                   const std::string& words, const PendingOutput* from = nullptr)
         : m_file(*file), m_ffmpeg(command(*file, input, words), kept(*file, from)), m_bytes(codec) {}
 
-    void add(int, const RgbaImage& frame) override {
-        const std::string_view bytes = m_bytes.of(frame);
-        if (!m_ffmpeg.write(bytes.data(), bytes.size())) fail();
-    }
+    void add(int, const RgbaImage& frame) override { write(m_bytes.of(frame)); }
+    bool takesYuv420() const override { return m_bytes.areYuv420(); }
+    void addYuv420(int, const std::vector<uint8_t>& planes) override { write(m_bytes.of(planes)); }
 
     void finish() override {
         if (!m_ffmpeg.finish()) fail();
@@ -128,6 +131,10 @@ class FfmpegEncoder : public ClipWriter {
     }
 
   private:
+    void write(std::string_view bytes) {
+        if (!m_ffmpeg.write(bytes.data(), bytes.size())) fail();
+    }
+
     static std::vector<std::string> command(const PendingOutput& file, const std::vector<std::string>& input,
                                             const std::string& words) {
         // -xerror: without it a clip whose end found no room on the disk counts as success.
@@ -193,14 +200,18 @@ class PlainFrames : public ClipWriter {
         m_before_each = "FRAME\n";
     }
 
-    void add(int, const RgbaImage& frame) override {
-        writeAll(m_descriptor, m_before_each, m_name);
-        writeAll(m_descriptor, m_bytes.of(frame), m_name);
-    }
+    void add(int, const RgbaImage& frame) override { write(m_bytes.of(frame)); }
+    bool takesYuv420() const override { return m_bytes.areYuv420(); }
+    void addYuv420(int, const std::vector<uint8_t>& planes) override { write(m_bytes.of(planes)); }
 
     void finish() override { throwIfCancelled(); }
 
   private:
+    void write(std::string_view bytes) {
+        writeAll(m_descriptor, m_before_each, m_name);
+        writeAll(m_descriptor, bytes, m_name);
+    }
+
     int m_descriptor;
     std::string m_name;
     FrameBytes m_bytes;
@@ -214,6 +225,10 @@ class FileWriter : public ClipWriter {
         : m_output(path, settings.standard_output), m_encoder(encodeInto(&m_output, format, settings)) {}
 
     void add(int number, const RgbaImage& frame) override { m_encoder->add(number, frame); }
+    bool takesYuv420() const override { return m_encoder->takesYuv420(); }
+    void addYuv420(int number, const std::vector<uint8_t>& planes) override {
+        m_encoder->addYuv420(number, planes);
+    }
 
     void finish() override {
         m_encoder->finish();

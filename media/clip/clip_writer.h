@@ -1,8 +1,10 @@
 #ifndef QUORVANE_MEDIA_CLIP_CLIP_WRITER_H
 #define QUORVANE_MEDIA_CLIP_CLIP_WRITER_H
 
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "media/clip/output_format.h"
 #include "media/picture/image.h"
@@ -21,6 +23,12 @@ class ClipWriter {
     /// Frame `number`, counted from 0, of the size the writer was opened with; one after the other, unless
     /// the format takes any order. Throws Error, and Cancelled after a signal.
     virtual void add(int number, const RgbaImage& frame) = 0;
+
+    /// Whether addYuv420 takes frames too, which `add` would only bring to the same.
+    virtual bool takesYuv420() const { return false; }
+
+    /// As `add`, for a frame as toYuv420 makes it.
+    virtual void addYuv420(int /*number*/, const std::vector<uint8_t>& /*planes*/) {}
 
     /// Completes the clip, whose frames have all been added, and moves it to its place. Throws Error, and
     /// Cancelled after a signal.

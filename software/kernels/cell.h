@@ -20,6 +20,7 @@ constexpr int kPlaceBits = 15;
 constexpr int kPlaceOne = 1 << kPlaceBits;
 constexpr float kPlaceUnit = kPlaceOne;
 constexpr int kColourBits = 7;
+constexpr int kPartsCut = kColourBits - kColourPartBits;
 
 constexpr int kTile = 8;
 

@@ -86,6 +86,19 @@ struct Texture {
     float last_u, last_v;  ///< the last texel's place
 };
 
+/// The photo in Y'CbCr. Every byte stands next to the one of the row below, so that what is blended comes
+/// with one load: a texel is Y and Y below, and Cb, Cb below, Cr and Cr below. One column more than it has,
+/// as a copy of the last; the last row is its own row below.
+struct PlanarTexture {
+    const uint8_t* luma;
+    const uint8_t* colours;
+    int stride;            ///< texels
+    float last_u, last_v;  ///< the last texel's place
+};
+
+/// Fractional bits of the colours that `shadePlanar` gives, of which four can be added.
+constexpr int kColourPartBits = 5;
+
 namespace reference {
 
 /// Where the vertices of a block lie on the picture.
@@ -104,6 +117,13 @@ void drawCells(const CellBlock& block, const Band& band);
 /// Writes R, G, B and 255.
 void shade(const Texture& texture, const float* q, const float* u, const float* v, float far_q, int count,
            uint8_t* rgba);
+
+/// The same in Y'CbCr: a byte of luma a pixel, and Cb and Cr with kColourPartBits.
+void shadePlanar(const PlanarTexture& texture, const float* q, const float* u, const float* v, float far_q,
+                 int count, uint8_t* luma, int16_t* colours);
+
+/// Cb and Cr of `count` times 2 x 2 pixels, whose colours in two rows are `upper` and `lower`: their means.
+void meanColours(const int16_t* upper, const int16_t* lower, int count, uint8_t* cb, uint8_t* cr);
 
 }  // namespace reference
 }  // namespace quorvane::software

@@ -1,6 +1,7 @@
 #include <cstddef>
 #include <limits>
 
+#include "composition/bt709.h"
 #include "software/kernels/cell.h"
 #include "software/kernels/drawing.h"
 #include "software/kernels/pixel_lanes.h"
@@ -47,7 +48,7 @@ struct alignas(kBytes) Bounds {
 struct Cells {
     PerCell ax, ay, bx, by, cx, cy;
     Triangle first, second;
-    Bounds bounds;
+    Bounds pixels, samples;  ///< that it may cover; with one sample a pixel, of the pixels only
 };
 
 struct Side {
@@ -86,13 +87,40 @@ void putPlane(f32 corner, f32 first, f32 second, Side to_first, Side to_second, 
     plane->y.put(i, (d1 * to_second.x - d2 * to_first.x) * inverse);
 }
 
+/// The part of a band in which the centres of pixels lie no more than `reach` from where cells are.
+class Reach {
+  public:
+    Reach(const Band& band, float reach)
+        : m_left(splat(band.centre_x + reach)),
+          m_right(splat(band.centre_x - reach)),
+          m_above(splat(band.centre_y + reach)),
+          m_below(splat(band.centre_y - reach)),
+          m_width(splat(static_cast<float>(band.width))),
+          m_top(splat(static_cast<float>(band.top))),
+          m_bottom(splat(static_cast<float>(band.bottom))) {}
+
+    /// Stores the bounds of cells, and returns whether any of them has a pixel. Nothing of those that are not
+    /// drawable.
+    bool put(f32 min_x, f32 max_x, f32 min_y, f32 max_y, i32 drawable, int i, Bounds* bounds) const {
+        const f32 none = f32{}, one = splat(1.0f);
+        const i32 first_column = roundedUp(held(min_x - m_left, none, m_width));
+        const i32 end_column = truncated(held(max_x - m_right + one, none, m_width)) & drawable;
+        const i32 first_row = roundedUp(held(min_y - m_above, m_top, m_bottom));
+        const i32 end_row = truncated(held(max_y - m_below + one, m_top, m_bottom));
+        store(bounds->left + i, first_column);
+        store(bounds->right + i, end_column);
+        store(bounds->top + i, first_row);
+        store(bounds->bottom + i, end_row);
+        return any((first_column < end_column) & (first_row < end_row));
+    }
+
+  private:
+    const f32 m_left, m_right, m_above, m_below, m_width, m_top, m_bottom;
+};
+
 void setUp(const CellBlock& block, const Band& band, Cells* cells) {
-    const float reach = band.samples > 1 ? kSampleReach : kReach;
-    const f32 left = splat(band.centre_x + reach), right = splat(band.centre_x - reach);
-    const f32 above = splat(band.centre_y + reach), below = splat(band.centre_y - reach);
-    const f32 width = splat(static_cast<float>(band.width)), none = f32{}, one = splat(1.0f);
-    const f32 top = splat(static_cast<float>(band.top)), bottom = splat(static_cast<float>(band.bottom));
-    const f32 nearest = splat(kNearestQ);
+    const Reach to_pixels(band, kReach), to_samples(band, kSampleReach);
+    const f32 none = f32{}, nearest = splat(kNearestQ);
     for (int i = 0; i < block.count; i += kLanes) {
         const f32 qa = load<f32>(block.lower_q + i), qc = load<f32>(block.lower_q + i + 1);
         const f32 qb = load<f32>(block.upper_q + i), qd = load<f32>(block.upper_q + i + 1);
@@ -107,16 +135,10 @@ void setUp(const CellBlock& block, const Band& band, Cells* cells) {
         const f32 max_y = greater(greater(a.y, b.y), greater(c.y, d.y));
         const auto drawable = [=](f32 q) { return (q > none) & (q <= nearest); };
         const i32 all_drawable = drawable(qa) & drawable(qb) & drawable(qc) & drawable(qd);
-        const i32 first_column = roundedUp(held(min_x - left, none, width));
-        const i32 end_column = truncated(held(max_x - right + one, none, width)) & all_drawable;
-        const i32 first_row = roundedUp(held(min_y - above, top, bottom));
-        const i32 end_row = truncated(held(max_y - below + one, top, bottom));
-        Bounds& bounds = cells->bounds;
-        store(bounds.left + i, first_column);
-        store(bounds.right + i, end_column);
-        store(bounds.top + i, first_row);
-        store(bounds.bottom + i, end_row);
-        if (!any((first_column < end_column) & (first_row < end_row))) continue;
+        bool is_seen = to_pixels.put(min_x, max_x, min_y, max_y, all_drawable, i, &cells->pixels);
+        if (band.samples > 1)
+            is_seen = to_samples.put(min_x, max_x, min_y, max_y, all_drawable, i, &cells->samples);
+        if (!is_seen) continue;
 
         const Side ab = b - a, ac = c - a, bc = c - b, bd = d - b, cd = d - c;
         const f32 area1 = ac.x * ab.y - ac.y * ab.x, area2 = bc.x * bd.y - bc.y * bd.x;
@@ -212,7 +234,7 @@ class Columns {
 f32 placesFrom(int x, float centre) { return splat(static_cast<float>(x) + centre) + laneNumbers(); }
 
 void drawSamples(const Cells& cells, int i, const Band& band) {
-    const Bounds& bounds = cells.bounds;
+    const Bounds& bounds = cells.samples;
     const int left = bounds.left[i], right = bounds.right[i];
     const f32 before = splat(static_cast<float>(left) + band.centre_x);
     for (int column = left / kSampleBlock; column <= (right - 1) / kSampleBlock; ++column)
@@ -232,6 +254,58 @@ void drawSamples(const Cells& cells, int i, const Band& band) {
                 }
         }
 }
+
+/// What is fetched ahead of its use, in bytes of RGBA. A row of the photo is read nearly in order, but in
+/// steps of less than a cache line that some processors do not foresee.
+constexpr int kAhead = 768;
+
+/// Where in a texture some pixels side by side lie. Found before anything is read there: so a processor has
+/// many reads under way, rather than waiting for each place.
+class Places {
+  public:
+    static constexpr int kMost = 128;
+
+    template <typename AnyTexture>
+    Places(const AnyTexture& texture, float far_q, const float* q, const float* u, const float* v,
+           int count) {
+        const f32 last_u = splat(texture.last_u), last_v = splat(texture.last_v), unit = splat(kPlaceUnit);
+        const i32 stride = splat32(texture.stride);
+        for (int i = 0; i < count; i += kLanes) {
+            const f32 near = load<f32>(q + i), w = splat(1.0f) / near;
+            const i32 s = truncated(held(load<f32>(u + i) * w, f32{}, last_u) * unit);
+            const i32 t = truncated(held(load<f32>(v + i) * w, f32{}, last_v) * unit);
+            store(m_offsets + i, (t >> kPlaceBits) * stride + (s >> kPlaceBits));
+            const i32 right = s & (kPlaceOne - 1), down = t & (kPlaceOne - 1);
+            store(m_right + i, right | right << 16);
+            store(m_down + i, down | down << 16);
+            store(m_seen + i, near > splat(far_q));
+        }
+    }
+
+    /// Texels.
+    const int32_t* offsets(int i) const { return m_offsets + i; }
+    size_t first(int i) const { return static_cast<uint32_t>(m_offsets[i]); }
+
+    // Of kPlaceOne, in both halves of a lane.
+    i32 right(int i) const { return load<i32>(m_right + i); }
+    i32 down(int i) const { return load<i32>(m_down + i); }
+
+    /// `some` where anything is seen, else `none`.
+    i32 seen(int i, i32 some, i32 none) const {
+        const i32 mask = load<i32>(m_seen + i);
+        return (some & mask) | (none & ~mask);
+    }
+
+  private:
+    alignas(kBytes) int32_t m_offsets[kMost], m_right[kMost], m_down[kMost], m_seen[kMost];
+};
+
+i16 blend(i16 from, i16 to, i16 part) { return from + multiplyRounded(to - from, part); }
+
+/// With kColourBits.
+constexpr int kUp = 8 - kColourBits;
+i16 evenBytes(u8 of) { return (i16)((u16)of << 8 >> kUp); }
+i16 oddBytes(u8 of) { return (i16)(((u16)of & 0xff00) >> kUp); }
 
 }  // namespace
 
@@ -282,13 +356,12 @@ void findFacings(const CellBlock& block, float edge_on_area, uint8_t* facings) {
 void drawCells(const CellBlock& block, const Band& band) {
     Cells cells;
     setUp(block, band, &cells);
-    const Bounds& bounds = cells.bounds;
     for (int i = 0; i < block.count; ++i) {
-        const int left = bounds.left[i], right = bounds.right[i], top = bounds.top[i],
-                  bottom = bounds.bottom[i];
-        if (left >= right || top >= bottom) continue;
+        const Bounds& pixels = cells.pixels;
+        const int left = pixels.left[i], right = pixels.right[i], top = pixels.top[i],
+                  bottom = pixels.bottom[i];
         const f32 end = splat(static_cast<float>(right) + band.centre_x);
-        for (int x = left; x < right; x += kLanes) {
+        for (int x = left; x < right && top < bottom; x += kLanes) {
             const Columns columns(cells, i, placesFrom(x, band.centre_x), end);
             size_t pixel = static_cast<size_t>(top - band.top) * static_cast<size_t>(band.stride) +
                            static_cast<size_t>(x);
@@ -299,61 +372,99 @@ void drawCells(const CellBlock& block, const Band& band) {
                 pixel += static_cast<size_t>(band.stride);
             }
         }
-        if (band.samples > 1 && touchesMarked(band, left, right, top, bottom)) drawSamples(cells, i, band);
+        if (band.samples == 1) continue;
+        const Bounds& samples = cells.samples;
+        if (samples.left[i] < samples.right[i] && samples.top[i] < samples.bottom[i] &&
+            touchesMarked(band, samples.left[i], samples.right[i], samples.top[i], samples.bottom[i]))
+            drawSamples(cells, i, band);
     }
 }
 
 void shade(const Texture& texture, const float* q, const float* u, const float* v, float far_q, int count,
            uint8_t* rgba) {
-    const f32 last_u = splat(texture.last_u), last_v = splat(texture.last_v), unit = splat(kPlaceUnit);
-    const i32 stride = splat32(texture.stride);
     const uint8_t* row = texture.texels;
     const uint8_t* next_row = row + 4 * static_cast<size_t>(texture.stride);
-    // What is fetched ahead of its use, in bytes. A row of the photo is read nearly in order, but in steps of
-    // less than a cache line that some processors do not foresee.
-    constexpr int kAhead = 768;
-    const auto blend = [](i16 from, i16 to, i16 part) { return from + multiplyRounded(to - from, part); };
-    for (int i = 0; i < count; i += kLanes) {
-        const f32 near = load<f32>(q + i);
-        const f32 w = splat(1.0f) / near;
-        const i32 s = truncated(held(load<f32>(u + i) * w, f32{}, last_u) * unit);
-        const i32 t = truncated(held(load<f32>(v + i) * w, f32{}, last_v) * unit);
-        int32_t offsets[kLanes];
-        spill(offsets, (t >> kPlaceBits) * stride + (s >> kPlaceBits));
-        prefetch(next_row + 4 * static_cast<size_t>(static_cast<uint32_t>(offsets[0])) + kAhead);
-        i32 fx = s & (kPlaceOne - 1), fy = t & (kPlaceOne - 1);
-        fx |= fx << 16;
-        fy |= fy << 16;
+    for (int start = 0; start < count; start += Places::kMost) {
+        const int some = count - start < Places::kMost ? count - start : Places::kMost;
+        const Places places(texture, far_q, q + start, u + start, v + start, some);
+        for (int i = 0; i < some; i += kLanes) {
+            prefetch(next_row + 4 * places.first(i) + kAhead);
 
-        // Red and blue stay apart from green and alpha, as 16-bit lanes where they are. After blending down,
-        // a pixel has its left and its right colour side by side.
-        const auto down = [&](u8 upper, u8 lower, i32 part) {
-            constexpr int kUp = 8 - kColourBits;
-            const auto even = [](u8 of) { return (i16)((u16)of << 8 >> kUp); };
-            const auto odd = [](u8 of) { return (i16)(((u16)of & 0xff00) >> kUp); };
-            struct Blended {
-                i32 even, odd;
+            // Red and blue stay apart from green and alpha, as 16-bit lanes where they are. After blending
+            // down, a pixel has its left and its right colour side by side.
+            const auto down = [&](u8 upper, u8 lower, i32 part) {
+                struct Blended {
+                    i32 even, odd;
+                };
+                return Blended{(i32)blend(evenBytes(upper), evenBytes(lower), (i16)part),
+                               (i32)blend(oddBytes(upper), oddBytes(lower), (i16)part)};
             };
-            return Blended{(i32)blend(even(upper), even(lower), (i16)part),
-                           (i32)blend(odd(upper), odd(lower), (i16)part)};
-        };
-        const auto first = down(loadPairs<0>(row, offsets), loadPairs<0>(next_row, offsets), doubleFirst(fy));
-        const auto second = down(loadPairs<2>(row, offsets), loadPairs<2>(next_row, offsets), doubleLast(fy));
-        const auto across = [&](i32 a, i32 b) {
-            return blend((i16)joinEven(a, b), (i16)joinOdd(a, b), (i16)fx) + (1 << (kColourBits - 1));
-        };
-        const u16 even = (u16)across(first.even, second.even) >> kColourBits;
-        const u16 odd = (u16)across(first.odd, second.odd) >> kColourBits << 8;
-        const i32 seen = near > splat(far_q);
-        const i32 black = splat32(static_cast<int32_t>(0xff000000u));
-        const i32 pixels = ((i32)(even | odd) & seen) | (black & ~seen);
-        if (count - i >= kLanes) {
-            store(rgba + 4 * i, pixels);
-            continue;
+            const int32_t* offsets = places.offsets(i);
+            const auto first = down(loadPairs<0>(row, offsets), loadPairs<0>(next_row, offsets),
+                                    doubleFirst(places.down(i)));
+            const auto second =
+                down(loadPairs<2>(row, offsets), loadPairs<2>(next_row, offsets), doubleLast(places.down(i)));
+            const auto across = [&](i32 a, i32 b) {
+                return blend((i16)joinEven(a, b), (i16)joinOdd(a, b), (i16)places.right(i)) +
+                       (1 << (kColourBits - 1));
+            };
+            const u16 even = (u16)across(first.even, second.even) >> kColourBits;
+            const u16 odd = (u16)across(first.odd, second.odd) >> kColourBits << 8;
+            const i32 black = splat32(static_cast<int32_t>(0xff000000u));
+            const i32 pixels = places.seen(i, (i32)(even | odd), black);
+            uint8_t* to = rgba + 4 * (start + i);
+            if (some - i >= kLanes) {
+                store(to, pixels);
+                continue;
+            }
+            uint8_t last[kBytes];
+            store(last, pixels);
+            __builtin_memcpy(to, last, 4 * static_cast<size_t>(some - i));
         }
-        uint8_t some[kBytes];
-        store(some, pixels);
-        __builtin_memcpy(rgba + 4 * i, some, 4 * static_cast<size_t>(count - i));
+    }
+}
+
+void shadePlanar(const PlanarTexture& texture, const float* q, const float* u, const float* v, float far_q,
+                 int count, uint8_t* luma, int16_t* colours) {
+    constexpr int kNoColours = bt709::kNoColour << kColourPartBits;
+    const i32 black = splat32(bt709::kBlackLuma), gray = splat32(kNoColours | kNoColours << 16);
+    for (int start = 0; start < count; start += Places::kMost) {
+        const int some = count - start < Places::kMost ? count - start : Places::kMost;
+        const Places places(texture, far_q, q + start, u + start, v + start, some);
+        for (int i = 0; i < some; i += kLanes) {
+            // Blended down, a pixel has its left luma in the lower and its right one in the upper half.
+            prefetch(texture.luma + 2 * places.first(i) + kAhead / 2);
+            const u8 four = (u8)loadEach(texture.luma, places.offsets(i));
+            const i16 sides = blend(evenBytes(four), oddBytes(four), (i16)places.down(i));
+            const i16 right = (i16)((u32)sides >> 16);
+            const i16 mixed = blend(sides, right, (i16)places.right(i)) + (1 << (kColourBits - 1));
+            const i32 y = ((i32)mixed & 0xffff) >> kColourBits;
+            storeBytes(luma + start + i, places.seen(i, y, black), some - i);
+        }
+        for (int i = 0; i < some; i += kLanes) {
+            prefetch(texture.colours + 4 * places.first(i) + kAhead);
+            const auto down = [&](u8 pairs, i32 part) {
+                return (i32)blend(evenBytes(pairs), oddBytes(pairs), (i16)part);
+            };
+            const i32 a = down(loadPairs<0>(texture.colours, places.offsets(i)), doubleFirst(places.down(i)));
+            const i32 b = down(loadPairs<2>(texture.colours, places.offsets(i)), doubleLast(places.down(i)));
+            const i16 both = blend((i16)joinEven(a, b), (i16)joinOdd(a, b), (i16)places.right(i));
+            const i32 cut = (i32)((both + (1 << (kPartsCut - 1))) >> kPartsCut);
+            store(colours + 2 * (start + i), places.seen(i, cut, gray));
+        }
+    }
+}
+
+void meanColours(const int16_t* upper, const int16_t* lower, int count, uint8_t* cb, uint8_t* cr) {
+    constexpr int kBits = kColourPartBits + 2;
+    for (int i = 0; i < count; i += kLanes) {
+        const auto sum = [&](int first) {
+            return (i32)(load<i16>(upper + 4 * i + first) + load<i16>(lower + 4 * i + first));
+        };
+        const i16 sums = addPairs(sum(0), sum(2 * kLanes));
+        const i32 means = (i32)((u16)(sums + (1 << (kBits - 1))) >> kBits);
+        storeBytes(cb + i, means & 0xffff, count - i);
+        storeBytes(cr + i, (i32)((u32)means >> 16), count - i);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <limits>
 
+#include "composition/bt709.h"
 #include "software/kernels/cell.h"
 #include "software/kernels/drawing.h"
 
@@ -40,11 +41,16 @@ struct Corner {
     float x, y, q, u, v;
 };
 
+struct Bounds {
+    int left, right, top, bottom;
+    bool isEmpty() const { return left >= right || top >= bottom; }
+};
+
 /// A cell set up for drawing.
 struct Cell {
     float ax, ay, bx, by, cx, cy;
     Triangle first, second;
-    int left, right, top, bottom;
+    Bounds pixels, samples;  ///< that it may cover
 };
 
 float turned(float value, float sign) { return std::signbit(sign) ? -value : value; }
@@ -94,19 +100,23 @@ Cell setUp(const CellBlock& block, int i, const Band& band) {
     cell.second.u = planeOf(b.u, d.u, c.u, bd, bc, inverse2);
     cell.second.v = planeOf(b.v, d.v, c.v, bd, bc, inverse2);
 
-    const float reach = band.samples > 1 ? kSampleReach : kReach;
     const float width = static_cast<float>(band.width);
     const float top = static_cast<float>(band.top), bottom = static_cast<float>(band.bottom);
     const float min_x = std::min(std::min(a.x, b.x), std::min(c.x, d.x));
     const float max_x = std::max(std::max(a.x, b.x), std::max(c.x, d.x));
     const float min_y = std::min(std::min(a.y, b.y), std::min(c.y, d.y));
     const float max_y = std::max(std::max(a.y, b.y), std::max(c.y, d.y));
-    cell.left = roundedUp(held(min_x - (band.centre_x + reach), 0.0f, width));
-    cell.right = static_cast<int>(held(max_x - (band.centre_x - reach) + 1.0f, 0.0f, width));
-    cell.top = roundedUp(held(min_y - (band.centre_y + reach), top, bottom));
-    cell.bottom = static_cast<int>(held(max_y - (band.centre_y - reach) + 1.0f, top, bottom));
-    for (const float q : {a.q, b.q, c.q, d.q})
-        if (!(q > 0.0f && q <= kNearestQ)) cell.right = 0;
+    bool drawable = true;
+    for (const float q : {a.q, b.q, c.q, d.q}) drawable = drawable && q > 0.0f && q <= kNearestQ;
+    const auto within = [&](float reach) {
+        return Bounds{
+            roundedUp(held(min_x - (band.centre_x + reach), 0.0f, width)),
+            drawable ? static_cast<int>(held(max_x - (band.centre_x - reach) + 1.0f, 0.0f, width)) : 0,
+            roundedUp(held(min_y - (band.centre_y + reach), top, bottom)),
+            static_cast<int>(held(max_y - (band.centre_y - reach) + 1.0f, top, bottom))};
+    };
+    cell.pixels = within(kReach);
+    cell.samples = within(kSampleReach);
     return cell;
 }
 
@@ -139,9 +149,40 @@ void put(const Place& place, float* q, float* u, float* v) {
     *v = place.v;
 }
 
+/// Where between four texels, whose first is `index`.
+struct Texel {
+    size_t index;
+    int right, down;  ///< of kPlaceOne
+};
+
+template <typename AnyTexture>
+Texel texelAt(float q, float u, float v, const AnyTexture& texture) {
+    const float w = 1.0f / q;
+    const int s = static_cast<int>(held(u * w, 0.0f, texture.last_u) * kPlaceUnit);
+    const int t = static_cast<int>(held(v * w, 0.0f, texture.last_v) * kPlaceUnit);
+    return {static_cast<size_t>(t >> kPlaceBits) * static_cast<size_t>(texture.stride) +
+                static_cast<size_t>(s >> kPlaceBits),
+            s & (kPlaceOne - 1), t & (kPlaceOne - 1)};
+}
+
+/// With kColourBits, of the upper left, lower left, upper right and lower right.
+int bilinear(const Texel& place, int a, int b, int c, int d) {
+    const auto blend = [](int from, int to, int part) {
+        return from + (((to - from) * part + kPlaceOne / 2) >> kPlaceBits);
+    };
+    const int left = blend(a << kColourBits, b << kColourBits, place.down);
+    const int right = blend(c << kColourBits, d << kColourBits, place.down);
+    return blend(left, right, place.right);
+}
+
+uint8_t roundedColour(int colour) {
+    return static_cast<uint8_t>((colour + (1 << (kColourBits - 1))) >> kColourBits);
+}
+
 void drawSamples(const Cell& cell, const Band& band) {
-    for (int y = cell.top; y < cell.bottom; ++y)
-        for (int x = cell.left; x < cell.right; ++x) {
+    const Bounds& bounds = cell.samples;
+    for (int y = bounds.top; y < bounds.bottom; ++y)
+        for (int x = bounds.left; x < bounds.right; ++x) {
             const int slot = band.slots[(y - band.top) * band.slot_stride + x / kSampleBlock];
             if (slot < 0) continue;
             for (int s = 0; s < band.samples; ++s) {
@@ -196,10 +237,9 @@ void findFacings(const CellBlock& block, float edge_on_area, uint8_t* facings) {
 void drawCells(const CellBlock& block, const Band& band) {
     for (int i = 0; i < block.count; ++i) {
         const Cell cell = setUp(block, i, band);
-        if (cell.left >= cell.right || cell.top >= cell.bottom) continue;
-        for (int y = cell.top; y < cell.bottom; ++y) {
+        for (int y = cell.pixels.top; y < cell.pixels.bottom; ++y) {
             const size_t row = static_cast<size_t>(y - band.top) * static_cast<size_t>(band.stride);
-            for (int x = cell.left; x < cell.right; ++x) {
+            for (int x = cell.pixels.left; x < cell.pixels.right; ++x) {
                 const size_t pixel = row + static_cast<size_t>(x);
                 Place place;
                 if (covers(cell, static_cast<float>(x) + band.centre_x, static_cast<float>(y) + band.centre_y,
@@ -207,7 +247,9 @@ void drawCells(const CellBlock& block, const Band& band) {
                     put(place, band.q + pixel, band.u + pixel, band.v + pixel);
             }
         }
-        if (band.samples > 1 && touchesMarked(band, cell.left, cell.right, cell.top, cell.bottom))
+        const Bounds& samples = cell.samples;
+        if (band.samples > 1 && !samples.isEmpty() &&
+            touchesMarked(band, samples.left, samples.right, samples.top, samples.bottom))
             drawSamples(cell, band);
     }
 }
@@ -220,23 +262,41 @@ void shade(const Texture& texture, const float* q, const float* u, const float* 
             rgba[3] = 255;
             continue;
         }
-        const float w = 1.0f / q[i];
-        const int s = static_cast<int>(held(u[i] * w, 0.0f, texture.last_u) * kPlaceUnit);
-        const int t = static_cast<int>(held(v[i] * w, 0.0f, texture.last_v) * kPlaceUnit);
-        const int fx = s & (kPlaceOne - 1), fy = t & (kPlaceOne - 1);
-        const uint8_t* texel =
-            texture.texels + 4 * (static_cast<size_t>(t >> kPlaceBits) * static_cast<size_t>(texture.stride) +
-                                  static_cast<size_t>(s >> kPlaceBits));
+        const Texel place = texelAt(q[i], u[i], v[i], texture);
+        const uint8_t* texel = texture.texels + 4 * place.index;
         const uint8_t* below = texel + 4 * static_cast<size_t>(texture.stride);
-        const auto blend = [](int from, int to, int part) {
-            return from + (((to - from) * part + kPlaceOne / 2) >> kPlaceBits);
-        };
-        for (int c = 0; c < 4; ++c) {
-            const int left = blend(texel[c] << kColourBits, below[c] << kColourBits, fy);
-            const int right = blend(texel[4 + c] << kColourBits, below[4 + c] << kColourBits, fy);
-            rgba[c] =
-                static_cast<uint8_t>((blend(left, right, fx) + (1 << (kColourBits - 1))) >> kColourBits);
+        for (int c = 0; c < 4; ++c)
+            rgba[c] = roundedColour(bilinear(place, texel[c], below[c], texel[4 + c], below[4 + c]));
+    }
+}
+
+void shadePlanar(const PlanarTexture& texture, const float* q, const float* u, const float* v, float far_q,
+                 int count, uint8_t* luma, int16_t* colours) {
+    for (int i = 0; i < count; ++i, colours += 2) {
+        if (!(q[i] > far_q)) {
+            luma[i] = bt709::kBlackLuma;
+            colours[0] = colours[1] = bt709::kNoColour << kColourPartBits;
+            continue;
         }
+        const Texel place = texelAt(q[i], u[i], v[i], texture);
+        const uint8_t* y = texture.luma + 2 * place.index;
+        luma[i] = roundedColour(bilinear(place, y[0], y[1], y[2], y[3]));
+        const uint8_t* c = texture.colours + 4 * place.index;
+        for (int k = 0; k < 2; ++k, c += 2)
+            colours[k] = static_cast<int16_t>(
+                (bilinear(place, c[0], c[1], c[4], c[5]) + (1 << (kPartsCut - 1))) >> kPartsCut);
+    }
+}
+
+void meanColours(const int16_t* upper, const int16_t* lower, int count, uint8_t* cb, uint8_t* cr) {
+    constexpr int kBits = kColourPartBits + 2;
+    for (int i = 0; i < count; ++i, upper += 4, lower += 4) {
+        const auto mean = [&](int c) {
+            const int sum = upper[c] + upper[c + 2] + lower[c] + lower[c + 2];
+            return static_cast<uint8_t>((sum + (1 << (kBits - 1))) >> kBits);
+        };
+        cb[i] = mean(0);
+        cr[i] = mean(1);
     }
 }
 

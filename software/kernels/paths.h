@@ -15,6 +15,8 @@ struct DrawingPath {
     decltype(&reference::findFacings) findFacings;
     decltype(&reference::drawCells) drawCells;
     decltype(&reference::shade) shade;
+    decltype(&reference::shadePlanar) shadePlanar;
+    decltype(&reference::meanColours) meanColours;
 };
 
 /// All paths of this build, the reference first and the fastest last.

@@ -86,17 +86,10 @@ inline i16 multiplyRounded(i16 a, i16 b) {
 #endif
 }
 
-/// The lanes to memory, past which the compiler does not see: scalar loads are cheaper than taking them out
-/// of a vector.
-inline void spill(int32_t (&lanes)[kLanes], i32 v) {
-    store(lanes, v);
-    asm volatile("" : "+m"(lanes));
-}
-
 /// Two times 8 bytes a group, from p + 4 * offset: of the offsets `first` and `first` + 1 of each group of
 /// four.
 template <int first>
-inline u8 loadPairs(const uint8_t* p, const int32_t (&offsets)[kLanes]) {
+inline u8 loadPairs(const uint8_t* p, const int32_t* offsets) {
     const auto place = [&](int i) { return p + 4 * static_cast<size_t>(static_cast<uint32_t>(offsets[i])); };
 #if defined(QUORVANE_LANES_AVX2)
     // Loads that broadcast need no shuffle.
@@ -119,6 +112,24 @@ inline u8 loadPairs(const uint8_t* p, const int32_t (&offsets)[kLanes]) {
 #endif
 }
 
+/// 4 bytes a lane, from p + 2 * offset.
+inline i32 loadEach(const uint8_t* p, const int32_t* offsets) {
+    const auto bytes = [&](int i) {
+        int32_t four;
+        __builtin_memcpy(&four, p + 2 * static_cast<size_t>(static_cast<uint32_t>(offsets[i])), sizeof four);
+        return four;
+    };
+#if defined(QUORVANE_LANES_AVX2)
+    // As above; some processors' gathers are slower than this by far.
+    const auto each = [&](int i) { return _mm256_set1_epi32(bytes(i)); };
+    const Raw a = _mm256_blend_epi32(each(0), each(1), 0x02), b = _mm256_blend_epi32(each(2), each(3), 0x08);
+    const Raw c = _mm256_blend_epi32(each(4), each(5), 0x20), d = _mm256_blend_epi32(each(6), each(7), 0x80);
+    return (i32)_mm256_blend_epi32(_mm256_blend_epi32(a, b, 0x0c), _mm256_blend_epi32(c, d, 0xc0), 0xf0);
+#else
+    return i32{bytes(0), bytes(1), bytes(2), bytes(3)};
+#endif
+}
+
 /// The even, or the odd, lanes of each group of a and then of b.
 inline i32 joinEven(i32 a, i32 b) {
 #if defined(QUORVANE_LANES_PLAIN) || defined(QUORVANE_LANES_NEON)
@@ -132,6 +143,16 @@ inline i32 joinOdd(i32 a, i32 b) {
     return __builtin_shufflevector(a, b, 1, 3, 5, 7);
 #else
     return (i32)QUORVANE_MM(shuffle_ps)((RawFloat)a, (RawFloat)b, 0xdd);
+#endif
+}
+
+/// The sums of two neighbours each, lanes of a and then of b, as 16 bits.
+inline i16 addPairs(i32 a, i32 b) {
+    const i32 sums = (i32)((i16)joinEven(a, b) + (i16)joinOdd(a, b));
+#if defined(QUORVANE_LANES_AVX2)
+    return (i16)__builtin_shufflevector(sums, sums, 0, 1, 4, 5, 2, 3, 6, 7);
+#else
+    return (i16)sums;
 #endif
 }
 

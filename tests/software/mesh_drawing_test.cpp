@@ -106,7 +106,7 @@ Bytes drawn(const Case& c, const Camera& camera, int samples, const DrawingPath&
     // Room behind the rows, in which nothing may be written.
     const size_t stride = 4 * static_cast<size_t>(c.width) + 12;
     Bytes rgba(stride * static_cast<size_t>(c.height), 77);
-    drawing.draw(camera, samples, {rgba.data(), stride, c.width, c.height});
+    drawing.draw(camera, samples, PictureBuffer{rgba.data(), stride, c.width, c.height});
     Bytes tight;
     for (size_t y = 0; y < static_cast<size_t>(c.height); ++y) {
         const auto row = rgba.begin() + static_cast<std::ptrdiff_t>(y * stride);
@@ -118,6 +118,67 @@ Bytes drawn(const Case& c, const Camera& camera, int samples, const DrawingPath&
 }
 
 Bytes drawn(const Case& c, int samples) { return drawn(c, cameraOf(c), samples, chosenDrawingPath(), 2); }
+
+/// Of even sides, as pictures in Y'CbCr are.
+Case even(Case c) {
+    c.width -= c.width % 2;
+    c.height -= c.height % 2;
+    return c;
+}
+
+/// Luma, and after it Cb and Cr at half the size.
+Bytes drawnPlanar(const Case& c, const Camera& camera, int samples, const DrawingPath& path, int threads) {
+    MeshDrawing drawing(path, threads);
+    drawing.setPhoto(photoOf(c.photo_width, c.photo_height).data(), c.photo_width, c.photo_height);
+    drawing.setShapedDepth(depthOf(c.grid_width, c.grid_height).data(), c.grid_width, c.grid_height);
+    const size_t pixels = static_cast<size_t>(c.width) * static_cast<size_t>(c.height);
+    // Room between the planes, in which nothing may be written.
+    constexpr size_t kRoom = 16;
+    Bytes luma(pixels + kRoom, 77), cb(pixels / 4 + kRoom, 77), cr(pixels / 4 + kRoom, 77);
+    drawing.draw(camera, samples, PlanarPicture{luma.data(), cb.data(), cr.data(), c.width, c.height});
+    Bytes all;
+    for (const Bytes* plane : {&luma, &cb, &cr}) {
+        const auto end = plane->end() - kRoom;
+        EXPECT_EQ(std::count(end, plane->end(), 77), kRoom);
+        all.insert(all.end(), plane->begin(), end);
+    }
+    return all;
+}
+
+Bytes drawnPlanar(const Case& c, int samples) {
+    return drawnPlanar(c, cameraOf(c), samples, chosenDrawingPath(), 2);
+}
+
+/// A picture of 0..255 in Y'CbCr as ITU-R BT.709-6 has it in 3.2 to 3.4 and 4.6, and as drawnPlanar orders
+/// it: the colours for the mean of 2 x 2 pixels. `channels` a pixel, the first three red, green and blue.
+template <typename Sample>
+std::vector<double> inPlanes(const std::vector<Sample>& picture, size_t channels, int width, int height) {
+    struct Colour {
+        double red = 0, green = 0, blue = 0;
+        double luma() const { return 0.2126 * red + 0.7152 * green + 0.0722 * blue; }
+    };
+    const auto mean = [&](int x, int y, int side) {
+        Colour sum;
+        for (int i = 0; i < side * side; ++i) {
+            const size_t pixel = channels * static_cast<size_t>((y + i / side) * width + x + i % side);
+            sum.red += static_cast<double>(picture[pixel]) / (255.0 * side * side);
+            sum.green += static_cast<double>(picture[pixel + 1]) / (255.0 * side * side);
+            sum.blue += static_cast<double>(picture[pixel + 2]) / (255.0 * side * side);
+        }
+        return sum;
+    };
+    std::vector<double> luma, cb, cr;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) luma.push_back(16 + 219 * mean(x, y, 1).luma());
+    for (int y = 0; y < height; y += 2)
+        for (int x = 0; x < width; x += 2) {
+            const Colour colour = mean(x, y, 2);
+            cb.push_back(128 + 224 * (colour.blue - colour.luma()) / 1.8556);
+            cr.push_back(128 + 224 * (colour.red - colour.luma()) / 1.5748);
+        }
+    for (const std::vector<double>* plane : {&cb, &cr}) luma.insert(luma.end(), plane->begin(), plane->end());
+    return luma;
+}
 
 /// Calls visit(x, y, jump) for every pixel: how much the neighbourhood's places differ at most.
 template <typename Visit>
@@ -169,6 +230,43 @@ TEST_P(MeshDrawingView, AgreesWithTheModelAwayFromSilhouettes) {
     }
 }
 
+TEST_P(MeshDrawingView, InPlanesAgreesWithTheModelAwayFromSilhouettes) {
+    const Case c = even(GetParam());
+    const std::vector<double> model = inPlanes(test::modelPicture(sceneOf(c)), 3, c.width, c.height);
+    const size_t pixels = static_cast<size_t>(c.width) * static_cast<size_t>(c.height);
+    for (const int samples : {1, 4}) {
+        const Bytes planes = drawnPlanar(c, samples);
+        ASSERT_EQ(planes.size(), model.size());
+        int compared = 0, wrong = 0;
+        const auto compare = [&](size_t at) {
+            ++compared;
+            if (std::abs(model[at] - planes[at]) > 1.0) ++wrong;
+        };
+        std::vector<int> smooth(pixels / 4);
+        eachPixel(c, [&](int x, int y, double jump) {
+            if (jump > kSilhouette) return;
+            compare(static_cast<size_t>(y * c.width + x));
+            ++smooth[static_cast<size_t>(y / 2 * (c.width / 2) + x / 2)];
+        });
+        for (size_t i = 0; i < smooth.size(); ++i)
+            for (const size_t plane : {pixels, pixels + pixels / 4})
+                if (smooth[i] == 4) compare(plane + i);
+        EXPECT_GT(compared, c.width * c.height * 12 / 10);
+        EXPECT_LE(wrong, compared / 1000) << samples << " samples";
+    }
+}
+
+TEST_P(MeshDrawingView, InPlanesIsTheSamePictureAtSilhouettesToo) {
+    const Case c = even(GetParam());
+    for (const int samples : {1, 4}) {
+        const std::vector<double> wanted = inPlanes(drawn(c, samples), 4, c.width, c.height);
+        const Bytes planes = drawnPlanar(c, samples);
+        ASSERT_EQ(planes.size(), wanted.size());
+        // Both round twice: the colours of the texels or of the pixels, and what is given out.
+        for (size_t i = 0; i < planes.size(); ++i) ASSERT_NEAR(planes[i], wanted[i], 2.0) << "byte " << i;
+    }
+}
+
 TEST_P(MeshDrawingView, HasNoHolesAndIsBlackPastTheMesh) {
     const Case& c = GetParam();
     const std::vector<double> model = test::modelPicture(sceneOf(c));
@@ -191,6 +289,21 @@ TEST_P(MeshDrawingView, EveryPathAndNumberOfThreadsGivesTheSameBytes) {
         }
         for (const int threads : {2, 3, 7})
             EXPECT_EQ(drawn(c, cameraOf(c), samples, chosenDrawingPath(), threads), wanted)
+                << threads << " threads";
+    }
+}
+
+TEST_P(MeshDrawingView, EveryPathAndNumberOfThreadsGivesTheSamePlanes) {
+    const Case c = even(GetParam());
+    for (const int samples : {1, 8}) {
+        const Bytes wanted = drawnPlanar(c, cameraOf(c), samples, drawingPaths().front(), 1);
+        for (const DrawingPath& path : drawingPaths()) {
+            if (!path.runsHere()) continue;
+            EXPECT_EQ(drawnPlanar(c, cameraOf(c), samples, path, 1), wanted)
+                << path.name << ", " << samples << " samples";
+        }
+        for (const int threads : {2, 7})
+            EXPECT_EQ(drawnPlanar(c, cameraOf(c), samples, chosenDrawingPath(), threads), wanted)
                 << threads << " threads";
     }
 }
@@ -287,6 +400,41 @@ TEST(MeshDrawing, TinyPhotosGridsAndPicturesAreDrawn) {
         }
 }
 
+TEST(MeshDrawing, TinyPhotosAndPicturesAreDrawnInPlanes) {
+    const Case sizes[] = {{"", 2, 2, 1, 1, 1, 1, 0, 0, 0.81f, 40},
+                          {"", 6, 4, 2, 1, 1, 1, 0.5f, 0.5f, 0.81f, 40},
+                          {"", 70, 36, 1, 9, 1, 3, -1, 1, 0.81f, 40},
+                          {"", 270, 34, 65, 64, 65, 64, 1, -1, 0.81f, 40}};
+    for (const Case& c : sizes)
+        for (const int samples : {1, 4}) {
+            const Bytes wanted = drawnPlanar(c, cameraOf(c), samples, drawingPaths().front(), 1);
+            const size_t middle = static_cast<size_t>(c.height / 2 * c.width + c.width / 2);
+            EXPECT_GT(wanted[middle], 20) << "the middle is not black";
+            for (const DrawingPath& path : drawingPaths())
+                if (path.runsHere()) {
+                    EXPECT_EQ(drawnPlanar(c, cameraOf(c), samples, path, 2), wanted) << path.name;
+                }
+        }
+}
+
+TEST(MeshDrawing, AnotherPhotoShowsInPlanesToo) {
+    const Case& c = kCases[0];
+    MeshDrawing drawing(chosenDrawingPath(), 2);
+    const size_t pixels = static_cast<size_t>(c.width) * static_cast<size_t>(c.height);
+    Bytes planes(pixels / 2 * 3);
+    for (const int level : {0, 255, 128}) {
+        const Bytes photo(3 * static_cast<size_t>(c.photo_width) * static_cast<size_t>(c.photo_height),
+                          static_cast<uint8_t>(level));
+        drawing.setPhoto(photo.data(), c.photo_width, c.photo_height);
+        drawing.setShapedDepth(depthOf(c.grid_width, c.grid_height).data(), c.grid_width, c.grid_height);
+        drawing.draw(cameraOf(c), 4,
+                     PlanarPicture{planes.data(), planes.data() + pixels, planes.data() + pixels / 4 * 5,
+                                   c.width, c.height});
+        const int luma = static_cast<int>(std::lround(16 + 219 * level / 255.0));
+        for (size_t i = 0; i < planes.size(); ++i) ASSERT_EQ(planes[i], i < pixels ? luma : 128) << i;
+    }
+}
+
 TEST(MeshDrawing, OneColourStaysThatColourWhereverTheMeshIs) {
     const Case& c = kCases[3];
     MeshDrawing drawing(chosenDrawingPath(), 2);
@@ -296,7 +444,7 @@ TEST(MeshDrawing, OneColourStaysThatColourWhereverTheMeshIs) {
     Bytes rgba(4 * static_cast<size_t>(c.width) * static_cast<size_t>(c.height));
     for (const int samples : {1, 4}) {
         drawing.draw(cameraOf(c), samples,
-                     {rgba.data(), 4 * static_cast<size_t>(c.width), c.width, c.height});
+                     PictureBuffer{rgba.data(), 4 * static_cast<size_t>(c.width), c.width, c.height});
         for (size_t i = 0; i < rgba.size(); ++i) ASSERT_EQ(rgba[i], i % 4 == 3 ? 255 : 201) << "byte " << i;
     }
 }

@@ -212,6 +212,29 @@ TEST(SoftwareView, PaddingOfTheRowsThatItFillsStaysAsItWas) {
         ASSERT_EQ(padded[i], i % 100 < 96 ? tight[i / 100 * 96 + i % 100] : 7);
 }
 
+// The same picture, whose colours mesh_drawing_test.cpp compares.
+TEST(SoftwareView, DrawsStraightIntoPlanes) {
+    std::unique_ptr<SoftwareView> view;
+    ASSERT_TRUE(SoftwareView::create(24, 16, {}, &view).ok());
+    EXPECT_TRUE(view->drawsYuv420());
+    Bytes planes(24 * 16 * 3 / 2 + 1, 7);
+    EXPECT_EQ(view->renderYuv420(planes.data(), planes.size()).message(), "nothing to draw: no photo is set");
+    // A gray photo: by hand, 16 + 219 * 100 / 255 is 101.9.
+    ASSERT_TRUE(view->setPhoto({Bytes(3 * 24 * 16, 100), 24, 16}).ok());
+    ASSERT_TRUE(view->setDepth({depthOf(24, 16), 24, 16}).ok());
+    EXPECT_EQ(view->renderYuv420(planes.data(), 24 * 16 * 3 / 2 - 1).message(),
+              "drawing Y'CbCr: 24 x 16 pixels take 576 bytes, and there are 575");
+    EXPECT_EQ(planes, Bytes(24 * 16 * 3 / 2 + 1, 7));
+    ASSERT_TRUE(view->renderYuv420(planes.data(), planes.size()).ok());
+    for (size_t i = 0; i < 576; ++i) ASSERT_EQ(planes[i], i < 384 ? 102 : 128) << i;
+    EXPECT_EQ(planes[576], 7);
+    Bytes rgba(4 * 24 * 16);
+    EXPECT_FALSE(view->readPixels({rgba, 24, 16}).ok()) << "nothing was drawn to be read";
+    ASSERT_TRUE(view->resize(24, 15).ok());
+    EXPECT_EQ(view->renderYuv420(planes.data(), planes.size()).message(),
+              "drawing Y'CbCr: 24 x 15 pixels; both sides must be even");
+}
+
 }  // namespace
 }  // namespace quorvane
 

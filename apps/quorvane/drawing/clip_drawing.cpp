@@ -48,7 +48,13 @@ Writers planWriters(const media::OutputFormat& format, int frames, Size size, in
 void drawFrames(const std::vector<Position>& positions, const std::optional<Stereo>& stereo, Size size,
                 Writers writers, View* view, media::ClipWriter* writer, StageTimes* times,
                 const std::function<void(int)>& drawn) {
+    const bool as_taken = !stereo && writer->takesYuv420() && view->drawsYuv420();
     FrameQueue queue(writers.threads, writers.held_frames, [&](Frame& frame) {
+        if (as_taken) {
+            times->measure(Stage::kEncode,
+                           [&] { writer->addYuv420(frame.number, frame.views.front().planes); });
+            return;
+        }
         std::vector<const media::RgbaImage*> views;
         for (DrawnView& one : frame.views) views.push_back(&finished(size, times, &one));
         if (stereo) times->measure(Stage::kAverage, [&] { join(*stereo, views, &frame.joined); });
@@ -65,6 +71,11 @@ void drawFrames(const std::vector<Position>& positions, const std::optional<Ster
         frame.views.resize(views.size());
         for (size_t i = 0; i < views.size(); ++i) {
             throwIfCancelled();
+            if (as_taken) {
+                times->measure(Stage::kDraw,
+                               [&] { view->drawYuv420(views[i].position, &frame.views[i].planes); });
+                continue;
+            }
             times->measure(Stage::kDraw, [&] {
                 view->showDepth(views[i].shows_depth);
                 view->draw(views[i].position);

@@ -2,6 +2,7 @@
 #define QUORVANE_APPS_DRAWING_FRAME_QUEUE_H
 
 #include <condition_variable>
+#include <cstdint>
 #include <deque>
 #include <exception>
 #include <functional>
@@ -17,8 +18,9 @@ namespace quorvane::app {
 /// What one place sees.
 struct DrawnView {
     media::RgbaImage drawn;
-    media::RgbaImage averaged;  ///< of `drawn`, where supersampled
-    media::RgbaImage parallel;  ///< of that, where it is one of several views
+    std::vector<uint8_t> planes;  ///< instead of `drawn`, where the view draws what the writer takes
+    media::RgbaImage averaged;    ///< of `drawn`, where supersampled
+    media::RgbaImage parallel;    ///< of that, where it is one of several views
     Lens lens;
     double turn_deg = 0.0;  ///< from the middle view
     double zoom = 1.0;      ///< by which the turn is made undone

@@ -8,6 +8,7 @@
 
 #include "apps/quorvane/drawing/average.h"
 #include "apps/quorvane/terminal/text.h"
+#include "media/clip/yuv420.h"
 #include "media/picture/crop.h"
 #include "media/picture/resample.h"
 #include "system/error.h"
@@ -106,14 +107,26 @@ void View::set(const std::string& name, double value) {
     if (name == "fov_scale") m_fov_scale = value;
 }
 
-void View::draw(Position position) {
+void View::lookFrom(Position position) {
     if (position.zoom != m_zoom) {
         require(m_view->setParameter("fov_scale", m_fov_scale / position.zoom));
         m_zoom = position.zoom;
     }
     require(
         m_view->lookAt(static_cast<float>(m_swing * position.x), static_cast<float>(m_swing * position.y)));
+}
+
+void View::draw(Position position) {
+    lookFrom(position);
     require(m_view->render());
+}
+
+bool View::drawsYuv420() const { return m_supersample == 1 && m_view->drawsYuv420(); }
+
+void View::drawYuv420(Position position, std::vector<uint8_t>* planes) {
+    planes->resize(media::yuv420Bytes(m_picture));
+    lookFrom(position);
+    require(m_view->renderYuv420(planes->data(), planes->size()));
 }
 
 void View::keepDepth(const PlannedInput& input, const media::Plane& depth) {

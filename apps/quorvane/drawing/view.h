@@ -46,6 +46,13 @@ class View {
     /// zoom says, and waits until it is finished.
     void draw(Position position);
 
+    /// Whether there is drawYuv420.
+    bool drawsYuv420() const;
+
+    /// As `draw`, into `planes` as media::toYuv420 makes them, and with nothing to read back. The picture's
+    /// sides are even.
+    void drawYuv420(Position position, std::vector<uint8_t>* planes);
+
     /// Keeps what showDepth needs: what was uploaded, and the depth map that it was planned from.
     void keepDepth(const PlannedInput& input, const media::Plane& depth);
 
@@ -72,6 +79,7 @@ class View {
 
   private:
     void makeView(const ViewMaker& make);
+    void lookFrom(Position position);
     void say(const std::string& line) const;
 
     std::shared_ptr<OffscreenContext> m_context;  ///< none where the processor draws

@@ -1,6 +1,8 @@
 #ifndef QUORVANE_HOST_PHOTO_VIEW_H
 #define QUORVANE_HOST_PHOTO_VIEW_H
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "Pixels.h"
@@ -62,6 +64,17 @@ class PhotoView {
 
     /// Copies the last picture, 4 bytes a pixel: R, G, B, A. `rgba` has the picture's size.
     virtual Status readPixels(const WritablePixels& rgba) const = 0;
+
+    /// Whether this view draws by renderYuv420, which is faster than bringing to those colours what `render`
+    /// draws.
+    virtual bool drawsYuv420() const noexcept { return false; }
+
+    /// Draws the picture, whose sides are even, straight into `planes`, as most encoders take it: Y'CbCr by
+    /// BT.709 in limited range, luma and then Cb and Cr at half the size, each for the mean of 2 x 2 pixels,
+    /// 3 bytes for 2 pixels in all. The picture of `readPixels` stays the last that `render` drew.
+    virtual Status renderYuv420(uint8_t* /*planes*/, size_t /*bytes*/) {
+        return Status::failure("this view draws no Y'CbCr");
+    }
 
     virtual int width() const noexcept = 0;   ///< of the pictures, pixels
     virtual int height() const noexcept = 0;  ///< of the pictures, pixels
