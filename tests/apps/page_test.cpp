@@ -187,6 +187,17 @@ TEST_F(Page, ShapeWritesADepthMapAndPrintsItsAttributes) {
     EXPECT_NEAR(static_cast<double>(shaped.plane.width) / shaped.plane.height, 4.0 / 3.0, 0.02);
 }
 
+// A page is shown in any size, whatever its photo's is.
+TEST_F(Page, SmallPhotosHaveTheWholeDepth) {
+    const auto depth_with = [this](const std::vector<std::string>& options) {
+        words(options);
+        return media::decodeDepthMap(fileInPage(bytesOf(folder / "a.html"), "image/png"), "depth").plane;
+    };
+    const media::Plane whole = depth_with({}), small = depth_with({"--size", "80"});
+    EXPECT_EQ(small.width, whole.width);
+    EXPECT_EQ(small.height, whole.height);
+}
+
 TEST_F(Page, ShapeGivesWhatThePageHolds) {
     ASSERT_EQ(run("shape", "shaped.png").code, 0);
     words();
