@@ -8,6 +8,7 @@
 #include <chrono>
 #include <future>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace quorvane::tuner {
@@ -67,12 +68,14 @@ TEST(Latest, WorkThatIsReplacedEndsAtItsNextStep) {
 }
 
 TEST(Latest, WorkThatIsNotReplacedStillGivesItsResult) {
-    std::promise<void> started, go_on;
-    Doubling worker([&, first = true](const int& value, const Doubling::Step& step) mutable {
-        if (std::exchange(first, false)) {
+    std::promise<void> started, go_on, first_taken;
+    Doubling worker([&](const int& value, const Doubling::Step& step) {
+        if (value == 1) {
             started.set_value();
             go_on.get_future().wait();
             step("going on");
+        } else {
+            first_taken.get_future().wait();
         }
         return twice(value);
     });
@@ -80,10 +83,14 @@ TEST(Latest, WorkThatIsNotReplacedStillGivesItsResult) {
     started.get_future().wait();
     worker.ask(0, 2, false);
     go_on.set_value();
-    int last = 0;
-    std::vector<int> seen;
-    while (last != 4) seen.push_back(last = wait(&worker, 0).result->front());
-    EXPECT_LE(seen.size(), 2u);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    std::optional<Doubling::Outcome> first;
+    while (!(first = worker.take(0)) && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    first_taken.set_value();
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->result->front(), 2);
+    EXPECT_EQ(wait(&worker, 0).result->front(), 4);
 }
 
 TEST(Latest, AFailureIsASentence) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <sstream>
 
 #include "apps/tuner/core/gaze.h"
 
@@ -39,6 +40,8 @@ TEST(Recording, ItsFileGivesTheSameMoments) {
         EXPECT_EQ(again.moments()[i].at.y, hand.moments()[i].at.y);
     }
     EXPECT_EQ(again.lines(), hand.lines());
+    std::istringstream lines(hand.lines());
+    for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 48u) << line;
 }
 
 TEST(Recording, ReplayGoesWhereTheHandWas) {

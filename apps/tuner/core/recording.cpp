@@ -22,7 +22,7 @@ double kept(double value) { return std::round(std::clamp(value, -1.0, 1.0) * 1e6
 
 void Recording::add(double now, app::Position place) {
     if (m_moments.empty()) m_start = now;
-    // As many digits as a file of them has: what is shown again is what a file gives.
+    // Finer than any hand and any picture, and a file's lines stay short.
     const double t = std::round((now - m_start) * 1e4) / 1e4;
     if (t > kMostSeconds || (!m_moments.empty() && t <= m_moments.back().t)) return;
     app::Moment moment;
