@@ -49,6 +49,17 @@ TEST(TunerProfiles, ATuningComesBackAsItWas) {
     Tuning tuned;
     setPivot(Pivot::kTuned, 0.5, 0.5, &tuned);
     EXPECT_TRUE(throughText(tuned) == tuned);
+    tuned.orientation = 0;
+    EXPECT_TRUE(throughText(tuned) == tuned);
+}
+
+TEST(TunerProfiles, WithThePivotOffTheDistanceOfTheSetIsNamed) {
+    Tuning tuned;
+    tuned.orientation = 0;
+    setPivot(Pivot::kTuned, 0.5, 0.5, &tuned);
+    const auto json = nlohmann::json::parse(media::profileText(profileOf(tuned)));
+    EXPECT_EQ(json["options"]["pivot"], "off");
+    EXPECT_EQ(json["parameters"]["rotate_z_trans"], 50.0) << "a phone knows only the first set by itself";
 }
 
 TEST(TunerProfiles, EveryParameterIsNamedButThoseChosenForThePhoto) {

@@ -29,7 +29,7 @@ bool isSet(const Tuning& tuning, const char* name) { return tuning.parameters.co
 bool isLeftOpen(const Tuning& tuning, const std::string& name) {
     if (isSet(tuning, name.c_str())) return false;
     if (name == "guided_filter_rx" || name == "guided_filter_ry") return tuning.clean_edges;
-    return name == "fov_scale" || name == "rotate_z_trans";
+    return name == "fov_scale" || (name == "rotate_z_trans" && tuning.pivot != Pivot::kTuned);
 }
 
 /// An option of the profile, and what becomes of it in a tuning. `put` returns false for another value.
@@ -213,13 +213,17 @@ Tuning tuningOf(const Profile& profile, const std::string& name) {
         if (!status) throw Error(name + ": " + app::printable(status.message()));
         tuning.parameters[parameter] = value;
     }
+    const LibParam set = tunedSet(tuning);
+    // With the pivot off the distance is that of the set, by which a profile names it.
+    if (tuning.pivot == Pivot::kTuned && isSet(tuning, "rotate_z_trans") &&
+        static_cast<float>(tuning.parameters.at("rotate_z_trans")) == set.rotate_z_trans)
+        tuning.parameters.erase("rotate_z_trans");
     // Parameters count before options that choose them.
     if (isSet(tuning, "rotate_z_trans")) {
         tuning.pivot = Pivot::kAuto;
         tuning.pivot_x = tuning.pivot_y = 0.5;
     }
     // A value of the tuned set is none of somebody's.
-    const LibParam set = tunedSet(tuning);
     for (const Parameter& parameter : kParameters) {
         const auto found = tuning.parameters.find(parameter.name);
         if (found == tuning.parameters.end()) continue;
