@@ -456,9 +456,14 @@ void Tuner::motionPanel() {
     ImGui::SameLine(90.0f * m_scale);
     ImGui::SetNextItemWidth(-1.0f);
     auto amount = static_cast<float>(tuning.amount);
+    const bool is_recorded = m_bench.source == Source::kRecorded;
+    ImGui::BeginDisabled(is_recorded);
     if (ImGui::SliderFloat("##amount", &amount, 0.0f, 1.0f, "%.2f", ImGuiSliderFlags_AlwaysClamp))
         tuning.amount = std::round(static_cast<double>(amount) * 100.0) / 100.0;
+    ImGui::EndDisabled();
     note("amount", app::formatted("%.3g", tuning.amount));
+    tooltip(is_recorded ? "what was recorded goes as far as the hand went"
+                        : "how far the view swings; the wheel over the picture does the same");
     whole("frames", &tuning.frames, 1, 99999);
     whole("fps", &tuning.fps, 1, 240);
     ImGui::Separator();
@@ -653,13 +658,19 @@ void Tuner::timingsPanel() {
     if (ImGui::Begin("Timings", &m_show_timings, ImGuiWindowFlags_NoSavedSettings)) {
         const float curve = 34.0f * m_scale;
         plot(m_frame_times, curve);
-        // What runs once for an image is a number, what runs in every frame a curve.
+        // What runs once for an image is a number, what runs in every frame a curve; the most frequent come
+        // first.
         constexpr size_t kCurve = 8;
-        for (const Plot& one : m_plots)
-            if (one.values.size() >= kCurve) plot(one, curve);
-        for (const Plot& one : m_plots)
-            if (one.values.size() < kCurve)
-                ImGui::TextDisabled("%s: %.2f ms", one.label.c_str(), static_cast<double>(one.values.back()));
+        std::vector<const Plot*> plots;
+        for (const Plot& one : m_plots) plots.push_back(&one);
+        std::stable_sort(plots.begin(), plots.end(),
+                         [](const Plot* a, const Plot* b) { return a->values.size() > b->values.size(); });
+        for (const Plot* const one : plots)
+            if (one->values.size() >= kCurve)
+                plot(*one, curve);
+            else
+                ImGui::TextDisabled("%s: %.2f ms", one->label.c_str(),
+                                    static_cast<double>(one->values.back()));
     }
     ImGui::End();
 }

@@ -308,18 +308,17 @@ void Tuner::requestPictures() {
         if (!m_dropped.empty() && slot != m_bench.active) continue;
         attempt([&] {
             const Tuning& tuning = m_bench.tunings[slot];
-            if (tuning.samples != m_probed_samples) {
-                m_probe = Picture::probe(tuning.samples);
-                m_probed_samples = tuning.samples;
-            }
+            auto probe = m_probes.find(tuning.samples);
+            if (probe == m_probes.end())
+                probe = m_probes.emplace(tuning.samples, Picture::probe(tuning.samples)).first;
             PrepareRequest request;
             request.input = m_bench.input;
             request.dropped = m_dropped;
             request.tuning = tuning;
             request.room = m_room;
             request.path = m_bench.path(tuning);
-            request.supersample = m_probe.supersample;
-            request.largest_texture = m_probe.largest_texture;
+            request.supersample = probe->second.supersample;
+            request.largest_texture = probe->second.largest_texture;
             request.wants_stretch = m_show_stages && slot == m_bench.active;
             if (m_asked[slot] && sameRequest(*m_asked[slot], request)) return;
             const bool other_images = !m_asked[slot] || m_asked[slot]->input.photo != request.input.photo ||

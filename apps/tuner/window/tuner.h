@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <future>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -150,8 +151,7 @@ class Tuner {
     Size m_room;       ///< for a picture, in pixels
     Size m_room_seen;  ///< before it stood still for a moment
     double m_room_time = 0.0;
-    app::Target m_probe;  ///< of the number of samples that follows
-    int m_probed_samples = -1;
+    std::map<int, app::Target> m_probes;  ///< of each number of samples that was asked for
 
     app::Position m_position;
     double m_now = 0.0;
