@@ -149,7 +149,7 @@ public final class DeviceTest {
             until(() -> errors.size() == 1);
             assertTrue(errors.get(0), errors.get(0).startsWith("photo: ")
                     && errors.get(0).endsWith("give a depth map of its own"));
-            assertEquals(errors.get(0), file.length == 16, errors.get(0).contains("HEIC"));
+            assertEquals(errors.get(0), file.length == 16, errors.get(0).contains("HEIC or AVIF"));
             errors.clear();
         }
     }
