@@ -52,10 +52,11 @@ inline constexpr Codec kCodecs[] = {
      true, 64},
     {"webp", "-c:v libwebp_anim -pix_fmt bgra -quality {quality} -compression_level {preset}", 0, 100,
      "0 1 2 3 4 5 6", "4", 85, false},
-    // The palette is made for what moves; an ordered pattern stays where it is and compresses well. Its
-    // quality is the number of colours.
+    // The palette is made for all of each picture: made for what moves alone, it has too few colours for
+    // faces and skies. An ordered pattern stays where it is and compresses well. Its quality is the number
+    // of colours.
     {"gif",
-     "-filter_complex split[a][b];[a]palettegen=stats_mode=diff:max_colors={quality}[p];"
+     "-filter_complex split[a][b];[a]palettegen=stats_mode=full:max_colors={quality}[p];"
      "[b][p]paletteuse=dither=bayer:bayer_scale=4:diff_mode=rectangle",
      16,
      256,

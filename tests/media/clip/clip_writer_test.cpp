@@ -6,9 +6,12 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -350,6 +353,41 @@ TEST(ClipWriter, GifLoopsForever) {
               "4");
     // The looping extension with the count 0, which means forever.
     EXPECT_THAT(bytesOf(folder / "a.gif"), HasSubstr(std::string("NETSCAPE2.0\x03\x01\0\0\0", 16)));
+}
+
+TEST(ClipWriter, GifHasColoursForWhatStandsStillToo) {
+    // 64 colours above, which stay, and noise of all colours below.
+    constexpr int kSide = 64, kStill = 48, kFrames = 20;
+    const auto still = [](int x) -> std::array<uint8_t, 3> {
+        return {static_cast<uint8_t>(4 * x), static_cast<uint8_t>(252 - 4 * x), 128};
+    };
+    const TemporaryFolder folder;
+    const auto writer = openWriter(folder / "a.gif", {kSide, kSide});
+    std::minstd_rand random;
+    for (int i = 0; i < kFrames; ++i) {
+        RgbaImage image(kSide, kSide);
+        for (int y = 0; y < kSide; ++y)
+            for (int x = 0; x < kSide; ++x) {
+                uint8_t* const pixel = &image.at(x, y);
+                if (y < kStill)
+                    std::copy_n(still(x).begin(), 3, pixel);
+                else
+                    std::generate_n(pixel, 3, [&random] { return static_cast<uint8_t>(random() >> 8); });
+                pixel[3] = 255;
+            }
+        writer->add(i, image);
+    }
+    writer->finish();
+
+    outputOf("ffmpeg -i " + (folder / "a.gif") + " -frames:v 1 -pix_fmt rgb24 -f rawvideo " +
+             (folder / "a.rgb"));
+    const std::string samples = bytesOf(folder / "a.rgb");
+    ASSERT_EQ(samples.size(), 3u * kSide * kSide);
+    double off = 0.0;
+    for (size_t i = 0; i < 3u * kSide * kStill; ++i)
+        off += std::abs(static_cast<uint8_t>(samples[i]) - still(static_cast<int>(i / 3 % kSide))[i % 3]);
+    // Where two neighbours share a place of the palette, each is 2 off in red and green.
+    EXPECT_LT(off / (2.0 * kSide * kStill), 2.0);
 }
 
 TEST(ClipWriter, WebpIsAnimatedAndLoopsForever) {
