@@ -14,12 +14,14 @@ constexpr int kLabelHeight = 30;
 constexpr int kBackground = 24;
 constexpr int kInk = 235;
 
-/// The text's coverage, 0..255.
+/// The text's coverage, 0..255. A picture of text is cut to its ink; a bar that is as good as transparent,
+/// from above all letters to below them, makes all of one height, so that they stand on one line.
 GrayImage rendered(const std::string& text) {
     startVips();
+    const std::string with_bar = text + "<span alpha=\"1\">|</span>";
     try {
         return fromVips<uint8_t, 1>(vips::VImage::text(
-            text.c_str(), vips::VImage::option()->set("font", "DejaVu Sans 13")->set("dpi", 96)));
+            with_bar.c_str(), vips::VImage::option()->set("font", "DejaVu Sans 13")->set("dpi", 96)));
     } catch (const vips::VError&) {
         throw Error("labels cannot be drawn (" + vipsReason("'" + text + "'") +
                     "); is the package fonts-dejavu-core installed?");

@@ -44,6 +44,22 @@ TEST(ContactSheet, WritesTheLabels) {
     EXPECT_GT(ink("depth as shaped"), ink("depth"));
 }
 
+TEST(ContactSheet, LettersOfAllHeightsStandOnOneLine) {
+    // Of the first letter, which has no descender.
+    const auto lowest_ink = [](const std::string& label) {
+        const RgbImage sheet = contactSheet({{label, filled(100, 10, 24, 24, 24)}}, 1, 100);
+        int lowest = 0;
+        for (int y = 0; y < sheet.height; ++y)
+            for (int x = 16; x < 26; ++x)
+                if (sheet.at(x, y) > 128) lowest = y;
+        return lowest;
+    };
+    ASSERT_GT(lowest_ink("HHH"), 0);
+    EXPECT_EQ(lowest_ink("Hxx"), lowest_ink("xxx"));
+    EXPECT_EQ(lowest_ink("Hgg"), lowest_ink("HHH"));
+    EXPECT_EQ(lowest_ink("xxx"), lowest_ink("HHH"));
+}
+
 TEST(ContactSheet, FitsAnotherAspectIntoItsBox) {
     const RgbImage sheet =
         contactSheet({{"a", filled(60, 60, 1, 2, 3)}, {"b", filled(10, 40, 9, 250, 9)}}, 2, 60);
