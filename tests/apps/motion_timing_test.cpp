@@ -43,7 +43,8 @@ void expectCount(FrameCount count, int frames, int fps) {
 
 TEST(CountFrames, TwoGiveTheThird) {
     expectCount(counted({}), 120, 30);
-    expectCount(counted({"--fps", "60"}), 120, 60);
+    expectCount(counted({"--fps", "60"}), 240, 60);
+    expectCount(counted({"--fps", "1"}), 4, 1);
     expectCount(counted({"--frames", "7"}), 7, 30);
     expectCount(counted({"--frames", "7", "--fps", "5"}), 7, 5);
     expectCount(counted({"--seconds", "2.5"}), 75, 30);

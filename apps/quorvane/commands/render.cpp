@@ -74,12 +74,13 @@ struct RenderOptions {
     std::vector<const Option*> of_motion;  ///< those that frame a still too, unless its frame is given
 };
 
-/// What a wiggle has where nothing else is asked for: 8 frames a second, two of them in a file that repeats
-/// itself, and as many seconds as other clips in one that players show once.
-FrameCount usualWiggle(const media::OutputFormat& format) {
+/// What a wiggle has where nothing else is asked for: 8 frames a second, as many seconds of them as other
+/// clips have in a file that players show once, and two at any rate in one that repeats itself.
+FrameCount usualWiggle(const media::OutputFormat& format, const ClipTiming& timing) {
     constexpr int kRate = 8, kSeconds = 4;
     const bool shown_once = format.extension == ".mp4" || format.extension == ".webm";
-    return {shown_once ? kRate * kSeconds : 2, kRate};
+    if (shown_once) return {kRate * kSeconds, kRate};
+    return {2, timing.fps.value_or(kRate)};
 }
 
 /// What another clip has where nothing else is asked for.
@@ -98,7 +99,7 @@ void settle(const media::OutputFormat& format, RenderOptions* options) {
     const MotionTiming& timing = options->timing.motion;
     Motion& motion = options->picture.motion;
     const bool wiggles = isWiggle(*options);
-    options->count = wiggles ? countFrames(options->timing, 0.0, usualWiggle(format))
+    options->count = wiggles ? countFrames(options->timing, 0.0, usualWiggle(format, options->timing))
                              : countFrames(options->timing, ownSeconds(motion, timing),
                                            usualCount(format, options->place));
     const bool moves = format.kind == OutputKind::kClip || format.kind == OutputKind::kFolder;

@@ -119,7 +119,7 @@ void addClipTiming(CommandLine* line, ClipTiming* timing) {
     Option& frames =
         line->parsed(
                 "--frames", [timing](const std::string& text) { timing->frames = parseFrames(text); },
-                "frames in the loop (1 to 99999, default 120; in a .gif 80)")
+                "frames in the loop (1 to 99999; by default as many as --seconds take)")
             .called("N");
     Option& fps =
         line->parsed(
@@ -155,7 +155,10 @@ void addClipTiming(CommandLine* line, ClipTiming* timing) {
 FrameCount countFrames(const ClipTiming& timing, double own, FrameCount usual) {
     const int fps = timing.fps.value_or(usual.fps);
     const double seconds = timing.seconds.value_or(timing.frames ? 0.0 : own);
-    if (seconds == 0.0) return {timing.frames.value_or(usual.frames), fps};
+    if (seconds == 0.0) {
+        const auto usually = std::max(1LL, std::llround(1.0 * usual.frames * fps / usual.fps));
+        return {timing.frames.value_or(static_cast<int>(usually)), fps};
+    }
     const auto frames_at = [seconds](int rate) { return std::max(1.0, std::round(seconds * rate)); };
     if (!timing.frames) {
         if (frames_at(fps) > kMostFrames)

@@ -44,8 +44,8 @@ struct FrameCount {
 };
 
 /// Of frames, frames a second and seconds, two give the third. Where neither frames nor seconds are asked
-/// for, `own` seconds are the motion's, and with 0 of them the `usual` frames are taken. Throws UsageError
-/// where three disagree, or where there is no whole number of frames a second.
+/// for, `own` seconds are the motion's, and with 0 of them it takes as long as the `usual` frames. Throws
+/// UsageError where three disagree, or where there is no whole number of frames a second.
 FrameCount countFrames(const ClipTiming& timing, double own, FrameCount usual = {});
 
 /// The motion as a clip of so many frames shows it. Throws UsageError as `timed` does.
