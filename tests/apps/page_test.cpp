@@ -32,11 +32,13 @@ class Page : public testing::Test {
     }
 
     Outcome run(const std::string& command, const std::string& out,
-                const std::vector<std::string>& options = {}) const {
+                const std::vector<std::string>& options = {},
+                std::map<std::string, std::string> environment = {}) const {
         std::vector<std::string> arguments = {command, folder / "photo.png", folder / "depth.png", "-o",
                                               folder / out};
         arguments.insert(arguments.end(), options.begin(), options.end());
-        return quorvane(arguments, kNoDriver);
+        environment.insert(kNoDriver.begin(), kNoDriver.end());
+        return quorvane(arguments, environment);
     }
 
     /// The page without its pictures.
@@ -91,6 +93,17 @@ TEST_F(Page, CarriesWhateverAFrameIsDrawnWith) {
     for (const auto& [name, value] : of_frames)
         EXPECT_THAT(page, HasSubstr(std::string("&quot;").append(name).append("&quot;:").append(value)));
     EXPECT_THAT(page, Not(HasSubstr("&quot;depth_contrast"))) << "it has gone into the depth";
+}
+
+TEST_F(Page, CarriesDevicePropertiesUnlessAnOptionSaysOtherwise) {
+    writeBytes(folder / "p.prop", "quorvane.para2=7\nquorvane.para3=8\nquorvane.para12=0.7\n");
+    const Outcome outcome = run("render", "a.html", {"--set", "rotate_y_boundary=6"},
+                                {{"QUORVANE_PROPERTIES", folder / "p.prop"}});
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
+    const std::string page = wordsOfPage(bytesOf(folder / "a.html"));
+    EXPECT_THAT(page, HasSubstr("&quot;rotate_x_boundary&quot;:7"));
+    EXPECT_THAT(page, HasSubstr("&quot;rotate_y_boundary&quot;:6"));
+    EXPECT_THAT(page, HasSubstr("&quot;fov_scale&quot;:0.69999"));
 }
 
 // Where a frame would show less than half of the photo, the swing gives way.

@@ -7,6 +7,7 @@
 
 #include "apps/quorvane/drawing/clip_drawing.h"
 #include "apps/quorvane/drawing/planning.h"
+#include "host/parameters.h"
 #include "media/picture/crop.h"
 #include "media/picture/resample.h"
 #include "quorvane/parameters.h"
@@ -20,7 +21,7 @@ constexpr std::string_view kOfFrames[] = {
     "far_offset_ext", "border_deadzone",   "fov_scale"};
 
 std::vector<std::pair<std::string, double>> changedParameters(int orientation, const PicturePlan& plan) {
-    LibParam values = orientation == 4 || orientation == 7 ? LibParam() : secondTunedSet();
+    LibParam values = startingParameters(static_cast<uint32_t>(orientation), nullptr);
     std::vector<std::pair<std::string, double>> changed;
     for (const Parameter& parameter : kParameters) {
         for (const auto& [name, value] : plan.parameters)
