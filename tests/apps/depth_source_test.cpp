@@ -165,9 +165,10 @@ TEST_F(DepthSource, FirstNeighbourInTheOrderIsTaken) {
     EXPECT_EQ(chosen(), "");
     fs::remove(folder / "a.b_depth.png");
     // From the last in the order to the first, each beside those before.
-    for (const char* name : {"depth/a.b.jpeg", "depth/a.b.PNG", "a.b-depth.webp", "a.b_depth.jpeg",
-                             "a.b_depth.JPG", "a.b_depth.avif", "a.b_depth.heic", "a.b_depth.WebP",
-                             "a.b_depth.tiff", "a.b_depth.TIF", "a.b_depth.png", "a.b_depth.PNG"}) {
+    for (const char* name :
+         {"depth/a.b.jpeg", "depth/a.b.PNG", "a.b-depth16.png", "a.b_depth16.png", "a.b-depth.webp",
+          "a.b_depth.jpeg", "a.b_depth.JPG", "a.b_depth.avif", "a.b_depth.heic", "a.b_depth.WebP",
+          "a.b_depth.tiff", "a.b_depth.TIF", "a.b_depth.png", "a.b_depth.PNG"}) {
         write(name, pngFile(plane));
         EXPECT_EQ(chosen(), name);
     }

@@ -9,8 +9,8 @@ namespace {
 
 constexpr char kNote[] =
     "Depth maps are gray pictures, larger = nearer (--invert-depth for the others). Without one, the depth "
-    "inside the photo's file is used, else a file next to it called NAME_depth.*, NAME-depth.* or "
-    "depth/NAME.*, else two views inside the photo's file.\n"
+    "inside the photo's file is used, else a file next to it called NAME_depth.*, NAME-depth.* (or depth16) "
+    "or depth/NAME.*, else two views inside the photo's file.\n"
     "Exit code: 0 done, 1 failed or interrupted, 2 wrong usage (--exit-codes sysexits tells more).";
 
 }  // namespace

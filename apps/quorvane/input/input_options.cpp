@@ -73,7 +73,8 @@ void addInputOptions(CommandLine* line, InputOptions* options) {
     const Option& depth = line->text(
         "DEPTH", &options->depth,
         "gray picture of 8 or 16 bit, any size, larger = nearer (default: the depth inside PHOTO, else "
-        "NAME_depth.*, NAME-depth.* or depth/NAME.* next to it, else what two views inside PHOTO give)");
+        "NAME_depth.*, NAME-depth.* (or depth16) or depth/NAME.* next to it, else what two views inside "
+        "PHOTO give)");
     addDepthOptions(line, options, &depth);
 }
 

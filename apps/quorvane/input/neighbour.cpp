@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* kEndings[] = {"_depth", "-depth"};
+constexpr const char* kEndings[] = {"_depth", "-depth", "_depth16", "-depth16"};
 constexpr const char* kExtensions[] = {".png", ".tif", ".tiff", ".webp", ".heic", ".avif", ".jpg", ".jpeg"};
 
 /// Where the extension stands in the order, std::size(kExtensions) for one of no picture.
@@ -50,17 +50,18 @@ std::string findNeighbour(const std::string& photo) {
     const fs::path path(photo);
     const fs::path folder = path.parent_path();
     const std::string name = path.stem().string();
-    for (const auto& [place, stem] :
-         {std::pair{folder, name + kEndings[0]}, {folder, name + kEndings[1]}, {folder / "depth", name}}) {
-        const fs::path found = pictureCalled(stem, place, path);
+    for (const char* const ending : kEndings) {
+        const fs::path found = pictureCalled(name + ending, folder, path);
         if (!found.empty()) return found.string();
     }
-    return "";
+    return pictureCalled(name, folder / "depth", path).string();
 }
 
 std::string neighbourNames(const std::string& photo) {
     const std::string name = fs::path(photo).stem().string();
-    return name + kEndings[0] + ".*, " + name + kEndings[1] + ".*, depth/" + name + ".*";
+    std::string names;
+    for (const char* const ending : kEndings) names += name + ending + ".*, ";
+    return names + "depth/" + name + ".*";
 }
 
 std::vector<std::string> withoutNeighbours(std::vector<std::string> pictures) {
