@@ -143,6 +143,11 @@ TEST_F(Failure, MistypedWordsAreAnsweredWithTheRightOnes) {
     expectRefused(render(folder / "a.mp4", {"--frmaes=9"}), 2, "did you mean --frames?");
     // The option that seems to be missing is the one that is mistyped.
     expectRefused({"render", photo, depth, "--ou", folder / "a.mp4"}, 2, "did you mean --out?");
+    expectRefused({"render", photo, depth, "--output", folder / "a.mp4"}, 2, "did you mean --out?");
+    expectRefused({"--force", "render", photo, depth, "-o", folder / "a.png"}, 2,
+                  "--force: goes behind the command, as in quorvane render --force");
+    expectRefused({photo, depth, "-o", folder / "a.mp4"}, 2,
+                  photo + ": no such command; did you mean quorvane render " + photo + "?");
     expectRefused({"inspect", photo, "--jason"}, 2, "did you mean --json?");
     expectRefused(render(folder / "a.mp4", {"--motion", "swya"}), 2, "did you mean sway?");
     expectRefused({"paint"}, 2,

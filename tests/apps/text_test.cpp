@@ -103,6 +103,8 @@ TEST(NearestWord, IsTheOneThatWasMeant) {
     EXPECT_EQ(nearestWord("stagez", known), "stages") << "one wrong";
     EXPECT_EQ(nearestWord("--frmaes", known), "--frames");
     EXPECT_EQ(nearestWord("--frame", known), "--frames");
+    EXPECT_EQ(nearestWord("--force-it-all", known), "--force") << "it goes on";
+    EXPECT_EQ(nearestWord("--for", {"--quality", "--format-of-all"}), "--format-of-all") << "it stops short";
 }
 
 TEST(NearestWord, IsNoneWhereNothingIsNear) {

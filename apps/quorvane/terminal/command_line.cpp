@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <utility>
 
 #include "apps/quorvane/terminal/numbers.h"
@@ -371,7 +372,10 @@ std::vector<std::string> CommandLines::commands() const {
 void CommandLines::requireCommand(const std::string& word) const {
     const std::vector<std::string> known = commands();
     if (word[0] == '-' || std::find(known.begin(), known.end(), word) != known.end()) return;
-    const std::string meant = didYouMean(word, known);
+    std::string meant = didYouMean(word, known);
+    std::error_code ignored;
+    if (meant.empty() && std::filesystem::exists(word, ignored))
+        meant = "; did you mean " + m_program + ' ' + known.front() + ' ' + word + "?";
     throw UsageError(word + ": no such command" +
                      (meant.empty() ? "; the commands are " + either(known) : meant));
 }
@@ -395,6 +399,9 @@ void CommandLines::refuse(const std::string& fault) const {
         for (const Option& option : chosen->m_options)
             if (!option.isArgument()) options.push_back(option.name());
     const std::string name = word.substr(0, word.find('='));
+    if (chosen != nullptr && std::find(options.begin(), options.end(), name) != options.end())
+        throw UsageError(name + ": goes behind the command, as in " + m_program + ' ' + chosen->m_name + ' ' +
+                         name);
     throw UsageError(name + ": no such option" + didYouMean(name, options));
 }
 

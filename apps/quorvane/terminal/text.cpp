@@ -134,7 +134,14 @@ std::string nearestWord(std::string_view word, const std::vector<std::string>& k
         least = distance;
         nearest = candidate;
     }
-    return nearest;
+    if (!nearest.empty()) return nearest;
+    // A word that goes on, or stops short: --output, --invert.
+    constexpr size_t kLeast = 5;
+    for (const std::string& candidate : known) {
+        const size_t shared = std::min(word.size(), candidate.size());
+        if (shared >= kLeast && word.substr(0, shared) == candidate.substr(0, shared)) return candidate;
+    }
+    return "";
 }
 
 }  // namespace quorvane::app
