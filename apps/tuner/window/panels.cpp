@@ -468,15 +468,7 @@ void Tuner::motionPanel() {
     whole("fps", &tuning.fps, 1, 240);
     ImGui::Separator();
 
-    if (toggle(m_recording ? "Stop (R)" : "Record the hand (R)", m_recording)) {
-        if (m_recording) {
-            stopRecording();
-        } else {
-            m_take = {};
-            m_recording = true;
-            m_bench.source = Source::kHand;
-        }
-    }
+    if (toggle(m_recording ? "Stop (R)" : "Record the hand (R)", m_recording)) toggleRecording();
     note("record", m_recording ? app::formatted("%.1f s", m_take.seconds()) : "");
     ImGui::SameLine();
     if (toggle(m_bench.playing ? "Pause" : "Play", false)) m_bench.playing = !m_bench.playing;
@@ -620,7 +612,8 @@ void Tuner::stagesPanel(float width) {
     const Size size = m_stages.all[0].small.size();
     const auto shown = [&](size_t columns) {
         const auto across = static_cast<float>(columns);
-        const auto down = static_cast<float>((count + columns - 1) / columns);
+        const size_t rows = (count + columns - 1) / columns;
+        const auto down = static_cast<float>(rows);
         const Placed placed = placedIn(
             {0.0f, 0.0f},
             {room.x / across - style.ItemSpacing.x, std::max(40.0f * m_scale, room.y / down - label)},

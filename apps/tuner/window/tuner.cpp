@@ -241,19 +241,18 @@ void Tuner::onKey(const KeyPress& key) {
         case GLFW_KEY_G: m_show_stages = !m_show_stages; break;
         case GLFW_KEY_T: m_show_timings = !m_show_timings; break;
         case GLFW_KEY_W: m_wires = !m_wires; break;
-        case GLFW_KEY_R:
-            if (m_recording) {
-                stopRecording();
-            } else {
-                m_take = {};
-                m_recording = true;
-                m_bench.source = Source::kHand;
-            }
-            break;
+        case GLFW_KEY_R: toggleRecording(); break;
         case GLFW_KEY_F1: m_show_keys = !m_show_keys; break;
         case GLFW_KEY_ESCAPE: m_picking = m_show_keys = false; break;
         default: break;
     }
+}
+
+void Tuner::toggleRecording() {
+    if (m_recording) return stopRecording();
+    m_take = {};
+    m_recording = true;
+    m_bench.source = Source::kHand;
 }
 
 void Tuner::stopRecording() {

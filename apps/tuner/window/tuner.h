@@ -98,6 +98,7 @@ class Tuner {
     void showStages();
     void pickPivot(double x, double y);
     void writeControls();
+    void toggleRecording();
     void stopRecording();
     void usePath();
 
