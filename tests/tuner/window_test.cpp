@@ -346,6 +346,8 @@ TEST_F(TunerWindow, FilesAreDroppedOnIt) {
     ASSERT_TRUE(drop({folder / "text.txt"}));
     EXPECT_TRUE(becomes("status",
                         [](const std::string& said) { return said.find("text.txt") != std::string::npos; }));
+    letItSee();
+    EXPECT_TRUE(becomes("doing", ""));
     EXPECT_EQ(valueOf("depth"), folder / "map.png") << "what was shown stays";
     close();
 }
