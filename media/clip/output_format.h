@@ -13,7 +13,7 @@ namespace quorvane::media {
 enum class OutputKind {
     kClip,
     kStill,
-    kFolder,
+    kFolder,  ///< whose pictures may come in any order, and from several threads at once
     kPage,
     kPair,  ///< a stereo photo
     kMesh,  ///< for other programs
@@ -28,15 +28,15 @@ struct OutputFormat {
     std::string_view also;       ///< another extension that means the same
     std::string_view name;       ///< for messages, as in "NAME has even sides"
     OutputKind kind;
-    bool any_order;           ///< frames may come in any order, and from several threads at once
+    bool shown_once;          ///< players repeat it only where somebody asks them to
     std::string_view codecs;  ///< what may compress it, parted by blanks, the usual one first
     std::string_view words;   ///< what ffmpeg is told to pack it into
     std::string_view once{};  ///< what it is told besides for a clip that players shall not repeat
 };
 
 inline constexpr OutputFormat kOutputFormats[] = {
-    {"mp4", ".mp4", {}, "an .mp4", OutputKind::kClip, false, "h264 hevc av1", "-movflags +faststart -f mp4"},
-    {"webm", ".webm", {}, "a .webm", OutputKind::kClip, false, "vp9 av1", "-f webm"},
+    {"mp4", ".mp4", {}, "an .mp4", OutputKind::kClip, true, "h264 hevc av1", "-movflags +faststart -f mp4"},
+    {"webm", ".webm", {}, "a .webm", OutputKind::kClip, true, "vp9 av1", "-f webm"},
     {"avif", ".avif", {}, "an .avif", OutputKind::kClip, false, "av1", "-f avif"},
     {"webp", ".webp", {}, "a .webp", OutputKind::kClip, false, "webp", "-loop 0 -f webp", "-loop 1"},
     {"gif", ".gif", {}, "a .gif", OutputKind::kClip, false, "gif", "-loop 0 -f gif", "-loop -1"},
@@ -49,8 +49,8 @@ inline constexpr OutputFormat kOutputFormats[] = {
     {"mpo", ".mpo", {}, "an .mpo", OutputKind::kPair, false, "jpeg", {}},
     {"glb", ".glb", {}, "a .glb", OutputKind::kMesh, false, "jpeg", {}},
     {"html", ".html", {}, "an .html", OutputKind::kPage, false, {}, {}},
-    {"png", {}, {}, "a folder", OutputKind::kFolder, true, "png", {}},
-    {"jpg", {}, {}, "a folder", OutputKind::kFolder, true, "jpeg", {}},
+    {"png", {}, {}, "a folder", OutputKind::kFolder, false, "png", {}},
+    {"jpg", {}, {}, "a folder", OutputKind::kFolder, false, "jpeg", {}},
 };
 
 /// What `path` asks for: by its extension in whatever case, and a folder where it ends in '/', is a folder

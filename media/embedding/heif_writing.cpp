@@ -16,6 +16,11 @@ namespace {
 
 using namespace std::string_literals;
 
+/// A box of four letters.
+std::string heifBox(const std::string& type, const std::string& body) {
+    return bigEndianBytes(static_cast<int64_t>(body.size()) + 8, 4) + type + body;
+}
+
 struct EncoderDeleter {
     void operator()(heif_encoder* encoder) const { heif_encoder_release(encoder); }
 };
@@ -139,10 +144,6 @@ std::string infoOf(const HeifItemToWrite& item, int id) {
 }
 
 }  // namespace
-
-std::string heifBox(const std::string& type, const std::string& body) {
-    return bigEndianBytes(static_cast<int64_t>(body.size()) + 8, 4) + type + body;
-}
 
 std::string heifFullBox(const std::string& type, int version, uint32_t flags, const std::string& body) {
     return heifBox(type, bigEndianBytes(version, 1) + bigEndianBytes(flags, 3) + body);

@@ -13,8 +13,7 @@ namespace quorvane::media {
 // HEIF files with what libheif 1.15 writes none of: stereo pairs and their cameras, auxiliary pictures. It
 // codes the pictures; the boxes are ISO/IEC 14496-12's and 23008-12's.
 
-/// A box of four letters, and one that has a version and flags.
-std::string heifBox(const std::string& type, const std::string& body);
+/// A box of four letters that has a version and flags.
 std::string heifFullBox(const std::string& type, int version, uint32_t flags, const std::string& body);
 
 /// A picture as HEVC codes it.

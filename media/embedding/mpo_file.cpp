@@ -26,7 +26,7 @@ struct Entry {
 std::string entryBytes(const Entry& entry) {
     std::string bytes;
     for (const uint32_t number : {entry.kind, entry.bytes, entry.offset, 0U})
-        for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<char>(number >> shift & 255));
+        bytes += littleEndianBytes(number, 4);
     return bytes;
 }
 

@@ -30,12 +30,6 @@ bool describesTheFile(const JpegSegment& segment) {
            (segment.marker == kApp2 && startsWith(segment.body, "MPF\0"s));
 }
 
-std::string packet(const std::string& name_spaces, const std::string& attributes, const std::string& inside) {
-    return "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF "
-           "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"><rdf:Description rdf:about=\"\"" +
-           name_spaces + attributes + ">" + inside + "</rdf:Description></rdf:RDF></x:xmpmeta>";
-}
-
 std::string nameSpace(const std::string& prefix, const std::string& uri) {
     return " xmlns:" + prefix + "=\"" + uri + "\"";
 }
@@ -129,13 +123,13 @@ std::string jpegWithDepth(const std::string& jpeg, const Plane& depth, int bits,
     for (float& level : stored.samples) level = 255.0f - level;
     const std::string png = grayPng(stored, bits);
     const std::string extended =
-        packet(nameSpace("GDepth", kGDepth), " GDepth:Data=\"" + toBase64(png) + "\"", "");
+        xmpPacket(nameSpace("GDepth", kGDepth) + " GDepth:Data=\"" + toBase64(png) + "\"", "");
     const std::string id = md5(extended);
     const std::string main =
-        packet(nameSpace("GDepth", kGDepth) + nameSpace("xmpNote", "http://ns.adobe.com/xmp/note/") +
-                   dynamicDepthNames(),
-               terms("GDepth", range) + " GDepth:Mime=\"image/png\" xmpNote:HasExtendedXMP=\"" + id + "\"",
-               dynamicDepth(png.size(), range));
+        xmpPacket(nameSpace("GDepth", kGDepth) + nameSpace("xmpNote", "http://ns.adobe.com/xmp/note/") +
+                      dynamicDepthNames() + terms("GDepth", range) +
+                      " GDepth:Mime=\"image/png\" xmpNote:HasExtendedXMP=\"" + id + "\"",
+                  dynamicDepth(png.size(), range));
 
     // Exif comes first, where there is one.
     size_t at = kStart;

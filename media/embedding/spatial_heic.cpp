@@ -61,18 +61,16 @@ std::string list(const char* name, const std::vector<double>& values) {
 /// The same for readers of XMP, in their units: millimetres from eye to eye, pixels, metres, and matrices row
 /// by row. The pictures are shifted as they should be seen, so that nothing is left to be adjusted.
 std::string xmp(Eye eye, const StereoCameras& cameras, Size picture) {
-    return "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF "
-           "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"><rdf:Description rdf:about=\"\" "
-           "xmlns:ai=\"http://ns.apple.com/image/1.0/\" ai:CameraModelType=\"SimplifiedPinhole\" "
-           "ai:HorizontalFOV=\"" +
-           number(horizontalFieldOfView(cameras)) + "\" ai:Baseline=\"" + number(cameras.baseline_mm) +
-           "\" ai:HorizontalDisparityAdjustment=\"0\">" +
-           list("CameraIntrinsics",
-                {cameras.focal_width * picture.width, 0.0, axisOf(eye, cameras) * picture.width, 0.0,
-                 cameras.focal_height * picture.height, picture.height / 2.0, 0.0, 0.0, 1.0}) +
-           list("CameraExtrinsicsRotation", {1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}) +
-           list("CameraExtrinsicsPosition", {placeOf(eye, cameras) / 1000.0, 0.0, 0.0}) +
-           "</rdf:Description></rdf:RDF></x:xmpmeta>";
+    return xmpPacket(
+        " xmlns:ai=\"http://ns.apple.com/image/1.0/\" ai:CameraModelType=\"SimplifiedPinhole\" "
+        "ai:HorizontalFOV=\"" +
+            number(horizontalFieldOfView(cameras)) + "\" ai:Baseline=\"" + number(cameras.baseline_mm) +
+            "\" ai:HorizontalDisparityAdjustment=\"0\"",
+        list("CameraIntrinsics",
+             {cameras.focal_width * picture.width, 0.0, axisOf(eye, cameras) * picture.width, 0.0,
+              cameras.focal_height * picture.height, picture.height / 2.0, 0.0, 0.0, 1.0}) +
+            list("CameraExtrinsicsRotation", {1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}) +
+            list("CameraExtrinsicsPosition", {placeOf(eye, cameras) / 1000.0, 0.0, 0.0}));
 }
 
 }  // namespace

@@ -6,12 +6,6 @@
 namespace quorvane::media {
 namespace {
 
-std::string littleEndianBytes(uint64_t value, int count) {
-    std::string bytes;
-    for (int i = 0; i < count; ++i) bytes.push_back(static_cast<char>(value >> (8 * i) & 255));
-    return bytes;
-}
-
 // TIFF's types.
 constexpr uint16_t kText = 2, kShort = 3, kLong = 4, kRational = 5, kUndefined = 7, kSignedRational = 10;
 constexpr size_t kFieldSize = 12, kInField = 4;
@@ -32,6 +26,12 @@ std::string bigEndianBytes(int64_t value, int count) {
     return bytes;
 }
 
+std::string littleEndianBytes(uint64_t value, int count) {
+    std::string bytes;
+    for (int i = 0; i < count; ++i) bytes.push_back(static_cast<char>(value >> (8 * i) & 255));
+    return bytes;
+}
+
 std::string toBase64(std::string_view bytes) {
     constexpr char kLetters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string text;
@@ -45,6 +45,12 @@ std::string toBase64(std::string_view bytes) {
             text.push_back(k <= given ? kLetters[three >> (18 - 6 * k) & 63] : '=');
     }
     return text;
+}
+
+std::string xmpPacket(const std::string& attributes, const std::string& elements) {
+    return "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF "
+           "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"><rdf:Description rdf:about=\"\"" +
+           attributes + ">" + elements + "</rdf:Description></rdf:RDF></x:xmpmeta>";
 }
 
 std::string jpegSegment(uint8_t marker, const std::string& body) {

@@ -12,8 +12,15 @@ namespace quorvane::media {
 /// `count` bytes of a whole number, the highest first; of a negative one its two's complement.
 std::string bigEndianBytes(int64_t value, int count);
 
+/// `count` bytes of a whole number, the lowest first.
+std::string littleEndianBytes(uint64_t value, int count);
+
 /// RFC 4648's base 64, with padding.
 std::string toBase64(std::string_view bytes);
+
+/// An XMP packet that describes its file: the name spaces' declarations and the properties as attributes,
+/// each after a blank, and properties as elements.
+std::string xmpPacket(const std::string& attributes, const std::string& elements);
 
 /// A segment of a JPEG: at most 65,533 bytes of `body`.
 std::string jpegSegment(uint8_t marker, const std::string& body);

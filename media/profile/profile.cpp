@@ -42,9 +42,8 @@ long long lineOf(std::string_view text, size_t at) {
 }
 
 Json parsed(std::string_view text, const std::string& name) {
-    if (nestingOf(text) > kMostNesting)
-        throw Error(name + ": " + std::to_string(nestingOf(text)) +
-                    " brackets in each other; a profile has 2");
+    if (const int nesting = nestingOf(text); nesting > kMostNesting)
+        throw Error(name + ": " + std::to_string(nesting) + " brackets in each other; a profile has 2");
     try {
         return Json::parse(text);
     } catch (const Json::parse_error& error) {

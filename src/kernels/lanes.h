@@ -39,8 +39,13 @@
 #define QUORVANE_UNROLLED _Pragma("GCC unroll 32")
 #endif
 
-/// Of what stands in the innermost loops: compilers stop inlining where a function has grown large.
+/// Of what stands in the innermost loops: compilers stop inlining where a function has grown large. Who asks
+/// for small code gets calls.
+#if defined(__OPTIMIZE_SIZE__)
+#define QUORVANE_INLINED inline
+#else
 #define QUORVANE_INLINED [[gnu::always_inline]] inline
+#endif
 
 namespace quorvane::QUORVANE_PATH {
 

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 
 #include "media/embedded/embedded.h"
@@ -13,6 +12,7 @@
 #include "process.h"
 #include "support/photo_writers/pictures.h"
 #include "support/photo_writers/stereo.h"
+#include "support/processes.h"
 #include "support/temporary_folder.h"
 
 namespace quorvane::test {
@@ -22,15 +22,6 @@ using media::DepthMap;
 using media::GrayImage;
 using testing::Contains;
 using testing::HasSubstr;
-
-/// What a program prints to standard output.
-std::string printed(const std::string& command) {
-    FILE* pipe = popen((command + " 2>/dev/null").c_str(), "r");
-    std::string text;
-    for (int c = 0; pipe != nullptr && (c = fgetc(pipe)) != EOF;) text.push_back(static_cast<char>(c));
-    if (pipe != nullptr) pclose(pipe);
-    return text;
-}
 
 double meanDifference(const media::RgbImage& a, const media::RgbImage& b) {
     EXPECT_EQ(a.samples.size(), b.samples.size());
@@ -102,7 +93,7 @@ TEST_F(Embed, ReadsBackTheSamePlaneInBothForms) {
 TEST_F(Embed, ExiftoolFindsThePlaneOfFarAndNear) {
     embedded("portrait.jpg", "photo.jpg", "depth.png", {"--near", "0.5", "--far", "20"});
     const auto said = [&](const std::string& what) {
-        return printed("exiftool " + what + " '" + folder / "portrait.jpg" + "'");
+        return outputOf("exiftool " + what + " '" + folder / "portrait.jpg" + "' 2>/dev/null");
     };
     if (said("-s3 -FileType").empty()) GTEST_SKIP() << "NO EXIFTOOL HERE, ITS READING WAS NOT TESTED";
     EXPECT_EQ(said("-s3 -Warning -Error"), "");
@@ -154,7 +145,8 @@ TEST_F(Embed, LargePlanesAreStoredInPieces) {
     EXPECT_THAT(sizes, testing::ElementsAre(plane.size(), plane.size()));
     if (std::system("exiftool -ver > /dev/null 2>&1") != 0)
         GTEST_SKIP() << "NO EXIFTOOL HERE, ITS READING WAS NOT TESTED";
-    EXPECT_EQ(printed("exiftool -b -XMP-GDepth:DepthImage '" + folder / "portrait.jpg" + "'"), plane);
+    EXPECT_EQ(outputOf("exiftool -b -XMP-GDepth:DepthImage '" + folder / "portrait.jpg" + "' 2>/dev/null"),
+              plane);
 }
 
 TEST_F(Embed, DepthLiesAsThePhotoIsStored) {

@@ -4,14 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <sstream>
 
 #include "media/clip/places.h"
+#include "on_sample_scene.h"
 #include "process.h"
+#include "support/processes.h"
 #include "support/temporary_folder.h"
 
 namespace quorvane::test {
@@ -23,37 +24,19 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-/// What a program prints, without its last line end.
-std::string outputOf(const std::string& command) {
-    std::string text;
-    FILE* pipe = popen((command + " 2>/dev/null").c_str(), "r");
-    std::array<char, 256> chunk;
-    while (std::fgets(chunk.data(), chunk.size(), pipe) != nullptr) text += chunk.data();
-    pclose(pipe);
-    while (!text.empty() && text.back() == '\n') text.pop_back();
-    return text;
-}
-
 /// "width,height,rate,frames" of a clip as ffprobe sees it.
 std::string probed(const std::string& path) {
-    return outputOf(
+    return answerOf(
         "ffprobe -v error -count_frames -select_streams v:0 -show_entries "
         "stream=width,height,r_frame_rate,nb_read_frames -of csv=p=0 " +
         path);
 }
 
-class Fit : public testing::Test {
-  protected:
-    static void SetUpTestSuite() {
-        s_scene = new TemporaryFolder;
-        ASSERT_EQ(quorvane({"sample", scene("photo.png"), scene("depth.png"), "--size", "480x360"}).code, 0);
-    }
-    static void TearDownTestSuite() {
-        delete s_scene;
-        s_scene = nullptr;
-    }
-    static std::string scene(const std::string& name) { return *s_scene / name; }
+class Fit : public OnSampleScene<Fit> {
+  public:
+    static constexpr const char* kSceneSize = "480x360";
 
+  protected:
     Outcome render(const std::string& out, const std::vector<std::string>& options) {
         std::vector<std::string> arguments = {"render", scene("photo.png"), scene("depth.png"), "-o",
                                               folder / out};
@@ -71,11 +54,6 @@ class Fit : public testing::Test {
         fs::remove(folder / ("other-" + name));
         return bytes;
     }
-
-    TemporaryFolder folder;
-
-  private:
-    static inline TemporaryFolder* s_scene = nullptr;
 };
 
 std::string bytesText(double bytes) { return std::to_string(std::llround(bytes)) + "B"; }
@@ -229,12 +207,12 @@ TEST_F(Fit, PlacesGetTheirFormatAndSize) {
     const Outcome named = render("clip", {"--for", "whatsapp", "--seconds", "0.2"});
     ASSERT_EQ(named.code, 0) << named.err;
     EXPECT_THAT(named.err, HasSubstr("of 16 MB: 480x360, 30 frames a second, quality 80"));
-    EXPECT_EQ(outputOf("ffprobe -v error -show_entries stream=codec_name -of csv=p=0 " + (folder / "clip")),
+    EXPECT_EQ(answerOf("ffprobe -v error -show_entries stream=codec_name -of csv=p=0 " + (folder / "clip")),
               "h264");
 
     const Outcome sticker = render("a.webp", {"--for", "sticker", "--seconds", "0.2"});
     ASSERT_EQ(sticker.code, 0) << sticker.err;
-    EXPECT_THAT(outputOf("webpinfo " + (folder / "a.webp")), HasSubstr("Canvas size 512 x 512"));
+    EXPECT_THAT(answerOf("webpinfo " + (folder / "a.webp")), HasSubstr("Canvas size 512 x 512"));
     EXPECT_LE(bytesIn("a.webp"), 500'000);
 
     // The lesser of both limits holds.

@@ -10,6 +10,7 @@
 #include "media/picture/picture_file.h"
 #include "media/scene/sample_scene.h"
 #include "process.h"
+#include "quorvane/host/ParallaxView.h"
 #include "quorvane/parameters.h"
 #include "support/photo_writers/pictures.h"
 #include "support/share_page.h"
@@ -124,16 +125,27 @@ TEST_F(Page, SwingsNoFartherThanTheProgramDoes) {
 TEST_F(Page, KnowsEveryMotionAndDefault) {
     for (const app::NamedMotion& motion : app::motions()) {
         if (motion.name == std::string("still")) continue;
-        EXPECT_THAT(std::string(media::kShareScript),
-                    HasSubstr(std::string("\n") + motion.name + ": (turn) =>"));
+        const std::string name = motion.name;
+        EXPECT_THAT(std::string(media::kShareScript), HasSubstr("\n" + name + ": (turn) =>"));
+        // And so have those who choose one.
+        EXPECT_THAT(bytesOf(QUORVANE_WEB "/demo/index.html"), HasSubstr("<option>" + name));
+        EXPECT_THAT(bytesOf(QUORVANE_WEB "/element/README.md"), HasSubstr("`" + name + "`"));
+        EXPECT_THAT(bytesOf(QUORVANE_WEB "/element/custom-elements.json"), HasSubstr(name));
     }
-    for (const Parameter& parameter : kParameters) {
-        const std::string line = std::string("\n") + parameter.name + ": ";
+    for (const ParameterInfo& info : ParallaxView::parameters()) {
+        if (info.takes_effect == TakesEffect::kNever) continue;
+        SCOPED_TRACE(info.name);
+        const std::string line = std::string("\n") + info.name + ": ";
         const size_t at = media::kShareScript.find(line);
-        if (at == std::string_view::npos) continue;
-        EXPECT_EQ(static_cast<float>(std::atof(media::kShareScript.substr(at + line.size(), 12).data())),
-                  static_cast<float>(parameter.of(LibParam())))
-            << parameter.name;
+        ASSERT_NE(at, std::string_view::npos);
+        for (const Parameter& parameter : kParameters)
+            if (std::string(info.name) == parameter.name) {
+                EXPECT_EQ(
+                    static_cast<float>(std::atof(media::kShareScript.substr(at + line.size(), 12).data())),
+                    static_cast<float>(parameter.of(LibParam())));
+            }
+        EXPECT_THAT(bytesOf(QUORVANE_WEB "/element/class.d.ts"),
+                    HasSubstr(info.name + std::string(": number;")));
     }
 }
 

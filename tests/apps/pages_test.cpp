@@ -21,6 +21,7 @@
 #include "apps/quorvane/terminal/completion.h"
 #include "apps/quorvane/terminal/man_page.h"
 #include "apps/quorvane/terminal/usage_error.h"
+#include "support/processes.h"
 #include "support/temporary_folder.h"
 
 namespace quorvane::app {
@@ -38,17 +39,6 @@ bool isInstalled(const std::string& program) {
 
 #define NEEDS(program) \
     if (!isInstalled(program)) GTEST_SKIP() << "NO " program " HERE"
-
-/// What a shell's line prints, standard error included.
-std::string outputOf(const std::string& line) {
-    FILE* const pipe = popen(("{ " + line + "\n} 2>&1").c_str(), "r");
-    std::string text;
-    std::array<char, 4096> chunk = {};
-    for (size_t got = 0; (got = fread(chunk.data(), 1, chunk.size(), pipe)) > 0;)
-        text.append(chunk.data(), got);
-    pclose(pipe);
-    return text;
-}
 
 std::vector<std::string> wordsOf(const std::string& text) {
     std::istringstream stream(text);
@@ -124,8 +114,8 @@ TEST_F(Pages, ManualIsWithoutAWarning) {
         pages.push_back(manPage(program.lines(), *command, "2026-01-02"));
     for (const std::string& page : pages) {
         const std::string path = write("page.1", page);
-        EXPECT_EQ(outputOf("mandoc -Tlint -W warning " + path), "");
-        EXPECT_EQ(outputOf("groff -man -Tutf8 -ww -z " + path), "");
+        EXPECT_EQ(test::printedBy("mandoc -Tlint -W warning " + path), "");
+        EXPECT_EQ(test::printedBy("groff -man -Tutf8 -ww -z " + path), "");
     }
 }
 
@@ -135,7 +125,7 @@ TEST_F(Pages, ManualReadsAsTheHelpDoes) {
     const auto render =
         std::find_if(lines.begin(), lines.end(), [](const auto& l) { return l->name() == "render"; });
     const std::string path = write("render.1", manPage(program.lines(), **render, "2026-01-02"));
-    std::string text = outputOf("mandoc -Tascii -O width=1000 " + path + " | col -b");
+    std::string text = test::printedBy("mandoc -Tascii -O width=1000 " + path + " | col -b");
     EXPECT_THAT(text, HasSubstr("-o, --out PATH"));
     EXPECT_THAT(text, HasSubstr("--invert-depth[=yes|no|auto]"));
     EXPECT_THAT(text, HasSubstr("quorvane render PHOTO [DEPTH] [OPTIONS]"));
@@ -182,12 +172,13 @@ TEST_F(Pages, BashCompletesCommandsOptionsAndWords) {
         }
     });
     for (const auto& [line, wanted] : tries) script += "try " + line + "\n";
-    const std::vector<std::string> printed = linesOf(outputOf("bash --norc " + write("script", script)));
+    const std::vector<std::string> printed =
+        linesOf(test::printedBy("bash --norc " + write("script", script)));
     ASSERT_EQ(printed.size(), tries.size());
     for (size_t i = 0; i < tries.size(); ++i)
         EXPECT_THAT(wordsOf(printed[i]), IsSupersetOf(tries[i].second)) << tries[i].first;
     // Nothing where only the user knows the value.
-    EXPECT_EQ(outputOf("bash --norc " + write("script", "source " + (folder / "quorvane") + R"(
+    EXPECT_EQ(test::printedBy("bash --norc " + write("script", "source " + (folder / "quorvane") + R"(
         COMP_WORDS=(quorvane render p.jpg --fps ''); COMP_CWORD=4; _quorvane; echo -n "${COMPREPLY[*]}")")),
               "");
 }
@@ -220,8 +211,9 @@ TEST_F(Pages, FishCompletesCommandsOptionsAndWords) {
     tries.emplace_back("quorvane render ph", std::vector<std::string>{"photo of mine.jpg"});
     tries.emplace_back("quorvane render -o ph", std::vector<std::string>{"photo of mine.jpg"});
     for (const auto& [line, wanted] : tries) script += "try '" + line + "'\n";
-    const std::string printed = outputOf("HOME=" + folder.path() + " XDG_CONFIG_HOME=" + folder.path() +
-                                         " fish --no-config " + write("script.fish", script));
+    const std::string printed =
+        test::printedBy("HOME=" + folder.path() + " XDG_CONFIG_HOME=" + folder.path() + " fish --no-config " +
+                        write("script.fish", script));
     std::vector<std::set<std::string>> found;
     for (const std::string& line : linesOf(printed)) {
         if (line[0] == '>')
@@ -333,7 +325,7 @@ TEST_F(Pages, ZshCompletesWhatIsTyped) {
     NEEDS("zsh");
     write("photo-of-mine.jpg", "");
     const std::string script = write("_quorvane", zshCompletion(program.lines()));
-    EXPECT_EQ(outputOf("zsh -n " + script), "");
+    EXPECT_EQ(test::printedBy("zsh -n " + script), "");
     Typing shell({"zsh", "-f", "-i"});
     if (!shell.begun()) GTEST_SKIP() << "NO PSEUDO-TERMINALS HERE";
     shell.type("PS1='$ '; unsetopt prompt_cr; cd " + folder.path() +

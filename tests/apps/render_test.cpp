@@ -17,6 +17,7 @@
 #include "media/picture/resample.h"
 #include "media/scene/sample_scene.h"
 #include "media/scene/sheet.h"
+#include "on_sample_scene.h"
 #include "process.h"
 #include "quorvane/host/OffscreenContext.h"
 #include "quorvane/host/ParallaxView.h"
@@ -70,18 +71,11 @@ double sampleAt(const RgbImage& image, double x, double y, size_t channel) {
            (at(left, top + 1) * (1 - h) + at(left + 1, top + 1) * h) * v;
 }
 
-class Render : public testing::Test {
-  protected:
-    static void SetUpTestSuite() {
-        s_scene = new TemporaryFolder;
-        ASSERT_EQ(quorvane({"sample", scene("photo.png"), scene("depth.png"), "--size", "240x180"}).code, 0);
-    }
-    static void TearDownTestSuite() {
-        delete s_scene;
-        s_scene = nullptr;
-    }
-    static std::string scene(const std::string& name) { return *s_scene / name; }
+class Render : public OnSampleScene<Render> {
+  public:
+    static constexpr const char* kSceneSize = "240x180";
 
+  protected:
     /// Renders the sample scene and expects success without a word.
     void render(const std::string& out, std::vector<std::string> options = {}) {
         std::vector<std::string> arguments = {"render", scene("photo.png"), scene("depth.png"), "-o",
@@ -105,14 +99,7 @@ class Render : public testing::Test {
         EXPECT_EQ(outcome.code, 0) << outcome.err;
         return media::readPhoto(folder / "still.png");
     }
-
-    TemporaryFolder folder;
-
-  private:
-    static TemporaryFolder* s_scene;
 };
-
-TemporaryFolder* Render::s_scene = nullptr;
 
 // At rest every depth is seen along its own line of sight: the picture is the photo's middle, fov_scale of
 // it.

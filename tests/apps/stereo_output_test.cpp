@@ -8,6 +8,7 @@
 
 #include "media/picture/crop.h"
 #include "media/picture/picture_file.h"
+#include "on_sample_scene.h"
 #include "process.h"
 #include "support/temporary_folder.h"
 
@@ -17,18 +18,11 @@ namespace {
 using media::RgbImage;
 using testing::HasSubstr;
 
-class StereoOutput : public testing::Test {
-  protected:
-    static void SetUpTestSuite() {
-        s_scene = new TemporaryFolder;
-        ASSERT_EQ(quorvane({"sample", scene("photo.png"), scene("depth.png"), "--size", "240x180"}).code, 0);
-    }
-    static void TearDownTestSuite() {
-        delete s_scene;
-        s_scene = nullptr;
-    }
-    static std::string scene(const std::string& name) { return *s_scene / name; }
+class StereoOutput : public OnSampleScene<StereoOutput> {
+  public:
+    static constexpr const char* kSceneSize = "240x180";
 
+  protected:
     Outcome render(const std::string& name, std::vector<std::string> more) const {
         std::vector<std::string> arguments = {"render", scene("photo.png"), scene("depth.png"), "-o",
                                               folder / name};
@@ -40,12 +34,7 @@ class StereoOutput : public testing::Test {
         EXPECT_EQ(outcome.code, 0) << outcome.err;
         return media::readPhoto(folder / name);
     }
-
-    static TemporaryFolder* s_scene;
-    const TemporaryFolder folder;
 };
-TemporaryFolder* StereoOutput::s_scene = nullptr;
-
 TEST_F(StereoOutput, EyesLookFromBothSidesOfThePosition) {
     for (const char* renderer : {"software", "gl"}) {
         const auto half = [&](const char* layout, const char* eyes, int left) {

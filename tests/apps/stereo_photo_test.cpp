@@ -13,7 +13,9 @@
 #include "media/embedded/embedded.h"
 #include "media/picture/crop.h"
 #include "media/picture/picture_file.h"
+#include "on_sample_scene.h"
 #include "process.h"
+#include "support/processes.h"
 #include "support/temporary_folder.h"
 
 namespace quorvane::test {
@@ -44,18 +46,11 @@ double zoom() {
     }
 }
 
-class StereoPhoto : public testing::Test {
-  protected:
-    static void SetUpTestSuite() {
-        s_scene = new TemporaryFolder;
-        ASSERT_EQ(quorvane({"sample", scene("photo.png"), scene("depth.png"), "--size", "320x240"}).code, 0);
-    }
-    static void TearDownTestSuite() {
-        delete s_scene;
-        s_scene = nullptr;
-    }
-    static std::string scene(const std::string& name) { return *s_scene / name; }
+class StereoPhoto : public OnSampleScene<StereoPhoto> {
+  public:
+    static constexpr const char* kSceneSize = "320x240";
 
+  protected:
     void render(const std::string& photo, const std::string& out,
                 const std::vector<std::string>& more = {}) const {
         std::vector<std::string> arguments = {
@@ -65,12 +60,7 @@ class StereoPhoto : public testing::Test {
         const Outcome outcome = quorvane(arguments);
         ASSERT_EQ(outcome.code, 0) << outcome.err;
     }
-
-    static TemporaryFolder* s_scene;
-    const TemporaryFolder folder;
 };
-TemporaryFolder* StereoPhoto::s_scene = nullptr;
-
 double meanDifference(const RgbImage& a, const RgbImage& b) {
     EXPECT_EQ(a.samples.size(), b.samples.size());
     double sum = 0.0;
@@ -129,12 +119,7 @@ TEST_F(StereoPhoto, DepthOfTheViewsIsTheDepthThatDrewThem) {
 
 /// What `exiftool` says of one tag, of all its places, or "" where it is not installed.
 std::string exif(const std::string& file, const std::string& tag) {
-    const std::string command = "exiftool -a -ee -n -s3 -" + tag + " '" + file + "' 2>/dev/null";
-    FILE* pipe = popen(command.c_str(), "r");
-    std::string text;
-    for (int c = 0; pipe != nullptr && (c = fgetc(pipe)) != EOF;) text.push_back(static_cast<char>(c));
-    if (pipe != nullptr) pclose(pipe);
-    return text;
+    return outputOf("exiftool -a -ee -n -s3 -" + tag + " '" + file + "' 2>/dev/null");
 }
 
 TEST_F(StereoPhoto, MpoSaysWhereTheCamerasStandAndWhatTheySee) {

@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/processes.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -138,12 +139,7 @@ TEST(PropertyFileName, MissingFileIsReportedAndNoneIsNot) {
         const std::string command = std::string(kKeepFile) + "=1 " + name + " '" + self +
                                     "' --gtest_filter=PropertyFileName.DISABLED_* "
                                     "--gtest_also_run_disabled_tests 2>&1 >/dev/null";
-        std::string text;
-        if (FILE* output = popen(command.c_str(), "r")) {
-            for (int c; (c = std::fgetc(output)) != EOF;) text += static_cast<char>(c);
-            pclose(output);
-        }
-        return text;
+        return quorvane::test::outputOf(command);
     };
     const TemporaryFolder folder;
     writeBytes(folder / "good.prop", "from.file=here");

@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <cstdlib>
 #include <iterator>
 #include <sstream>
@@ -14,6 +12,7 @@
 #include "apps/quorvane/terminal/man_page.h"
 #include "apps/quorvane/terminal/usage_error.h"
 #include "apps/tuner/core/asked.h"
+#include "support/processes.h"
 #include "support/temporary_folder.h"
 
 namespace quorvane::tuner {
@@ -26,17 +25,6 @@ using testing::IsSupersetOf;
     if (std::system("command -v " program " > /dev/null 2>&1") != 0) { \
         GTEST_SKIP() << "NO " program " HERE";                         \
     }
-
-/// What a shell's line prints, standard error included.
-std::string outputOf(const std::string& line) {
-    FILE* const pipe = popen(("{ " + line + "\n} 2>&1").c_str(), "r");
-    std::string text;
-    std::array<char, 4096> chunk = {};
-    for (size_t got = 0; (got = fread(chunk.data(), 1, chunk.size(), pipe)) > 0;)
-        text.append(chunk.data(), got);
-    pclose(pipe);
-    return text;
-}
 
 std::vector<std::string> wordsOf(const std::string& text) {
     std::istringstream stream(text);
@@ -89,8 +77,8 @@ TEST_F(TunerPages, WhatIsNotWantedIsNamed) {
 TEST_F(TunerPages, TheManualHasAllThatItTakes) {
     NEEDS("mandoc");
     const std::string path = write("page.1", app::manPage(*lines, "2026-01-02"));
-    EXPECT_EQ(outputOf("mandoc -Tlint -W warning " + path), "");
-    const std::string text = outputOf("mandoc -Tascii -O width=1000 " + path + " | col -b");
+    EXPECT_EQ(test::printedBy("mandoc -Tlint -W warning " + path), "");
+    const std::string text = test::printedBy("mandoc -Tascii -O width=1000 " + path + " | col -b");
     EXPECT_THAT(text, HasSubstr("quorvane-tuner - shows a photo in depth while it is tuned\n"));
     EXPECT_THAT(text, HasSubstr("quorvane-tuner [PHOTO] [DEPTH] [OPTIONS]\n"));
     for (const std::string& name : names()) EXPECT_THAT(text, HasSubstr(name));
@@ -110,7 +98,7 @@ TEST_F(TunerPages, BashCompletesOptionsWordsAndFiles) {
         try quorvane-tuner ph
         try quorvane-tuner photo.jpg --scale ''
     )";
-    std::istringstream printed(outputOf("bash --norc " + write("script", script)));
+    std::istringstream printed(test::printedBy("bash --norc " + write("script", script)));
     std::string line;
     std::getline(printed, line);
     EXPECT_THAT(wordsOf(line), IsSupersetOf(names()));
@@ -127,8 +115,8 @@ TEST_F(TunerPages, FishCompletesOptionsWordsAndFiles) {
         const std::string script = "cd " + folder.path() + "; source " +
                                    write("tuner.fish", app::fishCompletion(*lines)) + "\ncomplete -C '" +
                                    typed + "'\n";
-        return outputOf("HOME=" + folder.path() + " XDG_CONFIG_HOME=" + folder.path() + " fish --no-config " +
-                        write("script.fish", script));
+        return test::printedBy("HOME=" + folder.path() + " XDG_CONFIG_HOME=" + folder.path() +
+                               " fish --no-config " + write("script.fish", script));
     };
     const std::string options = completed("quorvane-tuner --");
     for (const std::string& name : names()) {
@@ -143,7 +131,7 @@ TEST_F(TunerPages, FishCompletesOptionsWordsAndFiles) {
 TEST_F(TunerPages, ZshHasEveryOption) {
     NEEDS("zsh");
     const std::string script = app::zshCompletion(*lines);
-    EXPECT_EQ(outputOf("zsh -n " + write("_quorvane-tuner", script)), "");
+    EXPECT_EQ(test::printedBy("zsh -n " + write("_quorvane-tuner", script)), "");
     for (const std::string& name : names())
         EXPECT_THAT(script, testing::ContainsRegex("[',{*]" + name + "[]=+[,}]"));
     EXPECT_THAT(script, HasSubstr("'1::PHOTO:_files'"));

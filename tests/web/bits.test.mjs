@@ -1,10 +1,11 @@
 // The element's arithmetic against the renderer's, bit by bit: node --test bits.test.mjs, with the output of native_bits
-// in the file that QUORVANE_NATIVE_BITS names.
+// in the file that QUORVANE_NATIVE_BITS names. What is in the folder that QUORVANE_WEB_MADE names comes from tests/checks/web.
 import assert from 'node:assert';
 import {readFileSync} from 'node:fs';
+import {join} from 'node:path';
 import {test} from 'node:test';
 
-import {FRAGMENT_SHADER, VERTEX_SHADER} from '../../web/element/class.js';
+import {FRAGMENT_SHADER, MOTIONS, VERTEX_SHADER} from '../../web/element/class.js';
 import * as geometry from '../../web/element/geometry.js';
 import {fit, shapePlanes} from '../../web/element/shape.js';
 import {SHAPER} from '../../web/element/shaper.js';
@@ -19,6 +20,24 @@ test('the shaders are the renderer\'s but for the blanks at the ends of lines', 
   const trimmed = (hex) => Buffer.from(hex, 'hex').toString().replace(/ +\n/g, '\n');
   assert.strictEqual(VERTEX_SHADER, trimmed(native.shaders[0]));
   assert.strictEqual(FRAGMENT_SHADER, trimmed(native.shaders[1]));
+});
+
+test('motions go where the program\'s go', () => {
+  const rows = readFileSync(join(process.env.QUORVANE_WEB_MADE, 'motions.txt'), 'utf8').trim().split('\n')
+      .map((row) => row.match(/^(\S+) +(.*?)   /)).filter(([, name]) => name !== 'still');
+  assert.deepStrictEqual(rows.map(([, name]) => name), Object.keys(MOTIONS));
+  for (const [, name, expression] of rows) {
+    // Such as x=sin(1) y=-0.5cos(2): of the turn once, and of twice the turn.
+    const place = {x: '0', y: '0', zoom: '1'};
+    for (const word of expression.split(' ')) {
+      const [axis, terms] = word.split('=');
+      place[axis] = terms.replace(/([\d.]*)(sin|cos)\((\d+)\)/g,
+          (all, factor, wave, times) => `${factor || 1} * Math.${wave}(${times} * turn)`);
+    }
+    const wanted = new Function('turn', `return [${place.x}, ${place.y}, ${place.zoom} - 1]`);
+    for (let turn = 0; turn < 2 * Math.PI; turn += 0.1)
+      MOTIONS[name](turn).forEach((at, i) => assert.ok(Math.abs(at - wanted(turn)[i]) < 1e-12, `${name} at ${turn}`));
+  }
 });
 
 test('view positions, mesh widths and matrices have the renderer\'s bits', () => {

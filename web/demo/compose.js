@@ -1,9 +1,8 @@
 // A picture as the program composes it: edges, pivot and frame, by the same code.
-import {fit} from '../element/shape.js';
+import {fit, LONGEST_SIDE} from '../element/shape.js';
 import {COMPOSER} from './composer.js';
 import {start} from './wasm.js';
 
-const LONGEST_SIDE = 2048;
 const PREVIEW_SIDE = 1024;  // of the photo that a depth map is compared with
 const NEAR = {larger: 0, smaller: 1, unknown: 2};
 

@@ -44,7 +44,7 @@ const RECENTRING_SECONDS = 5;
 const FASTEST_TURN_RADIANS = 0.6;  // from one sample to the next; more is a jump of the angles
 
 // Where the view stands after a turn: x, y, and how much more than once as large everything is drawn.
-const MOTIONS = {
+export const MOTIONS = {
   sway: (turn) => [Math.sin(turn), 0, 0],
   nod: (turn) => [0, Math.sin(turn), 0],
   circle: (turn) => [Math.sin(turn), -Math.cos(turn), 0],

@@ -3,7 +3,7 @@ import {SHAPER} from './shaper.js';
 const DEPTH_PIXELS = 4;  // a cell's, on each axis
 const LARGEST_RATIO = 32;
 const MOST_TRIANGLES = 100000;  // what a page draws in time
-const LONGEST_SIDE = 2048;
+export const LONGEST_SIDE = 2048;  // of a picture
 
 let shaper;
 

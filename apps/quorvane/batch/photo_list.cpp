@@ -112,8 +112,8 @@ void add(const std::string& name, const Json& value, std::vector<std::string>* o
 }
 
 BatchPhoto photoOfLine(const std::string& line, const std::vector<std::string>& options) {
-    if (media::nestingOf(line) > media::kMostNesting)
-        throw UsageError(std::to_string(media::nestingOf(line)) + " brackets in each other; 3 are enough");
+    if (const int nesting = media::nestingOf(line); nesting > media::kMostNesting)
+        throw UsageError(std::to_string(nesting) + " brackets in each other; 3 are enough");
     const Json json = Json::parse(line, nullptr, false);
     if (!json.is_object() || !json.contains("photo"))
         throw UsageError("an object with a photo is wanted, such as {\"photo\": \"a.jpg\"}");

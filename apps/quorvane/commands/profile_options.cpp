@@ -26,6 +26,12 @@ bool isOneOf(const std::vector<std::string>& names, const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+/// Whether a profile holds the option.
+bool isInProfiles(const Option& option) {
+    return !option.isFile() && option.name() != kParameters && option.name() != kProgram &&
+           !isOneOf(notOfPictures(), option.name());
+}
+
 /// What an option is called in a profile.
 std::string keyOf(const Option& option) { return option.name().substr(2); }
 
@@ -91,6 +97,30 @@ bool hasGivenRival(const Option& option, const CommandLine& line) {
     return false;
 }
 
+/// Takes what the profile of file `name` says as if it had been given, but for what rivals an option that was
+/// given. What other commands' options say is left. Throws Error with one line that names all keys that no
+/// command knows, or the value that is not wanted.
+void takeProfile(const media::Profile& profile, const std::string& name, CommandLine* line,
+                 ViewOptions* view) {
+    checkNames(profile, name, *line);
+    std::vector<const Option*> taken;
+    for (const auto& [key, value] : profile.options) {
+        Option* const option = findKey(line, key);
+        if (option == nullptr || hasGivenRival(*option, *line)) continue;
+        for (const Option* other : taken)
+            if (option->isExcludedBy(*other))
+                throw Error(name + ": options." + keyOf(*other) + " and options." + key +
+                            ": one of the two is wanted");
+        try {
+            option->take(media::textOf(value));
+        } catch (const UsageError& error) {
+            throw Error(name + ": options." + key + ": " + error.what());
+        }
+        taken.push_back(option);
+    }
+    takeProfileParameters(profile.parameters, view);
+}
+
 /// Notes which of the given options a profile does not hold, though the picture depends on them.
 void noteInputs(CommandLine* line, const std::string& path) {
     const Option* const quiet = find(*line, "--quiet");
@@ -131,32 +161,6 @@ const std::vector<std::string>& notOfPictures() {
         // What is said, on the terminal and about the photo.
         "--verbose", "--quiet", "--stats", "--json", "--alt", "--title", "--exit-codes"};
     return names;
-}
-
-bool isInProfiles(const Option& option) {
-    return !option.isFile() && option.name() != kParameters && option.name() != kProgram &&
-           !isOneOf(notOfPictures(), option.name());
-}
-
-void takeProfile(const media::Profile& profile, const std::string& name, CommandLine* line,
-                 ViewOptions* view) {
-    checkNames(profile, name, *line);
-    std::vector<const Option*> taken;
-    for (const auto& [key, value] : profile.options) {
-        Option* const option = findKey(line, key);
-        if (option == nullptr || hasGivenRival(*option, *line)) continue;
-        for (const Option* other : taken)
-            if (option->isExcludedBy(*other))
-                throw Error(name + ": options." + keyOf(*other) + " and options." + key +
-                            ": one of the two is wanted");
-        try {
-            option->take(media::textOf(value));
-        } catch (const UsageError& error) {
-            throw Error(name + ": options." + key + ": " + error.what());
-        }
-        taken.push_back(option);
-    }
-    takeProfileParameters(profile.parameters, view);
 }
 
 media::Profile profileOf(const CommandLine& line, const ViewOptions& view) {

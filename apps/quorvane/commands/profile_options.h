@@ -14,20 +14,11 @@ namespace quorvane::app {
 /// All others are kept in profiles, but for those that name files or a program.
 const std::vector<std::string>& notOfPictures();
 
-/// Whether a profile holds the option.
-bool isInProfiles(const Option& option);
-
 /// Adds --profile. `view` are the options that addViewOptions added to `line`.
 void addProfileOption(CommandLine* line, ViewOptions* view);
 
 /// Adds --save-profile, which lasts as long as `view` does.
 void addSaveProfileOption(CommandLine* line, const ViewOptions& view);
-
-/// Takes what the profile of file `name` says as if it had been given, but for what rivals an option that was
-/// given. What other commands' options say is left. Throws Error with one line that names all keys that no
-/// command knows, or the value that is not wanted.
-void takeProfile(const media::Profile& profile, const std::string& name, CommandLine* line,
-                 ViewOptions* view);
 
 /// All that decides the picture besides the files: what was taken, and the defaults.
 media::Profile profileOf(const CommandLine& line, const ViewOptions& view);

@@ -78,8 +78,7 @@ struct RenderOptions {
 /// clips have in a file that players show once, and two at any rate in one that repeats itself.
 FrameCount usualWiggle(const media::OutputFormat& format, const ClipTiming& timing) {
     constexpr int kRate = 8, kSeconds = 4;
-    const bool shown_once = format.extension == ".mp4" || format.extension == ".webm";
-    if (shown_once) return {kRate * kSeconds, kRate};
+    if (format.shown_once) return {kRate * kSeconds, kRate};
     return {2, timing.fps.value_or(kRate)};
 }
 
@@ -370,36 +369,31 @@ Rendered render(const RenderOptions& asked) {
     Rendered rendered = {source.origin, source.depth, input.findings};
 
     const Size size = chooseSize(options, input.photo_size, format);
-    if (format.kind == OutputKind::kPage) {
+    // Some files are made whole, others picture by picture.
+    const auto write_whole = [&](const auto& make_bytes) {
         PendingOutput output(options.out, timings.descriptor());
-        output.fill(media::sharePage(pageOf(options, size, std::move(input))));
+        output.fill(make_bytes());
         throwIfCancelled();
         output.commit();
         if (!options.talk.quiet) noteIdleOptions(options, format.kind);
         return rendered;
-    }
-    if (format.kind == OutputKind::kMesh) {
-        PendingOutput output(options.out, timings.descriptor());
-        const PagePicture picture =
-            pagePicture(options.view, options.talk, size, options.picture.amount, std::move(input));
-        output.fill(media::glbFile(
-            photoMesh(picture, options.view.orientation, qualityFor(format, options.encoding))));
-        throwIfCancelled();
-        output.commit();
-        if (!options.talk.quiet) noteIdleOptions(options, format.kind);
-        return rendered;
-    }
-    if (format.kind == OutputKind::kPair) {
-        PendingOutput output(options.out, timings.descriptor());
-        const Route route = routeFor(options, format, stereo);
-        View view = readyView(options, stereo, size, route, std::move(source), std::move(input), &times);
-        output.fill(stereoPhoto(&view, *stereo, route.positions.front(), size, &times, format,
-                                qualityFor(format, options.encoding)));
-        throwIfCancelled();
-        output.commit();
-        if (!options.talk.quiet) noteIdleOptions(options, format.kind);
-        return rendered;
-    }
+    };
+    if (format.kind == OutputKind::kPage)
+        return write_whole([&] { return media::sharePage(pageOf(options, size, std::move(input))); });
+    if (format.kind == OutputKind::kMesh)
+        return write_whole([&] {
+            const PagePicture picture =
+                pagePicture(options.view, options.talk, size, options.picture.amount, std::move(input));
+            return media::glbFile(
+                photoMesh(picture, options.view.orientation, qualityFor(format, options.encoding)));
+        });
+    if (format.kind == OutputKind::kPair)
+        return write_whole([&] {
+            const Route route = routeFor(options, format, stereo);
+            View view = readyView(options, stereo, size, route, std::move(source), std::move(input), &times);
+            return stereoPhoto(&view, *stereo, route.positions.front(), size, &times, format,
+                               qualityFor(format, options.encoding));
+        });
     Drawn drawn = {};
     if (options.limit) {
         drawn = drawFitting(asked, options, format, size, source, input, &timings, &times);

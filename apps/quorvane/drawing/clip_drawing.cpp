@@ -37,7 +37,7 @@ const media::RgbaImage& finished(Size size, StageTimes* times, DrawnView* one) {
 Writers planWriters(const media::OutputFormat& format, int frames, Size size, int supersample, int views) {
     // Compressing a picture keeps one core busy for longer than drawing it keeps all.
     const int cores = usableCores();
-    const int threads = format.any_order ? std::min(cores, frames) : 1;
+    const int threads = format.kind == media::OutputKind::kFolder ? std::min(cores, frames) : 1;
     // One more waits when a writer is done with its last, and one is filled meanwhile.
     const int copies = supersample * supersample + 1 + (views > 1 ? 1 : 0);
     const int64_t bytes = int64_t{4} * size.width * size.height * copies * views;

@@ -10,15 +10,20 @@
 #include "host/parameters.h"
 #include "media/picture/crop.h"
 #include "media/picture/resample.h"
+#include "quorvane/host/ParallaxView.h"
 #include "quorvane/parameters.h"
 
 namespace quorvane::app {
 namespace {
 
-/// Those that a frame is drawn with; the others have gone into the shaped depth.
-constexpr std::string_view kOfFrames[] = {
-    "rotate_z_trans", "rotate_x_boundary", "rotate_y_boundary", "trans_to_rotate_scale",
-    "far_offset_ext", "border_deadzone",   "fov_scale"};
+/// Whether frames are drawn with it; the others have gone into the shaped depth.
+bool isOfFrames(const Parameter& parameter) {
+    for (const ParameterInfo& info : ParallaxView::parameters())
+        if (info.name == std::string_view(parameter.name))
+            return info.takes_effect == TakesEffect::kEachFrame ||
+                   info.takes_effect == TakesEffect::kNextMotion;
+    return false;
+}
 
 std::vector<std::pair<std::string, double>> changedParameters(int orientation, const PicturePlan& plan) {
     LibParam values = startingParameters(static_cast<uint32_t>(orientation), nullptr);
@@ -26,9 +31,8 @@ std::vector<std::pair<std::string, double>> changedParameters(int orientation, c
     for (const Parameter& parameter : kParameters) {
         for (const auto& [name, value] : plan.parameters)
             if (name == parameter.name) parameter.store(value, &values);
-        for (const std::string_view name : kOfFrames)
-            if (name == parameter.name && parameter.of(values) != parameter.of(LibParam()))
-                changed.emplace_back(name, parameter.of(values));
+        if (isOfFrames(parameter) && parameter.of(values) != parameter.of(LibParam()))
+            changed.emplace_back(parameter.name, parameter.of(values));
     }
     return changed;
 }

@@ -19,8 +19,8 @@ media::RgbImage opaque(const media::RgbaImage& image) {
     return out;
 }
 
-}  // namespace
-
+/// The cameras of two views that are made parallel. Nothing says how large a photo's things are, so they are
+/// taken for as large as they look to eyes that stand as far apart as people's do.
 media::StereoCameras camerasOf(const DrawnView& left, const DrawnView& right) {
     media::StereoCameras cameras;
     cameras.focal_width = left.zoom / (2.0 * left.lens.half_width);
@@ -34,6 +34,8 @@ media::StereoCameras camerasOf(const DrawnView& left, const DrawnView& right) {
     cameras.baseline_mm = right.turn_deg > left.turn_deg ? kEyeDistance : 0.0;
     return cameras;
 }
+
+}  // namespace
 
 std::string stereoPhoto(View* view, const Stereo& stereo, Position middle, Size size, StageTimes* times,
                         const media::OutputFormat& format, int quality) {

@@ -5,13 +5,8 @@
 
 #include "apps/quorvane/drawing/clip_drawing.h"
 #include "media/clip/output_format.h"
-#include "media/embedding/stereo_cameras.h"
 
 namespace quorvane::app {
-
-/// The cameras of two views that are made parallel. Nothing says how large a photo's things are, so they are
-/// taken for as large as they look to eyes that stand as far apart as people's do, 63 mm.
-media::StereoCameras camerasOf(const DrawnView& left, const DrawnView& right);
 
 /// Draws both eyes' views of `size` around `middle` and returns the bytes of a file of `format` with both and
 /// their cameras. `quality` is the codec's own. Throws Error.

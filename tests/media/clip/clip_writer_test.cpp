@@ -36,17 +36,6 @@ RgbaImage frame(int width, int height, uint8_t level) {
     return image;
 }
 
-/// What a program prints, without its last line end.
-std::string outputOf(const std::string& command) {
-    std::string text;
-    FILE* pipe = popen((command + " 2>/dev/null").c_str(), "r");
-    std::array<char, 256> chunk;
-    while (std::fgets(chunk.data(), chunk.size(), pipe) != nullptr) text += chunk.data();
-    pclose(pipe);
-    while (!text.empty() && text.back() == '\n') text.pop_back();
-    return text;
-}
-
 std::unique_ptr<ClipWriter> openWriter(const std::string& path, Size size = {32, 24}, bool force = false) {
     return openClip(path, outputFormat(path), {size, 10, force});
 }
@@ -69,9 +58,9 @@ std::string refusal(const std::string& path) {
 TEST(ClipWriter, Mp4HoldsEveryFrameForEveryPlayer) {
     const TemporaryFolder folder;
     writeClip(folder / "a.mp4", 7);
-    EXPECT_EQ(outputOf("ffprobe -v error -count_frames -show_entries "
-                       "stream=codec_name,width,height,pix_fmt,nb_read_frames -of csv=p=0 " +
-                       (folder / "a.mp4")),
+    EXPECT_EQ(test::answerOf("ffprobe -v error -count_frames -show_entries "
+                             "stream=codec_name,width,height,pix_fmt,nb_read_frames -of csv=p=0 " +
+                             (folder / "a.mp4")),
               "h264,32,24,yuv420p,7");
     EXPECT_THAT(folder.names(), ElementsAre("a.mp4"));
 }
@@ -89,7 +78,7 @@ void writeClip(const std::string& path, int frames, std::string_view codec) {
 TEST(ClipWriter, EveryFormatThatFfprobeReadsHoldsEveryFrame) {
     const TemporaryFolder folder;
     const auto seen = [&folder](const std::string& name) {
-        return outputOf(
+        return test::answerOf(
             "ffprobe -v error -count_frames -show_entries "
             "stream=codec_name,width,height,r_frame_rate,nb_read_frames -of csv=p=0 " +
             (folder / name));
@@ -112,10 +101,11 @@ TEST(ClipWriter, EveryVideoSaysItsColours) {
     const TemporaryFolder folder;
     const auto expect = [&](const std::string& name, const char* codec) {
         writeClip(folder / name, 2, codec);
-        EXPECT_EQ(outputOf("ffprobe -v error -show_entries "
+        EXPECT_EQ(
+            test::answerOf("ffprobe -v error -show_entries "
                            "stream=color_range,color_space,color_transfer,color_primaries -of csv=p=0 " +
                            (folder / name)),
-                  "tv,bt709,iec61966-2-1,bt709")
+            "tv,bt709,iec61966-2-1,bt709")
             << name;
     };
     expect("hevc.mp4", "hevc");
@@ -134,9 +124,9 @@ TEST(ClipWriter, PicturesTooSmallForTheCodecAreRefused) {
 TEST(ClipWriter, HevcIsTaggedForApplesPlayers) {
     const TemporaryFolder folder;
     writeClip(folder / "a.mp4", 2, "hevc");
-    EXPECT_EQ(
-        outputOf("ffprobe -v error -show_entries stream=codec_tag_string -of csv=p=0 " + (folder / "a.mp4")),
-        "hvc1");
+    EXPECT_EQ(test::answerOf("ffprobe -v error -show_entries stream=codec_tag_string -of csv=p=0 " +
+                             (folder / "a.mp4")),
+              "hvc1");
 }
 
 TEST(ClipWriter, AvifIsASequence) {
@@ -150,9 +140,9 @@ TEST(ClipWriter, ApngLoopsForeverAndKeepsEveryPixel) {
     writeClip(folder / "a.apng", 4);
     // The animation's head: 4 frames, 0 plays, which means forever.
     EXPECT_THAT(bytesOf(folder / "a.apng"), HasSubstr(std::string("acTL\0\0\0\x04\0\0\0\0", 12)));
-    ASSERT_EQ(
-        outputOf("ffmpeg -v error -i " + (folder / "a.apng") + " " + (folder / "%d.png") + " && echo ok"),
-        "ok");
+    ASSERT_EQ(test::answerOf("ffmpeg -v error -i " + (folder / "a.apng") + " " + (folder / "%d.png") +
+                             " && echo ok"),
+              "ok");
     EXPECT_EQ(readPhoto(folder / "4.png").samples, std::vector<uint8_t>(32 * 24 * 3, 120));
 }
 
@@ -181,10 +171,11 @@ TEST(ClipWriter, Y4mIsWhatOtherProgramsRead) {
     EXPECT_EQ(bytesOf(folder / "a.y4m").size(), 61 + 3 * (6 + 32 * 24 * 3 / 2));
     EXPECT_THAT(bytesOf(folder / "a.y4m"),
                 testing::StartsWith("YUV4MPEG2 W32 H24 F10:1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED\nFRAME\n"));
-    EXPECT_EQ(outputOf("ffprobe -v error -count_frames -show_entries "
+    EXPECT_EQ(
+        test::answerOf("ffprobe -v error -count_frames -show_entries "
                        "stream=width,height,pix_fmt,color_range,r_frame_rate,nb_read_frames -of csv=p=0 " +
                        (folder / "a.y4m")),
-              "32,24,yuv420p,tv,10/1,3");
+        "32,24,yuv420p,tv,10/1,3");
 }
 
 TEST(ClipWriter, RgbaIsTheFrames) {
@@ -284,8 +275,8 @@ TEST(ClipWriter, Mp4KeepsTheColours) {
         for (int i = 0; i < 3; ++i) writer->add(i, orange);
         writer->finish();
     }
-    ASSERT_EQ(outputOf("ffmpeg -v error -i " + (folder / "a.mp4") + " -frames:v 1 " + (folder / "f.png") +
-                       " && echo ok"),
+    ASSERT_EQ(test::answerOf("ffmpeg -v error -i " + (folder / "a.mp4") + " -frames:v 1 " +
+                             (folder / "f.png") + " && echo ok"),
               "ok");
     const RgbImage seen = readPhoto(folder / "f.png");
     EXPECT_NEAR(seen.samples[0], 230, 4);
@@ -310,10 +301,11 @@ std::vector<std::string> boxesOf(const std::string& bytes) {
 TEST(ClipWriter, Mp4SaysItsColoursAndStartsWhileItLoads) {
     const TemporaryFolder folder;
     writeClip(folder / "a.mp4", 7);
-    EXPECT_EQ(outputOf("ffprobe -v error -show_entries "
+    EXPECT_EQ(
+        test::answerOf("ffprobe -v error -show_entries "
                        "stream=color_range,color_space,color_transfer,color_primaries -of default=nw=1 " +
                        (folder / "a.mp4")),
-              "color_range=tv\ncolor_space=bt709\ncolor_transfer=iec61966-2-1\ncolor_primaries=bt709");
+        "color_range=tv\ncolor_space=bt709\ncolor_transfer=iec61966-2-1\ncolor_primaries=bt709");
     EXPECT_THAT(boxesOf(bytesOf(folder / "a.mp4")), ElementsAre("ftyp", "moov", "free", "mdat"));
 }
 
@@ -335,11 +327,11 @@ TEST(ClipWriter, WebpHasTheQualityThatIsMeant) {
     writer->add(0, noise);
     writer->finish();
     writePng(noise, folder / "a.png");
-    ASSERT_EQ(
-        outputOf("cwebp -quiet -q 85 " + (folder / "a.png") + " -o " + (folder / "b.webp") + " && echo ok"),
-        "ok");
+    ASSERT_EQ(test::answerOf("cwebp -quiet -q 85 " + (folder / "a.png") + " -o " + (folder / "b.webp") +
+                             " && echo ok"),
+              "ok");
     const auto quantizer = [&folder](const char* name) {
-        return outputOf("webpinfo -bitstream_info " + (folder / name) + " | grep 'Base Q'");
+        return test::answerOf("webpinfo -bitstream_info " + (folder / name) + " | grep 'Base Q'");
     };
     EXPECT_THAT(quantizer("a.webp"), HasSubstr("Base Q"));
     EXPECT_EQ(quantizer("a.webp"), quantizer("b.webp"));
@@ -348,9 +340,10 @@ TEST(ClipWriter, WebpHasTheQualityThatIsMeant) {
 TEST(ClipWriter, GifLoopsForever) {
     const TemporaryFolder folder;
     writeClip(folder / "a.gif", 4);
-    EXPECT_EQ(outputOf("ffprobe -v error -count_frames -show_entries stream=nb_read_frames -of csv=p=0 " +
+    EXPECT_EQ(
+        test::answerOf("ffprobe -v error -count_frames -show_entries stream=nb_read_frames -of csv=p=0 " +
                        (folder / "a.gif")),
-              "4");
+        "4");
     // The looping extension with the count 0, which means forever.
     EXPECT_THAT(bytesOf(folder / "a.gif"), HasSubstr(std::string("NETSCAPE2.0\x03\x01\0\0\0", 16)));
 }
@@ -379,8 +372,8 @@ TEST(ClipWriter, GifHasColoursForWhatStandsStillToo) {
     }
     writer->finish();
 
-    outputOf("ffmpeg -i " + (folder / "a.gif") + " -frames:v 1 -pix_fmt rgb24 -f rawvideo " +
-             (folder / "a.rgb"));
+    test::answerOf("ffmpeg -i " + (folder / "a.gif") + " -frames:v 1 -pix_fmt rgb24 -f rawvideo " +
+                   (folder / "a.rgb"));
     const std::string samples = bytesOf(folder / "a.rgb");
     ASSERT_EQ(samples.size(), 3u * kSide * kSide);
     double off = 0.0;
@@ -393,9 +386,9 @@ TEST(ClipWriter, GifHasColoursForWhatStandsStillToo) {
 TEST(ClipWriter, WebpIsAnimatedAndLoopsForever) {
     const TemporaryFolder folder;
     writeClip(folder / "a.webp", 4);
-    const std::string info = outputOf("webpinfo " + (folder / "a.webp"));
+    const std::string info = test::answerOf("webpinfo " + (folder / "a.webp"));
     EXPECT_THAT(info, HasSubstr("Loop count      : 0"));
-    EXPECT_THAT(outputOf("webpinfo " + (folder / "a.webp") + " | grep -c 'Chunk ANMF'"), "4");
+    EXPECT_THAT(test::answerOf("webpinfo " + (folder / "a.webp") + " | grep -c 'Chunk ANMF'"), "4");
 }
 
 TEST(ClipWriter, WhatIsShownOnceSaysSo) {
@@ -408,7 +401,7 @@ TEST(ClipWriter, WhatIsShownOnceSaysSo) {
         writer->finish();
     }
     EXPECT_THAT(bytesOf(folder / "a.gif"), testing::Not(HasSubstr("NETSCAPE2.0")));
-    EXPECT_THAT(outputOf("webpinfo " + (folder / "a.webp")), HasSubstr("Loop count      : 1"));
+    EXPECT_THAT(test::answerOf("webpinfo " + (folder / "a.webp")), HasSubstr("Loop count      : 1"));
     EXPECT_THAT(bytesOf(folder / "a.apng"), HasSubstr(std::string("acTL\0\0\0\x03\0\0\0\1", 12)));
 }
 
@@ -430,7 +423,7 @@ TEST(ClipWriter, FolderHoldsNumberedFrames) {
 TEST(ClipWriter, FolderTakesFramesInAnyOrderFromSeveralThreads) {
     const TemporaryFolder folder;
     const auto writer = openWriter(folder / "frames");
-    ASSERT_TRUE(outputFormat(folder / "frames").any_order);
+    ASSERT_EQ(outputFormat(folder / "frames").kind, OutputKind::kFolder);
     std::vector<std::thread> threads;
     for (int first = 3; first >= 0; --first)
         threads.emplace_back([&writer, first] {

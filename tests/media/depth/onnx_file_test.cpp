@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -142,10 +142,10 @@ TEST(OnnxFile, LengthsBeyondTheFileAreRefused) {
 TEST(OnnxFile, TakesASecondAtMost) {
     std::string fields;
     for (int i = 0; i < 3'000'000; ++i) fields += number(1, 1);
-    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t start = std::clock();
     EXPECT_THROW(lookIntoOnnx(model(fields), "a"), Error);
     EXPECT_THROW(lookIntoOnnx(fields, "a"), Error);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    EXPECT_LT(std::clock() - start, 2 * CLOCKS_PER_SEC);
 }
 
 TEST(OnnxFile, WhatCannotBeReadIsTold) {

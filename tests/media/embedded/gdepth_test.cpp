@@ -1,13 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
 #include "media/embedded/embedded.h"
 #include "support/photo_writers/pictures.h"
 #include "support/photo_writers/xmp_depth.h"
+#include "support/processes.h"
 #include "support/temporary_folder.h"
 
 namespace quorvane::media {
@@ -190,17 +190,8 @@ TEST(GDepth, EveryCutIsSurvived) {
     for (size_t size = 0; size < file.size(); size += 37) lookInside(file.substr(0, size));
 }
 
-/// What `command` writes; nothing where it fails.
-std::string outputOf(const std::string& command) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-    std::string output;
-    char chunk[4096];
-    while (const size_t got = std::fread(chunk, 1, sizeof chunk, pipe.get())) output.append(chunk, got);
-    return output;
-}
-
 TEST(GDepth, IsTheBytesThatExifToolFinds) {
-    if (outputOf("exiftool -ver 2>/dev/null").empty()) GTEST_SKIP() << "no exiftool to compare with";
+    if (test::outputOf("exiftool -ver 2>/dev/null").empty()) GTEST_SKIP() << "no exiftool to compare with";
     const test::TemporaryFolder folder;
     GDepthOptions options;
     options.original = jpegFile(somePhoto(158, 118));
@@ -212,9 +203,9 @@ TEST(GDepth, IsTheBytesThatExifToolFinds) {
         const Contents contents = lookInside(file);
         ASSERT_TRUE(contents.depth && contents.original);
         EXPECT_EQ(planeBytes(*contents.depth),
-                  outputOf("exiftool -b -XMP-GDepth:DepthImage " + folder / "a.jpg"));
+                  test::outputOf("exiftool -b -XMP-GDepth:DepthImage " + folder / "a.jpg"));
         EXPECT_EQ(contents.original->bytes,
-                  outputOf("exiftool -b -XMP-GImage:ImageData " + folder / "a.jpg"));
+                  test::outputOf("exiftool -b -XMP-GImage:ImageData " + folder / "a.jpg"));
     }
 }
 

@@ -46,6 +46,26 @@ inline bool noProcessNames(const std::string& text) {
     return false;
 }
 
+/// What a shell's command writes to standard output; nothing where it cannot be started.
+inline std::string outputOf(const std::string& command) {
+    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
+    std::string output;
+    char chunk[4096];
+    for (size_t got = 0; pipe != nullptr && (got = std::fread(chunk, 1, sizeof chunk, pipe.get())) > 0;)
+        output.append(chunk, got);
+    return output;
+}
+
+/// What a shell's lines print, standard error included.
+inline std::string printedBy(const std::string& lines) { return outputOf("{ " + lines + "\n} 2>&1"); }
+
+/// outputOf without the last line ends, and without a word to standard error.
+inline std::string answerOf(const std::string& command) {
+    std::string output = outputOf(command + " 2>/dev/null");
+    while (!output.empty() && output.back() == '\n') output.pop_back();
+    return output;
+}
+
 }  // namespace quorvane::test
 
 #endif
