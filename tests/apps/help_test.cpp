@@ -69,6 +69,11 @@ TEST(Help, OpensWithAnExampleForEveryTask) {
     EXPECT_LT(text.find("quorvane render photo.jpg depth.png -o sway.mp4"), text.find("Commands:"));
 }
 
+TEST(Help, ShowsTheCommandsBeforeATerminalsHeightIsFull) {
+    const std::vector<std::string> lines = linesOf(help(""));
+    EXPECT_LE(std::find(lines.begin(), lines.end(), "Commands:") - lines.begin(), 25);
+}
+
 TEST(Help, EveryCommandShowsItsOwnExamples) {
     for (const char* command : kCommands) {
         SCOPED_TRACE(command);
@@ -82,12 +87,13 @@ TEST(Help, EveryCommandShowsItsOwnExamples) {
 // In a folder without a photo, each ends for want of files, not for what it says.
 TEST(Help, ExamplesAreRightUsage) {
     const TemporaryFolder folder;
-    for (const std::string& example : examplesIn(help(""))) {
-        const std::string line =
-            "cd '" + folder.path() + "' && '" QUORVANE_PROGRAM "'" + example.substr(8) + " > /dev/null 2>&1";
-        const int status = std::system(line.c_str());
-        EXPECT_NE(WEXITSTATUS(status), 2) << example;
-    }
+    for (const char* command : kCommands)
+        for (const std::string& example : examplesIn(help(command))) {
+            const std::string line = "cd '" + folder.path() + "' && '" QUORVANE_PROGRAM "'" +
+                                     example.substr(8) + " > /dev/null 2>&1";
+            const int status = std::system(line.c_str());
+            EXPECT_NE(WEXITSTATUS(status), 2) << example;
+        }
 }
 
 TEST(Help, LinesFitEightyColumnsInAPipe) {

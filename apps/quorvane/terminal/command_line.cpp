@@ -407,8 +407,12 @@ void CommandLines::refuse(const std::string& fault) const {
 
 std::string CommandLines::help(size_t width) const {
     std::string text = wrapped(m_summary, width, 0) + "\n\n";
-    for (const auto& line : m_lines)
-        for (const Example& example : line->m_examples) text += listed(example, width);
+    // The first command is what most come for. A command's own help has the others.
+    for (const auto& line : m_lines) {
+        const size_t shown = line == m_lines.front() ? 2 : 1;
+        for (size_t i = 0; i < std::min(shown, line->m_examples.size()); ++i)
+            text += listed(line->m_examples[i], width);
+    }
     text += "\nCommands:\n";
     for (const auto& line : m_lines) text += row(line->m_name, line->m_summary, width, 11);
     text +=
