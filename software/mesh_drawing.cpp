@@ -437,7 +437,7 @@ void MeshDrawing::shadeBand(const Band& band, Room* room, const PlanarPicture& p
     for (int y = band.top; y < band.bottom; ++y) {
         const size_t start = static_cast<size_t>(y - band.top) * static_cast<size_t>(band.stride);
         uint8_t* luma = picture.luma + static_cast<size_t>(y) * static_cast<size_t>(picture.width);
-        int16_t* colours = room->colours[y % 2].data();
+        int16_t* colours = room->colours[static_cast<size_t>(y % 2)].data();
         m_path.shadePlanar(texture, band.q + start, band.u + start, band.v + start, far_q, band.width, luma,
                            colours);
         eachSlot(band, y, [&](int first, size_t slot) {
