@@ -40,8 +40,8 @@
 #endif
 
 /// Of what stands in the innermost loops: compilers stop inlining where a function has grown large. Who asks
-/// for small code gets calls.
-#if defined(__OPTIMIZE_SIZE__)
+/// for small code gets calls, and so do sanitizers, whose checks would be copied along.
+#if defined(__OPTIMIZE_SIZE__) || defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define QUORVANE_INLINED inline
 #else
 #define QUORVANE_INLINED [[gnu::always_inline]] inline
