@@ -149,6 +149,15 @@ Bytes drawnPlanar(const Case& c, int samples) {
     return drawnPlanar(c, cameraOf(c), samples, chosenDrawingPath(), 2);
 }
 
+/// Expects that draw(path, threads) gives `wanted` on every path that runs here.
+template <typename Draw>
+void expectOnEveryPath(const Bytes& wanted, int threads, const Draw& draw) {
+    for (const DrawingPath& path : drawingPaths())
+        if (path.runsHere()) {
+            EXPECT_EQ(draw(path, threads), wanted) << path.name;
+        }
+}
+
 /// A picture of 0..255 in Y'CbCr as ITU-R BT.709-6 has it in 3.2 to 3.4 and 4.6, and as drawnPlanar orders
 /// it: the colours for the mean of 2 x 2 pixels. `channels` a pixel, the first three red, green and blue.
 template <typename Sample>
@@ -281,30 +290,28 @@ TEST_P(MeshDrawingView, HasNoHolesAndIsBlackPastTheMesh) {
 TEST_P(MeshDrawingView, EveryPathAndNumberOfThreadsGivesTheSameBytes) {
     const Case& c = GetParam();
     for (const int samples : {1, 2, 8}) {
-        const Bytes wanted = drawn(c, cameraOf(c), samples, drawingPaths().front(), 1);
-        for (const DrawingPath& path : drawingPaths()) {
-            if (!path.runsHere()) continue;
-            EXPECT_EQ(drawn(c, cameraOf(c), samples, path, 1), wanted)
-                << path.name << ", " << samples << " samples";
-        }
+        SCOPED_TRACE(std::to_string(samples) + " samples");
+        const auto draw = [&](const DrawingPath& path, int threads) {
+            return drawn(c, cameraOf(c), samples, path, threads);
+        };
+        const Bytes wanted = draw(drawingPaths().front(), 1);
+        expectOnEveryPath(wanted, 1, draw);
         for (const int threads : {2, 3, 7})
-            EXPECT_EQ(drawn(c, cameraOf(c), samples, chosenDrawingPath(), threads), wanted)
-                << threads << " threads";
+            EXPECT_EQ(draw(chosenDrawingPath(), threads), wanted) << threads << " threads";
     }
 }
 
 TEST_P(MeshDrawingView, EveryPathAndNumberOfThreadsGivesTheSamePlanes) {
     const Case c = even(GetParam());
     for (const int samples : {1, 8}) {
-        const Bytes wanted = drawnPlanar(c, cameraOf(c), samples, drawingPaths().front(), 1);
-        for (const DrawingPath& path : drawingPaths()) {
-            if (!path.runsHere()) continue;
-            EXPECT_EQ(drawnPlanar(c, cameraOf(c), samples, path, 1), wanted)
-                << path.name << ", " << samples << " samples";
-        }
+        SCOPED_TRACE(std::to_string(samples) + " samples");
+        const auto draw = [&](const DrawingPath& path, int threads) {
+            return drawnPlanar(c, cameraOf(c), samples, path, threads);
+        };
+        const Bytes wanted = draw(drawingPaths().front(), 1);
+        expectOnEveryPath(wanted, 1, draw);
         for (const int threads : {2, 7})
-            EXPECT_EQ(drawnPlanar(c, cameraOf(c), samples, chosenDrawingPath(), threads), wanted)
-                << threads << " threads";
+            EXPECT_EQ(draw(chosenDrawingPath(), threads), wanted) << threads << " threads";
     }
 }
 
@@ -376,11 +383,11 @@ TEST(MeshDrawing, ViewsFromWithinTheMeshAreTheSameEverywhere) {
     for (const float degrees : {60.0f, 85.0f, 90.0f})
         for (const int samples : {1, 4}) {
             const Camera camera = turnedCamera(c, degrees, degrees / 3);
-            const Bytes wanted = drawn(c, camera, samples, drawingPaths().front(), 1);
-            for (const DrawingPath& path : drawingPaths())
-                if (path.runsHere()) {
-                    EXPECT_EQ(drawn(c, camera, samples, path, 2), wanted) << path.name;
-                }
+            const auto draw = [&](const DrawingPath& path, int threads) {
+                return drawn(c, camera, samples, path, threads);
+            };
+            const Bytes wanted = draw(drawingPaths().front(), 1);
+            expectOnEveryPath(wanted, 2, draw);
         }
 }
 
@@ -391,12 +398,12 @@ TEST(MeshDrawing, TinyPhotosGridsAndPicturesAreDrawn) {
                           {"", 9, 65, 65, 64, 65, 64, 1, -1, 0.81f, 40}};
     for (const Case& c : sizes)
         for (const int samples : {1, 4}) {
-            const Bytes wanted = drawn(c, cameraOf(c), samples, drawingPaths().front(), 1);
+            const auto draw = [&](const DrawingPath& path, int threads) {
+                return drawn(c, cameraOf(c), samples, path, threads);
+            };
+            const Bytes wanted = draw(drawingPaths().front(), 1);
             EXPECT_NE(wanted[4 * (wanted.size() / 8) + 1], 0) << "the middle is not black";
-            for (const DrawingPath& path : drawingPaths())
-                if (path.runsHere()) {
-                    EXPECT_EQ(drawn(c, cameraOf(c), samples, path, 2), wanted) << path.name;
-                }
+            expectOnEveryPath(wanted, 2, draw);
         }
 }
 
@@ -407,13 +414,13 @@ TEST(MeshDrawing, TinyPhotosAndPicturesAreDrawnInPlanes) {
                           {"", 270, 34, 65, 64, 65, 64, 1, -1, 0.81f, 40}};
     for (const Case& c : sizes)
         for (const int samples : {1, 4}) {
-            const Bytes wanted = drawnPlanar(c, cameraOf(c), samples, drawingPaths().front(), 1);
+            const auto draw = [&](const DrawingPath& path, int threads) {
+                return drawnPlanar(c, cameraOf(c), samples, path, threads);
+            };
+            const Bytes wanted = draw(drawingPaths().front(), 1);
             const size_t middle = static_cast<size_t>(c.height / 2 * c.width + c.width / 2);
             EXPECT_GT(wanted[middle], 20) << "the middle is not black";
-            for (const DrawingPath& path : drawingPaths())
-                if (path.runsHere()) {
-                    EXPECT_EQ(drawnPlanar(c, cameraOf(c), samples, path, 2), wanted) << path.name;
-                }
+            expectOnEveryPath(wanted, 2, draw);
         }
 }
 
