@@ -322,6 +322,8 @@ TEST_F(FrameDump, FirstFrameIsNumber1AndEveryFrameHasItsOwnFile) {
 }
 
 TEST_F(FrameDump, IsReadBackAfterTheLastTimingLine) {
+    const DumpDirectory directory(DumpDirectory::State::absent);
+    if (!directory.obstacle().empty()) GTEST_SKIP() << directory.obstacle();
     renderer.m_debugEnable = 1;
     renderer.m_width = 5.0f;
     renderer.m_height = 3.0f;
