@@ -75,14 +75,25 @@ TEST(FrameQueue, UsesItsPicturesOverAndOver) {
     int made = 0;
     for (int number = 0; number < 100; ++number) {
         Frame frame = queue.take();
-        if (frame.views[0].drawn.samples.empty()) {
-            frame.views[0].drawn = media::RgbaImage(64, 64);
+        if (frame.drawing->views[0].drawn.samples.empty()) {
+            frame.drawing->views[0].drawn = media::RgbaImage(64, 64);
             ++made;
         }
         queue.push(std::move(frame));
     }
     queue.finish();
     EXPECT_LE(made, 3);
+}
+
+TEST(FrameQueue, NobodyIsLentADrawingThatSomebodyKeeps) {
+    FrameQueue queue(1, 1, [](Frame&) {});
+    Frame frame = queue.take();
+    const std::shared_ptr<Drawing> kept = frame.drawing;
+    kept->joined = media::RgbaImage(2, 2);
+    kept->finished = &kept->joined;
+    queue.push(std::move(frame));
+    EXPECT_NE(queue.take().drawing, kept);
+    EXPECT_EQ(kept->finished, &kept->joined);
 }
 
 TEST(FrameQueue, LendsFramesWhileOneIsWrittenAndNoMoreThanItHas) {

@@ -366,8 +366,9 @@ TEST_F(Render, LongClipKeepsItsMemory) {
     GTEST_SKIP() << "A SANITIZED PROGRAM KEEPS WHAT IS FREED, MEMORY WAS NOT MEASURED";
 #endif
     constexpr size_t kFrames = 1200;
+    // Which passes no place twice: nothing is kept to be shown again.
     Process process({"render", scene("photo.png"), scene("depth.png"), "-o", folder / "frames", "--frames",
-                     std::to_string(kFrames), "--size", "160x120"});
+                     std::to_string(kFrames), "--size", "160x120", "--motion", "circle"});
     // The frames stand in a hidden folder until the clip is whole.
     const auto written = [this] {
         const std::vector<std::string> names = folder.names();
@@ -882,6 +883,28 @@ TEST_F(Render, TimingsGoToTheirFileOnly) {
     const std::string lines = bytesOf(folder / "times.txt");
     EXPECT_THAT(lines, HasSubstr("    downsize input image   : "));
     EXPECT_THAT(lines, HasSubstr("draw time                  : "));
+}
+
+// On its way back the view passes where it was, and what it saw there is shown again.
+TEST_F(Render, FramesOnTheWayBackAreThoseOfTheWayThere) {
+    const std::vector<std::string> loop = {"--frames", "8", "--renderer", "gl"};
+    std::vector<std::string> timed = loop;
+    timed.insert(timed.end(), {"--timings", folder / "times.txt"});
+    render("kept.y4m", loop);
+    render("drawn.y4m", timed);
+    const std::string frames = bytesOf(folder / "drawn.y4m");
+    EXPECT_EQ(bytesOf(folder / "kept.y4m"), frames);
+    const std::string times = bytesOf(folder / "times.txt");
+    size_t drawings = 0;
+    for (size_t at = 0; (at = times.find("draw time ", at)) != std::string::npos; ++at) ++drawings;
+    EXPECT_EQ(drawings, 8u) << "each frame has its times";
+    const size_t first = frames.find("FRAME\n"), second = frames.find("FRAME\n", first + 1);
+    const auto frame = [&](size_t number) {
+        return frames.substr(first + number * (second - first), second - first);
+    };
+    EXPECT_EQ(frame(3), frame(1));
+    EXPECT_EQ(frame(7), frame(5));
+    EXPECT_NE(frame(1), frame(5));
 }
 
 TEST_F(Render, VerboseSaysWhatWasChosen) {

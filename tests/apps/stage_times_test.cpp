@@ -43,12 +43,12 @@ TEST(StageTimes, MeasuresBothSidesOfAFrameQueue) {
     std::mutex mutex;
     FrameQueue queue(3, 5, [&](Frame& frame) {
         times.measure(Stage::kAverage, [&frame] {
-            frame.views[0].averaged = media::RgbaImage(8, 8);
-            frame.views[0].averaged.samples[0] = frame.views[0].drawn.samples[0];
+            frame.drawing->views[0].averaged = media::RgbaImage(8, 8);
+            frame.drawing->views[0].averaged.samples[0] = frame.drawing->views[0].drawn.samples[0];
         });
         times.measure(Stage::kEncode, [&] {
             const std::lock_guard<std::mutex> lock(mutex);
-            encoded += frame.views[0].averaged.samples[0];
+            encoded += frame.drawing->views[0].averaged.samples[0];
         });
     });
     long long drawn = 0;
@@ -56,10 +56,11 @@ TEST(StageTimes, MeasuresBothSidesOfAFrameQueue) {
         Frame frame = queue.take();
         frame.number = number;
         times.measure(Stage::kReadBack, [&] {
-            if (frame.views[0].drawn.samples.empty()) frame.views[0].drawn = media::RgbaImage(16, 16);
-            frame.views[0].drawn.samples[0] = static_cast<uint8_t>(number);
+            if (frame.drawing->views[0].drawn.samples.empty())
+                frame.drawing->views[0].drawn = media::RgbaImage(16, 16);
+            frame.drawing->views[0].drawn.samples[0] = static_cast<uint8_t>(number);
         });
-        drawn += frame.views[0].drawn.samples[0];
+        drawn += frame.drawing->views[0].drawn.samples[0];
         queue.push(std::move(frame));
         if (number == 0) times.noteFirstFrame();
     }

@@ -283,8 +283,10 @@ Drawn drawClip(const RenderOptions& options, const media::OutputFormat& format, 
     const int views = stereo ? static_cast<int>(viewsAround(*stereo, {}).size()) : 1;
     const Writers writers = planWriters(format, frames, size, view.supersample(), views);
     Progress progress(frames, options.talk.quiet);
-    drawFrames(route.positions, stereo, size, writers, &view, writer, times,
-               [&progress](int drawn) { progress.step(drawn); });
+    // Timing lines and dumps are of pictures that are drawn.
+    const bool all = !options.view.timings.empty() || dumpsFrames();
+    drawFrames(route.positions, stereo, size, writers, all ? Repeats::kDrawn : Repeats::kKept, &view, writer,
+               times, [&progress](int made) { progress.step(made); });
     timings->require();
     times->measure(Stage::kEncode, [&] { writer->finish(); });
     return {frames, writers.threads};

@@ -5,7 +5,8 @@
 #include <utility>
 
 #include "apps/quorvane/drawing/average.h"
-#include "apps/quorvane/drawing/frame_queue.h"
+#include "apps/quorvane/drawing/kept_drawings.h"
+#include "media/clip/yuv420.h"
 #include "system/cancel.h"
 #include "system/cores.h"
 
@@ -13,6 +14,82 @@ namespace quorvane::app {
 namespace {
 
 constexpr int64_t kMostHeldBytes = int64_t{512} << 20;
+
+/// Of frames that will be shown again: those of a loop from side to side at 1920 x 1440, 30 a second.
+constexpr int64_t kMostKeptBytes = int64_t{128} << 20;
+
+/// What a frame takes whose `views` of that size are drawn `supersample` times as large.
+int64_t bytesOf(Size size, int supersample, int views) {
+    const int copies = supersample * supersample + 1 + (views > 1 ? 1 : 0);
+    return int64_t{4} * size.width * size.height * copies * views;
+}
+
+/// Draws what is seen from a position, and writes frames of it.
+class Drawer {
+  public:
+    Drawer(const std::optional<Stereo>& stereo, Size size, View* view, media::ClipWriter* writer,
+           StageTimes* times)
+        : m_stereo(stereo), m_size(size), m_view(*view), m_writer(*writer), m_times(*times) {}
+
+    int64_t bytesOfDrawing() const {
+        return m_as_taken
+                   ? static_cast<int64_t>(media::yuv420Bytes(m_size))
+                   : bytesOf(m_size, m_view.supersample(), static_cast<int>(viewsFrom(Position()).size()));
+    }
+
+    void draw(const Position& position, Drawing* drawing) {
+        const std::vector<StereoView> views = viewsFrom(position);
+        drawing->views.resize(views.size());
+        for (size_t i = 0; i < views.size(); ++i) {
+            throwIfCancelled();
+            DrawnView& one = drawing->views[i];
+            if (m_as_taken) {
+                m_times.measure(Stage::kDraw, [&] { m_view.drawYuv420(views[i].position, &one.planes); });
+                continue;
+            }
+            m_times.measure(Stage::kDraw, [&] {
+                m_view.showDepth(views[i].shows_depth);
+                m_view.draw(views[i].position);
+            });
+            m_times.measure(Stage::kReadBack, [&] { m_view.readBack(&one.drawn); });
+            if (m_stereo && hasEyes(*m_stereo)) setParallel(position, *m_stereo, m_view, &one);
+        }
+    }
+
+    /// Several threads may.
+    void write(Frame* frame) {
+        if (m_as_taken) {
+            m_times.measure(Stage::kEncode,
+                            [&] { m_writer.addYuv420(frame->number, frame->drawing->views.front().planes); });
+            return;
+        }
+        const media::RgbaImage& picture = pictureOf(frame->drawing.get());
+        m_times.measure(Stage::kEncode, [&] { m_writer.add(frame->number, picture); });
+    }
+
+  private:
+    std::vector<StereoView> viewsFrom(const Position& position) const {
+        if (m_stereo) return viewsAround(*m_stereo, position);
+        return {{position, false}};
+    }
+
+    const media::RgbaImage& pictureOf(Drawing* drawing) {
+        const std::lock_guard<std::mutex> lock(drawing->finishing);
+        if (drawing->finished != nullptr) return *drawing->finished;
+        std::vector<const media::RgbaImage*> views;
+        for (DrawnView& one : drawing->views) views.push_back(&finished(m_size, &m_times, &one));
+        if (m_stereo) m_times.measure(Stage::kAverage, [&] { join(*m_stereo, views, &drawing->joined); });
+        drawing->finished = m_stereo ? &drawing->joined : views.front();
+        return *drawing->finished;
+    }
+
+    const std::optional<Stereo>& m_stereo;
+    const Size m_size;
+    View& m_view;
+    media::ClipWriter& m_writer;
+    StageTimes& m_times;
+    const bool m_as_taken = !m_stereo && m_writer.takesYuv420() && m_view.drawsYuv420();
+};
 
 }  // namespace
 
@@ -39,54 +116,30 @@ Writers planWriters(const media::OutputFormat& format, int frames, Size size, in
     const int cores = usableCores();
     const int threads = format.kind == media::OutputKind::kFolder ? std::min(cores, frames) : 1;
     // One more waits when a writer is done with its last, and one is filled meanwhile.
-    const int copies = supersample * supersample + 1 + (views > 1 ? 1 : 0);
-    const int64_t bytes = int64_t{4} * size.width * size.height * copies * views;
-    const int held = static_cast<int>(std::clamp<int64_t>(kMostHeldBytes / bytes, 1, threads + 2));
+    const int held = static_cast<int>(
+        std::clamp<int64_t>(kMostHeldBytes / bytesOf(size, supersample, views), 1, threads + 2));
     return {std::min(threads, held), held};
 }
 
 void drawFrames(const std::vector<Position>& positions, const std::optional<Stereo>& stereo, Size size,
-                Writers writers, View* view, media::ClipWriter* writer, StageTimes* times,
-                const std::function<void(int)>& drawn) {
-    const bool as_taken = !stereo && writer->takesYuv420() && view->drawsYuv420();
-    FrameQueue queue(writers.threads, writers.held_frames, [&](Frame& frame) {
-        if (as_taken) {
-            times->measure(Stage::kEncode,
-                           [&] { writer->addYuv420(frame.number, frame.views.front().planes); });
-            return;
-        }
-        std::vector<const media::RgbaImage*> views;
-        for (DrawnView& one : frame.views) views.push_back(&finished(size, times, &one));
-        if (stereo) times->measure(Stage::kAverage, [&] { join(*stereo, views, &frame.joined); });
-        times->measure(Stage::kEncode,
-                       [&] { writer->add(frame.number, stereo ? frame.joined : *views.front()); });
-    });
+                Writers writers, Repeats repeats, View* view, media::ClipWriter* writer, StageTimes* times,
+                const std::function<void(int)>& made) {
+    Drawer drawer(stereo, size, view, writer, times);
+    FrameQueue queue(writers.threads, writers.held_frames, [&](Frame& frame) { drawer.write(&frame); });
+    const int64_t most = kMostKeptBytes / drawer.bytesOfDrawing();
+    KeptDrawings kept(positions, repeats == Repeats::kKept ? static_cast<int>(most) : 0);
     const int frames = static_cast<int>(positions.size());
     for (int number = 0; number < frames; ++number) {
-        const Position& position = positions[static_cast<size_t>(number)];
-        const std::vector<StereoView> views =
-            stereo ? viewsAround(*stereo, position) : std::vector<StereoView>{{position, false}};
         Frame frame = queue.take();
         frame.number = number;
-        frame.views.resize(views.size());
-        for (size_t i = 0; i < views.size(); ++i) {
-            throwIfCancelled();
-            if (as_taken) {
-                times->measure(Stage::kDraw,
-                               [&] { view->drawYuv420(views[i].position, &frame.views[i].planes); });
-                continue;
-            }
-            times->measure(Stage::kDraw, [&] {
-                view->showDepth(views[i].shows_depth);
-                view->draw(views[i].position);
-            });
-            DrawnView& one = frame.views[i];
-            times->measure(Stage::kReadBack, [&] { view->readBack(&one.drawn); });
-            if (stereo && hasEyes(*stereo)) setParallel(position, *stereo, *view, &one);
-        }
+        if (std::shared_ptr<Drawing> earlier = kept.take(number))
+            frame.drawing = std::move(earlier);
+        else
+            drawer.draw(positions[static_cast<size_t>(number)], frame.drawing.get());
+        kept.keep(number, frame.drawing);
         queue.push(std::move(frame));
         if (number == 0) times->noteFirstFrame();
-        drawn(number + 1);
+        made(number + 1);
     }
     queue.finish();
 }

@@ -30,13 +30,18 @@ void setParallel(Position middle, const Stereo& stereo, const View& view, DrawnV
 /// What was drawn, averaged to `size` and made parallel as far as that was noted.
 const media::RgbaImage& finished(Size size, StageTimes* times, DrawnView* one);
 
-/// Draws a frame from every position in turn, with `stereo` the views around it. Meanwhile others are
+/// What becomes of frames that are seen from the same place as an earlier one.
+enum class Repeats {
+    kKept,   ///< the earlier one is shown again, as far as 128 MB hold what is kept for that
+    kDrawn,  ///< they are drawn like all others
+};
+
+/// Makes a frame from every position in turn, with `stereo` the views around it. Meanwhile others are
 /// averaged to `size`, joined and given to `writer`, which has them all at the end, though it is not
-/// finished. Calls `drawn` with the number of frames drawn so far. Throws Error, and Cancelled after a
-/// signal.
+/// finished. Calls `made` with the number of frames so far. Throws Error, and Cancelled after a signal.
 void drawFrames(const std::vector<Position>& positions, const std::optional<Stereo>& stereo, Size size,
-                Writers writers, View* view, media::ClipWriter* writer, StageTimes* times,
-                const std::function<void(int)>& drawn);
+                Writers writers, Repeats repeats, View* view, media::ClipWriter* writer, StageTimes* times,
+                const std::function<void(int)>& made);
 
 }  // namespace quorvane::app
 

@@ -34,6 +34,9 @@ Frame FrameQueue::take() {
     if (m_failure != nullptr) std::rethrow_exception(m_failure);
     Frame frame = std::move(m_free.back());
     m_free.pop_back();
+    lock.unlock();
+    if (frame.drawing.use_count() != 1) frame.drawing = std::make_shared<Drawing>();
+    frame.drawing->finished = nullptr;
     return frame;
 }
 

@@ -6,6 +6,7 @@
 #include <deque>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -26,15 +27,22 @@ struct DrawnView {
     double zoom = 1.0;      ///< by which the turn is made undone
 };
 
+/// What one frame, or several that look alike, are made of.
+struct Drawing {
+    std::vector<DrawnView> views = std::vector<DrawnView>(1);
+    media::RgbaImage joined;                     ///< of the views, where there are several
+    std::mutex finishing;                        ///< held by who averages and joins the views
+    const media::RgbaImage* finished = nullptr;  ///< what came of that: one of the above
+};
+
 struct Frame {
     int number = 0;  ///< from 0
-    std::vector<DrawnView> views = std::vector<DrawnView>(1);
-    media::RgbaImage joined;  ///< of the views, where there are several
+    std::shared_ptr<Drawing> drawing;
 };
 
 /// Takes frames to threads that write them, so that the next one is drawn meanwhile. It lends out a fixed
-/// number of frames over and over, so its memory stays what the first few took. Calls come from one
-/// thread at a time.
+/// number of frames over and over, so its memory stays what the first few took, as long as nobody keeps their
+/// drawings. Calls come from one thread at a time.
 class FrameQueue {
   public:
     /// Calls `write` for every frame on one of up to `threads` threads; with one, in the order of `push`.
@@ -48,7 +56,8 @@ class FrameQueue {
     FrameQueue(const FrameQueue&) = delete;
     FrameQueue& operator=(const FrameQueue&) = delete;
 
-    /// A frame to fill, which holds what it last held. Waits until there is one. Throws what `write` threw.
+    /// A frame to fill, with a drawing that nobody else has and that holds what it last held. Waits until
+    /// there is a frame. Throws what `write` threw.
     Frame take();
 
     /// Gives a taken frame to be written.

@@ -14,12 +14,6 @@
 namespace quorvane::app {
 namespace {
 
-/// The files that the debug switch asks for are written by the renderer that draws with OpenGL.
-bool debugs() {
-    char value[128] = {};
-    return property_get("quorvane.debug", value, "0") > 0 && std::atoi(value) != 0;
-}
-
 std::shared_ptr<OffscreenContext> newContextFor(Renderer renderer) {
     std::unique_ptr<OffscreenContext> context;
     if (renderer == Renderer::kSoftware) return context;
@@ -28,7 +22,8 @@ std::shared_ptr<OffscreenContext> newContextFor(Renderer renderer) {
         if (!made) throw Error(made.message());
         return context;
     }
-    if (made && context->drawsInSoftware() && !debugs()) context.reset();
+    // The renderer that draws with OpenGL writes those files.
+    if (made && context->drawsInSoftware() && !dumpsFrames()) context.reset();
     return context;
 }
 
@@ -36,6 +31,11 @@ using Contexts = std::map<Renderer, std::shared_ptr<OffscreenContext>>;
 std::optional<Contexts> g_warm;
 
 }  // namespace
+
+bool dumpsFrames() {
+    char value[128] = {};
+    return property_get("quorvane.debug", value, "0") > 0 && std::atoi(value) != 0;
+}
 
 std::shared_ptr<OffscreenContext> contextFor(Renderer renderer) {
     if (!g_warm) return newContextFor(renderer);

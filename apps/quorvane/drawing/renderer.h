@@ -19,6 +19,9 @@ enum class Renderer {
 /// where a driver is wanted and there is none.
 std::shared_ptr<OffscreenContext> contextFor(Renderer renderer);
 
+/// Whether the debug switch asks for a file of every picture that is drawn.
+bool dumpsFrames();
+
 /// While it lives, what contextFor has given is given again to the next who asks: for pictures drawn one
 /// after the other, on one thread, which then find the driver ready. One at a time.
 class WarmContexts {
