@@ -1,5 +1,6 @@
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "apps/quorvane/batch/batch_worker.h"
 #include "apps/quorvane/commands/failure.h"
@@ -24,13 +25,16 @@ int main(int argc, char** argv) {
     quorvane::fillStandardStreams();
     quorvane::media::decodeInWorker("/proc/self/exe");
     if (argc == 3 && std::strcmp(argv[1], kBatchWorker) == 0) return serveBatch(argv[2]);
+    std::string help;
     try {
-        Program().run(argc, argv);
+        Program program;
+        help = program.helpFor(argc > 1 ? argv[1] : "");
+        program.run(argc, argv);
         quorvane::requireStandardOutput();
         return 0;
     } catch (const std::exception&) {
         const Failure failure = failureOf(std::current_exception());
-        complain(failure.text + (failure.code == kWrongUsage ? " (quorvane --help shows examples)" : ""));
+        complain(failure.text + (failure.code == kWrongUsage ? " (see " + help + ")" : ""));
         for (const std::string& way : failure.ways) std::fprintf(stderr, "  %s\n", way.c_str());
         return wantsSysexits(argc, argv) ? failure.sysexit : failure.code;
     }

@@ -120,7 +120,7 @@ int main(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (const app::UsageError& error) {
-        complain(std::string(error.what()) + " (quorvane-tuner --help shows examples)");
+        complain(std::string(error.what()) + " (see quorvane-tuner --help)");
         return 2;
     } catch (const std::bad_alloc&) {
         complain("out of memory");

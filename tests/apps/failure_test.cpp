@@ -157,6 +157,15 @@ TEST_F(Failure, MistypedWordsAreAnsweredWithTheRightOnes) {
                   "third.png: one argument too many");
 }
 
+TEST_F(Failure, WrongUsageNamesTheHelpThatListsWhatIsRight) {
+    expectRefused(render(folder / "a.mp4", {"--frmaes", "9"}), 2, " (see quorvane render --help)\n");
+    expectRefused({"stages", photo, depth, "-o", folder / "a.mp4"}, 2, " (see quorvane stages --help)\n");
+    expectRefused({"inspect"}, 2, " (see quorvane inspect --help)\n");
+    expectRefused({"paint"}, 2, " (see quorvane --help)\n");
+    expectRefused({}, 2, " (see quorvane --help)\n");
+    expectRefused({"help", "paint"}, 2, " (see quorvane --help)\n");
+}
+
 TEST_F(Failure, NamesDoNothingToATerminal) {
     // U+202E turns what follows it round, U+009B begins an order to the terminal.
     for (const char* name : {"\xE2\x80\xAEgpj.png",

@@ -32,6 +32,12 @@ Program::Program()
     }
 }
 
+std::string Program::helpFor(const std::string& word) const {
+    for (const Command& command : m_commands)
+        if (word == command.name) return "quorvane " + word + " --help";
+    return "quorvane --help";
+}
+
 void Program::run(int argc, const char* const* argv) {
     size_t chosen = 0;
     if (!parse(argc, argv, &chosen)) return;

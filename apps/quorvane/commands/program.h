@@ -2,6 +2,7 @@
 #define QUORVANE_APPS_COMMANDS_PROGRAM_H
 
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "apps/quorvane/commands/command.h"
@@ -19,6 +20,9 @@ class Program {
     bool parse(int argc, const char* const* argv, size_t* chosen) {
         return m_lines.parse(argc, argv, chosen);
     }
+
+    /// What to type for help on a line that begins with that word: the command's own help, or the program's.
+    std::string helpFor(const std::string& word) const;
 
     /// Does what the command line says. Throws Error, Cancelled or UsageError.
     void run(int argc, const char* const* argv);
