@@ -214,6 +214,20 @@ TEST_F(Failure, OutputThatCannotBeIsNamed) {
                   "none/t.txt: there is no folder");
 }
 
+// A photo is not read for an output that cannot be: what is wrong with it would be told otherwise.
+TEST_F(Failure, OutputThatCannotBeIsNamedBeforeThePhotoIsRead) {
+    const std::string broken = folder / "broken.png";
+    writeBytes(broken, bytesOf(photo).substr(0, 900));
+    for (const char* name : {"none/a.mp4", "none/a.png", "none/a.html", "none/a.glb", "none/frames/"})
+        expectRefused({"render", broken, depth, "-o", folder / name}, 1, "there is no folder");
+    expectRefused({"render", broken, depth, "-o", folder.path()}, 1, "the folder is not empty; --force");
+    expectRefused({"stages", broken, depth, "-o", folder / "none/a.png"}, 1, "there is no folder");
+    expectRefused({"stages", broken, depth, "-o", folder / "none/stages/"}, 1, "there is no folder");
+    std::filesystem::create_directory(folder / "full");
+    writeBytes(folder / "full/notes.txt", "");
+    expectRefused({"stages", broken, depth, "-o", folder / "full"}, 1, "the folder is not empty; --force");
+}
+
 TEST_F(Failure, InputIsNeverOverwritten) {
     const std::string before = bytesOf(photo);
     expectRefused(render(photo), 1, "is an input");

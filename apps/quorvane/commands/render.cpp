@@ -31,6 +31,7 @@
 #include "media/decoder/decoder.h"
 #include "system/cancel.h"
 #include "system/error.h"
+#include "system/pending_folder.h"
 #include "system/pending_output.h"
 #include "system/standard_streams.h"
 
@@ -207,8 +208,18 @@ std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, cons
                                               Size size, int standard_output) {
     media::ClipSettings settings = clipSettings(options, size);
     settings.standard_output = standard_output;
+    return media::openClip(options.out, format, settings);
+}
+
+/// Throws Error where nothing can be written to the place of the output.
+void requirePlace(const RenderOptions& options, const media::OutputFormat& format) {
+    if (options.out == kStandardOutput) return;
+    if (format.kind != OutputKind::kFolder) {
+        const PendingOutput place(options.out);
+        return;
+    }
     try {
-        return media::openClip(options.out, format, settings);
+        const PendingFolder place(options.out, options.force);
     } catch (const FolderNotEmpty& error) {
         throw Error(error.what() + std::string("; --force replaces the numbered frames in it"));
     }
@@ -353,6 +364,8 @@ Rendered render(const RenderOptions& asked) {
     const std::optional<Stereo> stereo = stereoFor(options.stereo, format);
     refuseSameOutput(options.out, options.view.timings, "picture and timings");
     keep({options.input.photo, options.input.depth, options.input.pair.right}, options, format);
+    // Asked before any work is done.
+    requirePlace(options, format);
 
     StageTimes times;
     DepthSource source = times.measure(Stage::kDecode, [&] { return findDepth(options.input); });

@@ -12,6 +12,7 @@
 #include "apps/quorvane/input/depth_source.h"
 #include "media/picture/resample.h"
 #include "system/cancel.h"
+#include "system/pending_folder.h"
 #include "system/pending_output.h"
 #include "system/standard_streams.h"
 
@@ -27,9 +28,14 @@ struct StagesOptions {
     bool force = false;
 };
 
-void openFolder(const StagesOptions& options, std::optional<PendingFolder>* folder) {
+/// Throws Error where nothing can be written to the place of the output.
+void requirePlace(const StagesOptions& options, bool into_folder) {
+    if (!into_folder) {
+        const PendingOutput place(options.out);
+        return;
+    }
     try {
-        folder->emplace(options.out, options.force);
+        const PendingFolder place(options.out, options.force);
     } catch (const FolderNotEmpty& error) {
         throw Error(error.what() + std::string("; --force replaces the stages in it"));
     }
@@ -56,14 +62,14 @@ void stages(const StagesOptions& options) {
     written.push_back(timings);
     refuseInputAsOutput({options.input.photo, options.input.depth, options.input.pair.right}, written);
     // Asked before any work is done.
-    if (!into_folder) const PendingOutput place(out);
+    requirePlace(options, into_folder);
 
     const DepthSource source = findDepth(options.input);
     refuseInputAsOutput({source.depth}, written);
     StandardOutputTo timing_lines(timings);
     Input input = readInput(options.input, options.talk, source);
     std::optional<PendingFolder> folder;
-    if (into_folder) openFolder(options, &folder);
+    if (into_folder) folder.emplace(options.out, options.force);
     const media::GrayImage given =
         media::toBytes(input.depth.plane, {input.depth.plane.width, input.depth.plane.height});
     const Stages drawn =
