@@ -205,6 +205,11 @@ TEST_F(Batch, RefusesBeforeAnyWorkBegins) {
     expect_refused({"batch", in("a.png"), "-o", out, "--shard", "3/2"}, "--shard 3");
     expect_refused({"batch", in("a.png"), "-o", out, "--timings", "t"}, "no such option");
     EXPECT_EQ(quorvane({"batch", folder / "nowhere", "-o", out}).code, 1);
+    for (const char* name : {"same.mp4", "same.GIF", "same.html", "same.png"}) {
+        expect_refused({"batch", folder / "in", "-o", folder / name},
+                       "same" + fs::path(name).extension().string() + ": a batch makes a file of each photo");
+        EXPECT_FALSE(fs::exists(folder / name));
+    }
     for (const auto& [line, said] : std::map<std::string, std::string>{
              {"photo.jpg", "line 2: an object with a photo is wanted"},
              {"{\"photo\": \"a.jpg\", \"options\": {\"motoin\": \"eight\"}}",
@@ -218,6 +223,19 @@ TEST_F(Batch, RefusesBeforeAnyWorkBegins) {
         EXPECT_THAT(outcome.err, HasSubstr(said));
         EXPECT_FALSE(fs::exists(out));
     }
+}
+
+TEST_F(Batch, AFolderMayBeCalledLikeAFile) {
+    EXPECT_EQ(quorvane({"batch", in("a.png"), "-o", folder / "new.mp4/", "--motion", "still", "--frames", "1",
+                        "--size", "32x24"})
+                  .code,
+              0);
+    EXPECT_TRUE(fs::exists(folder / "new.mp4/a.mp4"));
+    EXPECT_EQ(quorvane({"batch", in("a.png"), "-o", folder / "new.mp4", "--motion", "still", "--frames", "1",
+                        "--size", "32x24", "--resume"})
+                  .code,
+              0)
+        << "it is there now";
 }
 
 TEST_F(Batch, TakesListsWhateverTheirNamesHold) {

@@ -15,6 +15,7 @@
 #include "apps/quorvane/input/neighbour.h"
 #include "apps/quorvane/terminal/command_line.h"
 #include "apps/quorvane/terminal/usage_error.h"
+#include "media/clip/output_format.h"
 #include "media/profile/nesting.h"
 #include "system/error.h"
 
@@ -187,6 +188,15 @@ std::string outputFolder(const std::string& out) {
     const size_t slash = out.rfind('/', mark);
     if (slash == std::string::npos) return ".";
     return slash == 0 ? "/" : out.substr(0, slash);
+}
+
+bool namesOneFile(const std::string& out) {
+    if (out.find(kNameMark) != std::string::npos) return false;
+    try {
+        return media::outputFormat(out).kind != media::OutputKind::kFolder;
+    } catch (const Error&) {  // for an extension that nothing is written in
+        return false;
+    }
 }
 
 std::vector<BatchPhoto> listPhotos(const PhotoListOptions& list, const std::vector<std::string>& options) {

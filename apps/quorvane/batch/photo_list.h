@@ -32,6 +32,10 @@ struct BatchPhoto {
 /// The folder that all outputs of `out` lie in.
 std::string outputFolder(const std::string& out);
 
+/// Whether `out` is called as a file of a format that is written, and neither is a folder nor has {name} in
+/// it.
+bool namesOneFile(const std::string& out);
+
 /// The photos in the order that they are given in; those of a folder by name, without depth maps called after
 /// another photo there. `options` go for all, unless a line of a manifest says otherwise. Throws Error where
 /// a list or a folder cannot be read, and UsageError where a manifest's line is none.

@@ -59,6 +59,12 @@ void check(const BatchOptions& options) {
         throw UsageError("photos or folders, --from LIST or --manifest FILE.jsonl: one of them is wanted");
     if (list.ends_in_nul && list.list.empty()) throw UsageError("--null: goes with --from");
     if (list.out == "-") throw UsageError("-: a batch writes files; name a folder");
+    if (namesOneFile(list.out))
+        throw UsageError(
+            "-o " + list.out +
+            ": a batch makes a file of each photo; a folder is wanted, such as clips/, or a path "
+            "with {name} in it, such as '{name}" +
+            fs::path(list.out).extension().string() + "'");
 }
 
 int jobsFor(const BatchOptions& options) {
