@@ -35,7 +35,6 @@ int main(int argc, char** argv) {
     } catch (const std::exception&) {
         const Failure failure = failureOf(std::current_exception());
         complain(failure.text + (failure.code == kWrongUsage ? " (see " + help + ")" : ""));
-        for (const std::string& way : failure.ways) std::fprintf(stderr, "  %s\n", way.c_str());
         return wantsSysexits(argc, argv) ? failure.sysexit : failure.code;
     }
 }

@@ -49,8 +49,7 @@ class DepthSource : public testing::Test {
         return folder / name;
     }
 
-    void expectRefused(const Arguments& arguments, int code, const testing::Matcher<std::string>& said,
-                       int lines = 1) {
+    void expectRefused(const Arguments& arguments, int code, const testing::Matcher<std::string>& said) {
         SCOPED_TRACE(testing::PrintToString(arguments));
         const std::vector<std::string> before = folder.names();
         const Outcome outcome = quorvane(arguments);
@@ -58,7 +57,7 @@ class DepthSource : public testing::Test {
         EXPECT_EQ(outcome.out, "");
         EXPECT_THAT(outcome.err, testing::StartsWith("quorvane: "));
         EXPECT_THAT(outcome.err, said);
-        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), lines) << outcome.err;
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
         EXPECT_EQ(folder.names(), before) << "something was left behind";
     }
 
@@ -177,7 +176,7 @@ TEST_F(DepthSource, FirstNeighbourInTheOrderIsTaken) {
 TEST_F(DepthSource, PhotoIsNotItsOwnNeighbour) {
     fs::create_symlink(".", folder / "depth");
     const std::string file = write("a.png", pngFile(plane));
-    expectRefused({"render", file, "-o", folder / "b.png"}, 1, HasSubstr("no depth found"), 3);
+    expectRefused({"render", file, "-o", folder / "b.png"}, 1, HasSubstr("no depth found"));
 }
 
 TEST_F(DepthSource, PhotoInTheWorkingFolderFindsItsNeighbour) {
@@ -208,11 +207,9 @@ TEST_F(DepthSource, NoDepthSaysWhatWasLookedForAndWhatToDo) {
     for (const char* command : {"render", "stages"})
         expectRefused(
             {command, file, "-o", folder / "b.png"}, 1,
-            AllOf(HasSubstr("a.jpg: no depth found"), HasSubstr("GDepth, "), HasSubstr("Apple HEIC"),
-                  HasSubstr("Huawei"), HasSubstr("a_depth.*"), HasSubstr("depth/a.*"),
-                  HasSubstr("\n  messengers and editors"), HasSubstr("DEPTH"), HasSubstr("--right"),
-                  HasSubstr("--pair"), HasSubstr("--depth-model"), HasSubstr("--depth-cmd")),
-            3);
+            AllOf(HasSubstr("a.jpg: no depth found"), HasSubstr("a_depth.*"), HasSubstr("depth/a.*"),
+                  HasSubstr("messengers and editors"), HasSubstr("DEPTH"), HasSubstr("--right"),
+                  HasSubstr("--pair"), HasSubstr("--depth-model"), HasSubstr("--depth-cmd")));
 }
 
 TEST_F(DepthSource, DamagedContainerIsNamedWhenThereIsNoDepth) {
@@ -220,7 +217,7 @@ TEST_F(DepthSource, DamagedContainerIsNamedWhenThereIsNoDepth) {
     options.data = "!!!";
     const std::string file = write("a.jpg", gdepthFile(photo, plane, options));
     expectRefused({"render", file, "-o", folder / "b.png"}, 1,
-                  AllOf(HasSubstr("no depth found"), HasSubstr("; GDepth: ")), 3);
+                  AllOf(HasSubstr("no depth found inside (GDepth: "), HasSubstr("), nor next to it")));
 }
 
 // Halves.

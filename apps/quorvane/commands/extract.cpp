@@ -105,10 +105,10 @@ void extract(const ExtractOptions& options) {
     if (estimated) {
         bytes = media::grayPng(readInput(input, Talk(), source).depth.plane, 16);
     } else if (!contents.depth) {
-        throw Error(options.file + ": " + noDepthInside(contents) +
-                    "; messengers and editors strip it from photos; --depth-model estimates one, and --right "
-                    "or --pair "
-                    "makes one from two views");
+        throw Error(
+            options.file + ": " + noDepthInside(contents) +
+            "; give a portrait photo as the phone stored it (messengers and editors strip the depth), a "
+            "second view (--right, --pair), or what estimates it (--depth-model)");
     } else if (const media::EmbeddedDepth& depth = *contents.depth; options.raw) {
         bytes = rawBytes(depth, options.file);
     } else {

@@ -2,7 +2,6 @@
 
 #include <new>
 
-#include "apps/quorvane/input/depth_source.h"
 #include "apps/quorvane/terminal/usage_error.h"
 #include "system/child_process.h"
 #include "system/error.h"
@@ -19,19 +18,17 @@ Failure failureOf(const std::exception_ptr& thrown) {
     try {
         std::rethrow_exception(thrown);
     } catch (const UsageError& error) {
-        return {error.what(), {}, kWrongUsage, kSysexitUsage};
-    } catch (const NoDepth& error) {
-        return {error.what(), error.ways()};
+        return {error.what(), kWrongUsage, kSysexitUsage};
     } catch (const TemporaryError& error) {
-        return {error.what(), {}, kFailed, kSysexitTryAgain};
+        return {error.what(), kFailed, kSysexitTryAgain};
     } catch (const StartError& error) {
-        return {error.what(), {}, kFailed, isTemporary(error.reason()) ? kSysexitTryAgain : kSysexitNever};
+        return {error.what(), kFailed, isTemporary(error.reason()) ? kSysexitTryAgain : kSysexitNever};
     } catch (const Cancelled& cancelled) {
-        return {cancelled.what(), {}, kFailed, kSysexitTryAgain};
+        return {cancelled.what(), kFailed, kSysexitTryAgain};
     } catch (const std::bad_alloc&) {
-        return {"out of memory", {}, kFailed, kSysexitTryAgain};
+        return {"out of memory", kFailed, kSysexitTryAgain};
     } catch (const std::exception& error) {
-        return {error.what(), {}};
+        return {error.what()};
     }
 }
 

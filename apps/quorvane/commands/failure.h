@@ -3,7 +3,6 @@
 
 #include <exception>
 #include <string>
-#include <vector>
 
 #include "apps/quorvane/terminal/command_line.h"
 
@@ -19,8 +18,7 @@ constexpr int kSysexitTryAgain = 75;  ///< the machine lacked something, or the 
 
 /// Why a command or the work on a photo has ended.
 struct Failure {
-    std::string text;               ///< one line
-    std::vector<std::string> ways;  ///< lines on what to do
+    std::string text;  ///< one line
     int code = kFailed;
     int sysexit = kSysexitNever;
 };

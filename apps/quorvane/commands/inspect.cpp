@@ -66,13 +66,13 @@ Size sizeInHeader(const std::string& file, const std::string& name) {
 }
 
 /// What a photo without depth is answered. A damaged photo is told as such when its size is read.
-std::vector<std::string> whyNoDepth(const DepthSource& source, const std::string& name) {
-    return endedBySignals([&]() -> std::vector<std::string> {
+std::string whyNoDepth(const DepthSource& source, const std::string& name) {
+    return endedBySignals([&]() -> std::string {
         try {
             constexpr int kSide = 400;
             if (media::isAnaglyph(
                     media::decoder::previewPhoto(source.file, source.contents, name, kSide, nullptr).shrunk))
-                return {anaglyphLine()};
+                return anaglyphLine();
         } catch (const Error&) {
         }
         return noDepthAnywhere(source.contents, name);
@@ -86,10 +86,8 @@ std::optional<Input> look(const InspectOptions& options, const DepthSource& sour
     const bool draws = !options.sheet.empty();
     std::optional<Input> input;
     if (source.origin == DepthOrigin::kNone) {
-        const std::vector<std::string> lines = whyNoDepth(source, name);
-        if (draws) throw NoDepth(name, lines);
-        for (const std::string& line : lines)
-            report->no_depth += (report->no_depth.empty() ? "" : "; ") + line;
+        report->no_depth = whyNoDepth(source, name);
+        if (draws) throw Error(name + ": " + report->no_depth);
     } else {
         try {
             input =

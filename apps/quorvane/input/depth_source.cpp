@@ -18,15 +18,17 @@
 namespace quorvane::app {
 namespace {
 
-/// The first remarks, shortened: what a file says of itself may be long.
+/// The first remarks in brackets, shortened: what a file says of itself may be long. Empty without any.
 std::string inShort(const std::vector<std::string>& remarks) {
+    if (remarks.empty()) return "";
     constexpr size_t kMost = 3;
     constexpr size_t kLongest = 160;
     std::string text;
     for (size_t i = 0; i < std::min(kMost, remarks.size()); ++i)
-        text += "; " + (remarks[i].size() > kLongest ? remarks[i].substr(0, kLongest) + "..." : remarks[i]);
+        text += (i == 0 ? " (" : "; ") +
+                (remarks[i].size() > kLongest ? remarks[i].substr(0, kLongest) + "..." : remarks[i]);
     if (remarks.size() > kMost) text += "; and " + std::to_string(remarks.size() - kMost) + " more faults";
-    return text;
+    return text + ")";
 }
 
 // Several pixels for each cell that the doctor compares edges in.
@@ -166,18 +168,14 @@ std::string textOf(const media::Finding& finding) {
 }
 
 std::string noDepthInside(const media::Contents& contents) {
-    std::string containers;
-    for (const std::string& name : media::knownContainers())
-        containers += (containers.empty() ? "" : ", ") + name;
-    return "no depth found inside (looked for " + containers + inShort(contents.remarks) + ")";
+    return "no depth found inside" + inShort(contents.remarks);
 }
 
-std::vector<std::string> noDepthAnywhere(const media::Contents& contents, const std::string& photo) {
-    return {noDepthInside(contents) + ", nor next to it (" + neighbourNames(photo) + ")",
-            "messengers and editors strip it: take a portrait photo as the phone stored it, a depth map as "
-            "DEPTH, "
-            "or two views (--right FILE, --pair LAYOUT)",
-            "or have it estimated: --depth-model FILE.onnx (see quorvane info --models) or --depth-cmd"};
+std::string noDepthAnywhere(const media::Contents& contents, const std::string& photo) {
+    return noDepthInside(contents) + ", nor next to it as " + neighbourNames(photo) +
+           "; give a portrait photo as the phone stored it (messengers and editors strip the depth), "
+           "a depth map as DEPTH, a second view (--right, --pair), or what estimates it (--depth-model, "
+           "--depth-cmd)";
 }
 
 namespace {
@@ -198,7 +196,7 @@ Input readInput(const InputOptions& options, const DepthSource& source, PhotoDet
             if (media::isAnaglyph(media::decoder::decodePhoto(source.file, source.contents, name, nullptr)))
                 throw Error(name + ": " + anaglyphLine());
         });
-        throw NoDepth(name, noDepthAnywhere(source.contents, name));
+        throw Error(name + ": " + noDepthAnywhere(source.contents, name));
     }
     Input input = endedBySignals([&] { return decodeBoth(options, source, detail, enough); });
     if (source.origin == DepthOrigin::kCommand)

@@ -57,23 +57,12 @@ DepthSource findDepth(const InputOptions& options);
 /// The doctor's line, with the option that puts right what the doctor has left alone.
 std::string textOf(const media::Finding& finding);
 
-/// One line for a photo without depth: what was looked for, what was damaged, and why there may be none.
+/// For a photo without depth inside: that there is none, and what was damaged.
 std::string noDepthInside(const media::Contents& contents);
 
-/// Lines for a photo without depth inside or next to it: what was looked at, and then what to do.
-std::vector<std::string> noDepthAnywhere(const media::Contents& contents, const std::string& photo);
-
-/// There is no depth for a photo. Its text is the first of such lines.
-class NoDepth : public Error {
-  public:
-    NoDepth(const std::string& photo, const std::vector<std::string>& lines)
-        : Error(photo + ": " + lines[0]), m_ways(lines.begin() + 1, lines.end()) {}
-
-    const std::vector<std::string>& ways() const noexcept { return m_ways; }
-
-  private:
-    std::vector<std::string> m_ways;
-};
+/// For a photo without depth inside or next to it: the same, where it was looked for, and what would be
+/// accepted.
+std::string noDepthAnywhere(const media::Contents& contents, const std::string& photo);
 
 /// How much of the photo is wanted.
 enum class PhotoDetail {

@@ -59,9 +59,7 @@ std::string findNeighbour(const std::string& photo) {
 
 std::string neighbourNames(const std::string& photo) {
     const std::string name = fs::path(photo).stem().string();
-    std::string names;
-    for (const char* const ending : kEndings) names += name + ending + ".*, ";
-    return names + "depth/" + name + ".*";
+    return name + kEndings[0] + ".* or depth/" + name + ".*";
 }
 
 std::vector<std::string> withoutNeighbours(std::vector<std::string> pictures) {

@@ -12,7 +12,7 @@ namespace quorvane::app {
 /// case, lossless ones first, and then by name. Never the photo itself. Empty: none.
 std::string findNeighbour(const std::string& photo);
 
-/// Where findNeighbour looks, for a message: "NAME_depth.*, NAME-depth.*, ..., depth/NAME.*".
+/// Where findNeighbour looks, for a message: the two usual places, "NAME_depth.* or depth/NAME.*".
 std::string neighbourNames(const std::string& photo);
 
 /// `pictures` of one folder without those that findNeighbour would take for the depth map of another one.
