@@ -109,8 +109,16 @@ Status unknown(const std::string& name) {
 
 }  // namespace
 
+bool takesFirstSet(uint32_t orientation) { return orientation == 4 || orientation == 7; }
+
+LibParam tunedSet(uint32_t orientation) { return takesFirstSet(orientation) ? LibParam() : secondTunedSet(); }
+
+double farDistance(const LibParam& parameters) {
+    return 64.0 + static_cast<double>(parameters.far_offset_ext);
+}
+
 LibParam startingParameters(uint32_t orientation, std::vector<std::string>* overridden) {
-    LibParam values = orientation == 4 || orientation == 7 ? LibParam() : secondTunedSet();
+    LibParam values = tunedSet(orientation);
     for (const Parameter& parameter : kParameters) {
         std::array<char, 128> value = {};
         if (property_get(parameter.property, value.data(), "") <= 0) continue;

@@ -1,6 +1,7 @@
 #ifndef QUORVANE_HOST_PARAMETERS_H
 #define QUORVANE_HOST_PARAMETERS_H
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,15 @@
 #include "quorvane/parameters.h"
 
 namespace quorvane {
+
+/// Whether the renderer takes LibParam's own defaults for such a device orientation, and secondTunedSet else.
+bool takesFirstSet(uint32_t orientation);
+
+/// The one of the two tuned sets that the renderer takes.
+LibParam tunedSet(uint32_t orientation);
+
+/// Of the far plane, object units.
+double farDistance(const LibParam& parameters);
 
 /// The parameters as ESRenderer::getProperties sets them in a new renderer. Adds to `overridden`, unless it
 /// is null, the names of those that a device property decides.

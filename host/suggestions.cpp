@@ -7,6 +7,7 @@
 #include "composition/frame.h"
 #include "composition/pivot.h"
 #include "host/look_at.h"
+#include "host/parameters.h"
 #include "host/text.h"
 #include "quorvane/host/ParallaxView.h"
 
@@ -63,7 +64,7 @@ Camera cameraOf(const LibParam& params) {
     camera.pivot_distance = static_cast<double>(params.rotate_z_trans);
     camera.x_turn_deg = gain * static_cast<double>(params.rotate_x_boundary);
     camera.y_turn_deg = gain * static_cast<double>(params.rotate_y_boundary);
-    camera.far_distance = 64.0 + static_cast<double>(params.far_offset_ext);
+    camera.far_distance = farDistance(params);
     return camera;
 }
 

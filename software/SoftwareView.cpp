@@ -23,9 +23,6 @@ namespace {
 constexpr int kLargestSide = 16384;
 constexpr int kGoodSamples = 4;
 
-/// Of the far plane, less `far_offset_ext`.
-constexpr float kFarBase = 64.0f;
-
 template <typename Work>
 Status withMemory(const char* what, const Work& work) {
     try {
@@ -142,7 +139,7 @@ software::Camera SoftwareView::camera() const {
     view.pivot = m_parameters.rotate_z_trans;
     view.half_width = m_half_width;
     view.half_height = kMeshHalfHeight;
-    return {viewMatrix(view), m_half_width, kMeshHalfHeight, kFarBase + m_parameters.far_offset_ext};
+    return {viewMatrix(view), m_half_width, kMeshHalfHeight, static_cast<float>(farDistance(m_parameters))};
 }
 
 Status SoftwareView::render() {

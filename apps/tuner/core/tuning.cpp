@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "apps/quorvane/terminal/text.h"
+#include "host/parameters.h"
 
 namespace quorvane::tuner {
 
@@ -54,7 +55,7 @@ void forgetPlace(Tuning* tuning) {
 }
 
 LibParam tunedSet(const Tuning& tuning) {
-    return tuning.orientation == 4 || tuning.orientation == 7 ? LibParam() : secondTunedSet();
+    return quorvane::tunedSet(static_cast<uint32_t>(tuning.orientation));
 }
 
 LibParam inForce(const Tuning& tuning, const std::vector<std::pair<std::string, double>>& planned) {

@@ -12,6 +12,7 @@
 #include "apps/tuner/core/slider_scale.h"
 #include "apps/tuner/window/tuner.h"
 #include "composition/geometry.h"
+#include "host/parameters.h"
 #include "system/error.h"
 
 namespace quorvane::tuner {
@@ -379,7 +380,7 @@ void Tuner::frameChoices() {
     choice("orientation",
            "the set of parameters that all values start from\n"
            "first: a host asks for it with 4 or 7; second: with any other orientation",
-           {"first set", "second set"}, tuning.orientation == 4 || tuning.orientation == 7 ? 0 : 1,
+           {"first set", "second set"}, takesFirstSet(static_cast<uint32_t>(tuning.orientation)) ? 0 : 1,
            [&](size_t i) { tuning.orientation = i == 0 ? 4 : 0; });
 }
 
