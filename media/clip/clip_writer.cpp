@@ -113,7 +113,7 @@ std::vector<std::string> split(const std::string& words) {
 std::string nameFor(const PendingOutput& file) { return "file:" + file.temporary(); }
 
 /// ffmpeg, which puts a clip into an open file.
-class FfmpegEncoder : public ClipWriter {
+class FfmpegEncoder : public ClipWriter, private Yuv420Frames {
   public:
     /// `input` tells ffmpeg of the frames, which are in `from` or are added; `words` tell it of the clip.
     FfmpegEncoder(PendingOutput* file, const Codec& codec, const std::vector<std::string>& input,
@@ -121,7 +121,7 @@ class FfmpegEncoder : public ClipWriter {
         : m_file(*file), m_ffmpeg(command(*file, input, words), kept(*file, from)), m_bytes(codec) {}
 
     void add(int, const RgbaImage& frame) override { write(m_bytes.of(frame)); }
-    bool takesYuv420() const override { return m_bytes.areYuv420(); }
+    Yuv420Frames* yuv420() override { return m_bytes.areYuv420() ? this : nullptr; }
     void addYuv420(int, const std::vector<uint8_t>& planes) override { write(m_bytes.of(planes)); }
 
     void finish() override {
@@ -187,7 +187,7 @@ std::string clipWords(const OutputFormat& format, const Codec& codec, const Clip
 
 /// Frames as they are, for other programs; with what YUV4MPEG2 says before them where their colours are
 /// halved.
-class PlainFrames : public ClipWriter {
+class PlainFrames : public ClipWriter, private Yuv420Frames {
   public:
     PlainFrames(int descriptor, std::string name, const Codec& codec, const ClipSettings& settings)
         : m_descriptor(descriptor), m_name(std::move(name)), m_bytes(codec) {
@@ -201,7 +201,7 @@ class PlainFrames : public ClipWriter {
     }
 
     void add(int, const RgbaImage& frame) override { write(m_bytes.of(frame)); }
-    bool takesYuv420() const override { return m_bytes.areYuv420(); }
+    Yuv420Frames* yuv420() override { return m_bytes.areYuv420() ? this : nullptr; }
     void addYuv420(int, const std::vector<uint8_t>& planes) override { write(m_bytes.of(planes)); }
 
     void finish() override { throwIfCancelled(); }
@@ -225,10 +225,7 @@ class FileWriter : public ClipWriter {
         : m_output(path, settings.standard_output), m_encoder(encodeInto(&m_output, format, settings)) {}
 
     void add(int number, const RgbaImage& frame) override { m_encoder->add(number, frame); }
-    bool takesYuv420() const override { return m_encoder->takesYuv420(); }
-    void addYuv420(int number, const std::vector<uint8_t>& planes) override {
-        m_encoder->addYuv420(number, planes);
-    }
+    Yuv420Frames* yuv420() override { return m_encoder->yuv420(); }
 
     void finish() override {
         m_encoder->finish();

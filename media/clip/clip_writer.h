@@ -14,6 +14,16 @@
 
 namespace quorvane::media {
 
+/// Takes a clip's frames as toYuv420 makes them.
+class Yuv420Frames {
+  public:
+    /// As ClipWriter::add.
+    virtual void addYuv420(int number, const std::vector<uint8_t>& planes) = 0;
+
+  protected:
+    ~Yuv420Frames() = default;
+};
+
 /// Takes a clip's frames. Nothing stands at the path until `finish`; a writer that is destroyed
 /// before leaves nothing behind and no process running.
 class ClipWriter {
@@ -24,11 +34,9 @@ class ClipWriter {
     /// the format takes any order. Throws Error, and Cancelled after a signal.
     virtual void add(int number, const RgbaImage& frame) = 0;
 
-    /// Whether addYuv420 takes frames too, which `add` would only bring to the same.
-    virtual bool takesYuv420() const { return false; }
-
-    /// As `add`, for a frame as toYuv420 makes it.
-    virtual void addYuv420(int /*number*/, const std::vector<uint8_t>& /*planes*/) {}
+    /// What takes the same frames in colours that `add` would only bring them to; null where the format has
+    /// others. It lives as long as this.
+    virtual Yuv420Frames* yuv420() { return nullptr; }
 
     /// Completes the clip, whose frames have all been added, and moves it to its place. Throws Error, and
     /// Cancelled after a signal.

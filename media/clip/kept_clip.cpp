@@ -37,10 +37,7 @@ class KeptFrames : public KeptClip {
           m_writer(keepInto(&m_frames, m_format, m_settings)) {}
 
     void add(int number, const RgbaImage& frame) override { m_writer->add(number, frame); }
-    bool takesYuv420() const override { return m_writer->takesYuv420(); }
-    void addYuv420(int number, const std::vector<uint8_t>& planes) override {
-        m_writer->addYuv420(number, planes);
-    }
+    Yuv420Frames* yuv420() override { return m_writer->yuv420(); }
     void finish() override { m_writer->finish(); }
 
     void encode(PendingOutput* file, const EncoderSettings& encoder) override {

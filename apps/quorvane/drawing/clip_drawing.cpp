@@ -32,7 +32,7 @@ class Drawer {
         : m_stereo(stereo), m_size(size), m_view(*view), m_writer(*writer), m_times(*times) {}
 
     int64_t bytesOfDrawing() const {
-        return m_as_taken
+        return m_yuv420 != nullptr
                    ? static_cast<int64_t>(media::yuv420Bytes(m_size))
                    : bytesOf(m_size, m_view.supersample(), static_cast<int>(viewsFrom(Position()).size()));
     }
@@ -43,7 +43,7 @@ class Drawer {
         for (size_t i = 0; i < views.size(); ++i) {
             throwIfCancelled();
             DrawnView& one = drawing->views[i];
-            if (m_as_taken) {
+            if (m_yuv420 != nullptr) {
                 m_times.measure(Stage::kDraw, [&] { m_view.drawYuv420(views[i].position, &one.planes); });
                 continue;
             }
@@ -58,9 +58,10 @@ class Drawer {
 
     /// Several threads may.
     void write(Frame* frame) {
-        if (m_as_taken) {
-            m_times.measure(Stage::kEncode,
-                            [&] { m_writer.addYuv420(frame->number, frame->drawing->views.front().planes); });
+        if (m_yuv420 != nullptr) {
+            m_times.measure(Stage::kEncode, [&] {
+                m_yuv420->addYuv420(frame->number, frame->drawing->views.front().planes);
+            });
             return;
         }
         const media::RgbaImage& picture = pictureOf(frame->drawing.get());
@@ -88,7 +89,7 @@ class Drawer {
     View& m_view;
     media::ClipWriter& m_writer;
     StageTimes& m_times;
-    const bool m_as_taken = !m_stereo && m_writer.takesYuv420() && m_view.drawsYuv420();
+    media::Yuv420Frames* const m_yuv420 = !m_stereo && m_view.drawsYuv420() ? m_writer.yuv420() : nullptr;
 };
 
 }  // namespace

@@ -533,18 +533,19 @@ TEST(ClipWriter, FramesInTheColoursOfTheEncoderMakeTheSameFile) {
     for (const std::string word : {"y4m", "mp4"}) {
         writeClip(folder / "a." + word, 3);
         const auto writer = openWriter(folder / "b." + word);
-        ASSERT_TRUE(writer->takesYuv420()) << word;
+        Yuv420Frames* const frames = writer->yuv420();
+        ASSERT_NE(frames, nullptr) << word;
         for (int i = 0; i < 3; ++i) {
             // Of a gray, whose colours are 128: by hand, 219 / 255 of it above 16, to the nearest.
             std::vector<uint8_t> planes(32 * 24, static_cast<uint8_t>(16 + (40 * i * 219 + 127) / 255));
             planes.resize(32 * 24 * 3 / 2, 128);
-            writer->addYuv420(i, planes);
+            frames->addYuv420(i, planes);
         }
         writer->finish();
         EXPECT_EQ(bytesOf(folder / "a." + word), bytesOf(folder / "b." + word)) << word;
     }
     for (const char* name : {"a.webp", "a.gif", "frames", "a.png"})
-        EXPECT_FALSE(openWriter(folder / name)->takesYuv420()) << name;
+        EXPECT_EQ(openWriter(folder / name)->yuv420(), nullptr) << name;
 }
 
 }  // namespace
