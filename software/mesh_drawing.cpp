@@ -18,6 +18,7 @@ namespace {
 /// Rows of the picture that are drawn together: few enough for the nearest caches but one, and enough for all
 /// threads.
 constexpr int kBandRows = 32;
+static_assert(kBandRows <= kMostBandRows);
 
 /// A triangle that shows less of its area is a wall between near and far: it is too narrow for a pixel's
 /// centre to stand for the pixel.

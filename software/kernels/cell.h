@@ -10,6 +10,12 @@ namespace quorvane::software {
 /// A triangle of less, in square pixels, is not drawn: what is linear over it could be anything.
 constexpr float kLeastArea = 1e-9f;
 
+/// An edge that falls by less, in pixels, counts as falling by so much: where it crosses rows stays a number.
+constexpr float kLeastFall = 1e-30f;
+
+/// How many times wider than high the diagonal of a cell may be, so that places can be counted from it.
+constexpr float kFlattestDiagonal = 16;
+
 /// How far from a cell's bounds a pixel's centre may lie, so that rounding leaves none out; and where samples
 /// lie up to half a pixel from it.
 constexpr float kReach = 1.0f / 256;

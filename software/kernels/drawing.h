@@ -19,6 +19,9 @@ constexpr int kSlack = 8;
 /// Vertices and cells are worked off in blocks of so many of a row.
 constexpr int kBlock = 64;
 
+/// A band has no more rows.
+constexpr int kMostBandRows = 32;
+
 /// Pixels side by side that have their samples together.
 constexpr int kSampleBlock = 8;
 

@@ -1,5 +1,6 @@
 #include <cstddef>
 #include <limits>
+#include <optional>
 
 #include "composition/bt709.h"
 #include "software/kernels/cell.h"
@@ -22,176 +23,328 @@ i32 roundedUp(f32 t) {
     return whole - (__builtin_convertvector(whole, f32) < t);
 }
 
-/// Values of cells that were set up together.
-struct alignas(kBytes) PerCell {
-    float of[kBlock];
-    void put(int i, f32 v) { store(of + i, v); }
-};
-
-struct Edge {
-    PerCell x, y;
-};
-
-struct Plane {
-    PerCell corner, x, y;
-};
-
-struct Triangle {
-    Edge edges[3];
-    Plane q, u, v;
-};
-
-struct alignas(kBytes) Bounds {
-    int32_t left[kBlock], right[kBlock], top[kBlock], bottom[kBlock];
-};
-
-struct Cells {
-    PerCell ax, ay, bx, by, cx, cy;
-    Triangle first, second;
-    Bounds pixels, samples;  ///< that it may cover; with one sample a pixel, of the pixels only
-};
-
 struct Side {
     f32 x, y;
 };
 
 Side operator-(const Side& to, const Side& from) { return {to.x - from.x, to.y - from.y}; }
 
-struct Signs {
-    i32 bits;
-    explicit Signs(f32 v) : bits((i32)v & std::numeric_limits<int32_t>::min()) {}
-    f32 turned(f32 v) const { return (f32)((i32)v ^ bits); }
-    f32 turnedBack(f32 v) const { return (f32)((i32)v ^ bits ^ std::numeric_limits<int32_t>::min()); }
+/// Corners of cells, one a lane; u and v times q.
+struct Corner : Side {
+    f32 q, u, v;
+
+    Corner(const float* x_of, const float* y_of, const float* q_of, const float* u_of, float v_of)
+        : Side{load<f32>(x_of), load<f32>(y_of)},
+          q(load<f32>(q_of)),
+          u(load<f32>(u_of) * q),
+          v(splat(v_of) * q) {}
 };
 
-void putTurned(const Signs& signs, Side side, int i, Edge* edge) {
-    edge->x.put(i, signs.turned(side.x));
-    edge->y.put(i, signs.turned(side.y));
-}
+constexpr int32_t kSignBit = std::numeric_limits<int32_t>::min();
 
-void putTurnedBack(const Signs& signs, Side side, int i, Edge* edge) {
-    edge->x.put(i, signs.turnedBack(side.x));
-    edge->y.put(i, signs.turnedBack(side.y));
-}
+f32 magnitude(f32 v) { return (f32)((i32)v & ~kSignBit); }
 
 f32 inverseArea(f32 area) {
-    const f32 size = (f32)((i32)area & std::numeric_limits<int32_t>::max());
-    return select(size > splat(kLeastArea), splat(1.0f) / area, splat(kNoNumber));
+    return select(magnitude(area) > splat(kLeastArea), splat(1.0f) / area, splat(kNoNumber));
 }
 
-void putPlane(f32 corner, f32 first, f32 second, Side to_first, Side to_second, f32 inverse, int i,
-              Plane* plane) {
-    const f32 d1 = first - corner, d2 = second - corner;
-    plane->corner.put(i, corner);
-    plane->x.put(i, (d2 * to_first.y - d1 * to_second.y) * inverse);
-    plane->y.put(i, (d1 * to_second.x - d2 * to_first.x) * inverse);
-}
+/// Lines through two points.
+struct Line {
+    f32 x, y, slope;
+    i32 falls;  ///< down the picture, from the first point to the second
 
-/// The part of a band in which the centres of pixels lie no more than `reach` from where cells are.
-class Reach {
-  public:
-    Reach(const Band& band, float reach)
-        : m_left(splat(band.centre_x + reach)),
-          m_right(splat(band.centre_x - reach)),
-          m_above(splat(band.centre_y + reach)),
-          m_below(splat(band.centre_y - reach)),
-          m_width(splat(static_cast<float>(band.width))),
-          m_top(splat(static_cast<float>(band.top))),
-          m_bottom(splat(static_cast<float>(band.bottom))) {}
-
-    /// Stores the bounds of cells, and returns whether any of them has a pixel. Nothing of those that are not
-    /// drawable.
-    bool put(f32 min_x, f32 max_x, f32 min_y, f32 max_y, i32 drawable, int i, Bounds* bounds) const {
-        const f32 none = f32{}, one = splat(1.0f);
-        const i32 first_column = roundedUp(held(min_x - m_left, none, m_width));
-        const i32 end_column = truncated(held(max_x - m_right + one, none, m_width)) & drawable;
-        const i32 first_row = roundedUp(held(min_y - m_above, m_top, m_bottom));
-        const i32 end_row = truncated(held(max_y - m_below + one, m_top, m_bottom));
-        store(bounds->left + i, first_column);
-        store(bounds->right + i, end_column);
-        store(bounds->top + i, first_row);
-        store(bounds->bottom + i, end_row);
-        return any((first_column < end_column) & (first_row < end_row));
+    Line(const Corner& from, const Corner& to) : x(from.x), y(from.y) {
+        const f32 fall = to.y - from.y;
+        const f32 held_fall = select(magnitude(fall) < splat(kLeastFall), splat(kLeastFall), fall);
+        slope = (to.x - from.x) / held_fall;
+        falls = held_fall > f32{};
     }
 
-  private:
-    const f32 m_left, m_right, m_above, m_below, m_width, m_top, m_bottom;
+    /// Where they cross a row, in columns of pixels.
+    f32 at(f32 row, f32 centre_x) const { return (x + (row - y) * slope) - centre_x; }
 };
 
-void setUp(const CellBlock& block, const Band& band, Cells* cells) {
-    const Reach to_pixels(band, kReach), to_samples(band, kSampleReach);
-    const f32 none = f32{}, nearest = splat(kNearestQ);
-    for (int i = 0; i < block.count; i += kLanes) {
-        const f32 qa = load<f32>(block.lower_q + i), qc = load<f32>(block.lower_q + i + 1);
-        const f32 qb = load<f32>(block.upper_q + i), qd = load<f32>(block.upper_q + i + 1);
-        const Side a = {load<f32>(block.lower_x + i), load<f32>(block.lower_y + i)};
-        const Side c = {load<f32>(block.lower_x + i + 1), load<f32>(block.lower_y + i + 1)};
-        const Side b = {load<f32>(block.upper_x + i), load<f32>(block.upper_y + i)};
-        const Side d = {load<f32>(block.upper_x + i + 1), load<f32>(block.upper_y + i + 1)};
+/// The corners of cells side by side.
+struct Corners {
+    Corner a, b, c, d;
 
+    Corners(const CellBlock& block, int i)
+        : a(block.lower_x + i, block.lower_y + i, block.lower_q + i, block.column_u + i, block.lower_v),
+          b(block.upper_x + i, block.upper_y + i, block.upper_q + i, block.column_u + i, block.upper_v),
+          c(block.lower_x + i + 1, block.lower_y + i + 1, block.lower_q + i + 1, block.column_u + i + 1,
+            block.lower_v),
+          d(block.upper_x + i + 1, block.upper_y + i + 1, block.upper_q + i + 1, block.column_u + i + 1,
+            block.upper_v) {}
+
+    i32 drawable() const {
+        const auto is = [](const Corner& corner) {
+            return (corner.q > f32{}) & (corner.q <= splat(kNearestQ));
+        };
+        return is(a) & is(b) & is(c) & is(d);
+    }
+};
+
+/// And their triangles.
+struct Cells : Corners {
+    Line ab, bc, cd, ac, bd;
+    Side to_b, to_c, from_b_to_c, from_b_to_d;
+    f32 area1, area2, inverse1, inverse2;
+
+    explicit Cells(const Corners& corners)
+        : Corners(corners),
+          ab(a, b),
+          bc(b, c),
+          cd(c, d),
+          ac(a, c),
+          bd(b, d),
+          to_b(b - a),
+          to_c(c - a),
+          from_b_to_c(c - b),
+          from_b_to_d(d - b),
+          area1(to_c.x * to_b.y - to_c.y * to_b.x),
+          area2(from_b_to_c.x * from_b_to_d.y - from_b_to_c.y * from_b_to_d.x),
+          inverse1(inverseArea(area1)),
+          inverse2(inverseArea(area2)) {}
+
+    /// Those with triangles that meet in all rows at the diagonal.
+    i32 plain() const {
+        return (area1 > splat(kLeastArea)) & (area2 > splat(kLeastArea)) & ab.falls & cd.falls &
+               (magnitude(from_b_to_c.x) < splat(kFlattestDiagonal) * (b.y - c.y));
+    }
+
+    /// How values at corners change over the triangles (a, b, c) and (b, d, c).
+    f32 across1(f32 at_a, f32 at_b, f32 at_c) const {
+        return ((at_c - at_a) * to_b.y - (at_b - at_a) * to_c.y) * inverse1;
+    }
+    f32 down1(f32 at_a, f32 at_b, f32 at_c) const {
+        return ((at_b - at_a) * to_c.x - (at_c - at_a) * to_b.x) * inverse1;
+    }
+    f32 across2(f32 at_b, f32 at_d, f32 at_c) const {
+        return ((at_c - at_b) * from_b_to_d.y - (at_d - at_b) * from_b_to_c.y) * inverse2;
+    }
+    f32 down2(f32 at_b, f32 at_d, f32 at_c) const {
+        return ((at_d - at_b) * from_b_to_c.x - (at_c - at_b) * from_b_to_d.x) * inverse2;
+    }
+};
+
+/// The pixels that cells may cover.
+struct alignas(kBytes) Bounds {
+    int32_t left[kLanes], right[kLanes], top[kLanes], bottom[kLanes];
+
+    /// As far as the centres of a band's pixels lie no more than `reach` from the cells.
+    Bounds(const Corners& corners, const Band& band, float reach) {
+        const Corner &a = corners.a, &b = corners.b, &c = corners.c, &d = corners.d;
         const f32 min_x = lesser(lesser(a.x, b.x), lesser(c.x, d.x));
         const f32 max_x = greater(greater(a.x, b.x), greater(c.x, d.x));
         const f32 min_y = lesser(lesser(a.y, b.y), lesser(c.y, d.y));
         const f32 max_y = greater(greater(a.y, b.y), greater(c.y, d.y));
-        const auto drawable = [=](f32 q) { return (q > none) & (q <= nearest); };
-        const i32 all_drawable = drawable(qa) & drawable(qb) & drawable(qc) & drawable(qd);
-        bool is_seen = to_pixels.put(min_x, max_x, min_y, max_y, all_drawable, i, &cells->pixels);
-        if (band.samples > 1)
-            is_seen = to_samples.put(min_x, max_x, min_y, max_y, all_drawable, i, &cells->samples);
-        if (!is_seen) continue;
-
-        const Side ab = b - a, ac = c - a, bc = c - b, bd = d - b, cd = d - c;
-        const f32 area1 = ac.x * ab.y - ac.y * ab.x, area2 = bc.x * bd.y - bc.y * bd.x;
-        const f32 inverse1 = inverseArea(area1), inverse2 = inverseArea(area2);
-        const Signs signs1(area1), signs2(area2);
-        cells->ax.put(i, a.x);
-        cells->ay.put(i, a.y);
-        cells->bx.put(i, b.x);
-        cells->by.put(i, b.y);
-        cells->cx.put(i, c.x);
-        cells->cy.put(i, c.y);
-        Triangle& first = cells->first;
-        Triangle& second = cells->second;
-        putTurned(signs1, ab, i, &first.edges[0]);
-        putTurned(signs1, bc, i, &first.edges[1]);
-        putTurnedBack(signs1, ac, i, &first.edges[2]);
-        putTurnedBack(signs2, bc, i, &second.edges[0]);
-        putTurned(signs2, bd, i, &second.edges[1]);
-        putTurnedBack(signs2, cd, i, &second.edges[2]);
-
-        putPlane(qa, qb, qc, ab, ac, inverse1, i, &first.q);
-        putPlane(qb, qd, qc, bd, bc, inverse2, i, &second.q);
-        const f32 u0 = load<f32>(block.column_u + i), u1 = load<f32>(block.column_u + i + 1);
-        putPlane(u0 * qa, u0 * qb, u1 * qc, ab, ac, inverse1, i, &first.u);
-        putPlane(u0 * qb, u1 * qd, u1 * qc, bd, bc, inverse2, i, &second.u);
-        const f32 v0 = splat(block.lower_v), v1 = splat(block.upper_v);
-        putPlane(v0 * qa, v1 * qb, v0 * qc, ab, ac, inverse1, i, &first.v);
-        putPlane(v1 * qb, v1 * qd, v0 * qc, bd, bc, inverse2, i, &second.v);
+        const f32 none = f32{}, one = splat(1.0f), width = splat(static_cast<float>(band.width));
+        const f32 first = splat(static_cast<float>(band.top)), end = splat(static_cast<float>(band.bottom));
+        store(left, roundedUp(held(min_x - splat(band.centre_x + reach), none, width)));
+        store(right,
+              truncated(held(max_x - splat(band.centre_x - reach) + one, none, width)) & corners.drawable());
+        store(top, roundedUp(held(min_y - splat(band.centre_y + reach), first, end)));
+        store(bottom, truncated(held(max_y - splat(band.centre_y - reach) + one, first, end)));
     }
+
+    i32 filled() const { return (load<i32>(left) < load<i32>(right)) & (load<i32>(top) < load<i32>(bottom)); }
+    bool isEmpty(int i) const { return left[i] >= right[i] || top[i] >= bottom[i]; }
+};
+
+struct alignas(kBytes) PerCell {
+    float of[kLanes];
+    void operator=(f32 v) { store(of, v); }
+};
+
+/// What plain cells cover: in each row some pixels side by side, on both sides of the diagonal.
+class PlainCells {
+  public:
+    PlainCells(const Cells& cells, const Bounds& bounds, i32 plain, const Band& band);
+
+    void draw(int i, const Bounds& bounds, const Band& band) const;
+
+  private:
+    struct alignas(kBytes) Row {
+        int32_t pixel[kLanes], count[kLanes];
+        PerCell from_diagonal;  ///< to the first pixel
+        PerCell q, u, v;        ///< on the diagonal
+    };
+
+    /// Changes from a pixel to the next one.
+    struct Steps {
+        PerCell left, right;
+    };
+
+    Row m_rows[kMostBandRows];
+    int m_top = 0;  ///< row of the picture
+    Steps m_q, m_u, m_v;
+};
+
+PlainCells::PlainCells(const Cells& cells, const Bounds& bounds, i32 plain, const Band& band) {
+    int top = band.bottom, bottom = band.top;
+    for (int i = 0; i < kLanes; ++i) {
+        if (plain[i] == 0 || bounds.isEmpty(i)) continue;
+        top = bounds.top[i] < top ? bounds.top[i] : top;
+        bottom = bounds.bottom[i] > bottom ? bounds.bottom[i] : bottom;
+    }
+    if (top >= bottom) return;
+    const Corner &a = cells.a, &b = cells.b, &c = cells.c, &d = cells.d;
+    m_q.left = cells.across1(a.q, b.q, c.q);
+    m_u.left = cells.across1(a.u, b.u, c.u);
+    m_v.left = cells.across1(a.v, b.v, c.v);
+    m_q.right = cells.across2(b.q, d.q, c.q);
+    m_u.right = cells.across2(b.u, d.u, c.u);
+    m_v.right = cells.across2(b.v, d.v, c.v);
+    const f32 along = splat(1.0f) / cells.from_b_to_c.y;
+    const f32 q_along = (c.q - b.q) * along, u_along = (c.u - b.u) * along, v_along = (c.v - b.v) * along;
+
+    const f32 centre_x = splat(band.centre_x), width = splat(static_cast<float>(band.width));
+    for (int y = top; y < bottom; ++y) {
+        const f32 row_y = splat(static_cast<float>(y) + band.centre_y);
+        const f32 diagonal = cells.bc.at(row_y, centre_x);
+        const f32 ab = cells.ab.at(row_y, centre_x), cd = cells.cd.at(row_y, centre_x);
+        const f32 ac = cells.ac.at(row_y, centre_x), bd = cells.bd.at(row_y, centre_x);
+        const f32 left1 = select(cells.ac.falls, ab, greater(ac, ab));
+        const f32 right1 = select(cells.ac.falls, lesser(ac, diagonal), diagonal);
+        const f32 left2 = select(cells.bd.falls, greater(bd, diagonal), diagonal);
+        const f32 right2 = select(cells.bd.falls, cd, lesser(bd, cd));
+        const i32 left = roundedUp(held(select(left1 < right1, left1, left2), f32{}, width));
+        const i32 right = roundedUp(held(select(left2 < right2, right2, right1), f32{}, width));
+        const f32 from_b = row_y - b.y;
+        Row& row = m_rows[y - top];
+        store(row.pixel, left + (y - band.top) * band.stride);
+        store(row.count, right - left);
+        row.from_diagonal = __builtin_convertvector(left, f32) - diagonal;
+        row.q = b.q + from_b * q_along;
+        row.u = b.u + from_b * u_along;
+        row.v = b.v + from_b * v_along;
+    }
+    m_top = top;
+}
+
+void PlainCells::draw(int i, const Bounds& bounds, const Band& band) const {
+    struct Step {
+        f32 left, right;
+        Step(const Steps& steps, int cell)
+            : left(splat(steps.left.of[cell])), right(splat(steps.right.of[cell])) {}
+        f32 from(f32 start, f32 to_left, f32 to_right) const {
+            return (start + to_left * left) + to_right * right;
+        }
+    };
+    const Step q_step(m_q, i), u_step(m_u, i), v_step(m_v, i);
+    const f32 lanes = laneNumbers();
+    const i32 lane = truncated(lanes);
+    float *const band_q = band.q, *const band_u = band.u, *const band_v = band.v;
+    const Row* const end = m_rows + (bounds.bottom[i] - m_top);
+    for (const Row* row = m_rows + (bounds.top[i] - m_top); row < end; ++row) {
+        int count = row->count[i];
+        if (count <= 0) continue;
+        ptrdiff_t pixel = row->pixel[i];
+        const f32 from_diagonal = splat(row->from_diagonal.of[i]);
+        const f32 start_q = splat(row->q.of[i]), start_u = splat(row->u.of[i]), start_v = splat(row->v.of[i]);
+        const auto draw = [&](f32 number, i32 covered) {
+            const f32 beyond = from_diagonal + number;
+            const f32 to_left = lesser(beyond, f32{}), to_right = greater(beyond, f32{});
+            float *q = band_q + pixel, *u = band_u + pixel, *v = band_v + pixel;
+            const f32 new_q = q_step.from(start_q, to_left, to_right), old_q = load<f32>(q);
+            const i32 drawn = covered & (new_q >= old_q);
+            store(q, select(drawn, new_q, old_q));
+            store(u, select(drawn, u_step.from(start_u, to_left, to_right), load<f32>(u)));
+            store(v, select(drawn, v_step.from(start_v, to_left, to_right), load<f32>(v)));
+        };
+        draw(lanes, splat32(count) > lane);
+        for (f32 number = lanes; (count -= kLanes) > 0;) {
+            number += static_cast<float>(kLanes);
+            pixel += kLanes;
+            draw(number, splat32(count) > lane);
+        }
+    }
+}
+
+/// Triangles of any kind.
+class Triangles {
+  public:
+    explicit Triangles(const Cells& cells);
+
+    struct Edge {
+        PerCell x, slope, sign;  ///< negative where the triangle ends at it
+        void put(const Line& line, i32 begins) {
+            const i32 signs = ~begins & kSignBit;
+            x = (f32)((i32)line.x ^ signs);
+            slope = (f32)((i32)line.slope ^ signs);
+            sign = (f32)signs;
+        }
+    };
+    struct Plane {
+        PerCell corner, x, y;
+    };
+    struct Triangle {
+        Edge edges[3];
+        Plane q, u, v;
+    };
+    PerCell ax, ay, bx, by, cy;
+    Triangle first, second;
+};
+
+Triangles::Triangles(const Cells& cells) {
+    const Corner &a = cells.a, &b = cells.b, &c = cells.c, &d = cells.d;
+    ax = a.x;
+    ay = a.y;
+    bx = b.x;
+    by = b.y;
+    cy = c.y;
+    const i32 turned1 = (i32)cells.area1 < 0, turned2 = (i32)cells.area2 < 0;
+    first.edges[0].put(cells.ab, cells.ab.falls ^ turned1);
+    first.edges[1].put(cells.bc, cells.bc.falls ^ turned1);
+    first.edges[2].put(cells.ac, ~cells.ac.falls ^ turned1);
+    second.edges[0].put(cells.bc, ~cells.bc.falls ^ turned2);
+    second.edges[1].put(cells.bd, cells.bd.falls ^ turned2);
+    second.edges[2].put(cells.cd, ~cells.cd.falls ^ turned2);
+    const auto put1 = [&](f32 at_a, f32 at_b, f32 at_c, Plane* plane) {
+        plane->corner = at_a;
+        plane->x = cells.across1(at_a, at_b, at_c);
+        plane->y = cells.down1(at_a, at_b, at_c);
+    };
+    const auto put2 = [&](f32 at_b, f32 at_d, f32 at_c, Plane* plane) {
+        plane->corner = at_b;
+        plane->x = cells.across2(at_b, at_d, at_c);
+        plane->y = cells.down2(at_b, at_d, at_c);
+    };
+    put1(a.q, b.q, c.q, &first.q);
+    put1(a.u, b.u, c.u, &first.u);
+    put1(a.v, b.v, c.v, &first.v);
+    put2(b.q, d.q, c.q, &second.q);
+    put2(b.u, d.u, c.u, &second.u);
+    put2(b.v, d.v, c.v, &second.v);
 }
 
 /// A plane's values along a row, but for the row's own part.
 struct Along {
     f32 start, step;
-    Along(const Plane& plane, int i, f32 dx)
+    Along(const Triangles::Plane& plane, int i, f32 dx)
         : start(splat(plane.corner.of[i]) + dx * splat(plane.x.of[i])), step(splat(plane.y.of[i])) {}
     f32 at(f32 dy) const { return start + dy * step; }
 };
 
 struct EdgeAlong {
-    f32 start, step;
-    EdgeAlong(const Edge& edge, int i, f32 dx) : start(dx * splat(edge.y.of[i])), step(splat(edge.x.of[i])) {}
-    i32 inside(f32 dy) const { return start >= dy * step; }
+    f32 column, x, slope, centre;
+    EdgeAlong(const Triangles::Edge& edge, int i, f32 at_column, f32 centre_x)
+        : x(splat(edge.x.of[i])), slope(splat(edge.slope.of[i])) {
+        const i32 sign = (i32)splat(edge.sign.of[i]);
+        column = (f32)((i32)at_column ^ sign);
+        centre = (f32)((i32)centre_x ^ sign);
+    }
+    i32 inside(f32 dy) const { return column >= (x + dy * slope) - centre; }
 };
 
 /// A cell over as many pixels of a row as a vector has lanes.
 class Columns {
   public:
-    /// `x` are the points' places; those at and beyond `end` count as outside.
-    Columns(const Cells& cells, int i, f32 x, f32 end)
-        : Columns(cells, i, select(x < end, x - splat(cells.ax.of[i]), splat(kNoNumber)),
-                  select(x < end, x - splat(cells.bx.of[i]), splat(kNoNumber)), x - splat(cells.cx.of[i]),
-                  0) {}
+    /// The points lie in columns `column` of pixels; those at and beyond `end` count as outside.
+    Columns(const Triangles& triangles, int i, f32 column, f32 end, f32 centre_x)
+        : Columns(triangles, i, select(column < end, column, splat(kNoNumber)), centre_x,
+                  column + centre_x - splat(triangles.ax.of[i]),
+                  column + centre_x - splat(triangles.bx.of[i])) {}
 
     /// Draws the points of row y over what these planes hold.
     void draw(f32 y, float* q, float* u, float* v) const {
@@ -209,50 +362,78 @@ class Columns {
     }
 
   private:
-    Columns(const Cells& cells, int i, f32 dax, f32 dbx, f32 dcx, int)
-        : m_ay(splat(cells.ay.of[i])),
-          m_by(splat(cells.by.of[i])),
-          m_cy(splat(cells.cy.of[i])),
-          m_ab(cells.first.edges[0], i, dax),
-          m_bc1(cells.first.edges[1], i, dbx),
-          m_ac(cells.first.edges[2], i, dax),
-          m_bc2(cells.second.edges[0], i, dbx),
-          m_bd(cells.second.edges[1], i, dbx),
-          m_cd(cells.second.edges[2], i, dcx),
-          m_q1(cells.first.q, i, dax),
-          m_u1(cells.first.u, i, dax),
-          m_v1(cells.first.v, i, dax),
-          m_q2(cells.second.q, i, dbx),
-          m_u2(cells.second.u, i, dbx),
-          m_v2(cells.second.v, i, dbx) {}
+    Columns(const Triangles& t, int i, f32 column, f32 centre_x, f32 dax, f32 dbx)
+        : m_ay(splat(t.ay.of[i])),
+          m_by(splat(t.by.of[i])),
+          m_cy(splat(t.cy.of[i])),
+          m_ab(t.first.edges[0], i, column, centre_x),
+          m_bc1(t.first.edges[1], i, column, centre_x),
+          m_ac(t.first.edges[2], i, column, centre_x),
+          m_bc2(t.second.edges[0], i, column, centre_x),
+          m_bd(t.second.edges[1], i, column, centre_x),
+          m_cd(t.second.edges[2], i, column, centre_x),
+          m_q1(t.first.q, i, dax),
+          m_u1(t.first.u, i, dax),
+          m_v1(t.first.v, i, dax),
+          m_q2(t.second.q, i, dbx),
+          m_u2(t.second.u, i, dbx),
+          m_v2(t.second.v, i, dbx) {}
 
     f32 m_ay, m_by, m_cy;
     EdgeAlong m_ab, m_bc1, m_ac, m_bc2, m_bd, m_cd;
     Along m_q1, m_u1, m_v1, m_q2, m_u2, m_v2;
 };
 
-f32 placesFrom(int x, float centre) { return splat(static_cast<float>(x) + centre) + laneNumbers(); }
+f32 columnsFrom(int x) { return splat(static_cast<float>(x)) + laneNumbers(); }
 
-void drawSamples(const Cells& cells, int i, const Band& band) {
-    const Bounds& bounds = cells.samples;
-    const int left = bounds.left[i], right = bounds.right[i];
-    const f32 before = splat(static_cast<float>(left) + band.centre_x);
-    for (int column = left / kSampleBlock; column <= (right - 1) / kSampleBlock; ++column)
-        for (int y = bounds.top[i]; y < bounds.bottom[i]; ++y) {
-            const int slot = band.slots[(y - band.top) * band.slot_stride + column];
-            if (slot < 0) continue;
-            float* planes = band.sample_planes +
-                            static_cast<size_t>(slot) * static_cast<size_t>(band.samples) * 3 * kSampleBlock;
-            for (int s = 0; s < band.samples; ++s, planes += 3 * kSampleBlock)
-                for (int k = 0; k < kSampleBlock; k += kLanes) {
-                    const f32 centre = placesFrom(column * kSampleBlock + k, band.centre_x);
-                    const f32 x = centre + splat(band.offsets[s][0]);
-                    const f32 end = splat(static_cast<float>(right) + band.centre_x + band.offsets[s][0]);
-                    const Columns columns(cells, i, select(centre < before, end, x), end);
-                    columns.draw(splat((static_cast<float>(y) + band.centre_y) + band.offsets[s][1]),
-                                 planes + k, planes + kSampleBlock + k, planes + 2 * kSampleBlock + k);
-                }
+void drawPixels(const Triangles& triangles, int i, const Bounds& bounds, const Band& band) {
+    const int right = bounds.right[i], top = bounds.top[i];
+    const f32 end = splat(static_cast<float>(right));
+    for (int x = bounds.left[i]; x < right; x += kLanes) {
+        const Columns columns(triangles, i, columnsFrom(x), end, splat(band.centre_x));
+        size_t pixel =
+            static_cast<size_t>(top - band.top) * static_cast<size_t>(band.stride) + static_cast<size_t>(x);
+        f32 place = splat(static_cast<float>(top) + band.centre_y);
+        for (int y = top; y < bounds.bottom[i]; ++y) {
+            columns.draw(place, band.q + pixel, band.u + pixel, band.v + pixel);
+            place += 1.0f;
+            pixel += static_cast<size_t>(band.stride);
         }
+    }
+}
+
+void drawSamples(const Triangles& triangles, int i, const Bounds& bounds, const Band& band) {
+    const int left = bounds.left[i], right = bounds.right[i];
+    const f32 before = splat(static_cast<float>(left));
+    const size_t planes_of_sample = 3 * kSampleBlock;
+    for (int block = left / kSampleBlock; block <= (right - 1) / kSampleBlock; ++block) {
+        struct {
+            float y;
+            float* planes;
+        } rows[kMostBandRows];
+        int count = 0;
+        for (int y = bounds.top[i]; y < bounds.bottom[i]; ++y) {
+            const int slot = band.slots[(y - band.top) * band.slot_stride + block];
+            if (slot < 0) continue;
+            rows[count++] = {static_cast<float>(y) + band.centre_y,
+                             band.sample_planes + static_cast<size_t>(slot) *
+                                                      static_cast<size_t>(band.samples) * planes_of_sample};
+        }
+        if (count == 0) continue;
+        for (int s = 0; s < band.samples; ++s)
+            for (int k = 0; k < kSampleBlock; k += kLanes) {
+                const f32 centre = columnsFrom(block * kSampleBlock + k);
+                const f32 column = centre + splat(band.offsets[s][0]);
+                const f32 end = splat(static_cast<float>(right) + band.offsets[s][0]);
+                const Columns columns(triangles, i, select(centre < before, end, column), end,
+                                      splat(band.centre_x));
+                for (int row = 0; row < count; ++row) {
+                    float* const q = rows[row].planes + static_cast<size_t>(s) * planes_of_sample + k;
+                    columns.draw(splat(rows[row].y + band.offsets[s][1]), q, q + kSampleBlock,
+                                 q + 2 * kSampleBlock);
+                }
+            }
+    }
 }
 
 /// What is fetched ahead of its use, in bytes of RGBA. A row of the photo is read nearly in order, but in
@@ -354,29 +535,29 @@ void findFacings(const CellBlock& block, float edge_on_area, uint8_t* facings) {
 }
 
 void drawCells(const CellBlock& block, const Band& band) {
-    Cells cells;
-    setUp(block, band, &cells);
-    for (int i = 0; i < block.count; ++i) {
-        const Bounds& pixels = cells.pixels;
-        const int left = pixels.left[i], right = pixels.right[i], top = pixels.top[i],
-                  bottom = pixels.bottom[i];
-        const f32 end = splat(static_cast<float>(right) + band.centre_x);
-        for (int x = left; x < right && top < bottom; x += kLanes) {
-            const Columns columns(cells, i, placesFrom(x, band.centre_x), end);
-            size_t pixel = static_cast<size_t>(top - band.top) * static_cast<size_t>(band.stride) +
-                           static_cast<size_t>(x);
-            f32 place = splat(static_cast<float>(top) + band.centre_y);
-            for (int y = top; y < bottom; ++y) {
-                columns.draw(place, band.q + pixel, band.u + pixel, band.v + pixel);
-                place += 1.0f;
-                pixel += static_cast<size_t>(band.stride);
+    for (int start = 0; start < block.count; start += kLanes) {
+        const Corners corners(block, start);
+        const Bounds pixels(corners, band, kReach), samples(corners, band, kSampleReach);
+        if (!any(pixels.filled() | (band.samples > 1 ? samples.filled() : i32{}))) continue;
+        const Cells cells(corners);
+        const i32 plain = cells.plain();
+        const PlainCells plain_cells(cells, pixels, plain, band);
+        std::optional<Triangles> any_cells;
+        const auto triangles = [&]() -> const Triangles& {
+            if (!any_cells) any_cells.emplace(cells);
+            return *any_cells;
+        };
+        for (int i = 0; i < kLanes && start + i < block.count; ++i) {
+            if (!pixels.isEmpty(i)) {
+                if (plain[i] != 0)
+                    plain_cells.draw(i, pixels, band);
+                else
+                    drawPixels(triangles(), i, pixels, band);
             }
+            if (band.samples > 1 && !samples.isEmpty(i) &&
+                touchesMarked(band, samples.left[i], samples.right[i], samples.top[i], samples.bottom[i]))
+                drawSamples(triangles(), i, samples, band);
         }
-        if (band.samples == 1) continue;
-        const Bounds& samples = cells.samples;
-        if (samples.left[i] < samples.right[i] && samples.top[i] < samples.bottom[i] &&
-            touchesMarked(band, samples.left[i], samples.right[i], samples.top[i], samples.bottom[i]))
-            drawSamples(cells, i, band);
     }
 }
 

@@ -32,8 +32,18 @@ struct Place {
     float q, u, v;
 };
 
+/// A line through two points.
+struct Line {
+    float x, y, slope;
+    bool falls;  ///< down the picture, from the first point to the second
+
+    /// Where it crosses a row, in columns of pixels.
+    float at(float row, float centre_x) const { return (x + (row - y) * slope) - centre_x; }
+};
+
 struct Triangle {
-    float edges[3][2];  ///< each turned so that its inner side is positive
+    Line edges[3];
+    bool begins[3];  ///< at this edge, rather than ends there
     Plane q, u, v;
 };
 
@@ -46,14 +56,28 @@ struct Bounds {
     bool isEmpty() const { return left >= right || top >= bottom; }
 };
 
-/// A cell set up for drawing.
-struct Cell {
-    float ax, ay, bx, by, cx, cy;
-    Triangle first, second;
-    Bounds pixels, samples;  ///< that it may cover
+/// A value that changes along the diagonal, and to the left and to the right of it.
+struct Hinge {
+    float start, along, left, right;
+    float at(float from_start, float to_left, float to_right) const {
+        return ((start + from_start * along) + to_left * left) + to_right * right;
+    }
 };
 
-float turned(float value, float sign) { return std::signbit(sign) ? -value : value; }
+/// A cell set up for drawing.
+struct Cell {
+    float ax, ay, bx, by;
+    Triangle first, second;
+    Bounds pixels, samples;  ///< that it may cover
+    bool is_plain;           ///< its triangles meet in all rows at the diagonal
+    Hinge q, u, v;           ///< where it is plain
+};
+
+Line lineOf(const Corner& from, const Corner& to) {
+    const float fall = to.y - from.y;
+    const float held_fall = std::fabs(fall) < kLeastFall ? kLeastFall : fall;
+    return {from.x, from.y, (to.x - from.x) / held_fall, held_fall > 0.0f};
+}
 
 float inverseArea(float area) {
     return std::fabs(area) > kLeastArea ? 1.0f / area : std::numeric_limits<float>::quiet_NaN();
@@ -78,27 +102,31 @@ Cell setUp(const CellBlock& block, int i, const Band& band) {
 
     const float ab[2] = {b.x - a.x, b.y - a.y}, ac[2] = {c.x - a.x, c.y - a.y};
     const float bc[2] = {c.x - b.x, c.y - b.y}, bd[2] = {d.x - b.x, d.y - b.y};
-    const float cd[2] = {d.x - c.x, d.y - c.y};
     const float area1 = ac[0] * ab[1] - ac[1] * ab[0];
     const float area2 = bc[0] * bd[1] - bc[1] * bd[0];
     const float inverse1 = inverseArea(area1), inverse2 = inverseArea(area2);
 
     Cell cell;
-    cell.ax = a.x, cell.ay = a.y, cell.bx = b.x, cell.by = b.y, cell.cx = c.x, cell.cy = c.y;
-    for (int k = 0; k < 2; ++k) {
-        cell.first.edges[0][k] = turned(ab[k], area1);
-        cell.first.edges[1][k] = turned(bc[k], area1);
-        cell.first.edges[2][k] = -turned(ac[k], area1);
-        cell.second.edges[0][k] = -turned(bc[k], area2);
-        cell.second.edges[1][k] = turned(bd[k], area2);
-        cell.second.edges[2][k] = -turned(cd[k], area2);
-    }
-    cell.first.q = planeOf(a.q, b.q, c.q, ab, ac, inverse1);
-    cell.first.u = planeOf(a.u, b.u, c.u, ab, ac, inverse1);
-    cell.first.v = planeOf(a.v, b.v, c.v, ab, ac, inverse1);
-    cell.second.q = planeOf(b.q, d.q, c.q, bd, bc, inverse2);
-    cell.second.u = planeOf(b.u, d.u, c.u, bd, bc, inverse2);
-    cell.second.v = planeOf(b.v, d.v, c.v, bd, bc, inverse2);
+    cell.ax = a.x, cell.ay = a.y, cell.bx = b.x, cell.by = b.y;
+    const Line along_ab = lineOf(a, b), along_bc = lineOf(b, c), along_ac = lineOf(a, c);
+    const Line along_bd = lineOf(b, d), along_cd = lineOf(c, d);
+    const bool turned1 = std::signbit(area1), turned2 = std::signbit(area2);
+    cell.first = {{along_ab, along_bc, along_ac},
+                  {along_ab.falls != turned1, along_bc.falls != turned1, along_ac.falls == turned1},
+                  planeOf(a.q, b.q, c.q, ab, ac, inverse1),
+                  planeOf(a.u, b.u, c.u, ab, ac, inverse1),
+                  planeOf(a.v, b.v, c.v, ab, ac, inverse1)};
+    cell.second = {{along_bc, along_bd, along_cd},
+                   {along_bc.falls == turned2, along_bd.falls != turned2, along_cd.falls == turned2},
+                   planeOf(b.q, d.q, c.q, bd, bc, inverse2),
+                   planeOf(b.u, d.u, c.u, bd, bc, inverse2),
+                   planeOf(b.v, d.v, c.v, bd, bc, inverse2)};
+    cell.is_plain = area1 > kLeastArea && area2 > kLeastArea && along_ab.falls && along_cd.falls &&
+                    std::fabs(bc[0]) < kFlattestDiagonal * (b.y - c.y);
+    const float along = 1.0f / bc[1];
+    cell.q = {b.q, (c.q - b.q) * along, cell.first.q.x, cell.second.q.x};
+    cell.u = {b.u, (c.u - b.u) * along, cell.first.u.x, cell.second.u.x};
+    cell.v = {b.v, (c.v - b.v) * along, cell.first.v.x, cell.second.v.x};
 
     const float width = static_cast<float>(band.width);
     const float top = static_cast<float>(band.top), bottom = static_cast<float>(band.bottom);
@@ -120,20 +148,21 @@ Cell setUp(const CellBlock& block, int i, const Band& band) {
     return cell;
 }
 
-/// Whether the cell covers a point, and with what.
-bool covers(const Cell& cell, float x, float y, Place* place) {
+/// Whether the cell covers a point of a column of pixels, and with what.
+bool covers(const Cell& cell, float column, float y, float centre_x, Place* place) {
+    const float x = column + centre_x;
     const float dax = x - cell.ax, day = y - cell.ay;
     const float dbx = x - cell.bx, dby = y - cell.by;
-    const float dcx = x - cell.cx, dcy = y - cell.cy;
-    const auto inside = [](const float(&edge)[2], float dx, float dy) {
-        return dx * edge[1] >= dy * edge[0];
+    const auto inside = [&](const Triangle& triangle) {
+        for (int k = 0; k < 3; ++k) {
+            const float crossing = triangle.edges[k].at(y, centre_x);
+            if (triangle.begins[k] ? !(column >= crossing) : !(column <= crossing)) return false;
+        }
+        return true;
     };
     const Triangle& t1 = cell.first;
     const Triangle& t2 = cell.second;
-    const bool in1 =
-        inside(t1.edges[0], dax, day) && inside(t1.edges[1], dbx, dby) && inside(t1.edges[2], dax, day);
-    const bool in2 =
-        inside(t2.edges[0], dbx, dby) && inside(t2.edges[1], dbx, dby) && inside(t2.edges[2], dcx, dcy);
+    const bool in1 = inside(t1), in2 = inside(t2);
     const float q1 = t1.q.at(dax, day), q2 = t2.q.at(dbx, dby);
     if (in2 && (!in1 || q2 >= q1))
         *place = {q2, t2.u.at(dbx, dby), t2.v.at(dbx, dby)};
@@ -179,6 +208,51 @@ uint8_t roundedColour(int colour) {
     return static_cast<uint8_t>((colour + (1 << (kColourBits - 1))) >> kColourBits);
 }
 
+void drawRow(const Cell& cell, int y, const Band& band) {
+    const size_t row = static_cast<size_t>(y - band.top) * static_cast<size_t>(band.stride);
+    for (int x = cell.pixels.left; x < cell.pixels.right; ++x) {
+        const size_t pixel = row + static_cast<size_t>(x);
+        Place place;
+        if (covers(cell, static_cast<float>(x), static_cast<float>(y) + band.centre_y, band.centre_x, &place))
+            put(place, band.q + pixel, band.u + pixel, band.v + pixel);
+    }
+}
+
+/// The same for a plain cell, but that a pixel on an edge belongs to the right one of two cells.
+void drawPlainRow(const Cell& cell, int y, const Band& band) {
+    const float row_y = static_cast<float>(y) + band.centre_y;
+    const auto at = [&](const Line& line) { return line.at(row_y, band.centre_x); };
+    const auto lesser = [](float a, float b) { return a < b ? a : b; };
+    const auto greater = [](float a, float b) { return a > b ? a : b; };
+    const Line& ac = cell.first.edges[2];
+    const Line& bd = cell.second.edges[1];
+    const float diagonal = at(cell.first.edges[1]);
+    float left1 = at(cell.first.edges[0]), right1 = diagonal;
+    float left2 = diagonal, right2 = at(cell.second.edges[2]);
+    if (ac.falls)
+        right1 = lesser(at(ac), right1);
+    else
+        left1 = greater(at(ac), left1);
+    if (bd.falls)
+        left2 = greater(at(bd), left2);
+    else
+        right2 = lesser(at(bd), right2);
+
+    const float width = static_cast<float>(band.width);
+    const int left = roundedUp(held(left1 < right1 ? left1 : left2, 0.0f, width));
+    const int right = roundedUp(held(left2 < right2 ? right2 : right1, 0.0f, width));
+    const float from_b = row_y - cell.by, from_diagonal = static_cast<float>(left) - diagonal;
+    for (int x = left; x < right; ++x) {
+        const float beyond = from_diagonal + static_cast<float>(x - left);
+        const float to_left = lesser(beyond, 0.0f), to_right = greater(beyond, 0.0f);
+        const size_t pixel =
+            static_cast<size_t>(y - band.top) * static_cast<size_t>(band.stride) + static_cast<size_t>(x);
+        put({cell.q.at(from_b, to_left, to_right), cell.u.at(from_b, to_left, to_right),
+             cell.v.at(from_b, to_left, to_right)},
+            band.q + pixel, band.u + pixel, band.v + pixel);
+    }
+}
+
 void drawSamples(const Cell& cell, const Band& band) {
     const Bounds& bounds = cell.samples;
     for (int y = bounds.top; y < bounds.bottom; ++y)
@@ -192,8 +266,9 @@ void drawSamples(const Cell& cell, const Band& band) {
                         3 * kSampleBlock +
                     x % kSampleBlock;
                 Place place;
-                if (covers(cell, (static_cast<float>(x) + band.centre_x) + band.offsets[s][0],
-                           (static_cast<float>(y) + band.centre_y) + band.offsets[s][1], &place))
+                if (covers(cell, static_cast<float>(x) + band.offsets[s][0],
+                           (static_cast<float>(y) + band.centre_y) + band.offsets[s][1], band.centre_x,
+                           &place))
                     put(place, planes, planes + kSampleBlock, planes + 2 * kSampleBlock);
             }
         }
@@ -238,14 +313,11 @@ void drawCells(const CellBlock& block, const Band& band) {
     for (int i = 0; i < block.count; ++i) {
         const Cell cell = setUp(block, i, band);
         for (int y = cell.pixels.top; y < cell.pixels.bottom; ++y) {
-            const size_t row = static_cast<size_t>(y - band.top) * static_cast<size_t>(band.stride);
-            for (int x = cell.pixels.left; x < cell.pixels.right; ++x) {
-                const size_t pixel = row + static_cast<size_t>(x);
-                Place place;
-                if (covers(cell, static_cast<float>(x) + band.centre_x, static_cast<float>(y) + band.centre_y,
-                           &place))
-                    put(place, band.q + pixel, band.u + pixel, band.v + pixel);
-            }
+            if (cell.pixels.left >= cell.pixels.right) break;
+            if (cell.is_plain)
+                drawPlainRow(cell, y, band);
+            else
+                drawRow(cell, y, band);
         }
         const Bounds& samples = cell.samples;
         if (band.samples > 1 && !samples.isEmpty() &&
