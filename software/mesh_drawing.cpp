@@ -86,41 +86,102 @@ struct MeshDrawing::Room {
     std::vector<float> sample_planes;
     int used_slots = 0;
     int mark_stride = 0;
-    std::array<std::vector<int16_t>, 2> colours;  ///< Cb and Cr of two rows of pixels
 };
 
-/// As PlanarTexture has it.
+/// How the photo's colours are kept: each the mean of `side` x `side` texels, from every `step` texels on. It
+/// is read once for 2 x 2 pixels, and has about the texels that these show.
+struct MeshDrawing::ColourGrid {
+    size_t step, side;
+
+    bool operator==(const ColourGrid& other) const { return step == other.step && side == other.side; }
+
+    /// A photo of about the picture's size would be blurred by colours from every second texel only, and a
+    /// far smaller one by means of 2 x 2.
+    static ColourGrid of(int photo_width, int picture_width) {
+        const double texels = static_cast<double>(photo_width) / picture_width;
+        return {texels >= 1.125 ? 2u : 1u, texels >= 0.625 ? 2u : 1u};
+    }
+};
+
+/// The photo as PlanarTexture has it.
 struct MeshDrawing::PlanarTexels {
+    ColourGrid grid;
     std::vector<uint8_t> luma, colours;
+    int colour_width, colour_height;  ///< colours
+
+    PlanarTexture texture(int photo_width, int photo_height) const {
+        return {luma.data(),
+                photo_width + 1,
+                static_cast<float>(photo_width - 1),
+                static_cast<float>(photo_height - 1),
+                colours.data(),
+                colour_width + 1,
+                static_cast<float>(colour_width - 1),
+                static_cast<float>(colour_height - 1),
+                static_cast<float>(grid.side - 1) / 2,
+                static_cast<float>(grid.step)};
+    }
 };
 
 namespace {
 
-/// A row of texels in Y'CbCr.
-struct PlanarRow {
-    std::vector<uint8_t> luma, cb, cr;
+/// A row of colours in Y'CbCr, and a copy of the last.
+struct ColourRow {
+    std::vector<uint8_t> cb, cr;
 
-    void resize(size_t texels) {
-        for (std::vector<uint8_t>* plane : {&luma, &cb, &cr}) plane->resize(texels);
-    }
+    explicit ColourRow(size_t colours) : cb(colours), cr(colours) {}
 
-    void convert(const uint8_t* rgba, size_t texels) {
-        uint8_t *to_luma = luma.data(), *to_cb = cb.data(), *to_cr = cr.data();
-        for (size_t x = 0; x < texels; ++x, rgba += 4) {
-            const auto at = [rgba](size_t c) { return static_cast<uint16_t>(rgba[c] << 8); };
-            to_luma[x] = bt709::luma(at(0), at(1), at(2));
-            to_cb[x] = bt709::cb(at(0), at(1), at(2));
-            to_cr[x] = bt709::cr(at(0), at(1), at(2));
+    /// Of two rows of the photo, 4 bytes a texel: each from `step` texels on, the mean of the `next` + 1 that
+    /// follow.
+    void convert(const uint8_t* here, const uint8_t* below, size_t step, size_t next) {
+        uint8_t *to_cb = cb.data(), *to_cr = cr.data();
+        const size_t last = cb.size() - 1;
+        for (size_t x = 0; x < last; ++x) {
+            const auto mean = [=](size_t c) {  // times 256
+                const size_t left = 4 * step * x + c, right = left + 4 * next;
+                return static_cast<uint16_t>((here[left] + here[right] + below[left] + below[right]) << 6);
+            };
+            to_cb[x] = bt709::cb(mean(0), mean(1), mean(2));
+            to_cr[x] = bt709::cr(mean(0), mean(1), mean(2));
         }
+        to_cb[last] = to_cb[last - 1];
+        to_cr[last] = to_cr[last - 1];
     }
 };
 
-/// Bytes of two rows next to each other.
-void interleave(const uint8_t* upper, const uint8_t* lower, size_t texels, size_t step, uint8_t* out) {
-    for (size_t x = 0; x < texels; ++x) {
-        out[step * x] = upper[x];
-        out[step * x + 1] = lower[x];
+void convertLuma(const uint8_t* rgba, std::vector<uint8_t>* luma) {
+    uint8_t* to = luma->data();
+    for (size_t x = 0; x < luma->size(); ++x, rgba += 4) {
+        const auto at = [rgba](size_t c) { return static_cast<uint16_t>(rgba[c] << 8); };
+        to[x] = bt709::luma(at(0), at(1), at(2));
     }
+}
+
+/// Bytes of two rows next to each other.
+void interleave(const std::vector<uint8_t>& here, const std::vector<uint8_t>& below, size_t step,
+                uint8_t* out) {
+    for (size_t x = 0; x < here.size(); ++x) {
+        out[step * x] = here[x];
+        out[step * x + 1] = below[x];
+    }
+}
+
+/// Calls put(row, here, below) with what convert(row, &to) makes of each row and of the one below it. The
+/// last is its own row below.
+template <typename Row, typename Convert, typename Put>
+void eachWithBelow(Workers* workers, int rows, const Row& empty, const Convert& convert, const Put& put) {
+    std::vector<std::array<Row, 2>> converted(static_cast<size_t>(workers->count()), {empty, empty});
+    workers->run((rows + kBandRows - 1) / kBandRows, [&](int piece, int worker) {
+        const int first = piece * kBandRows, end = std::min(first + kBandRows, rows);
+        Row* here = &converted[static_cast<size_t>(worker)][0];
+        Row* below = &converted[static_cast<size_t>(worker)][1];
+        convert(first, below);
+        for (int row = first; row < end; ++row) {
+            std::swap(here, below);
+            convert(std::min(row + 1, rows - 1), below);
+            put(row, *here, *below);
+        }
+    });
 }
 
 }  // namespace
@@ -182,38 +243,40 @@ void MeshDrawing::draw(const Camera& camera, int samples, const PictureBuffer& p
 
 void MeshDrawing::draw(const Camera& camera, int samples, const PlanarPicture& picture) {
     prepare(camera, samples, picture.width, picture.height);
-    for (Room& room : m_rooms)
-        for (std::vector<int16_t>& row : room.colours)
-            row.resize(2 * static_cast<size_t>(picture.width + 2 * kSlack));
-    if (m_planar == nullptr) convertTexels();
-    drawMesh([&](const Band& band, Room* room) { shadeBand(band, room, picture); });
+    const ColourGrid grid = ColourGrid::of(m_photo_width, picture.width);
+    if (m_planar == nullptr || !(m_planar->grid == grid)) convertTexels(grid);
+    drawMesh([&](const Band& band, Room* room) { shadeBand(band, *room, picture); });
 }
 
-void MeshDrawing::convertTexels() {
-    const size_t stride = static_cast<size_t>(m_photo_width) + 1;
+void MeshDrawing::convertTexels(const ColourGrid& grid) {
     auto planar = std::make_unique<PlanarTexels>();
-    const size_t texels = stride * static_cast<size_t>(m_photo_height);
-    planar->luma.resize(2 * texels);
-    planar->colours.resize(4 * texels);
-    std::vector<std::array<PlanarRow, 2>> rows(m_rooms.size());
-    for (auto& two : rows)
-        for (PlanarRow& row : two) row.resize(stride);
-    const int pieces = (m_photo_height + kBandRows - 1) / kBandRows;
-    m_workers->run(pieces, [&](int piece, int worker) {
-        const int first = piece * kBandRows, end = std::min(first + kBandRows, m_photo_height);
-        PlanarRow* upper = &rows[static_cast<size_t>(worker)][0];
-        PlanarRow* lower = &rows[static_cast<size_t>(worker)][1];
-        lower->convert(m_texels.data() + 4 * stride * static_cast<size_t>(first), stride);
-        for (int row = first; row < end; ++row) {
-            std::swap(upper, lower);
-            const size_t start = stride * static_cast<size_t>(row);
-            lower->convert(m_texels.data() + 4 * (start + stride), stride);
-            uint8_t* colours = &planar->colours[4 * start];
-            interleave(upper->luma.data(), lower->luma.data(), stride, 2, &planar->luma[2 * start]);
-            interleave(upper->cb.data(), lower->cb.data(), stride, 4, colours);
-            interleave(upper->cr.data(), lower->cr.data(), stride, 4, colours + 2);
-        }
-    });
+    const int step = static_cast<int>(grid.step), next = static_cast<int>(grid.side) - 1;
+    planar->grid = grid;
+    planar->colour_width = (m_photo_width + step - 1) / step;
+    planar->colour_height = (m_photo_height + step - 1) / step;
+    const size_t stride = static_cast<size_t>(m_photo_width) + 1;
+    const auto texels = [&](int row) { return m_texels.data() + 4 * stride * static_cast<size_t>(row); };
+
+    planar->luma.resize(2 * stride * static_cast<size_t>(m_photo_height));
+    eachWithBelow(
+        m_workers.get(), m_photo_height, std::vector<uint8_t>(stride),
+        [&](int row, std::vector<uint8_t>* to) { convertLuma(texels(row), to); },
+        [&](int row, const std::vector<uint8_t>& here, const std::vector<uint8_t>& below) {
+            interleave(here, below, 2, &planar->luma[2 * stride * static_cast<size_t>(row)]);
+        });
+
+    const size_t colour_stride = static_cast<size_t>(planar->colour_width) + 1;
+    planar->colours.resize(4 * colour_stride * static_cast<size_t>(planar->colour_height));
+    eachWithBelow(
+        m_workers.get(), planar->colour_height, ColourRow(colour_stride),
+        [&](int row, ColourRow* to) {
+            to->convert(texels(step * row), texels(step * row + next), grid.step, grid.side - 1);
+        },
+        [&](int row, const ColourRow& here, const ColourRow& below) {
+            uint8_t* to = &planar->colours[4 * colour_stride * static_cast<size_t>(row)];
+            interleave(here.cb, below.cb, 4, to);
+            interleave(here.cr, below.cr, 4, to + 2);
+        });
     m_planar = std::move(planar);
 }
 
@@ -384,15 +447,20 @@ void eachSlot(const Band& band, int y, const Blend& blend) {
         if (slots[block] >= 0) blend(block * kSampleBlock, static_cast<size_t>(slots[block]));
 }
 
-/// The q, u and v of a sample of a block of pixels.
-struct SamplePlanes {
-    SamplePlanes(const Band& band, size_t slot, int sample)
-        : q(band.sample_planes +
-            (slot * static_cast<size_t>(band.samples) + static_cast<size_t>(sample)) * 3 * kSampleBlock),
-          u(q + kSampleBlock),
-          v(u + kSampleBlock) {}
-    const float *q, *u, *v;
-};
+/// The pixels of a row of the picture, from `first` on.
+PixelRow rowOf(const Band& band, int y, int first = 0) {
+    const size_t start =
+        static_cast<size_t>(y - band.top) * static_cast<size_t>(band.stride) + static_cast<size_t>(first);
+    return {band.q + start, band.u + start, band.v + start};
+}
+
+/// A sample of a block of pixels.
+PixelRow sampleOf(const Band& band, size_t slot, int sample) {
+    const float* q =
+        band.sample_planes +
+        (slot * static_cast<size_t>(band.samples) + static_cast<size_t>(sample)) * 3 * kSampleBlock;
+    return {q, q + kSampleBlock, q + 2 * kSampleBlock};
+}
 
 }  // namespace
 
@@ -416,9 +484,9 @@ void MeshDrawing::shadeBand(const Band& band, const Room& room, const PictureBuf
         eachSlot(band, y, [&](int first, size_t slot) {
             std::array<int, 4 * kSampleBlock> sums = {};
             for (int s = 0; s < band.samples; ++s) {
-                const SamplePlanes planes(band, slot, s);
+                const PixelRow sample = sampleOf(band, slot, s);
                 std::array<uint8_t, 4 * kSampleBlock> colours;
-                m_path.shade(texture, planes.q, planes.u, planes.v, far_q, kSampleBlock, colours.data());
+                m_path.shade(texture, sample.q, sample.u, sample.v, far_q, kSampleBlock, colours.data());
                 for (size_t i = 0; i < sums.size(); ++i) sums[i] += colours[i];
             }
             eachMarked(band, room, y, first, [&](int x, size_t i) {
@@ -430,41 +498,61 @@ void MeshDrawing::shadeBand(const Band& band, const Room& room, const PictureBuf
     }
 }
 
-void MeshDrawing::shadeBand(const Band& band, Room* room, const PlanarPicture& picture) const {
+void MeshDrawing::shadeBand(const Band& band, const Room& room, const PlanarPicture& picture) const {
+    const PlanarTexture texture = m_planar->texture(m_photo_width, m_photo_height);
+    for (int y = band.top; y < band.bottom; y += 2) {
+        const size_t pixel = static_cast<size_t>(y) * static_cast<size_t>(picture.width);
+        uint8_t* const luma[] = {picture.luma + pixel, picture.luma + pixel + picture.width};
+        m_path.shadePlanar(texture, {rowOf(band, y), rowOf(band, y + 1)}, m_frame->far_q, band.width, luma,
+                           picture.cb + pixel / 4, picture.cr + pixel / 4);
+        if (band.samples > 1) shadeMarked(texture, band, room, y, picture);
+    }
+}
+
+/// The pixels of two rows that a silhouette crosses, and the colours that they have a part in.
+void MeshDrawing::shadeMarked(const PlanarTexture& texture, const Band& band, const Room& room, int y,
+                              const PlanarPicture& picture) const {
     const float far_q = m_frame->far_q;
-    const PlanarTexture texture = {m_planar->luma.data(), m_planar->colours.data(), m_photo_width + 1,
-                                   static_cast<float>(m_photo_width - 1),
-                                   static_cast<float>(m_photo_height - 1)};
-    for (int y = band.top; y < band.bottom; ++y) {
-        const size_t start = static_cast<size_t>(y - band.top) * static_cast<size_t>(band.stride);
-        uint8_t* luma = picture.luma + static_cast<size_t>(y) * static_cast<size_t>(picture.width);
-        int16_t* colours = room->colours[static_cast<size_t>(y % 2)].data();
-        m_path.shadePlanar(texture, band.q + start, band.u + start, band.v + start, far_q, band.width, luma,
-                           colours);
-        eachSlot(band, y, [&](int first, size_t slot) {
-            std::array<int, kSampleBlock> luma_sums = {};
-            std::array<int, 2 * kSampleBlock> colour_sums = {};
-            for (int s = 0; s < band.samples; ++s) {
-                const SamplePlanes planes(band, slot, s);
-                std::array<uint8_t, kSampleBlock> lumas;
-                std::array<int16_t, 2 * kSampleBlock> parts;
-                m_path.shadePlanar(texture, planes.q, planes.u, planes.v, far_q, kSampleBlock, lumas.data(),
-                                   parts.data());
-                for (size_t i = 0; i < lumas.size(); ++i) luma_sums[i] += lumas[i];
-                for (size_t i = 0; i < parts.size(); ++i) colour_sums[i] += parts[i];
+    const int32_t* slots = band.slots + (y - band.top) * band.slot_stride;
+    for (int block = 0; block < band.slot_stride; ++block) {
+        if (slots[block] < 0 && slots[block + band.slot_stride] < 0) continue;
+        const int first = block * kSampleBlock;
+        std::array<int, kSampleBlock> sums = {};  // Cb and Cr of 2 x 2 pixels
+        std::array<bool, kSampleBlock / 2> has_marked = {};
+        for (int row = y; row < y + 2; ++row) {
+            std::array<uint8_t, kSampleBlock> lumas;
+            std::array<int16_t, 2 * kSampleBlock> colours;
+            m_path.shadePlanarEach(texture, rowOf(band, row, first), far_q, kSampleBlock, lumas.data(),
+                                   colours.data());
+            const int slot = slots[(row - y) * band.slot_stride + block];
+            if (slot >= 0) {
+                std::array<int, kSampleBlock> luma_sums = {};
+                std::array<int, 2 * kSampleBlock> colour_sums = {};
+                for (int s = 0; s < band.samples; ++s) {
+                    std::array<int16_t, 2 * kSampleBlock> parts;
+                    m_path.shadePlanarEach(texture, sampleOf(band, static_cast<size_t>(slot), s), far_q,
+                                           kSampleBlock, lumas.data(), parts.data());
+                    for (size_t i = 0; i < lumas.size(); ++i) luma_sums[i] += lumas[i];
+                    for (size_t i = 0; i < parts.size(); ++i) colour_sums[i] += parts[i];
+                }
+                uint8_t* luma = picture.luma + static_cast<size_t>(row) * static_cast<size_t>(picture.width);
+                eachMarked(band, room, row, first, [&](int x, size_t i) {
+                    const auto mean = [&](int sum) { return (sum + band.samples / 2) / band.samples; };
+                    luma[x] = static_cast<uint8_t>(mean(luma_sums[i]));
+                    for (size_t c = 2 * i; c < 2 * i + 2; ++c)
+                        colours[c] = static_cast<int16_t>(mean(colour_sums[c]));
+                    has_marked[i / 2] = true;
+                });
             }
-            eachMarked(band, *room, y, first, [&](int x, size_t i) {
-                const auto mean = [&](int sum) { return (sum + band.samples / 2) / band.samples; };
-                luma[x] = static_cast<uint8_t>(mean(luma_sums[i]));
-                for (size_t c = 0; c < 2; ++c)
-                    colours[2 * static_cast<size_t>(x) + c] =
-                        static_cast<int16_t>(mean(colour_sums[2 * i + c]));
-            });
-        });
-        if (y % 2 == 0) continue;
-        const int half = picture.width / 2;
-        const size_t row = static_cast<size_t>(y / 2) * static_cast<size_t>(half);
-        m_path.meanColours(room->colours[0].data(), colours, half, picture.cb + row, picture.cr + row);
+            for (size_t i = 0; i < colours.size(); ++i) sums[i / 4 * 2 + i % 2] += colours[i];
+        }
+        const size_t to = static_cast<size_t>(y / 2) * static_cast<size_t>(picture.width / 2) +
+                          static_cast<size_t>(first / 2);
+        for (size_t i = 0; i < has_marked.size(); ++i)
+            if (has_marked[i]) {
+                picture.cb[to + i] = meanOfFour(sums[2 * i]);
+                picture.cr[to + i] = meanOfFour(sums[2 * i + 1]);
+            }
     }
 }
 

@@ -28,8 +28,10 @@ struct PictureBuffer {
     int width, height;
 };
 
-/// A picture of even sides in Y'CbCr, BT.709 in limited range, with its colours at half the size, each the
-/// mean of 2 x 2 pixels. Planes without padding.
+/// A picture of even sides in Y'CbCr, BT.709 in limited range, with its colours at half the size. Planes
+/// without padding. The colours of 2 x 2 pixels are read from a photo of means of 2 x 2 texels, from every
+/// second texel where the photo has 9/8 of the picture's width or more; with less than 5/8 from the photo as
+/// it is.
 struct PlanarPicture {
     uint8_t *luma, *cb, *cr;
     int width, height;
@@ -59,16 +61,19 @@ class MeshDrawing {
   private:
     struct Frame;
     struct Room;
+    struct ColourGrid;
     struct PlanarTexels;
 
     void prepare(const Camera& camera, int samples, int width, int height);
     void drawMesh(const std::function<void(const Band&, Room*)>& shadeBand);
-    void convertTexels();
+    void convertTexels(const ColourGrid& grid);
     void placeRow(int row, Frame* frame) const;
     void findFacings(int row, Frame* frame) const;
     Band cover(int band, Room* room, const Frame& frame) const;
     void shadeBand(const Band& band, const Room& room, const PictureBuffer& picture) const;
-    void shadeBand(const Band& band, Room* room, const PlanarPicture& picture) const;
+    void shadeBand(const Band& band, const Room& room, const PlanarPicture& picture) const;
+    void shadeMarked(const PlanarTexture& texture, const Band& band, const Room& room, int y,
+                     const PlanarPicture& picture) const;
     template <typename Put>
     static void eachMarked(const Band& band, const Room& room, int y, int first, const Put& put);
     void markSilhouettes(const Frame& frame, Room* room, Band* band) const;
@@ -77,7 +82,7 @@ class MeshDrawing {
     const std::unique_ptr<Workers> m_workers;
 
     std::vector<uint8_t> m_texels;
-    std::unique_ptr<PlanarTexels> m_planar;  ///< of these, once asked for
+    std::unique_ptr<PlanarTexels> m_planar;  ///< of these, as last asked for
     int m_photo_width = 0, m_photo_height = 0;
 
     int m_cells_across = 0, m_cells_down = 0;

@@ -28,6 +28,11 @@ constexpr float kPlaceUnit = kPlaceOne;
 constexpr int kColourBits = 7;
 constexpr int kPartsCut = kColourBits - kColourPartBits;
 
+/// The colour of four pixels, from the sum of theirs with kColourPartBits.
+static inline uint8_t meanOfFour(int sum) {
+    return static_cast<uint8_t>((sum + (1 << (kColourPartBits + 1))) >> (kColourPartBits + 2));
+}
+
 constexpr int kTile = 8;
 
 /// Whether any of these pixels may have samples of their own. An inline function would be compiled for one

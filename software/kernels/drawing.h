@@ -90,16 +90,28 @@ struct Texture {
 };
 
 /// The photo in Y'CbCr. Every byte stands next to the one of the row below, so that what is blended comes
-/// with one load: a texel is Y and Y below, and Cb, Cb below, Cr and Cr below. One column more than it has,
-/// as a copy of the last; the last row is its own row below.
+/// with one load: a texel is Y and Y below, a colour is Cb, Cb below, Cr and Cr below. Both have one column
+/// more than there is, as a copy of the last; the last row is its own row below.
 struct PlanarTexture {
     const uint8_t* luma;
-    const uint8_t* colours;
     int stride;            ///< texels
     float last_u, last_v;  ///< the last texel's place
+
+    const uint8_t* colours;
+    int colour_stride;                   ///< colours
+    float last_colour_u, last_colour_v;  ///< the last colour's place, in colours
+    float colour_start, colour_step;     ///< the first colour's place, and from each to the next, in texels
 };
 
-/// Fractional bits of the colours that `shadePlanar` gives, of which four can be added.
+/// Part of a row of pixels.
+struct PixelRow {
+    const float *q, *u, *v;  ///< as a Band has them
+};
+
+/// Texels between pixels side by side across and down, up to which they count as one piece of the photo.
+constexpr float kOnePiece = 2.0f;
+
+/// Fractional bits of the colours that `shadePlanarEach` gives, of which four can be added.
 constexpr int kColourPartBits = 5;
 
 namespace reference {
@@ -121,12 +133,17 @@ void drawCells(const CellBlock& block, const Band& band);
 void shade(const Texture& texture, const float* q, const float* u, const float* v, float far_q, int count,
            uint8_t* rgba);
 
-/// The same in Y'CbCr: a byte of luma a pixel, and Cb and Cr with kColourPartBits.
-void shadePlanar(const PlanarTexture& texture, const float* q, const float* u, const float* v, float far_q,
-                 int count, uint8_t* luma, int16_t* colours);
+/// The same of two rows in Y'CbCr: a byte of luma a pixel, and one Cb and one Cr for 2 x 2 pixels. These are
+/// read once, amid the four, where no two of them are more than kOnePiece apart on the photo, and else are
+/// the mean of what each pixel has. `count` is even, and the rows can be read for 2 * kSlack elements past
+/// it.
+void shadePlanar(const PlanarTexture& texture, const PixelRow (&rows)[2], float far_q, int count,
+                 uint8_t* const (&luma)[2], uint8_t* cb, uint8_t* cr);
 
-/// Cb and Cr of `count` times 2 x 2 pixels, whose colours in two rows are `upper` and `lower`: their means.
-void meanColours(const int16_t* upper, const int16_t* lower, int count, uint8_t* cb, uint8_t* cr);
+/// The same with colours of its own for each pixel, Cb and Cr with kColourPartBits. Writes past the last
+/// one's, as kSlack allows.
+void shadePlanarEach(const PlanarTexture& texture, const PixelRow& row, float far_q, int count, uint8_t* luma,
+                     int16_t* colours);
 
 }  // namespace reference
 }  // namespace quorvane::software

@@ -440,30 +440,36 @@ void drawSamples(const Triangles& triangles, int i, const Bounds& bounds, const 
 /// steps of less than a cache line that some processors do not foresee.
 constexpr int kAhead = 768;
 
-/// Where in a texture some pixels side by side lie. Found before anything is read there: so a processor has
-/// many reads under way, rather than waiting for each place.
+/// Where on the photo pixels side by side lie, in texels.
+struct Spots {
+    f32 u, v;
+    i32 seen;
+
+    template <typename AnyTexture>
+    Spots(const AnyTexture& texture, f32 far_q, const float* q, const float* u_of, const float* v_of) {
+        const f32 near = load<f32>(q), w = splat(1.0f) / near;
+        u = held(load<f32>(u_of) * w, f32{}, splat(texture.last_u));
+        v = held(load<f32>(v_of) * w, f32{}, splat(texture.last_v));
+        seen = near > far_q;
+    }
+};
+
+/// Places between the elements of a texture. Found before anything is read there: so a processor has many
+/// reads under way, rather than waiting for each place.
 class Places {
   public:
     static constexpr int kMost = 128;
 
-    template <typename AnyTexture>
-    Places(const AnyTexture& texture, float far_q, const float* q, const float* u, const float* v,
-           int count) {
-        const f32 last_u = splat(texture.last_u), last_v = splat(texture.last_v), unit = splat(kPlaceUnit);
-        const i32 stride = splat32(texture.stride);
-        for (int i = 0; i < count; i += kLanes) {
-            const f32 near = load<f32>(q + i), w = splat(1.0f) / near;
-            const i32 s = truncated(held(load<f32>(u + i) * w, f32{}, last_u) * unit);
-            const i32 t = truncated(held(load<f32>(v + i) * w, f32{}, last_v) * unit);
-            store(m_offsets + i, (t >> kPlaceBits) * stride + (s >> kPlaceBits));
-            const i32 right = s & (kPlaceOne - 1), down = t & (kPlaceOne - 1);
-            store(m_right + i, right | right << 16);
-            store(m_down + i, down | down << 16);
-            store(m_seen + i, near > splat(far_q));
-        }
+    void put(int i, f32 u, f32 v, int stride, i32 seen) {
+        const i32 s = truncated(u * splat(kPlaceUnit)), t = truncated(v * splat(kPlaceUnit));
+        store(m_offsets + i, (t >> kPlaceBits) * splat32(stride) + (s >> kPlaceBits));
+        const i32 right = s & (kPlaceOne - 1), down = t & (kPlaceOne - 1);
+        store(m_right + i, right | right << 16);
+        store(m_down + i, down | down << 16);
+        store(m_seen + i, seen);
     }
+    void put(int i, const Spots& spots, int stride) { put(i, spots.u, spots.v, stride, spots.seen); }
 
-    /// Texels.
     const int32_t* offsets(int i) const { return m_offsets + i; }
     size_t first(int i) const { return static_cast<uint32_t>(m_offsets[i]); }
 
@@ -471,11 +477,10 @@ class Places {
     i32 right(int i) const { return load<i32>(m_right + i); }
     i32 down(int i) const { return load<i32>(m_down + i); }
 
+    i32 seen(int i) const { return load<i32>(m_seen + i); }
+
     /// `some` where anything is seen, else `none`.
-    i32 seen(int i, i32 some, i32 none) const {
-        const i32 mask = load<i32>(m_seen + i);
-        return (some & mask) | (none & ~mask);
-    }
+    i32 seen(int i, i32 some, i32 none) const { return (some & seen(i)) | (none & ~seen(i)); }
 
   private:
     alignas(kBytes) int32_t m_offsets[kMost], m_right[kMost], m_down[kMost], m_seen[kMost];
@@ -487,6 +492,100 @@ i16 blend(i16 from, i16 to, i16 part) { return from + multiplyRounded(to - from,
 constexpr int kUp = 8 - kColourBits;
 i16 evenBytes(u8 of) { return (i16)((u16)of << 8 >> kUp); }
 i16 oddBytes(u8 of) { return (i16)(((u16)of & 0xff00) >> kUp); }
+
+/// Y'CbCr of pixels from the photo.
+class PlanarShader {
+  public:
+    PlanarShader(const PlanarTexture& texture, float far_q)
+        : m_texture(texture),
+          m_far_q(splat(far_q)),
+          m_shift(splat(texture.colour_start / texture.colour_step)),
+          m_last_colour_u(splat(texture.last_colour_u)),
+          m_last_colour_v(splat(texture.last_colour_v)) {}
+
+    Spots spots(const PixelRow& row, int i) const {
+        return Spots(m_texture, m_far_q, row.q + i, row.u + i, row.v + i);
+    }
+
+    /// Where the colours of sums of so many spots lie.
+    void putColours(int i, f32 sum_u, f32 sum_v, float spots, i32 seen, Places* places) const {
+        const f32 part = splat(1.0f / (spots * m_texture.colour_step));
+        places->put(i, held(sum_u * part - m_shift, f32{}, m_last_colour_u),
+                    held(sum_v * part - m_shift, f32{}, m_last_colour_v), m_texture.colour_stride, seen);
+    }
+
+    void shadeLuma(const Places& places, int count, uint8_t* luma) const {
+        for (int i = 0; i < count; i += kLanes) {
+            // Blended down, a pixel has its left luma in the lower and its right one in the upper half.
+            const u8 four = (u8)loadEach(m_texture.luma, places.offsets(i));
+            const i16 sides = blend(evenBytes(four), oddBytes(four), (i16)places.down(i));
+            const i16 right = (i16)((u32)sides >> 16);
+            const i16 mixed = blend(sides, right, (i16)places.right(i)) + (1 << (kColourBits - 1));
+            const i32 y = ((i32)mixed & 0xffff) >> kColourBits;
+            storeBytes(luma + i, places.seen(i, y, splat32(bt709::kBlackLuma)), count - i);
+        }
+    }
+
+    /// Cb and Cr with kColourBits, side by side.
+    i16 colours(const Places& places, int i) const {
+        const auto down = [&](u8 pairs, i32 part) {
+            return (i32)blend(evenBytes(pairs), oddBytes(pairs), (i16)part);
+        };
+        const i32 a = down(loadPairs<0>(m_texture.colours, places.offsets(i)), doubleFirst(places.down(i)));
+        const i32 b = down(loadPairs<2>(m_texture.colours, places.offsets(i)), doubleLast(places.down(i)));
+        return blend((i16)joinEven(a, b), (i16)joinOdd(a, b), (i16)places.right(i));
+    }
+
+    /// The same of each pixel, with kColourPartBits.
+    i32 ownColours(const Spots& spots) const {
+        constexpr int kNoColours = bt709::kNoColour << kColourPartBits;
+        Places place;
+        putColours(0, spots.u, spots.v, 1.0f, spots.seen, &place);
+        const i32 cut = (i32)((colours(place, 0) + (1 << (kPartsCut - 1))) >> kPartsCut);
+        return place.seen(0, cut, splat32(kNoColours | kNoColours << 16));
+    }
+
+    /// The means of what 2 x 2 pixels have each, in the order in which joinEven has them.
+    [[gnu::noinline]] i32 meanColours(const PixelRow (&rows)[2], int i) const {
+        constexpr int kBits = kColourPartBits + 2;
+        const auto sum = [&](int first) {
+            return (i32)((i16)ownColours(spots(rows[0], first)) + (i16)ownColours(spots(rows[1], first)));
+        };
+        const i32 left = sum(i), right = sum(i + kLanes);
+        const i16 sums = (i16)joinEven(left, right) + (i16)joinOdd(left, right);
+        return (i32)((u16)(sums + (1 << (kBits - 1))) >> kBits);
+    }
+
+  private:
+    const PlanarTexture& m_texture;
+    const f32 m_far_q, m_shift, m_last_colour_u, m_last_colour_v;
+};
+
+/// What 2 x 2 pixels have in common, in the order in which joinEven has them.
+struct Blocks {
+    f32 sum_u, sum_v;
+    i32 one_piece;
+
+    Blocks(const Spots (&upper)[2], const Spots (&lower)[2]) {
+        const i32 left = upper[0].seen & lower[0].seen, right = upper[1].seen & lower[1].seen;
+        one_piece = joinEven(left, right) & joinOdd(left, right);
+        sum_u = sum(upper[0].u, upper[1].u, lower[0].u, lower[1].u);
+        sum_v = sum(upper[0].v, upper[1].v, lower[0].v, lower[1].v);
+    }
+
+  private:
+    f32 sum(f32 upper_left, f32 upper_right, f32 lower_left, f32 lower_right) {
+        const f32 least = joined(lesser(upper_left, lower_left), lesser(upper_right, lower_right), lesser);
+        const f32 most = joined(greater(upper_left, lower_left), greater(upper_right, lower_right), greater);
+        one_piece &= most - least <= splat(kOnePiece);
+        return joined(upper_left + lower_left, upper_right + lower_right, [](f32 a, f32 b) { return a + b; });
+    }
+
+    template <typename Join>
+    static f32 joined(f32 left, f32 right, const Join& join) {
+        return join((f32)joinEven((i32)left, (i32)right), (f32)joinOdd((i32)left, (i32)right));
+    }
+};
 
 }  // namespace
 
@@ -567,7 +666,11 @@ void shade(const Texture& texture, const float* q, const float* u, const float* 
     const uint8_t* next_row = row + 4 * static_cast<size_t>(texture.stride);
     for (int start = 0; start < count; start += Places::kMost) {
         const int some = count - start < Places::kMost ? count - start : Places::kMost;
-        const Places places(texture, far_q, q + start, u + start, v + start, some);
+        Places places;
+        for (int i = 0; i < some; i += kLanes) {
+            const int x = start + i;
+            places.put(i, Spots(texture, splat(far_q), q + x, u + x, v + x), texture.stride);
+        }
         for (int i = 0; i < some; i += kLanes) {
             prefetch(next_row + 4 * places.first(i) + kAhead);
 
@@ -605,47 +708,47 @@ void shade(const Texture& texture, const float* q, const float* u, const float* 
     }
 }
 
-void shadePlanar(const PlanarTexture& texture, const float* q, const float* u, const float* v, float far_q,
-                 int count, uint8_t* luma, int16_t* colours) {
-    constexpr int kNoColours = bt709::kNoColour << kColourPartBits;
-    const i32 black = splat32(bt709::kBlackLuma), gray = splat32(kNoColours | kNoColours << 16);
+void shadePlanar(const PlanarTexture& texture, const PixelRow (&rows)[2], float far_q, int count,
+                 uint8_t* const (&luma)[2], uint8_t* cb, uint8_t* cr) {
+    const PlanarShader shader(texture, far_q);
     for (int start = 0; start < count; start += Places::kMost) {
         const int some = count - start < Places::kMost ? count - start : Places::kMost;
-        const Places places(texture, far_q, q + start, u + start, v + start, some);
-        for (int i = 0; i < some; i += kLanes) {
-            // Blended down, a pixel has its left luma in the lower and its right one in the upper half.
-            prefetch(texture.luma + 2 * places.first(i) + kAhead / 2);
-            const u8 four = (u8)loadEach(texture.luma, places.offsets(i));
-            const i16 sides = blend(evenBytes(four), oddBytes(four), (i16)places.down(i));
-            const i16 right = (i16)((u32)sides >> 16);
-            const i16 mixed = blend(sides, right, (i16)places.right(i)) + (1 << (kColourBits - 1));
-            const i32 y = ((i32)mixed & 0xffff) >> kColourBits;
-            storeBytes(luma + start + i, places.seen(i, y, black), some - i);
+        Places upper_places, lower_places, colour_places;
+        for (int i = 0; i < some; i += 2 * kLanes) {
+            const int x = start + i;
+            const Spots upper[] = {shader.spots(rows[0], x), shader.spots(rows[0], x + kLanes)};
+            const Spots lower[] = {shader.spots(rows[1], x), shader.spots(rows[1], x + kLanes)};
+            for (int k = 0; k < 2; ++k) {
+                upper_places.put(i + k * kLanes, upper[k], texture.stride);
+                lower_places.put(i + k * kLanes, lower[k], texture.stride);
+            }
+            const Blocks blocks(upper, lower);
+            shader.putColours(i / 2, blocks.sum_u, blocks.sum_v, 4.0f, blocks.one_piece, &colour_places);
         }
-        for (int i = 0; i < some; i += kLanes) {
-            prefetch(texture.colours + 4 * places.first(i) + kAhead);
-            const auto down = [&](u8 pairs, i32 part) {
-                return (i32)blend(evenBytes(pairs), oddBytes(pairs), (i16)part);
-            };
-            const i32 a = down(loadPairs<0>(texture.colours, places.offsets(i)), doubleFirst(places.down(i)));
-            const i32 b = down(loadPairs<2>(texture.colours, places.offsets(i)), doubleLast(places.down(i)));
-            const i16 both = blend((i16)joinEven(a, b), (i16)joinOdd(a, b), (i16)places.right(i));
-            const i32 cut = (i32)((both + (1 << (kPartsCut - 1))) >> kPartsCut);
-            store(colours + 2 * (start + i), places.seen(i, cut, gray));
+        shader.shadeLuma(upper_places, some, luma[0] + start);
+        shader.shadeLuma(lower_places, some, luma[1] + start);
+        for (int i = 0; i < some; i += 2 * kLanes) {
+            i32 colours =
+                (i32)((u16)(shader.colours(colour_places, i / 2) + (1 << (kColourBits - 1))) >> kColourBits);
+            if (any(~colour_places.seen(i / 2)))
+                colours = colour_places.seen(i / 2, colours, shader.meanColours(rows, start + i));
+            colours = inOrder(colours);
+            const int to = (start + i) / 2, left = (some - i) / 2;
+            storeBytes(cb + to, colours & 0xffff, left);
+            storeBytes(cr + to, (i32)((u32)colours >> 16), left);
         }
     }
 }
 
-void meanColours(const int16_t* upper, const int16_t* lower, int count, uint8_t* cb, uint8_t* cr) {
-    constexpr int kBits = kColourPartBits + 2;
+void shadePlanarEach(const PlanarTexture& texture, const PixelRow& row, float far_q, int count, uint8_t* luma,
+                     int16_t* colours) {
+    const PlanarShader shader(texture, far_q);
     for (int i = 0; i < count; i += kLanes) {
-        const auto sum = [&](int first) {
-            return (i32)(load<i16>(upper + 4 * i + first) + load<i16>(lower + 4 * i + first));
-        };
-        const i16 sums = addPairs(sum(0), sum(2 * kLanes));
-        const i32 means = (i32)((u16)(sums + (1 << (kBits - 1))) >> kBits);
-        storeBytes(cb + i, means & 0xffff, count - i);
-        storeBytes(cr + i, (i32)((u32)means >> 16), count - i);
+        const Spots spots = shader.spots(row, i);
+        Places place;
+        place.put(0, spots, texture.stride);
+        shader.shadeLuma(place, count - i < kLanes ? count - i : kLanes, luma + i);
+        store(colours + 2 * i, shader.ownColours(spots));
     }
 }
 

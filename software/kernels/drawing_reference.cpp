@@ -178,20 +178,37 @@ void put(const Place& place, float* q, float* u, float* v) {
     *v = place.v;
 }
 
+/// Where on the photo a pixel lies, in texels.
+struct Spot {
+    float u, v;
+};
+
+template <typename AnyTexture>
+Spot spotOf(float q, float u, float v, const AnyTexture& texture) {
+    const float w = 1.0f / q;
+    return {held(u * w, 0.0f, texture.last_u), held(v * w, 0.0f, texture.last_v)};
+}
+
 /// Where between four texels, whose first is `index`.
 struct Texel {
     size_t index;
     int right, down;  ///< of kPlaceOne
 };
 
-template <typename AnyTexture>
-Texel texelAt(float q, float u, float v, const AnyTexture& texture) {
-    const float w = 1.0f / q;
-    const int s = static_cast<int>(held(u * w, 0.0f, texture.last_u) * kPlaceUnit);
-    const int t = static_cast<int>(held(v * w, 0.0f, texture.last_v) * kPlaceUnit);
-    return {static_cast<size_t>(t >> kPlaceBits) * static_cast<size_t>(texture.stride) +
+Texel texelAt(Spot spot, int stride) {
+    const int s = static_cast<int>(spot.u * kPlaceUnit), t = static_cast<int>(spot.v * kPlaceUnit);
+    return {static_cast<size_t>(t >> kPlaceBits) * static_cast<size_t>(stride) +
                 static_cast<size_t>(s >> kPlaceBits),
             s & (kPlaceOne - 1), t & (kPlaceOne - 1)};
+}
+
+/// Where between four colours, from the sum of so many spots.
+Texel placeOfColour(Spot sum, float spots, const PlanarTexture& texture) {
+    const float part = 1.0f / (spots * texture.colour_step);
+    const float shift = texture.colour_start / texture.colour_step;
+    return texelAt({held(sum.u * part - shift, 0.0f, texture.last_colour_u),
+                    held(sum.v * part - shift, 0.0f, texture.last_colour_v)},
+                   texture.colour_stride);
 }
 
 /// With kColourBits, of the upper left, lower left, upper right and lower right.
@@ -207,6 +224,26 @@ int bilinear(const Texel& place, int a, int b, int c, int d) {
 uint8_t roundedColour(int colour) {
     return static_cast<uint8_t>((colour + (1 << (kColourBits - 1))) >> kColourBits);
 }
+
+/// The luma of a pixel that is seen.
+uint8_t lumaAt(Spot spot, const PlanarTexture& texture) {
+    const Texel place = texelAt(spot, texture.stride);
+    const uint8_t* y = texture.luma + 2 * place.index;
+    return roundedColour(bilinear(place, y[0], y[1], y[2], y[3]));
+}
+
+struct Colour {
+    int cb, cr;
+};
+
+/// With kColourBits.
+Colour colourAt(const Texel& place, const PlanarTexture& texture) {
+    const uint8_t* c = texture.colours + 4 * place.index;
+    return {bilinear(place, c[0], c[1], c[4], c[5]), bilinear(place, c[2], c[3], c[6], c[7])};
+}
+
+/// With kColourPartBits.
+int colourPart(int colour) { return (colour + (1 << (kPartsCut - 1))) >> kPartsCut; }
 
 void drawRow(const Cell& cell, int y, const Band& band) {
     const size_t row = static_cast<size_t>(y - band.top) * static_cast<size_t>(band.stride);
@@ -334,7 +371,7 @@ void shade(const Texture& texture, const float* q, const float* u, const float* 
             rgba[3] = 255;
             continue;
         }
-        const Texel place = texelAt(q[i], u[i], v[i], texture);
+        const Texel place = texelAt(spotOf(q[i], u[i], v[i], texture), texture.stride);
         const uint8_t* texel = texture.texels + 4 * place.index;
         const uint8_t* below = texel + 4 * static_cast<size_t>(texture.stride);
         for (int c = 0; c < 4; ++c)
@@ -342,33 +379,58 @@ void shade(const Texture& texture, const float* q, const float* u, const float* 
     }
 }
 
-void shadePlanar(const PlanarTexture& texture, const float* q, const float* u, const float* v, float far_q,
-                 int count, uint8_t* luma, int16_t* colours) {
+void shadePlanar(const PlanarTexture& texture, const PixelRow (&rows)[2], float far_q, int count,
+                 uint8_t* const (&luma)[2], uint8_t* cb, uint8_t* cr) {
+    constexpr int kNoColours = bt709::kNoColour << kColourPartBits;
+    for (int x = 0; x < count; x += 2) {
+        Spot spots[2][2];
+        Spot nearest = {std::numeric_limits<float>::max(), std::numeric_limits<float>::max()};
+        Spot farthest = {0, 0};
+        Colour sum = {0, 0};
+        bool is_one_piece = true;
+        for (int row = 0; row < 2; ++row)
+            for (int i = 0; i < 2; ++i) {
+                const float q = rows[row].q[x + i];
+                const Spot spot = spotOf(q, rows[row].u[x + i], rows[row].v[x + i], texture);
+                const bool is_seen = q > far_q;
+                const Colour own = colourAt(placeOfColour(spot, 1, texture), texture);
+                luma[row][x + i] = is_seen ? lumaAt(spot, texture) : bt709::kBlackLuma;
+                sum.cb += is_seen ? colourPart(own.cb) : kNoColours;
+                sum.cr += is_seen ? colourPart(own.cr) : kNoColours;
+                nearest = {std::min(nearest.u, spot.u), std::min(nearest.v, spot.v)};
+                farthest = {std::max(farthest.u, spot.u), std::max(farthest.v, spot.v)};
+                is_one_piece = is_one_piece && is_seen;
+                spots[row][i] = spot;
+            }
+        is_one_piece =
+            is_one_piece && farthest.u - nearest.u <= kOnePiece && farthest.v - nearest.v <= kOnePiece;
+        if (is_one_piece) {
+            const auto& [upper, lower] = spots;
+            const Spot all = {(upper[0].u + lower[0].u) + (upper[1].u + lower[1].u),
+                              (upper[0].v + lower[0].v) + (upper[1].v + lower[1].v)};
+            const Colour colour = colourAt(placeOfColour(all, 4, texture), texture);
+            cb[x / 2] = roundedColour(colour.cb);
+            cr[x / 2] = roundedColour(colour.cr);
+        } else {
+            cb[x / 2] = meanOfFour(sum.cb);
+            cr[x / 2] = meanOfFour(sum.cr);
+        }
+    }
+}
+
+void shadePlanarEach(const PlanarTexture& texture, const PixelRow& row, float far_q, int count, uint8_t* luma,
+                     int16_t* colours) {
     for (int i = 0; i < count; ++i, colours += 2) {
-        if (!(q[i] > far_q)) {
+        if (!(row.q[i] > far_q)) {
             luma[i] = bt709::kBlackLuma;
             colours[0] = colours[1] = bt709::kNoColour << kColourPartBits;
             continue;
         }
-        const Texel place = texelAt(q[i], u[i], v[i], texture);
-        const uint8_t* y = texture.luma + 2 * place.index;
-        luma[i] = roundedColour(bilinear(place, y[0], y[1], y[2], y[3]));
-        const uint8_t* c = texture.colours + 4 * place.index;
-        for (int k = 0; k < 2; ++k, c += 2)
-            colours[k] = static_cast<int16_t>(
-                (bilinear(place, c[0], c[1], c[4], c[5]) + (1 << (kPartsCut - 1))) >> kPartsCut);
-    }
-}
-
-void meanColours(const int16_t* upper, const int16_t* lower, int count, uint8_t* cb, uint8_t* cr) {
-    constexpr int kBits = kColourPartBits + 2;
-    for (int i = 0; i < count; ++i, upper += 4, lower += 4) {
-        const auto mean = [&](int c) {
-            const int sum = upper[c] + upper[c + 2] + lower[c] + lower[c + 2];
-            return static_cast<uint8_t>((sum + (1 << (kBits - 1))) >> kBits);
-        };
-        cb[i] = mean(0);
-        cr[i] = mean(1);
+        const Spot spot = spotOf(row.q[i], row.u[i], row.v[i], texture);
+        const Colour colour = colourAt(placeOfColour(spot, 1, texture), texture);
+        luma[i] = lumaAt(spot, texture);
+        colours[0] = static_cast<int16_t>(colourPart(colour.cb));
+        colours[1] = static_cast<int16_t>(colourPart(colour.cr));
     }
 }
 

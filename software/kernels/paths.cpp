@@ -25,15 +25,15 @@ namespace quorvane::software {
         decltype(reference::drawCells) drawCells;                        \
         decltype(reference::shade) shade;                                \
         decltype(reference::shadePlanar) shadePlanar;                    \
-        decltype(reference::meanColours) meanColours;                    \
+        decltype(reference::shadePlanarEach) shadePlanarEach;            \
     })
 #include "src/kernels/paths.inc"
 #undef QUORVANE_KERNEL_PATH
 
 const std::vector<DrawingPath>& drawingPaths() {
-#define QUORVANE_PATH_ENTRY(space, name, condition)                                    \
-    {name,         [] { return condition; }, space::placeVertices, space::findFacings, space::drawCells, \
-     space::shade, space::shadePlanar,       space::meanColours},
+#define QUORVANE_PATH_ENTRY(space, name, condition)                                     \
+    {name,         [] { return condition; }, space::placeVertices,  space::findFacings, space::drawCells, \
+     space::shade, space::shadePlanar,       space::shadePlanarEach},
 #define QUORVANE_KERNEL_PATH(space, name, processor, condition, options) \
     QUORVANE_ON_##processor(QUORVANE_PATH_ENTRY(space, name, condition))
     static const std::vector<DrawingPath> all = {QUORVANE_PATH_ENTRY(reference, "reference", true)

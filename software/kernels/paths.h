@@ -16,7 +16,7 @@ struct DrawingPath {
     decltype(&reference::drawCells) drawCells;
     decltype(&reference::shade) shade;
     decltype(&reference::shadePlanar) shadePlanar;
-    decltype(&reference::meanColours) meanColours;
+    decltype(&reference::shadePlanarEach) shadePlanarEach;
 };
 
 /// All paths of this build, the reference first and the fastest last.

@@ -146,13 +146,12 @@ inline i32 joinOdd(i32 a, i32 b) {
 #endif
 }
 
-/// The sums of two neighbours each, lanes of a and then of b, as 16 bits.
-inline i16 addPairs(i32 a, i32 b) {
-    const i32 sums = (i32)((i16)joinEven(a, b) + (i16)joinOdd(a, b));
+/// The lanes of joinEven or joinOdd in the order of those that they were made of: a's, then b's.
+inline i32 inOrder(i32 joined) {
 #if defined(QUORVANE_LANES_AVX2)
-    return (i16)__builtin_shufflevector(sums, sums, 0, 1, 4, 5, 2, 3, 6, 7);
+    return __builtin_shufflevector(joined, joined, 0, 1, 4, 5, 2, 3, 6, 7);
 #else
-    return (i16)sums;
+    return joined;
 #endif
 }
 
