@@ -96,6 +96,17 @@ TEST(FrameQueue, NobodyIsLentADrawingThatSomebodyKeeps) {
     EXPECT_EQ(kept->finished, &kept->joined);
 }
 
+TEST(FrameQueue, LendsWhatWasGivenBackBeforeItMakesAnother) {
+    FrameQueue queue(1, 1, [](Frame&) {});
+    Frame frame = queue.take();
+    auto other = std::make_shared<Drawing>();
+    const Drawing* const given_back = other.get();
+    queue.giveBack(std::move(other));
+    const std::shared_ptr<Drawing> kept = frame.drawing;
+    queue.push(std::move(frame));
+    EXPECT_EQ(queue.take().drawing.get(), given_back);
+}
+
 TEST(FrameQueue, LendsFramesWhileOneIsWrittenAndNoMoreThanItHas) {
     Gate gate;
     FrameQueue queue(1, 3, [&](Frame& frame) {

@@ -133,10 +133,12 @@ void drawFrames(const std::vector<Position>& positions, const std::optional<Ster
     for (int number = 0; number < frames; ++number) {
         Frame frame = queue.take();
         frame.number = number;
-        if (std::shared_ptr<Drawing> earlier = kept.take(number))
-            frame.drawing = std::move(earlier);
-        else
+        if (std::shared_ptr<Drawing> earlier = kept.take(number)) {
+            frame.drawing.swap(earlier);
+            queue.giveBack(std::move(earlier));
+        } else {
             drawer.draw(positions[static_cast<size_t>(number)], frame.drawing.get());
+        }
         kept.keep(number, frame.drawing);
         queue.push(std::move(frame));
         if (number == 0) times->noteFirstFrame();

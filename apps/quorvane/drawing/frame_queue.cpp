@@ -35,7 +35,11 @@ Frame FrameQueue::take() {
     Frame frame = std::move(m_free.back());
     m_free.pop_back();
     lock.unlock();
-    if (frame.drawing.use_count() != 1) frame.drawing = std::make_shared<Drawing>();
+    if (frame.drawing.use_count() != 1) {
+        if (m_spare.empty()) m_spare.push_back(std::make_shared<Drawing>());
+        frame.drawing = std::move(m_spare.back());
+        m_spare.pop_back();
+    }
     frame.drawing->finished = nullptr;
     return frame;
 }

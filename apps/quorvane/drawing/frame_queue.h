@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "apps/quorvane/drawing/parallel_view.h"
@@ -63,6 +64,9 @@ class FrameQueue {
     /// Gives a taken frame to be written.
     void push(Frame frame);
 
+    /// Gives back a drawing that nobody else has, for a frame that will want one.
+    void giveBack(std::shared_ptr<Drawing> drawing) { m_spare.push_back(std::move(drawing)); }
+
     /// Waits until all frames are written. Throws what `write` threw. No frame comes after.
     void finish();
 
@@ -74,6 +78,7 @@ class FrameQueue {
     std::mutex m_mutex;
     std::condition_variable m_changed;  ///< any of the following
     std::vector<Frame> m_free;
+    std::vector<std::shared_ptr<Drawing>> m_spare;  ///< of the thread that calls alone
     std::deque<Frame> m_waiting;
     bool m_ending = false;
     std::exception_ptr m_failure;  ///< the first one; nothing is written after it
