@@ -57,8 +57,29 @@ struct MeshDrawing::Frame {
     int stride = 0;                ///< vertices a row
     std::vector<float> x, y, q;    ///< of the vertices
     std::vector<Extent> extents;   ///< of the blocks of vertices, each with the first vertex of the next one
+    std::vector<Extent> rows;      ///< of the rows of vertices
     std::vector<uint8_t> facings;  ///< of the cells
     int facings_stride = 0;
+
+    /// Calls visit(row, block, drawable) for the blocks of cells that may reach between two heights: whether
+    /// they lie in front of the nearest plane.
+    template <typename Visit>
+    void eachBlock(int cells_across, float top, float bottom, const Visit& visit) const {
+        const auto reaches = [=](const Extent& lower, const Extent& upper) {
+            return !(lower.drawable && upper.drawable) ||
+                   (std::max(lower.bottom, upper.bottom) >= top && std::min(lower.top, upper.top) <= bottom);
+        };
+        const size_t vertex_blocks = static_cast<size_t>(blocksOf(cells_across + 1));
+        for (size_t row = 0; row + 1 < rows.size(); ++row) {
+            if (!reaches(rows[row], rows[row + 1])) continue;
+            for (int block = 0; block < blocksOf(cells_across); ++block) {
+                const Extent& lower = extents[row * vertex_blocks + static_cast<size_t>(block)];
+                const Extent& upper = extents[(row + 1) * vertex_blocks + static_cast<size_t>(block)];
+                if (reaches(lower, upper))
+                    visit(static_cast<int>(row), block, lower.drawable && upper.drawable);
+            }
+        }
+    }
 
     CellBlock cells(int row, int block, int cells_across) const {
         const size_t lower =
@@ -297,6 +318,7 @@ void MeshDrawing::prepare(const Camera& camera, int samples, int width, int heig
     frame.rows_v.resize(static_cast<size_t>(m_cells_down) + 1);
     frame.extents.resize(static_cast<size_t>(blocksOf(m_cells_across + 1)) *
                          (static_cast<size_t>(m_cells_down) + 1));
+    frame.rows.resize(static_cast<size_t>(m_cells_down) + 1);
     frame.facings_stride = m_cells_across + kSlack;
     if (samples > 1)
         frame.facings.resize(static_cast<size_t>(frame.facings_stride) * static_cast<size_t>(m_cells_down));
@@ -386,6 +408,13 @@ void MeshDrawing::placeRow(int row, Frame* frame) const {
         extent.bottom = std::max(extent.bottom, frame->y[next]);
         extent.drawable = extent.drawable && frame->q[next] > 0.0f && frame->q[next] <= kNearestQ;
     }
+    Extent whole = extents[0];
+    for (int block = 1; block < blocks; ++block) {
+        whole.top = std::min(whole.top, extents[block].top);
+        whole.bottom = std::max(whole.bottom, extents[block].bottom);
+        whole.drawable = whole.drawable && extents[block].drawable;
+    }
+    frame->rows[static_cast<size_t>(row)] = whole;
 }
 
 void MeshDrawing::findFacings(int row, Frame* frame) const {
@@ -411,27 +440,14 @@ Band MeshDrawing::cover(int number, Room* room, const Frame& frame) const {
     std::fill(room->q.begin(), room->q.end(), frame.far_q);
     if (frame.samples > 1) markSilhouettes(frame, room, &band);
 
-    const int cell_blocks = blocksOf(m_cells_across), vertex_blocks = blocksOf(m_cells_across + 1);
     // Half a pixel for the samples, and something for rounding.
     const float top = static_cast<float>(band.top) + band.centre_y - 1.0f;
     const float bottom = static_cast<float>(band.bottom) + band.centre_y;
-    for (int row = 0; row < m_cells_down; ++row) {
-        const Extent* extents = &frame.extents[static_cast<size_t>(row) * static_cast<size_t>(vertex_blocks)];
-        for (int block = 0; block < cell_blocks; ++block) {
-            const Extent& lower = extents[block];
-            const Extent& upper = extents[block + vertex_blocks];
-            const CellBlock cells = frame.cells(row, block, m_cells_across);
-            if (lower.drawable && upper.drawable) {
-                if (std::max(lower.bottom, upper.bottom) < top || std::min(lower.top, upper.top) > bottom)
-                    continue;
-                m_path.drawCells(cells, band);
-            } else {
-                m_path.drawCells(cells, band);
-                drawClippedCells(cells, band);
-            }
-        }
-    }
-
+    frame.eachBlock(m_cells_across, top, bottom, [&](int row, int block, bool drawable) {
+        const CellBlock cells = frame.cells(row, block, m_cells_across);
+        m_path.drawCells(cells, band);
+        if (!drawable) drawClippedCells(cells, band);
+    });
     return band;
 }
 
@@ -631,7 +647,6 @@ void MeshDrawing::markSilhouettes(const Frame& frame, Room* room, Band* band) co
     Marker marker(*band, room->marks.data(), room->mark_stride, room->slots.data(), room->tiles.data(),
                   &room->used_slots);
 
-    const int blocks = blocksOf(m_cells_across + 1);
     const float top = static_cast<float>(band->top) + band->centre_y - 1.0f;
     const float bottom = static_cast<float>(band->bottom) + band->centre_y + 1.0f;
     const auto edge = [&](size_t from, size_t to) {
@@ -639,38 +654,30 @@ void MeshDrawing::markSilhouettes(const Frame& frame, Room* room, Band* band) co
             if (!(frame.q[end] > 0.0f && frame.q[end] <= kNearestQ)) return;
         marker.line(frame.x[from], frame.y[from], frame.x[to], frame.y[to]);
     };
-    for (int row = 0; row < m_cells_down; ++row) {
-        const Extent* extents = &frame.extents[static_cast<size_t>(row) * static_cast<size_t>(blocks)];
+    frame.eachBlock(m_cells_across, top, bottom, [&](int row, int block, bool) {
         const uint8_t* facings =
             &frame.facings[static_cast<size_t>(row) * static_cast<size_t>(frame.facings_stride)];
         const uint8_t* before = row > 0 ? facings - frame.facings_stride : nullptr;
-        for (int block = 0; block < blocksOf(m_cells_across); ++block) {
-            const Extent& lower = extents[block];
-            const Extent& upper = extents[block + blocks];
-            if (lower.drawable && upper.drawable &&
-                (std::max(lower.bottom, upper.bottom) < top || std::min(lower.top, upper.top) > bottom))
-                continue;
-            const int end = std::min((block + 1) * kBlock, m_cells_across);
-            for (int i = block * kBlock; i < end; ++i) {
-                const int facing = facings[i];
-                // Of the triangles past the left and the lower edge. Past the mesh lies none.
-                const int left = i > 0 ? facings[i - 1] >> 2 : kNoTriangle;
-                const int below = before != nullptr ? before[i] >> 2 : kNoTriangle;
-                const bool last_column = i == m_cells_across - 1, last_row = row == m_cells_down - 1;
-                if ((facing | left | below) == 0 && !last_column && !last_row) continue;
-                const size_t a =
-                    static_cast<size_t>(row) * static_cast<size_t>(frame.stride) + static_cast<size_t>(i);
-                const size_t b = a + static_cast<size_t>(frame.stride), c = a + 1, d = b + 1;
-                const int first = facing & 3, second = facing >> 2;
-                const auto isSilhouette = [](int one, int other) { return one != other || one == kEdgeOn; };
-                if (isSilhouette(first, second)) edge(b, c);
-                if (isSilhouette(first, left)) edge(a, b);
-                if (isSilhouette(first, below)) edge(a, c);
-                if (last_column) edge(c, d);
-                if (last_row) edge(b, d);
-            }
+        const int end = std::min((block + 1) * kBlock, m_cells_across);
+        for (int i = block * kBlock; i < end; ++i) {
+            const int facing = facings[i];
+            // Of the triangles past the left and the lower edge. Past the mesh lies none.
+            const int left = i > 0 ? facings[i - 1] >> 2 : kNoTriangle;
+            const int below = before != nullptr ? before[i] >> 2 : kNoTriangle;
+            const bool last_column = i == m_cells_across - 1, last_row = row == m_cells_down - 1;
+            if ((facing | left | below) == 0 && !last_column && !last_row) continue;
+            const size_t a =
+                static_cast<size_t>(row) * static_cast<size_t>(frame.stride) + static_cast<size_t>(i);
+            const size_t b = a + static_cast<size_t>(frame.stride), c = a + 1, d = b + 1;
+            const int first = facing & 3, second = facing >> 2;
+            const auto isSilhouette = [](int one, int other) { return one != other || one == kEdgeOn; };
+            if (isSilhouette(first, second)) edge(b, c);
+            if (isSilhouette(first, left)) edge(a, b);
+            if (isSilhouette(first, below)) edge(a, c);
+            if (last_column) edge(c, d);
+            if (last_row) edge(b, d);
         }
-    }
+    });
 
     band->offsets = offsetsOf(frame.samples);
     band->slots = room->slots.data();
