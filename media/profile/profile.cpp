@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -133,7 +134,7 @@ Profile loadProfile(const std::string& path) {
     std::string text(kMostProfileBytes + 1, '\0');
     // A folder opens, too, and fails at the first byte.
     if (!file.read(text.data(), static_cast<std::streamsize>(text.size())) && !file.eof())
-        throw Error(path + ": cannot be read");
+        throwFor(path + ": cannot be read", errno);
     text.resize(static_cast<size_t>(file.gcount()));
     if (text.size() > kMostProfileBytes)
         throw Error(path + ": no profile; one has at most " + std::to_string(kMostProfileBytes) + " bytes");

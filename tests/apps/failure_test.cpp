@@ -157,6 +157,30 @@ TEST_F(Failure, MistypedWordsAreAnsweredWithTheRightOnes) {
                   "third.png: one argument too many");
 }
 
+// What people type who know other programs, or have read the help in haste.
+TEST_F(Failure, WhatIsSoughtIsNamed) {
+    const std::string clip = folder / "a.mp4", none = folder / "none.mp4";
+    expectRefused(render(clip, {"--duration", "4"}), 2, "did you mean --seconds?");
+    expectRefused(render(clip, {"--width=800"}), 2, "--width: no such option; did you mean --size?");
+    expectRefused(render(clip, {"--preset", "slow"}), 2, "did you mean --encoder-preset?");
+    for (const char* name : {"--depth", "-d"})
+        expectRefused({"render", photo, name, depth, "-o", clip}, 2,
+                      std::string(name) +
+                          ": no such option; DEPTH stands by itself, as in quorvane render PHOTO [DEPTH]");
+    expectRefused({"render", photo, none}, 2, "--out is required; did you mean --out " + none + "?");
+    expectRefused({"stages", photo, depth, none}, 2,
+                  "one argument too many; did you mean --out " + none + "?");
+    expectRefused({"render", photo, depth, photo, "-o", clip}, 2,
+                  "one argument too many; quorvane batch renders many photos");
+    expectRefused({"render", folder.path(), "-o", clip}, 2,
+                  "a folder; quorvane batch renders the photos in it");
+    expectRefused({"render", photo, "--invert-depth", "no", "-o", clip}, 2,
+                  "no: no such file; did you mean --invert-depth=no?");
+    expectRefused(render(clip, {"--size"}), 2, "--size: WxH is missing");
+    expectRefused(render(clip, {"--motion-file", none}), 1, "none.mp4: cannot be read (No such file");
+    expectRefused(render(clip, {"--profile", none}), 1, "none.mp4: cannot be read (No such file");
+}
+
 TEST_F(Failure, WrongUsageNamesTheHelpThatListsWhatIsRight) {
     expectRefused(render(folder / "a.mp4", {"--frmaes", "9"}), 2, " (see quorvane render --help)\n");
     expectRefused({"stages", photo, depth, "-o", folder / "a.mp4"}, 2, " (see quorvane stages --help)\n");

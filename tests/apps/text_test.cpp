@@ -111,6 +111,7 @@ TEST(NearestWord, IsNoneWhereNothingIsNear) {
     const std::vector<std::string> known = {"render", "info", "--fps"};
     for (const char* word : {"paint", "", "x", "photo.jpg", "--quality"})
         EXPECT_EQ(nearestWord(word, known), "") << word;
+    EXPECT_EQ(nearestWord("h265", {"h264", "hevc"}), "") << "another number is another thing";
 }
 
 }  // namespace

@@ -111,6 +111,8 @@ void settle(const media::OutputFormat& format, RenderOptions* options) {
 const media::OutputFormat& check(RenderOptions* asked) {
     const RenderOptions& options = *asked;
     refuseTwoWays(options.view);
+    if (std::error_code ignored; std::filesystem::is_directory(options.input.photo, ignored))
+        throw UsageError(options.input.photo + ": a folder; quorvane batch renders the photos in it");
     refuseStandardOutput({options.view.timings});
     if (options.out == kStandardOutput && isatty(STDOUT_FILENO) == 1)
         throw UsageError(
@@ -547,7 +549,10 @@ Command renderCommand() {
          {"both eyes' views side by side", "quorvane render photo.jpg depth.png -o a_SBS.png --stereo sbs"},
          {"numbered frames that stay in place where the photo shows its top left",
           "quorvane render photo.jpg depth.png -o frames/ --pivot 0.1,0.1"}},
-        [](CommandLine* line) -> std::function<void()> { return addRenderLine(line).render; }};
+        [](CommandLine* line) -> std::function<void()> {
+            line->surplus("quorvane batch renders many photos");
+            return addRenderLine(line).render;
+        }};
 }
 
 }  // namespace quorvane::app

@@ -48,11 +48,13 @@ void addEncodingOptions(CommandLine* line, EncodingOptions* options) {
                      options->encoder.quality = parseWhole("--quality", text, 0, 100);
                  },
                  "0 (small) to 100 (true), for every codec that loses something (default: see below)")
-             .called("N"));
+             .called("N")
+             .soughtAs({"--crf", "--bitrate"}));
     options->of_pictures.push_back(
         &line->text("--encoder-preset", &options->encoder.preset,
                     "how long the encoder looks for a small file, in its own words, see below")
-             .called("WORD"));
+             .called("WORD")
+             .soughtAs({"--preset"}));
     line->table("Codecs:", std::move(rows));
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
 #include <cstddef>
 #include <fstream>
@@ -175,7 +176,7 @@ std::vector<Moment> readMoments(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::string text(kMostBytes + 1, '\0');
     if (!file.read(text.data(), static_cast<std::streamsize>(text.size())) && !file.eof())
-        throw Error(path + ": cannot be read");
+        throwFor(path + ": cannot be read", errno);
     text.resize(static_cast<size_t>(file.gcount()));
     if (text.size() > kMostBytes) throw Error(path + formatted(": %zu MB are the most", kMostBytes >> 20));
     return parseMoments(text, path);

@@ -126,20 +126,23 @@ void addClipTiming(CommandLine* line, ClipTiming* timing) {
                 "--fps",
                 [timing](const std::string& text) { timing->fps = parseWhole("--fps", text, 1, kMostFps); },
                 "frames a second (1 to 240, default 30; in a .gif 20)")
-            .called("N");
-    Option& seconds = line->parsed(
-                              "--seconds",
-                              [timing](const std::string& text) {
-                                  double given = 0.0;
-                                  if (!parseNumber(text, &given) || !(given > 0.0 && given <= kMostSeconds))
-                                      throw UsageError("--seconds " + text + ": above 0 to 3600 is wanted");
-                                  timing->seconds = given;
-                              },
-                              "how long the loop takes; of --seconds, --fps and --frames two give the third "
-                              "(default: 4, or as "
-                              "long as the motion of a file)")
-                          .called("S")
-                          .rivals(frames);
+            .called("N")
+            .soughtAs({"--framerate", "--frame-rate", "--rate", "-r"});
+    Option& seconds =
+        line->parsed(
+                "--seconds",
+                [timing](const std::string& text) {
+                    double given = 0.0;
+                    if (!parseNumber(text, &given) || !(given > 0.0 && given <= kMostSeconds))
+                        throw UsageError("--seconds " + text + ": a number above 0 to 3600 is wanted");
+                    timing->seconds = given;
+                },
+                "how long the loop takes; of --seconds, --fps and --frames two give the third "
+                "(default: 4, or as "
+                "long as the motion of a file)")
+            .called("S")
+            .soughtAs({"--duration", "--length", "-t"})
+            .rivals(frames);
     MotionTiming* const motion = &timing->motion;
     Option& ease = line->flag("--ease", &motion->ease, "begin and end softly");
     Option& ping_pong =

@@ -15,6 +15,7 @@ AddedPictureOptions addPictureOptions(CommandLine* line, const std::string& usua
             "aspect, at most " +
                 usual + ")")
         .called("WxH")
+        .soughtAs({"--width", "--height", "--resolution", "--scale", "-s"})
         .offers({"photo"});
     std::vector<std::pair<std::string, std::string>> rows;
     std::vector<std::string> names;

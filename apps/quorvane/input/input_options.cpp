@@ -69,12 +69,14 @@ void addInputOptions(CommandLine* line, InputOptions* options) {
     line->parsed(
             "PHOTO", [options](const std::string& text) { options->photo = inputCalled(text); },
             "JPEG, PNG, WebP, HEIC, AVIF or TIFF; - is standard input")
+        .soughtAs({"--photo", "--input", "-i"})
         .required();
-    const Option& depth = line->text(
+    Option& depth = line->text(
         "DEPTH", &options->depth,
         "gray picture of 8 or 16 bit, any size, larger = nearer (default: the depth inside PHOTO, else "
         "NAME_depth.*, NAME-depth.* (or depth16) or depth/NAME.* next to it, else what two views inside "
         "PHOTO give)");
+    depth.soughtAs({"--depth", "--depth-map", "-d"});
     addDepthOptions(line, options, &depth);
 }
 

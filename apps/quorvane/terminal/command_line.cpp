@@ -21,6 +21,9 @@ namespace {
 /// The word that asks for help as a command does.
 constexpr char kHelp[] = "help";
 
+/// What most commands take a place to write to as.
+constexpr char kOut[] = "--out";
+
 /// What a program without commands has for one.
 constexpr char kOnlyCommand[] = "only";
 
@@ -48,6 +51,10 @@ std::string either(const std::vector<std::string>& words) {
 std::string didYouMean(const std::string& word, const std::vector<std::string>& known) {
     const std::string nearest = nearestWord(word, known);
     return nearest.empty() ? "" : "; did you mean " + nearest + "?";
+}
+
+std::string meantForOut(const std::string& word) {
+    return "; did you mean " + std::string(kOut) + " " + word + "?";
 }
 
 /// The longest of "-o,--out", by which messages call an option.
@@ -86,8 +93,9 @@ std::string listed(const CommandLine::Table& table, size_t width, size_t column)
     return text;
 }
 
-bool isOneOf(const std::vector<const Option*>& options, const Option* option) {
-    return std::find(options.begin(), options.end(), option) != options.end();
+template <typename One>
+bool isOneOf(const std::vector<One>& all, const One& one) {
+    return std::find(all.begin(), all.end(), one) != all.end();
 }
 
 /// Examples are not wrapped, so that they can be copied.
@@ -129,6 +137,11 @@ Option& Option::excludes(const Option& other) {
 
 Option& Option::rivals(const Option& other) {
     m_rivals.push_back(&other);
+    return *this;
+}
+
+Option& Option::soughtAs(const std::vector<std::string>& names) {
+    m_sought = names;
     return *this;
 }
 
@@ -288,6 +301,18 @@ void CommandLine::table(const std::string& heading, std::vector<std::pair<std::s
     m_tables.push_back({heading, std::move(rows)});
 }
 
+void CommandLine::refuseStrayWords() const {
+    std::error_code ignored;
+    for (const Option& argument : m_options) {
+        if (!argument.isArgument() || !argument.given()) continue;
+        const std::string word = argument.givenText();
+        for (const Option& option : m_options)
+            if (option.isFlagOrWord() && option.given() && isOneOf(option.m_words, word) &&
+                !std::filesystem::exists(word, ignored))
+                throw UsageError(word + ": no such file; did you mean " + option.name() + "=" + word + "?");
+    }
+}
+
 std::string CommandLine::usage(const std::string& program) const {
     std::string usage = program + (m_name.empty() ? "" : " " + m_name);
     for (const Option& option : m_options)
@@ -356,9 +381,10 @@ bool CommandLines::parse(int argc, const char* const* argv, size_t* chosen) {
         std::puts(m_version.c_str());
         return false;
     } catch (const CLI::ParseError& error) {
-        refuse(error.what());
+        refuse(error);
     }
     *chosen = parsed_line();
+    m_lines[*chosen]->refuseStrayWords();
     return true;
 }
 
@@ -371,7 +397,7 @@ std::vector<std::string> CommandLines::commands() const {
 
 void CommandLines::requireCommand(const std::string& word) const {
     const std::vector<std::string> known = commands();
-    if (word[0] == '-' || std::find(known.begin(), known.end(), word) != known.end()) return;
+    if (word[0] == '-' || isOneOf(known, word)) return;
     std::string meant = didYouMean(word, known);
     std::error_code ignored;
     if (meant.empty() && std::filesystem::exists(word, ignored))
@@ -380,26 +406,53 @@ void CommandLines::requireCommand(const std::string& word) const {
                      (meant.empty() ? "; the commands are " + either(known) : meant));
 }
 
-void CommandLines::refuse(const std::string& fault) const {
-    std::vector<std::string> options = {"--help"};
+void CommandLines::refuse(const CLI::ParseError& error) const {
     const CommandLine* chosen = nullptr;
     for (const auto& line : m_lines)
         if (line->m_app->parsed()) chosen = line.get();
     // A word that nothing takes is the mistake, whatever else is missing because of it.
     const std::vector<std::string> unknown = m_app->remaining(true);
-    if (unknown.empty())
-        throw UsageError(chosen == nullptr ? "a subcommand is wanted: " + either(commands()) : fault);
+    if (!unknown.empty()) refuseWords(unknown, chosen);
+    if (chosen == nullptr) throw UsageError("a subcommand is wanted: " + either(commands()));
+    const std::string fault = error.what();
+    for (const Option& option : chosen->m_options) {
+        if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr &&
+            fault.rfind(option.name() + ":", 0) == 0)
+            throw UsageError(option.name() + ": " + option.m_value + " is missing");
+        // As in: render photo.jpg sway.mp4.
+        std::error_code ignored;
+        if (option.isArgument() && option.given() && fault.rfind(kOut, 0) == 0 &&
+            !std::filesystem::exists(option.givenText(), ignored))
+            throw UsageError(fault + meantForOut(option.givenText()));
+    }
+    throw UsageError(fault);
+}
+
+void CommandLines::refuseWords(const std::vector<std::string>& unknown, const CommandLine* chosen) const {
     const std::string& word = unknown.front();
     const bool is_option = word.size() > 1 && word[0] == '-';
     if (!is_option && chosen == nullptr) requireCommand(word);
-    if (!is_option) throw UsageError(word + ": one argument too many");
-    if (chosen == nullptr)
-        options.emplace_back("--version");
-    else
+    if (!is_option) {
+        std::string hint = chosen->m_surplus.empty() ? "" : "; " + chosen->m_surplus;
         for (const Option& option : chosen->m_options)
-            if (!option.isArgument()) options.push_back(option.name());
+            if (option.name() == kOut && option.m_required && !option.given()) hint = meantForOut(word);
+        throw UsageError(word + ": one argument too many" + hint);
+    }
     const std::string name = word.substr(0, word.find('='));
-    if (chosen != nullptr && std::find(options.begin(), options.end(), name) != options.end())
+    std::vector<std::string> options = {"--help"};
+    if (chosen == nullptr) {
+        options.emplace_back("--version");
+    } else {
+        for (const Option& option : chosen->m_options) {
+            if (isOneOf(option.m_sought, name))
+                throw UsageError(name + ": no such option; " +
+                                 (option.isArgument()
+                                      ? option.name() + " stands by itself, as in " + chosen->usage(m_program)
+                                      : "did you mean " + option.name() + "?"));
+            if (!option.isArgument()) options.push_back(option.name());
+        }
+    }
+    if (chosen != nullptr && isOneOf(options, name))
         throw UsageError(name + ": goes behind the command, as in " + m_program + ' ' + chosen->m_name + ' ' +
                          name);
     throw UsageError(name + ": no such option" + didYouMean(name, options));

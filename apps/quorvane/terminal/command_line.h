@@ -12,6 +12,7 @@
 namespace CLI {
 class App;
 class Option;
+class ParseError;
 }  // namespace CLI
 
 namespace quorvane::app {
@@ -33,6 +34,10 @@ class Option {
     /// What completion offers: some of what may stand behind it. A word's own words are offered by
     /// themselves.
     Option& offers(const std::vector<std::string>& words);
+
+    /// Names, such as other programs', that are no option's and by which people look for this one: a line
+    /// that has one is refused with this name.
+    Option& soughtAs(const std::vector<std::string>& names);
 
     /// Says the same as `other` in another way: the one that the user gives puts aside what a profile says of
     /// the other. What excludes each other does so, too.
@@ -98,6 +103,7 @@ class Option {
     bool m_required = false;
     bool m_repeated = false;
     std::vector<std::string> m_words;
+    std::vector<std::string> m_sought;
     std::vector<const Option*> m_excluded;
     std::vector<const Option*> m_rivals;
     std::function<void(const std::string&)> m_take;
@@ -168,6 +174,9 @@ class CommandLine {
     /// Of the program, this one among them.
     const std::vector<std::unique_ptr<CommandLine>>& all() const { return *m_all; }
 
+    /// What to do instead where there are more arguments than it takes, for the message.
+    void surplus(const std::string& hint) { m_surplus = hint; }
+
     /// A paragraph of the help, behind the options: a heading, and rows of a word and what it means.
     void table(const std::string& heading, std::vector<std::pair<std::string, std::string>> rows);
 
@@ -177,6 +186,8 @@ class CommandLine {
     CommandLine(CLI::App* app, const std::vector<std::unique_ptr<CommandLine>>* all);
     Option& add(const std::string& names, std::string value, std::string help,
                 std::function<void(const std::string&)> take);
+    /// Throws UsageError for the word of a flag that stands behind a space and so was taken for a file.
+    void refuseStrayWords() const;
     /// Takes what the user gives.
     void taken(Option* option, const std::string& text);
 
@@ -186,6 +197,7 @@ class CommandLine {
     std::function<void(const std::function<void()>&)> m_around;
     std::string m_name;
     std::string m_summary;
+    std::string m_surplus;
     std::vector<Example> m_examples;
     std::deque<Option> m_options;
     std::vector<Table> m_tables;
@@ -234,7 +246,8 @@ class CommandLines {
     std::string help(size_t width) const;
     std::string help(const CommandLine& line, size_t width) const;
     void requireCommand(const std::string& word) const;  ///< throws UsageError for what is none
-    [[noreturn]] void refuse(const std::string& fault) const;
+    [[noreturn]] void refuse(const CLI::ParseError& error) const;
+    [[noreturn]] void refuseWords(const std::vector<std::string>& unknown, const CommandLine* chosen) const;
 
     std::string m_program;
     std::string m_summary;

@@ -37,6 +37,13 @@ Character firstCharacter(std::string_view text) {
     return {more + 1, code};
 }
 
+std::string withoutDigits(std::string_view word) {
+    std::string letters;
+    for (const char c : word)
+        if (c < '0' || c > '9') letters += c;
+    return letters;
+}
+
 bool isPlain(uint32_t code) {
     struct Range {
         uint32_t first, last;
@@ -130,7 +137,8 @@ std::string nearestWord(std::string_view word, const std::vector<std::string>& k
     size_t least = word.size() / 3 + 1;
     for (const std::string& candidate : known) {
         const size_t distance = distanceBetween(word, candidate);
-        if (distance >= least) continue;
+        // h265 is no mistyped h264.
+        if (distance >= least || (distance > 0 && withoutDigits(word) == withoutDigits(candidate))) continue;
         least = distance;
         nearest = candidate;
     }
