@@ -931,6 +931,24 @@ TEST_F(Render, TerminalShowsProgressUnlessQuiet) {
     EXPECT_EQ(Process(quiet, {}, true).wait().err, "");
 }
 
+TEST_F(Render, AFolderThatMayHaveBeenMeantForAClipIsSaidOnATerminal) {
+    if (!hasTerminals()) GTEST_SKIP() << "NO PSEUDO-TERMINALS HERE, THE NOTE WAS NOT TESTED";
+    const auto said = [&](const std::string& out) {
+        const Outcome outcome = Process({"render", scene("photo.png"), scene("depth.png"), "-o", folder / out,
+                                         "--frames", "2", "--size", "32x24", "--force"},
+                                        {}, true)
+                                    .wait();
+        EXPECT_EQ(outcome.code, 0) << outcome.err;
+        return outcome.err;
+    };
+    EXPECT_THAT(said("sway"),
+                testing::StartsWith("frames: " + (folder / "sway") +
+                                    " becomes a folder of 2 pictures; a clip has a name such as " +
+                                    (folder / "sway.mp4")));
+    EXPECT_THAT(said("sway"), testing::Not(testing::HasSubstr("becomes"))) << "it is one";
+    EXPECT_THAT(said("frames/"), testing::Not(testing::HasSubstr("becomes")));
+}
+
 TEST_F(Render, StagesAreOneLabelledSheet) {
     const Outcome outcome =
         quorvane({"stages", scene("photo.png"), scene("depth.png"), "-o", folder / "sheet.png"});

@@ -26,6 +26,7 @@
 #include "apps/quorvane/input/depth_source.h"
 #include "apps/quorvane/terminal/numbers.h"
 #include "apps/quorvane/terminal/progress.h"
+#include "apps/quorvane/terminal/text.h"
 #include "apps/quorvane/terminal/usage_error.h"
 #include "media/clip/share_page.h"
 #include "media/decoder/decoder.h"
@@ -360,6 +361,16 @@ void noteLargeGif(const RenderOptions& options) {
                      textOfBytes(bytes).c_str());
 }
 
+/// Tells somebody at a terminal, who may have meant a clip, what hundreds of pictures are about to become.
+void noteNewFolder(const RenderOptions& options) {
+    std::error_code ignored;
+    if (isatty(STDERR_FILENO) == 0 || options.out.back() == '/' ||
+        std::filesystem::exists(options.out, ignored))
+        return;
+    std::fprintf(stderr, "frames: %s becomes a folder of %d pictures; a clip has a name such as %s.mp4\n",
+                 printable(options.out).c_str(), options.count.frames, printable(options.out).c_str());
+}
+
 Rendered render(const RenderOptions& asked) {
     RenderOptions options = asked;
     const media::OutputFormat& format = check(&options);
@@ -368,6 +379,7 @@ Rendered render(const RenderOptions& asked) {
     keep({options.input.photo, options.input.depth, options.input.pair.right}, options, format);
     // Asked before any work is done.
     requirePlace(options, format);
+    if (format.kind == OutputKind::kFolder && !options.talk.quiet) noteNewFolder(options);
 
     StageTimes times;
     DepthSource source = times.measure(Stage::kDecode, [&] { return findDepth(options.input); });
