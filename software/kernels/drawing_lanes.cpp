@@ -436,10 +436,6 @@ void drawSamples(const Triangles& triangles, int i, const Bounds& bounds, const 
     }
 }
 
-/// What is fetched ahead of its use, in bytes of RGBA. A row of the photo is read nearly in order, but in
-/// steps of less than a cache line that some processors do not foresee.
-constexpr int kAhead = 768;
-
 /// Where on the photo pixels side by side lie, in texels.
 struct Spots {
     f32 u, v;
@@ -454,28 +450,30 @@ struct Spots {
     }
 };
 
-/// Places between the elements of a texture. Found before anything is read there: so a processor has many
-/// reads under way, rather than waiting for each place.
+/// Pixels of a row that are worked on together.
+constexpr int kMost = 512;
+
+/// Places between the elements of a texture. Found before anything is read there, and fetched at once: a row
+/// of the picture crosses rows of the photo, in steps that processors do not foresee, and waiting for memory
+/// would take longer than all else.
+template <int kPlaces>
 class Places {
   public:
-    static constexpr int kMost = 128;
-
-    void put(int i, f32 u, f32 v, int stride, i32 seen) {
+    /// `size` are an element's bytes.
+    void put(int i, f32 u, f32 v, i32 seen, const uint8_t* texels, int size, int stride) {
         const i32 s = truncated(u * splat(kPlaceUnit)), t = truncated(v * splat(kPlaceUnit));
         store(m_offsets + i, (t >> kPlaceBits) * splat32(stride) + (s >> kPlaceBits));
-        const i32 right = s & (kPlaceOne - 1), down = t & (kPlaceOne - 1);
-        store(m_right + i, right | right << 16);
-        store(m_down + i, down | down << 16);
+        store(m_parts + i, (s & (kPlaceOne - 1)) | (t & (kPlaceOne - 1)) << 16);
         store(m_seen + i, seen);
+        for (const int lane : {0, kLanes - 1})
+            prefetch(texels + static_cast<size_t>(size) * static_cast<uint32_t>(m_offsets[i + lane]));
     }
-    void put(int i, const Spots& spots, int stride) { put(i, spots.u, spots.v, stride, spots.seen); }
 
     const int32_t* offsets(int i) const { return m_offsets + i; }
-    size_t first(int i) const { return static_cast<uint32_t>(m_offsets[i]); }
 
     // Of kPlaceOne, in both halves of a lane.
-    i32 right(int i) const { return load<i32>(m_right + i); }
-    i32 down(int i) const { return load<i32>(m_down + i); }
+    i16 right(int i) const { return doubleLower(load<i16>(m_parts + i)); }
+    i16 down(int i) const { return doubleUpper(load<i16>(m_parts + i)); }
 
     i32 seen(int i) const { return load<i32>(m_seen + i); }
 
@@ -483,7 +481,7 @@ class Places {
     i32 seen(int i, i32 some, i32 none) const { return (some & seen(i)) | (none & ~seen(i)); }
 
   private:
-    alignas(kBytes) int32_t m_offsets[kMost], m_right[kMost], m_down[kMost], m_seen[kMost];
+    alignas(kBytes) int32_t m_offsets[kPlaces], m_parts[kPlaces], m_seen[kPlaces];
 };
 
 i16 blend(i16 from, i16 to, i16 part) { return from + multiplyRounded(to - from, part); }
@@ -507,39 +505,49 @@ class PlanarShader {
         return Spots(m_texture, m_far_q, row.q + i, row.u + i, row.v + i);
     }
 
-    /// Where the colours of sums of so many spots lie.
-    void putColours(int i, f32 sum_u, f32 sum_v, float spots, i32 seen, Places* places) const {
-        const f32 part = splat(1.0f / (spots * m_texture.colour_step));
-        places->put(i, held(sum_u * part - m_shift, f32{}, m_last_colour_u),
-                    held(sum_v * part - m_shift, f32{}, m_last_colour_v), m_texture.colour_stride, seen);
+    template <int kPlaces>
+    void putLuma(int i, const Spots& spots, Places<kPlaces>* places) const {
+        places->put(i, spots.u, spots.v, spots.seen, m_texture.luma, 2, m_texture.stride);
     }
 
-    void shadeLuma(const Places& places, int count, uint8_t* luma) const {
+    /// Where the colours of sums of so many spots lie.
+    template <int kPlaces>
+    void putColours(int i, f32 sum_u, f32 sum_v, float spots, i32 seen, Places<kPlaces>* places) const {
+        const f32 part = splat(1.0f / (spots * m_texture.colour_step));
+        places->put(i, held(sum_u * part - m_shift, f32{}, m_last_colour_u),
+                    held(sum_v * part - m_shift, f32{}, m_last_colour_v), seen, m_texture.colours, 4,
+                    m_texture.colour_stride);
+    }
+
+    template <int kPlaces>
+    void shadeLuma(const Places<kPlaces>& places, int count, uint8_t* luma) const {
         for (int i = 0; i < count; i += kLanes) {
             // Blended down, a pixel has its left luma in the lower and its right one in the upper half.
             const u8 four = (u8)loadEach(m_texture.luma, places.offsets(i));
-            const i16 sides = blend(evenBytes(four), oddBytes(four), (i16)places.down(i));
+            const i16 sides = blend(evenBytes(four), oddBytes(four), places.down(i));
             const i16 right = (i16)((u32)sides >> 16);
-            const i16 mixed = blend(sides, right, (i16)places.right(i)) + (1 << (kColourBits - 1));
+            const i16 mixed = blend(sides, right, places.right(i)) + (1 << (kColourBits - 1));
             const i32 y = ((i32)mixed & 0xffff) >> kColourBits;
             storeBytes(luma + i, places.seen(i, y, splat32(bt709::kBlackLuma)), count - i);
         }
     }
 
     /// Cb and Cr with kColourBits, side by side.
-    i16 colours(const Places& places, int i) const {
+    template <int kPlaces>
+    i16 colours(const Places<kPlaces>& places, int i) const {
         const auto down = [&](u8 pairs, i32 part) {
             return (i32)blend(evenBytes(pairs), oddBytes(pairs), (i16)part);
         };
-        const i32 a = down(loadPairs<0>(m_texture.colours, places.offsets(i)), doubleFirst(places.down(i)));
-        const i32 b = down(loadPairs<2>(m_texture.colours, places.offsets(i)), doubleLast(places.down(i)));
-        return blend((i16)joinEven(a, b), (i16)joinOdd(a, b), (i16)places.right(i));
+        const i32 part = (i32)places.down(i);
+        const i32 a = down(loadPairs<0>(m_texture.colours, places.offsets(i)), doubleFirst(part));
+        const i32 b = down(loadPairs<2>(m_texture.colours, places.offsets(i)), doubleLast(part));
+        return blend((i16)joinEven(a, b), (i16)joinOdd(a, b), places.right(i));
     }
 
     /// The same of each pixel, with kColourPartBits.
     i32 ownColours(const Spots& spots) const {
         constexpr int kNoColours = bt709::kNoColour << kColourPartBits;
-        Places place;
+        Places<kLanes> place;
         putColours(0, spots.u, spots.v, 1.0f, spots.seen, &place);
         const i32 cut = (i32)((colours(place, 0) + (1 << (kPartsCut - 1))) >> kPartsCut);
         return place.seen(0, cut, splat32(kNoColours | kNoColours << 16));
@@ -664,16 +672,15 @@ void shade(const Texture& texture, const float* q, const float* u, const float* 
            uint8_t* rgba) {
     const uint8_t* row = texture.texels;
     const uint8_t* next_row = row + 4 * static_cast<size_t>(texture.stride);
-    for (int start = 0; start < count; start += Places::kMost) {
-        const int some = count - start < Places::kMost ? count - start : Places::kMost;
-        Places places;
+    for (int start = 0; start < count; start += kMost) {
+        const int some = count - start < kMost ? count - start : kMost;
+        Places<kMost> places;
         for (int i = 0; i < some; i += kLanes) {
             const int x = start + i;
-            places.put(i, Spots(texture, splat(far_q), q + x, u + x, v + x), texture.stride);
+            const Spots spots(texture, splat(far_q), q + x, u + x, v + x);
+            places.put(i, spots.u, spots.v, spots.seen, next_row, 4, texture.stride);
         }
         for (int i = 0; i < some; i += kLanes) {
-            prefetch(next_row + 4 * places.first(i) + kAhead);
-
             // Red and blue stay apart from green and alpha, as 16-bit lanes where they are. After blending
             // down, a pixel has its left and its right colour side by side.
             const auto down = [&](u8 upper, u8 lower, i32 part) {
@@ -685,11 +692,11 @@ void shade(const Texture& texture, const float* q, const float* u, const float* 
             };
             const int32_t* offsets = places.offsets(i);
             const auto first = down(loadPairs<0>(row, offsets), loadPairs<0>(next_row, offsets),
-                                    doubleFirst(places.down(i)));
-            const auto second =
-                down(loadPairs<2>(row, offsets), loadPairs<2>(next_row, offsets), doubleLast(places.down(i)));
+                                    doubleFirst((i32)places.down(i)));
+            const auto second = down(loadPairs<2>(row, offsets), loadPairs<2>(next_row, offsets),
+                                     doubleLast((i32)places.down(i)));
             const auto across = [&](i32 a, i32 b) {
-                return blend((i16)joinEven(a, b), (i16)joinOdd(a, b), (i16)places.right(i)) +
+                return blend((i16)joinEven(a, b), (i16)joinOdd(a, b), places.right(i)) +
                        (1 << (kColourBits - 1));
             };
             const u16 even = (u16)across(first.even, second.even) >> kColourBits;
@@ -711,16 +718,17 @@ void shade(const Texture& texture, const float* q, const float* u, const float* 
 void shadePlanar(const PlanarTexture& texture, const PixelRow (&rows)[2], float far_q, int count,
                  uint8_t* const (&luma)[2], uint8_t* cb, uint8_t* cr) {
     const PlanarShader shader(texture, far_q);
-    for (int start = 0; start < count; start += Places::kMost) {
-        const int some = count - start < Places::kMost ? count - start : Places::kMost;
-        Places upper_places, lower_places, colour_places;
+    for (int start = 0; start < count; start += kMost) {
+        const int some = count - start < kMost ? count - start : kMost;
+        Places<kMost> upper_places, lower_places;
+        Places<kMost / 2> colour_places;
         for (int i = 0; i < some; i += 2 * kLanes) {
             const int x = start + i;
             const Spots upper[] = {shader.spots(rows[0], x), shader.spots(rows[0], x + kLanes)};
             const Spots lower[] = {shader.spots(rows[1], x), shader.spots(rows[1], x + kLanes)};
             for (int k = 0; k < 2; ++k) {
-                upper_places.put(i + k * kLanes, upper[k], texture.stride);
-                lower_places.put(i + k * kLanes, lower[k], texture.stride);
+                shader.putLuma(i + k * kLanes, upper[k], &upper_places);
+                shader.putLuma(i + k * kLanes, lower[k], &lower_places);
             }
             const Blocks blocks(upper, lower);
             shader.putColours(i / 2, blocks.sum_u, blocks.sum_v, 4.0f, blocks.one_piece, &colour_places);
@@ -745,8 +753,8 @@ void shadePlanarEach(const PlanarTexture& texture, const PixelRow& row, float fa
     const PlanarShader shader(texture, far_q);
     for (int i = 0; i < count; i += kLanes) {
         const Spots spots = shader.spots(row, i);
-        Places place;
-        place.put(0, spots, texture.stride);
+        Places<kLanes> place;
+        shader.putLuma(0, spots, &place);
         shader.shadeLuma(place, count - i < kLanes ? count - i : kLanes, luma + i);
         store(colours + 2 * i, shader.ownColours(spots));
     }

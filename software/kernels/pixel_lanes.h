@@ -155,6 +155,22 @@ inline i32 inOrder(i32 joined) {
 #endif
 }
 
+/// The lower, or the upper, half of each 32 bits, twice.
+inline i16 doubleLower(i16 v) {
+#if defined(QUORVANE_LANES_AVX2)
+    return __builtin_shufflevector(v, v, 0, 0, 2, 2, 4, 4, 6, 6, 8, 8, 10, 10, 12, 12, 14, 14);
+#else
+    return __builtin_shufflevector(v, v, 0, 0, 2, 2, 4, 4, 6, 6);
+#endif
+}
+inline i16 doubleUpper(i16 v) {
+#if defined(QUORVANE_LANES_AVX2)
+    return __builtin_shufflevector(v, v, 1, 1, 3, 3, 5, 5, 7, 7, 9, 9, 11, 11, 13, 13, 15, 15);
+#else
+    return __builtin_shufflevector(v, v, 1, 1, 3, 3, 5, 5, 7, 7);
+#endif
+}
+
 /// The first, or the last, two lanes of each group, each twice.
 inline i32 doubleFirst(i32 v) {
 #if defined(QUORVANE_LANES_AVX2)
