@@ -139,8 +139,8 @@ struct MeshDrawing::PlanarTexels {
                 colour_width + 1,
                 static_cast<float>(colour_width - 1),
                 static_cast<float>(colour_height - 1),
-                static_cast<float>(grid.side - 1) / 2,
-                static_cast<float>(grid.step)};
+                1.0f / static_cast<float>(grid.step),
+                0.5f * static_cast<float>(grid.side - 1) / static_cast<float>(grid.step)};
     }
 };
 

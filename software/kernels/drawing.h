@@ -100,7 +100,8 @@ struct PlanarTexture {
     const uint8_t* colours;
     int colour_stride;                   ///< colours
     float last_colour_u, last_colour_v;  ///< the last colour's place, in colours
-    float colour_start, colour_step;     ///< the first colour's place, and from each to the next, in texels
+    float colours_a_texel;               ///< a texel's place times this, less `colour_shift`, is a colour's
+    float colour_shift;
 };
 
 /// Part of a row of pixels.

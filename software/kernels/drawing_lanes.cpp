@@ -462,9 +462,10 @@ class Places {
     /// `size` are an element's bytes.
     void put(int i, f32 u, f32 v, i32 seen, const uint8_t* texels, int size, int stride) {
         const i32 s = truncated(u * splat(kPlaceUnit)), t = truncated(v * splat(kPlaceUnit));
-        store(m_offsets + i, (t >> kPlaceBits) * splat32(stride) + (s >> kPlaceBits));
+        store(m_offsets + i, multiplySmall(t >> kPlaceBits, splat32(stride)) + (s >> kPlaceBits));
         store(m_parts + i, (s & (kPlaceOne - 1)) | (t & (kPlaceOne - 1)) << 16);
         store(m_seen + i, seen);
+        if constexpr (kPlaces == kLanes) return;  // read at once
         for (const int lane : {0, kLanes - 1})
             prefetch(texels + static_cast<size_t>(size) * static_cast<uint32_t>(m_offsets[i + lane]));
     }
@@ -491,13 +492,41 @@ constexpr int kUp = 8 - kColourBits;
 i16 evenBytes(u8 of) { return (i16)((u16)of << 8 >> kUp); }
 i16 oddBytes(u8 of) { return (i16)(((u16)of & 0xff00) >> kUp); }
 
+/// What 2 x 2 pixels have in common, in the order in which joinEven has them.
+struct Blocks {
+    f32 sum_u, sum_v;
+    i32 one_piece;
+
+    Blocks(const Spots (&upper)[2], const Spots (&lower)[2]) {
+        const i32 left = upper[0].seen & lower[0].seen, right = upper[1].seen & lower[1].seen;
+        one_piece = joinEven(left, right) & joinOdd(left, right);
+        sum_u = sum(upper[0].u, upper[1].u, lower[0].u, lower[1].u);
+        sum_v = sum(upper[0].v, upper[1].v, lower[0].v, lower[1].v);
+    }
+
+  private:
+    f32 sum(f32 upper_left, f32 upper_right, f32 lower_left, f32 lower_right) {
+        const f32 least = joined(lesser(upper_left, lower_left), lesser(upper_right, lower_right), lesser);
+        const f32 most = joined(greater(upper_left, lower_left), greater(upper_right, lower_right), greater);
+        one_piece &= most - least <= splat(kOnePiece);
+        return joined(upper_left + lower_left, upper_right + lower_right, [](f32 a, f32 b) { return a + b; });
+    }
+
+    template <typename Join>
+    static f32 joined(f32 left, f32 right, const Join& join) {
+        return join((f32)joinEven((i32)left, (i32)right), (f32)joinOdd((i32)left, (i32)right));
+    }
+};
+
 /// Y'CbCr of pixels from the photo.
 class PlanarShader {
   public:
     PlanarShader(const PlanarTexture& texture, float far_q)
         : m_texture(texture),
           m_far_q(splat(far_q)),
-          m_shift(splat(texture.colour_start / texture.colour_step)),
+          m_part_of_one(splat(texture.colours_a_texel)),
+          m_part_of_four(splat(texture.colours_a_texel * 0.25f)),
+          m_shift(splat(texture.colour_shift)),
           m_last_colour_u(splat(texture.last_colour_u)),
           m_last_colour_v(splat(texture.last_colour_v)) {}
 
@@ -510,13 +539,16 @@ class PlanarShader {
         places->put(i, spots.u, spots.v, spots.seen, m_texture.luma, 2, m_texture.stride);
     }
 
-    /// Where the colours of sums of so many spots lie.
+    /// The colours of a pixel each.
     template <int kPlaces>
-    void putColours(int i, f32 sum_u, f32 sum_v, float spots, i32 seen, Places<kPlaces>* places) const {
-        const f32 part = splat(1.0f / (spots * m_texture.colour_step));
-        places->put(i, held(sum_u * part - m_shift, f32{}, m_last_colour_u),
-                    held(sum_v * part - m_shift, f32{}, m_last_colour_v), seen, m_texture.colours, 4,
-                    m_texture.colour_stride);
+    void putColours(int i, const Spots& spots, Places<kPlaces>* places) const {
+        putColours(i, spots.u * m_part_of_one, spots.v * m_part_of_one, spots.seen, places);
+    }
+
+    /// The colours of 2 x 2 pixels.
+    template <int kPlaces>
+    void putColours(int i, const Blocks& blocks, Places<kPlaces>* places) const {
+        putColours(i, blocks.sum_u * m_part_of_four, blocks.sum_v * m_part_of_four, blocks.one_piece, places);
     }
 
     template <int kPlaces>
@@ -548,7 +580,7 @@ class PlanarShader {
     i32 ownColours(const Spots& spots) const {
         constexpr int kNoColours = bt709::kNoColour << kColourPartBits;
         Places<kLanes> place;
-        putColours(0, spots.u, spots.v, 1.0f, spots.seen, &place);
+        putColours(0, spots, &place);
         const i32 cut = (i32)((colours(place, 0) + (1 << (kPartsCut - 1))) >> kPartsCut);
         return place.seen(0, cut, splat32(kNoColours | kNoColours << 16));
     }
@@ -565,34 +597,14 @@ class PlanarShader {
     }
 
   private:
+    template <int kPlaces>
+    void putColours(int i, f32 u, f32 v, i32 seen, Places<kPlaces>* places) const {
+        places->put(i, held(u - m_shift, f32{}, m_last_colour_u), held(v - m_shift, f32{}, m_last_colour_v),
+                    seen, m_texture.colours, 4, m_texture.colour_stride);
+    }
+
     const PlanarTexture& m_texture;
-    const f32 m_far_q, m_shift, m_last_colour_u, m_last_colour_v;
-};
-
-/// What 2 x 2 pixels have in common, in the order in which joinEven has them.
-struct Blocks {
-    f32 sum_u, sum_v;
-    i32 one_piece;
-
-    Blocks(const Spots (&upper)[2], const Spots (&lower)[2]) {
-        const i32 left = upper[0].seen & lower[0].seen, right = upper[1].seen & lower[1].seen;
-        one_piece = joinEven(left, right) & joinOdd(left, right);
-        sum_u = sum(upper[0].u, upper[1].u, lower[0].u, lower[1].u);
-        sum_v = sum(upper[0].v, upper[1].v, lower[0].v, lower[1].v);
-    }
-
-  private:
-    f32 sum(f32 upper_left, f32 upper_right, f32 lower_left, f32 lower_right) {
-        const f32 least = joined(lesser(upper_left, lower_left), lesser(upper_right, lower_right), lesser);
-        const f32 most = joined(greater(upper_left, lower_left), greater(upper_right, lower_right), greater);
-        one_piece &= most - least <= splat(kOnePiece);
-        return joined(upper_left + lower_left, upper_right + lower_right, [](f32 a, f32 b) { return a + b; });
-    }
-
-    template <typename Join>
-    static f32 joined(f32 left, f32 right, const Join& join) {
-        return join((f32)joinEven((i32)left, (i32)right), (f32)joinOdd((i32)left, (i32)right));
-    }
+    const f32 m_far_q, m_part_of_one, m_part_of_four, m_shift, m_last_colour_u, m_last_colour_v;
 };
 
 }  // namespace
@@ -726,12 +738,12 @@ void shadePlanar(const PlanarTexture& texture, const PixelRow (&rows)[2], float 
             const int x = start + i;
             const Spots upper[] = {shader.spots(rows[0], x), shader.spots(rows[0], x + kLanes)};
             const Spots lower[] = {shader.spots(rows[1], x), shader.spots(rows[1], x + kLanes)};
+            QUORVANE_UNROLLED
             for (int k = 0; k < 2; ++k) {
                 shader.putLuma(i + k * kLanes, upper[k], &upper_places);
                 shader.putLuma(i + k * kLanes, lower[k], &lower_places);
             }
-            const Blocks blocks(upper, lower);
-            shader.putColours(i / 2, blocks.sum_u, blocks.sum_v, 4.0f, blocks.one_piece, &colour_places);
+            shader.putColours(i / 2, Blocks(upper, lower), &colour_places);
         }
         shader.shadeLuma(upper_places, some, luma[0] + start);
         shader.shadeLuma(lower_places, some, luma[1] + start);

@@ -204,8 +204,7 @@ Texel texelAt(Spot spot, int stride) {
 
 /// Where between four colours, from the sum of so many spots.
 Texel placeOfColour(Spot sum, float spots, const PlanarTexture& texture) {
-    const float part = 1.0f / (spots * texture.colour_step);
-    const float shift = texture.colour_start / texture.colour_step;
+    const float part = texture.colours_a_texel / spots, shift = texture.colour_shift;
     return texelAt({held(sum.u * part - shift, 0.0f, texture.last_colour_u),
                     held(sum.v * part - shift, 0.0f, texture.last_colour_v)},
                    texture.colour_stride);
