@@ -50,18 +50,18 @@ f32 inverseArea(f32 area) {
 
 /// Lines through two points.
 struct Line {
-    f32 x, y, slope;
-    i32 falls;  ///< down the picture, from the first point to the second
+    f32 column, y, slope;  ///< the first point, by columns of pixels
+    i32 falls;             ///< down the picture, from the first point to the second
 
-    Line(const Corner& from, const Corner& to) : x(from.x), y(from.y) {
+    Line(const Corner& from, const Corner& to, f32 centre_x) : column(from.x - centre_x), y(from.y) {
         const f32 fall = to.y - from.y;
         const f32 held_fall = select(magnitude(fall) < splat(kLeastFall), splat(kLeastFall), fall);
         slope = (to.x - from.x) / held_fall;
         falls = held_fall > f32{};
     }
 
-    /// Where they cross a row, in columns of pixels.
-    f32 at(f32 row, f32 centre_x) const { return (x + (row - y) * slope) - centre_x; }
+    /// The columns in which they cross a row.
+    f32 at(f32 row) const { return column + (row - y) * slope; }
 };
 
 /// The corners of cells side by side.
@@ -90,13 +90,13 @@ struct Cells : Corners {
     Side to_b, to_c, from_b_to_c, from_b_to_d;
     f32 area1, area2, inverse1, inverse2;
 
-    explicit Cells(const Corners& corners)
+    Cells(const Corners& corners, f32 centre_x)
         : Corners(corners),
-          ab(a, b),
-          bc(b, c),
-          cd(c, d),
-          ac(a, c),
-          bd(b, d),
+          ab(a, b, centre_x),
+          bc(b, c, centre_x),
+          cd(c, d, centre_x),
+          ac(a, c, centre_x),
+          bd(b, d, centre_x),
           to_b(b - a),
           to_c(c - a),
           from_b_to_c(c - b),
@@ -198,16 +198,16 @@ PlainCells::PlainCells(const Cells& cells, const Bounds& bounds, i32 plain, cons
     const f32 along = splat(1.0f) / cells.from_b_to_c.y;
     const f32 q_along = (c.q - b.q) * along, u_along = (c.u - b.u) * along, v_along = (c.v - b.v) * along;
 
-    const f32 centre_x = splat(band.centre_x), width = splat(static_cast<float>(band.width));
+    const f32 width = splat(static_cast<float>(band.width));
+    const i32 ac_falls = cells.ac.falls, bd_falls = cells.bd.falls;
     for (int y = top; y < bottom; ++y) {
         const f32 row_y = splat(static_cast<float>(y) + band.centre_y);
-        const f32 diagonal = cells.bc.at(row_y, centre_x);
-        const f32 ab = cells.ab.at(row_y, centre_x), cd = cells.cd.at(row_y, centre_x);
-        const f32 ac = cells.ac.at(row_y, centre_x), bd = cells.bd.at(row_y, centre_x);
-        const f32 left1 = select(cells.ac.falls, ab, greater(ac, ab));
-        const f32 right1 = select(cells.ac.falls, lesser(ac, diagonal), diagonal);
-        const f32 left2 = select(cells.bd.falls, greater(bd, diagonal), diagonal);
-        const f32 right2 = select(cells.bd.falls, cd, lesser(bd, cd));
+        const f32 ab = cells.ab.at(row_y), diagonal = cells.bc.at(row_y), cd = cells.cd.at(row_y);
+        const f32 ac = cells.ac.at(row_y), bd = cells.bd.at(row_y);
+        const f32 left1 = select(ac_falls, ab, greater(ac, ab));
+        const f32 right1 = select(ac_falls, lesser(ac, diagonal), diagonal);
+        const f32 left2 = select(bd_falls, greater(bd, diagonal), diagonal);
+        const f32 right2 = select(bd_falls, cd, lesser(bd, cd));
         const i32 left = roundedUp(held(select(left1 < right1, left1, left2), f32{}, width));
         const i32 right = roundedUp(held(select(left2 < right2, right2, right1), f32{}, width));
         const f32 from_b = row_y - b.y;
@@ -267,10 +267,10 @@ class Triangles {
     explicit Triangles(const Cells& cells);
 
     struct Edge {
-        PerCell x, slope, sign;  ///< negative where the triangle ends at it
+        PerCell column, slope, sign;  ///< negative where the triangle ends at it
         void put(const Line& line, i32 begins) {
             const i32 signs = ~begins & kSignBit;
-            x = (f32)((i32)line.x ^ signs);
+            column = (f32)((i32)line.column ^ signs);
             slope = (f32)((i32)line.slope ^ signs);
             sign = (f32)signs;
         }
@@ -327,24 +327,21 @@ struct Along {
 };
 
 struct EdgeAlong {
-    f32 column, x, slope, centre;
-    EdgeAlong(const Triangles::Edge& edge, int i, f32 at_column, f32 centre_x)
-        : x(splat(edge.x.of[i])), slope(splat(edge.slope.of[i])) {
-        const i32 sign = (i32)splat(edge.sign.of[i]);
-        column = (f32)((i32)at_column ^ sign);
-        centre = (f32)((i32)centre_x ^ sign);
-    }
-    i32 inside(f32 dy) const { return column >= (x + dy * slope) - centre; }
+    f32 point, column, slope;
+    EdgeAlong(const Triangles::Edge& edge, int i, f32 point_column)
+        : point((f32)((i32)point_column ^ (i32)splat(edge.sign.of[i]))),
+          column(splat(edge.column.of[i])),
+          slope(splat(edge.slope.of[i])) {}
+    i32 inside(f32 dy) const { return point >= column + dy * slope; }
 };
 
 /// A cell over as many pixels of a row as a vector has lanes.
 class Columns {
   public:
-    /// The points lie in columns `column` of pixels; those at and beyond `end` count as outside.
-    Columns(const Triangles& triangles, int i, f32 column, f32 end, f32 centre_x)
-        : Columns(triangles, i, select(column < end, column, splat(kNoNumber)), centre_x,
-                  column + centre_x - splat(triangles.ax.of[i]),
-                  column + centre_x - splat(triangles.bx.of[i])) {}
+    /// The points lie in these columns of pixels. What is no number is no point.
+    Columns(const Triangles& triangles, int i, f32 columns, float centre_x)
+        : Columns(triangles, i, columns, columns + splat(centre_x) - splat(triangles.ax.of[i]),
+                  columns + splat(centre_x) - splat(triangles.bx.of[i])) {}
 
     /// Draws the points of row y over what these planes hold.
     void draw(f32 y, float* q, float* u, float* v) const {
@@ -362,16 +359,16 @@ class Columns {
     }
 
   private:
-    Columns(const Triangles& t, int i, f32 column, f32 centre_x, f32 dax, f32 dbx)
+    Columns(const Triangles& t, int i, f32 column, f32 dax, f32 dbx)
         : m_ay(splat(t.ay.of[i])),
           m_by(splat(t.by.of[i])),
           m_cy(splat(t.cy.of[i])),
-          m_ab(t.first.edges[0], i, column, centre_x),
-          m_bc1(t.first.edges[1], i, column, centre_x),
-          m_ac(t.first.edges[2], i, column, centre_x),
-          m_bc2(t.second.edges[0], i, column, centre_x),
-          m_bd(t.second.edges[1], i, column, centre_x),
-          m_cd(t.second.edges[2], i, column, centre_x),
+          m_ab(t.first.edges[0], i, column),
+          m_bc1(t.first.edges[1], i, column),
+          m_ac(t.first.edges[2], i, column),
+          m_bc2(t.second.edges[0], i, column),
+          m_bd(t.second.edges[1], i, column),
+          m_cd(t.second.edges[2], i, column),
           m_q1(t.first.q, i, dax),
           m_u1(t.first.u, i, dax),
           m_v1(t.first.v, i, dax),
@@ -390,7 +387,8 @@ void drawPixels(const Triangles& triangles, int i, const Bounds& bounds, const B
     const int right = bounds.right[i], top = bounds.top[i];
     const f32 end = splat(static_cast<float>(right));
     for (int x = bounds.left[i]; x < right; x += kLanes) {
-        const Columns columns(triangles, i, columnsFrom(x), end, splat(band.centre_x));
+        const f32 column = columnsFrom(x);
+        const Columns columns(triangles, i, select(column < end, column, splat(kNoNumber)), band.centre_x);
         size_t pixel =
             static_cast<size_t>(top - band.top) * static_cast<size_t>(band.stride) + static_cast<size_t>(x);
         f32 place = splat(static_cast<float>(top) + band.centre_y);
@@ -404,7 +402,7 @@ void drawPixels(const Triangles& triangles, int i, const Bounds& bounds, const B
 
 void drawSamples(const Triangles& triangles, int i, const Bounds& bounds, const Band& band) {
     const int left = bounds.left[i], right = bounds.right[i];
-    const f32 before = splat(static_cast<float>(left));
+    const f32 first = splat(static_cast<float>(left)), end = splat(static_cast<float>(right));
     const size_t planes_of_sample = 3 * kSampleBlock;
     for (int block = left / kSampleBlock; block <= (right - 1) / kSampleBlock; ++block) {
         struct {
@@ -422,11 +420,11 @@ void drawSamples(const Triangles& triangles, int i, const Bounds& bounds, const 
         if (count == 0) continue;
         for (int s = 0; s < band.samples; ++s)
             for (int k = 0; k < kSampleBlock; k += kLanes) {
-                const f32 centre = columnsFrom(block * kSampleBlock + k);
-                const f32 column = centre + splat(band.offsets[s][0]);
-                const f32 end = splat(static_cast<float>(right) + band.offsets[s][0]);
-                const Columns columns(triangles, i, select(centre < before, end, column), end,
-                                      splat(band.centre_x));
+                const f32 column = columnsFrom(block * kSampleBlock + k);
+                const f32 point = column + splat(band.offsets[s][0]);
+                const Columns columns(triangles, i,
+                                      select((column >= first) & (column < end), point, splat(kNoNumber)),
+                                      band.centre_x);
                 for (int row = 0; row < count; ++row) {
                     float* const q = rows[row].planes + static_cast<size_t>(s) * planes_of_sample + k;
                     columns.draw(splat(rows[row].y + band.offsets[s][1]), q, q + kSampleBlock,
@@ -658,7 +656,7 @@ void drawCells(const CellBlock& block, const Band& band) {
         const Corners corners(block, start);
         const Bounds pixels(corners, band, kReach), samples(corners, band, kSampleReach);
         if (!any(pixels.filled() | (band.samples > 1 ? samples.filled() : i32{}))) continue;
-        const Cells cells(corners);
+        const Cells cells(corners, splat(band.centre_x));
         const i32 plain = cells.plain();
         const PlainCells plain_cells(cells, pixels, plain, band);
         std::optional<Triangles> any_cells;

@@ -34,11 +34,11 @@ struct Place {
 
 /// A line through two points.
 struct Line {
-    float x, y, slope;
-    bool falls;  ///< down the picture, from the first point to the second
+    float column, y, slope;  ///< the first point, by columns of pixels
+    bool falls;              ///< down the picture, from the first point to the second
 
-    /// Where it crosses a row, in columns of pixels.
-    float at(float row, float centre_x) const { return (x + (row - y) * slope) - centre_x; }
+    /// The column in which it crosses a row.
+    float at(float row) const { return column + (row - y) * slope; }
 };
 
 struct Triangle {
@@ -73,10 +73,10 @@ struct Cell {
     Hinge q, u, v;           ///< where it is plain
 };
 
-Line lineOf(const Corner& from, const Corner& to) {
+Line lineOf(const Corner& from, const Corner& to, float centre_x) {
     const float fall = to.y - from.y;
     const float held_fall = std::fabs(fall) < kLeastFall ? kLeastFall : fall;
-    return {from.x, from.y, (to.x - from.x) / held_fall, held_fall > 0.0f};
+    return {from.x - centre_x, from.y, (to.x - from.x) / held_fall, held_fall > 0.0f};
 }
 
 float inverseArea(float area) {
@@ -108,8 +108,9 @@ Cell setUp(const CellBlock& block, int i, const Band& band) {
 
     Cell cell;
     cell.ax = a.x, cell.ay = a.y, cell.bx = b.x, cell.by = b.y;
-    const Line along_ab = lineOf(a, b), along_bc = lineOf(b, c), along_ac = lineOf(a, c);
-    const Line along_bd = lineOf(b, d), along_cd = lineOf(c, d);
+    const auto line = [&](const Corner& from, const Corner& to) { return lineOf(from, to, band.centre_x); };
+    const Line along_ab = line(a, b), along_bc = line(b, c), along_ac = line(a, c);
+    const Line along_bd = line(b, d), along_cd = line(c, d);
     const bool turned1 = std::signbit(area1), turned2 = std::signbit(area2);
     cell.first = {{along_ab, along_bc, along_ac},
                   {along_ab.falls != turned1, along_bc.falls != turned1, along_ac.falls == turned1},
@@ -155,7 +156,7 @@ bool covers(const Cell& cell, float column, float y, float centre_x, Place* plac
     const float dbx = x - cell.bx, dby = y - cell.by;
     const auto inside = [&](const Triangle& triangle) {
         for (int k = 0; k < 3; ++k) {
-            const float crossing = triangle.edges[k].at(y, centre_x);
+            const float crossing = triangle.edges[k].at(y);
             if (triangle.begins[k] ? !(column >= crossing) : !(column <= crossing)) return false;
         }
         return true;
@@ -257,7 +258,7 @@ void drawRow(const Cell& cell, int y, const Band& band) {
 /// The same for a plain cell, but that a pixel on an edge belongs to the right one of two cells.
 void drawPlainRow(const Cell& cell, int y, const Band& band) {
     const float row_y = static_cast<float>(y) + band.centre_y;
-    const auto at = [&](const Line& line) { return line.at(row_y, band.centre_x); };
+    const auto at = [&](const Line& line) { return line.at(row_y); };
     const auto lesser = [](float a, float b) { return a < b ? a : b; };
     const auto greater = [](float a, float b) { return a > b ? a : b; };
     const Line& ac = cell.first.edges[2];
