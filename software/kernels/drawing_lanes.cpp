@@ -246,9 +246,11 @@ void PlainCells::draw(int i, const Bounds& bounds, const Band& band) const {
             const f32 beyond = from_diagonal + number;
             const f32 to_left = lesser(beyond, f32{}), to_right = greater(beyond, f32{});
             float *q = band_q + pixel, *u = band_u + pixel, *v = band_v + pixel;
-            const f32 new_q = q_step.from(start_q, to_left, to_right), old_q = load<f32>(q);
-            const i32 drawn = covered & (new_q >= old_q);
-            store(q, select(drawn, new_q, old_q));
+            const f32 here = q_step.from(start_q, to_left, to_right), old_q = load<f32>(q);
+            // What is not covered is farther than anything.
+            const f32 new_q = (f32)((i32)here & covered);
+            const i32 drawn = new_q >= old_q;
+            store(q, greater(new_q, old_q));
             store(u, select(drawn, u_step.from(start_u, to_left, to_right), load<f32>(u)));
             store(v, select(drawn, v_step.from(start_v, to_left, to_right), load<f32>(v)));
         };
@@ -350,10 +352,9 @@ class Columns {
         const i32 in2 = m_bc2.inside(dby) & m_bd.inside(dby) & m_cd.inside(dcy);
         const f32 q1 = m_q1.at(day), q2 = m_q2.at(dby);
         const i32 second = in2 & (~in1 | (q2 >= q1));
-        const f32 new_q = select(second, q2, q1);
-        const f32 old_q = load<f32>(q);
-        const i32 drawn = (in1 | in2) & (new_q >= old_q);
-        store(q, select(drawn, new_q, old_q));
+        const f32 new_q = (f32)((i32)select(second, q2, q1) & (in1 | in2)), old_q = load<f32>(q);
+        const i32 drawn = new_q >= old_q;
+        store(q, greater(new_q, old_q));
         store(u, select(drawn, select(second, m_u2.at(dby), m_u1.at(day)), load<f32>(u)));
         store(v, select(drawn, select(second, m_v2.at(dby), m_v1.at(day)), load<f32>(v)));
     }
