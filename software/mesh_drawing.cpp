@@ -152,14 +152,15 @@ struct ColourRow {
 
     explicit ColourRow(size_t colours) : cb(colours), cr(colours) {}
 
-    /// Of two rows of the photo, 4 bytes a texel: each from `step` texels on, the mean of the `next` + 1 that
-    /// follow.
-    void convert(const uint8_t* here, const uint8_t* below, size_t step, size_t next) {
+    /// Of two rows of the photo, 4 bytes a texel: the means of texels and of those kNext to the right, from
+    /// every kStep texels on.
+    template <size_t kStep, size_t kNext>
+    void convert(const uint8_t* here, const uint8_t* below) {
         uint8_t *to_cb = cb.data(), *to_cr = cr.data();
         const size_t last = cb.size() - 1;
         for (size_t x = 0; x < last; ++x) {
             const auto mean = [=](size_t c) {  // times 256
-                const size_t left = 4 * step * x + c, right = left + 4 * next;
+                const size_t left = 4 * kStep * x + c, right = left + 4 * kNext;
                 return static_cast<uint16_t>((here[left] + here[right] + below[left] + below[right]) << 6);
             };
             to_cb[x] = bt709::cb(mean(0), mean(1), mean(2));
@@ -172,7 +173,8 @@ struct ColourRow {
 
 void convertLuma(const uint8_t* rgba, std::vector<uint8_t>* luma) {
     uint8_t* to = luma->data();
-    for (size_t x = 0; x < luma->size(); ++x, rgba += 4) {
+    const size_t count = luma->size();
+    for (size_t x = 0; x < count; ++x, rgba += 4) {
         const auto at = [rgba](size_t c) { return static_cast<uint16_t>(rgba[c] << 8); };
         to[x] = bt709::luma(at(0), at(1), at(2));
     }
@@ -181,9 +183,11 @@ void convertLuma(const uint8_t* rgba, std::vector<uint8_t>* luma) {
 /// Bytes of two rows next to each other.
 void interleave(const std::vector<uint8_t>& here, const std::vector<uint8_t>& below, size_t step,
                 uint8_t* out) {
-    for (size_t x = 0; x < here.size(); ++x) {
-        out[step * x] = here[x];
-        out[step * x + 1] = below[x];
+    const uint8_t *first = here.data(), *second = below.data();
+    const size_t count = here.size();
+    for (size_t x = 0; x < count; ++x) {
+        out[step * x] = first[x];
+        out[step * x + 1] = second[x];
     }
 }
 
@@ -291,7 +295,13 @@ void MeshDrawing::convertTexels(const ColourGrid& grid) {
     eachWithBelow(
         m_workers.get(), planar->colour_height, ColourRow(colour_stride),
         [&](int row, ColourRow* to) {
-            to->convert(texels(step * row), texels(step * row + next), grid.step, grid.side - 1);
+            const uint8_t *here = texels(step * row), *below = texels(step * row + next);
+            if (step == 2)
+                to->convert<2, 1>(here, below);
+            else if (next == 1)
+                to->convert<1, 1>(here, below);
+            else
+                to->convert<1, 0>(here, below);
         },
         [&](int row, const ColourRow& here, const ColourRow& below) {
             uint8_t* to = &planar->colours[4 * colour_stride * static_cast<size_t>(row)];
