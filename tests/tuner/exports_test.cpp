@@ -6,6 +6,7 @@
 #include <cutils/properties.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <set>
 #include <sstream>
 
@@ -21,7 +22,7 @@ using testing::Not;
 /// A line for the shell.
 bool succeeds(const std::string& line) { return std::system((line + " >&2").c_str()) == 0; }
 
-Exported usual() { return {{}, LibParam(), "photo.jpg", "", false}; }
+Exported usual() { return {{}, LibParam(), "photo.jpg", "", false, ""}; }
 
 TEST(TunerExports, UsualSettingsNeedNoOption) {
     EXPECT_EQ(commandLine(usual()), "quorvane render photo.jpg -o clip.mp4");
@@ -45,6 +46,35 @@ TEST(TunerExports, TheCommandLineSaysWhatWasChanged) {
     EXPECT_THAT(commandLine(exported), HasSubstr("--motion-file hand.jsonl"));
     EXPECT_THAT(commandLine(exported), Not(HasSubstr("--motion ")));
     EXPECT_THAT(profileCommandLine(exported), HasSubstr("--profile profile.json --motion-file hand.jsonl"));
+}
+
+TEST(TunerExports, LinesNameExportedFilesWhereTheyAre) {
+    Exported exported = usual();
+    exported.folder = "my tuned";
+    exported.has_hand = true;
+    EXPECT_THAT(commandLine(exported), HasSubstr("--motion-file 'my tuned/hand.jsonl'"));
+    EXPECT_THAT(profileCommandLine(exported), HasSubstr("photo.jpg --profile 'my tuned/profile.json'"));
+}
+
+TEST(TunerExports, TheScriptFindsItsFilesFromAnywhere) {
+    const test::TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "photo-tuned");
+    for (const char* name : {"photo.jpg", "depth.png", "photo-tuned/hand.jsonl"})
+        test::writeBytes(folder / name, "");
+    test::writeBytes(folder / "quorvane",
+                     "#!/bin/sh\n[ \"$1\" = render ] && [ -f \"$2\" ] && [ -f \"$3\" ] && "
+                     "[ \"$6 $7\" = '--motion-file hand.jsonl' ] && [ -f hand.jsonl ] && : >\"$5\"\n");
+    Exported exported = usual();
+    exported.photo = folder / "photo.jpg";
+    exported.depth = folder / "depth.png";
+    exported.has_hand = true;
+    exported.folder = folder / "photo-tuned";
+    test::writeBytes(folder / "photo-tuned/render.sh", renderScript(exported));
+    EXPECT_TRUE(succeeds("chmod +x " + (folder / "quorvane") + " && cd / && PATH=" + folder.path() +
+                         ":$PATH sh -e " + (folder / "photo-tuned/render.sh")));
+    EXPECT_TRUE(std::filesystem::exists(folder / "photo-tuned/clip.mp4"));
+    EXPECT_THAT(renderScript(exported), HasSubstr("render ../photo.jpg ../depth.png "))
+        << "the folders may be moved together";
 }
 
 /// Values that are far from the usual ones and have many digits.

@@ -1,12 +1,16 @@
 #include "apps/tuner/core/exports.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <string_view>
 
 #include "apps/quorvane/terminal/text.h"
 #include "apps/tuner/core/profiles.h"
 
 namespace quorvane::tuner {
+
+namespace fs = std::filesystem;
+
 namespace {
 
 // What stands alone for the value that is taken without the option.
@@ -23,6 +27,15 @@ std::string textOf(double value) {
 
 std::string images(const Exported& exported) {
     return shellWord(exported.photo) + (exported.depth.empty() ? "" : " " + shellWord(exported.depth));
+}
+
+/// An exported file's path, for a shell.
+std::string inFolder(const Exported& exported, const char* name) {
+    return shellWord((fs::path(exported.folder) / name).string());
+}
+
+std::string motionFile(const Exported& exported) {
+    return exported.has_hand ? " --motion-file " + inFolder(exported, kHandFile) : "";
 }
 
 template <typename Line>
@@ -84,13 +97,20 @@ std::string commandLine(const Exported& exported) {
     }
     for (const auto& [name, value] : exported.tuning.parameters)
         line += " --set " + name + "=" + textOf(value);
-    if (exported.has_hand) line += std::string(" --motion-file ") + kHandFile;
-    return line;
+    return line + motionFile(exported);
 }
 
 std::string profileCommandLine(const Exported& exported) {
-    return "quorvane render " + images(exported) + " --profile " + kProfileFile +
-           (exported.has_hand ? std::string(" --motion-file ") + kHandFile : "") + " -o clip.mp4";
+    return "quorvane render " + images(exported) + " --profile " + inFolder(exported, kProfileFile) +
+           motionFile(exported) + " -o clip.mp4";
+}
+
+std::string renderScript(const Exported& exported) {
+    Exported there = exported;
+    for (std::string* image : {&there.photo, &there.depth})
+        if (!image->empty()) *image = fs::proximate(*image, exported.folder).string();
+    there.folder.clear();
+    return "#!/bin/sh\ncd \"$(dirname \"$0\")\" || exit 1\n" + commandLine(there) + "\n";
 }
 
 std::string setpropLines(const Exported& exported) {

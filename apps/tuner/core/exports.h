@@ -14,6 +14,7 @@ struct Exported {
     std::string photo;      ///< path
     std::string depth;      ///< path; empty: it is found by the photo
     bool has_hand = false;  ///< whether a motion was recorded
+    std::string folder;     ///< path of what is exported; empty: where the lines are run
 };
 
 constexpr char kProfileFile[] = "profile.json";
@@ -22,8 +23,11 @@ constexpr char kHandFile[] = "hand.jsonl";
 /// `quorvane render` for the same clip, for a shell: one line.
 std::string commandLine(const Exported& exported);
 
-/// The same by way of the profile that lies next to it.
+/// The same by way of the exported profile.
 std::string profileCommandLine(const Exported& exported);
+
+/// A shell script for the folder, which makes the clip there from wherever it is run.
+std::string renderScript(const Exported& exported);
 
 /// An `adb shell setprop` line for each parameter.
 std::string setpropLines(const Exported& exported);

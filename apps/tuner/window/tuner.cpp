@@ -438,8 +438,12 @@ void Tuner::pickPivot(double x, double y) {
 }
 
 Exported Tuner::exported() const {
-    return {m_bench.exported(), valuesInForce(), m_bench.input.photo, m_bench.input.depth,
-            m_bench.source == Source::kRecorded && !m_bench.hand.empty()};
+    return {m_bench.exported(),
+            valuesInForce(),
+            m_bench.input.photo,
+            m_bench.input.depth,
+            m_bench.source == Source::kRecorded && !m_bench.hand.empty(),
+            exportFolder()};
 }
 
 std::string Tuner::exportFolder() const {
@@ -461,7 +465,7 @@ void Tuner::exportAll() {
     write(kProfileFile, media::profileText(profileOf(all.tuning)));
     write("profile-fixed.json", media::profileText(fixedProfileOf(all.tuning, all.values)));
     if (all.has_hand) write(kHandFile, m_bench.hand.lines());
-    write("render.sh", "#!/bin/sh\n" + commandLine(all) + "\n");
+    write("render.sh", renderScript(all));
     write("setprop.sh", "#!/bin/sh\n" + setpropLines(all));
     write("tuned.cpp.txt", cppSnippet(all));
     write("tuned.java.txt", javaSnippet(all));
