@@ -232,6 +232,10 @@ TEST_F(TunerWindow, ASliderIsDraggedAndUndone) {
     moveOn("depth_contrast", 0.2);
     xdotool({"click", "--repeat", "2", "--delay", "120", "1"});
     EXPECT_TRUE(becomes("depth_contrast", "24"));
+    drag("depth_contrast", 0.4, 0.75);
+    EXPECT_TRUE(becomes("depth_contrast", [](const std::string& value) { return value != "24"; }));
+    xdotool({"click", "3"});
+    EXPECT_TRUE(becomes("depth_contrast", "24")) << "by a right click";
     close();
 }
 

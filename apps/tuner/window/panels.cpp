@@ -283,7 +283,7 @@ void Tuner::parameterSliders() {
         shown.hint = app::formatted(
             "%s\n%g to %g; %s\n%s", info.meaning, info.minimum, info.maximum,
             kShowsWhen[static_cast<size_t>(info.takes_effect)],
-            is_set ? app::formatted("double click: %.4g again, as nobody set it", without).c_str()
+            is_set ? app::formatted("double or right click: %.4g again, as nobody set it", without).c_str()
                    : "nobody has set it: gray");
         shown.part = scale.partOf(value);
         shown.usual = scale.partOf(without);

@@ -101,6 +101,8 @@ Tuner::Tuner(const StartOptions& options, Window* window)
     ImGuiIO& io = ImGui::GetIO();
     // The session has a file of its own.
     io.IniFilename = nullptr;
+    // Clicks are counted by frames, and a frame may take a tenth of a second.
+    io.MouseDoubleClickTime = 0.8f;
     ImGui::StyleColorsDark();
     ImGuiStyle& style = ImGui::GetStyle();
     style.WindowRounding = 0.0f;
@@ -404,7 +406,7 @@ void Tuner::showStages() {
     if (prepared.stretch) {
         const PictureStretch& stretch = *prepared.stretch;
         put(4, "stretch",
-            app::formatted("stretch: %.1f %% over ×2, at the cross ×%.1f", 100.0 * stretch.streaked_part,
+            app::formatted("stretch: %.1f %% over ×2,\nat the cross ×%.1f", 100.0 * stretch.streaked_part,
                            stretch.worst_times),
             [&](float width) {
                 media::RgbImage map = app::heatMap(stageImage(prepared.planned.photo, photo, width),

@@ -59,7 +59,8 @@ SliderEvent slider(const SliderValue& value, float label_width, double* part) {
     const float size = (to.y - from.y) * 0.22f;
     list->AddTriangleFilled({mark - size, to.y}, {mark + size, to.y}, {mark, to.y - 1.4f * size}, colour);
     if (hovered) ImGui::SetTooltip("%s", value.hint.c_str());
-    if (hovered && value.enabled && ImGui::IsMouseDoubleClicked(ImGuiMouseButton_Left))
+    if (hovered && value.enabled &&
+        (ImGui::IsMouseDoubleClicked(ImGuiMouseButton_Left) || ImGui::IsMouseClicked(ImGuiMouseButton_Right)))
         event = SliderEvent::kReset;
     ImGui::PopID();
     return event;

@@ -46,8 +46,8 @@ struct SliderValue {
 
 enum class SliderEvent { kNone, kMoved, kReset };
 
-/// A slider as wide as there is room, with a mark at the usual value. A double click resets it. `*part` is
-/// where it was moved to.
+/// A slider as wide as there is room, with a mark at the usual value. A double click or a right click resets
+/// it. `*part` is where it was moved to.
 SliderEvent slider(const SliderValue& value, float label_width, double* part);
 
 /// A named plot with its newest value. `most` is the top of all that are shown together.
