@@ -10,6 +10,7 @@
 #include "software/SoftwareView.h"
 #include "system/cores.h"
 #include "system/error.h"
+#include "system/graphics_devices.h"
 
 namespace quorvane::app {
 namespace {
@@ -17,6 +18,8 @@ namespace {
 std::shared_ptr<OffscreenContext> newContextFor(Renderer renderer) {
     std::unique_ptr<OffscreenContext> context;
     if (renderer == Renderer::kSoftware) return context;
+    // A driver that would only draw in software takes 40 MB and as long as a frame to be asked.
+    if (renderer == Renderer::kAuto && !hasGraphicsDevice() && !dumpsFrames()) return context;
     const Status made = OffscreenContext::create(&context);
     if (renderer == Renderer::kGl) {
         if (!made) throw Error(made.message());
