@@ -38,17 +38,16 @@ Extreme findExtreme(const Plane& plane, const GrayImage& known, int bits, bool l
         ++(levels[i] == end ? at_end : others_count);
         if (levels[i] != end) gap = std::min(gap, low ? levels[i] - end : end - levels[i]);
     }
+    const bool stored_zero = low && end == 0.0f;
+    const bool wide = gap >= kGap * (highest - lowest), may_be_zero = stored_zero && bits == 16;
+    if (!(wide || may_be_zero) || (others_count < at_end && !stored_zero)) return extreme;
     std::vector<float> others_levels = someLevels(plane, known);
     const auto ends = std::equal_range(others_levels.begin(), others_levels.end(), end);
     others_levels.erase(ends.first, ends.second);
     if (others_levels.empty()) return extreme;
-    const bool stored_zero = low && end == 0.0f;
-    const bool apart =
-        gap >= kGap * (highest - lowest) ||
-        (stored_zero && bits == 16 && gap >= kGapOfMedian * others_levels[others_levels.size() / 2]);
+    if (!wide && gap < kGapOfMedian * others_levels[others_levels.size() / 2]) return extreme;
     others_levels.erase(std::unique(others_levels.begin(), others_levels.end()), others_levels.end());
-    if (!apart || (others_count < at_end && !stored_zero) || others_levels.size() < kLeastLevels)
-        return extreme;
+    if (others_levels.size() < kLeastLevels) return extreme;
 
     const int width = plane.width, height = plane.height;
     extreme.others = GrayImage(width, height);

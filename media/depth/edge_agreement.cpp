@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdlib>
 
+#include "media/picture/wide_vectors.h"
+
 namespace quorvane::media {
 namespace {
 
@@ -47,8 +49,9 @@ std::vector<Plane> averaged(const Image<Sample, kChannels>& image, const Region&
         std::fill(row.begin(), row.end(), 0.0f);
         for (size_t i = 0; i < rows[y].weights.size(); ++i) {
             const Sample* samples = image.row(rows[y].first + static_cast<int>(i));
-            for (size_t x = 0; x < row.size(); ++x)
-                row[x] += rows[y].weights[i] * static_cast<float>(samples[x]);
+            withWideVectors([&, weight = rows[y].weights[i], sums = row.data(), size = row.size()] {
+                for (size_t x = 0; x < size; ++x) sums[x] += weight * static_cast<float>(samples[x]);
+            });
         }
         for (size_t x = 0; x < columns.size(); ++x)
             for (size_t i = 0; i < columns[x].weights.size(); ++i)
@@ -82,14 +85,19 @@ Plane twice(const Plane& plane) {
     return out;
 }
 
-/// In eight partial sums, so that compilers may use vectors.
+/// In partial sums that need not wait for each other.
 float dot(const float* a, const float* b, size_t count) {
-    float sums[8] = {};
+    constexpr size_t kStep = 2 * kLanes;
+    Lanes even = {}, odd = {};
     size_t i = 0;
-    for (; i + 8 <= count; i += 8)
-        for (size_t lane = 0; lane < 8; ++lane) sums[lane] += a[i + lane] * b[i + lane];
-    for (; i < count; ++i) sums[0] += a[i] * b[i];
-    return ((sums[0] + sums[1]) + (sums[2] + sums[3])) + ((sums[4] + sums[5]) + (sums[6] + sums[7]));
+    for (; i + kStep <= count; i += kStep) {
+        addProducts(a + i, b + i, &even);
+        addProducts(a + i + kLanes, b + i + kLanes, &odd);
+    }
+    even += odd;
+    float sum = ((even[0] + even[1]) + (even[2] + even[3])) + ((even[4] + even[5]) + (even[6] + even[7]));
+    for (; i < count; ++i) sum += a[i] * b[i];
+    return sum;
 }
 
 }  // namespace
@@ -161,31 +169,40 @@ double EdgeAgreement::of(const EdgeField& depth) const {
     constexpr int kStep = 9;
     if (std::min(m_width, m_height) < 3 * kClearOf) return 0.0;
     double peak = -1.0;
+    std::vector<int> near;
+    for (int dx = -kReach; dx <= kReach; ++dx) near.push_back(dx);
     for (int dy = -kReach; dy <= kReach; ++dy)
-        for (int dx = -kReach; dx <= kReach; ++dx) peak = std::max(peak, correlation(depth, dx, dy));
+        for (const double here : correlations(depth, near, dy)) peak = std::max(peak, here);
     double sum = 0.0, squares = 0.0;
     int count = 0;
-    for (int dy = -m_height / 2; dy < m_height / 2; dy += kStep)
-        for (int dx = -m_width / 2; dx < m_width / 2; dx += kStep) {
-            if (std::max(std::abs(dx), std::abs(dy)) < kClearOf) continue;
-            const double other = correlation(depth, dx, dy);
+    for (int dy = -m_height / 2; dy < m_height / 2; dy += kStep) {
+        std::vector<int> clear;
+        for (int dx = -m_width / 2; dx < m_width / 2; dx += kStep)
+            if (std::max(std::abs(dx), std::abs(dy)) >= kClearOf) clear.push_back(dx);
+        for (const double other : correlations(depth, clear, dy)) {
             sum += other;
             squares += other * other;
             ++count;
         }
+    }
     const double mean = sum / count, variance = squares / count - mean * mean;
     return variance > 1e-12 ? (peak - mean) / std::sqrt(variance) : 0.0;
 }
 
-double EdgeAgreement::correlation(const EdgeField& depth, int dx, int dy) const {
-    const int from_x = (dx + m_width) % m_width;
-    double sum = 0.0;
-    for (int y = 0; y < m_height; ++y) {
-        const int from_y = (y + dy + m_height) % m_height;
-        sum += dot(&m_cosine.at(from_x, from_y), depth.cosine.row(y), static_cast<size_t>(m_width)) +
-               dot(&m_sine.at(from_x, from_y), depth.sine.row(y), static_cast<size_t>(m_width));
-    }
-    return sum;
+std::vector<double> EdgeAgreement::correlations(const EdgeField& depth, const std::vector<int>& dx,
+                                                int dy) const {
+    std::vector<double> sums(dx.size(), 0.0);
+    // A row is compared in all places while it is in the nearest cache.
+    for (int y = 0; y < m_height; ++y)
+        withWideVectors([&, cosine = depth.cosine.row(y), sine = depth.sine.row(y)] {
+            const int from_y = (y + dy + m_height) % m_height;
+            for (size_t i = 0; i < dx.size(); ++i) {
+                const int from_x = (dx[i] + m_width) % m_width;
+                sums[i] += dot(&m_cosine.at(from_x, from_y), cosine, static_cast<size_t>(m_width)) +
+                           dot(&m_sine.at(from_x, from_y), sine, static_cast<size_t>(m_width));
+            }
+        });
+    return sums;
 }
 
 }  // namespace quorvane::media

@@ -41,7 +41,7 @@ class EdgeAgreement {
     double of(const EdgeField& depth) const;
 
   private:
-    double correlation(const EdgeField& depth, int dx, int dy) const;
+    std::vector<double> correlations(const EdgeField& depth, const std::vector<int>& dx, int dy) const;
 
     int m_width, m_height;
     Plane m_cosine, m_sine;  ///< the photo's, every row twice

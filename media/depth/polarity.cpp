@@ -1,6 +1,7 @@
 #include "media/depth/polarity.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cmath>
 #include <cstddef>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "media/depth/depth_holes.h"
+#include "media/picture/wide_vectors.h"
 
 namespace quorvane::media {
 namespace {
@@ -30,30 +32,38 @@ struct Grid {
     bool knows(int x, int y) const { return known[index(x, y)]; }
 };
 
+/// Where the cells of a row or column of `cells` begin and end in `pixels`: each has one at least.
+struct Stretch {
+    int from, to;
+};
+Stretch stretchOf(int cell, int cells, int pixels) {
+    const auto first = [cells, pixels](int of) {
+        return static_cast<int>(static_cast<int64_t>(of) * pixels / cells);
+    };
+    return {first(cell), std::max(first(cell) + 1, first(cell + 1))};
+}
+
 /// The cells' means of `value(x, y)`, over the pixels that `counts(x, y)` names; a cell of which fewer than
 /// the share `least` count has no value.
 template <typename Value, typename Counts>
 Grid meansOf(int image_width, int image_height, int width, int height, double least, Value value,
              Counts counts) {
-    const auto first = [](int cell, int cells, int pixels) {
-        return static_cast<int>(static_cast<int64_t>(cell) * pixels / cells);
-    };
     Grid grid(width, height);
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) {
-            const int left = first(x, width, image_width), top = first(y, height, image_height);
-            const int right = std::max(left + 1, first(x + 1, width, image_width));
-            const int bottom = std::max(top + 1, first(y + 1, height, image_height));
+            const Stretch across = stretchOf(x, width, image_width),
+                          down = stretchOf(y, height, image_height);
             double sum = 0.0;
             int counted = 0;
-            for (int j = top; j < bottom; ++j)
-                for (int i = left; i < right; ++i)
+            for (int j = down.from; j < down.to; ++j)
+                for (int i = across.from; i < across.to; ++i)
                     if (counts(i, j)) {
                         sum += value(i, j);
                         ++counted;
                     }
             const size_t cell = grid.index(x, y);
-            grid.known[cell] = counted > 0 && counted >= least * (right - left) * (bottom - top);
+            grid.known[cell] =
+                counted > 0 && counted >= least * (across.to - across.from) * (down.to - down.from);
             if (counted > 0) grid.values[cell] = sum / counted;
         }
     return grid;
@@ -89,16 +99,29 @@ Grid levelsOf(const Plane& plane, const GrayImage& known) {
     return grid;
 }
 
+/// The photo's luma on such a grid. It has thirty times as many pixels as the depth map, so rows are added up
+/// first.
 Grid lumaOf(const RgbImage& photo, const Grid& like) {
-    return meansOf(
-        photo.width, photo.height, like.width, like.height, 0.0,
-        [&photo](int x, int y) {
-            const uint8_t* rgb = &photo.samples[(static_cast<size_t>(y) * static_cast<size_t>(photo.width) +
-                                                 static_cast<size_t>(x)) *
-                                                3];
-            return 0.299 * rgb[0] + 0.587 * rgb[1] + 0.114 * rgb[2];
-        },
-        [](int, int) { return true; });
+    Grid grid(like.width, like.height);
+    grid.known.assign(grid.known.size(), true);
+    std::vector<uint32_t> sums(static_cast<size_t>(photo.width) * 3);
+    for (int y = 0; y < grid.height; ++y) {
+        const Stretch down = stretchOf(y, grid.height, photo.height);
+        std::fill(sums.begin(), sums.end(), 0);
+        for (int j = down.from; j < down.to; ++j)
+            withWideVectors([to = sums.data(), from = photo.row(j), size = sums.size()] {
+                for (size_t i = 0; i < size; ++i) to[i] += from[i];
+            });
+        for (int x = 0; x < grid.width; ++x) {
+            const Stretch across = stretchOf(x, grid.width, photo.width);
+            std::array<double, 3> rgb = {};
+            for (int i = across.from; i < across.to; ++i)
+                for (size_t c = 0; c < 3; ++c) rgb[c] += sums[static_cast<size_t>(i) * 3 + c];
+            const double pixels = (across.to - across.from) * (down.to - down.from);
+            grid.values[grid.index(x, y)] = (0.299 * rgb[0] + 0.587 * rgb[1] + 0.114 * rgb[2]) / pixels;
+        }
+    }
+    return grid;
 }
 
 /// Pearson's correlation of pairs of numbers.
