@@ -202,8 +202,12 @@ class Unpacker {
         if constexpr (std::is_arithmetic_v<Value>) {
             if (size > m_bytes.size() / sizeof(Value)) throw Malformed();
             const std::string_view bytes = raw(size * sizeof(Value));
-            values.resize(size);
-            if (size > 0) std::memcpy(values.data(), bytes.data(), bytes.size());
+            if constexpr (sizeof(Value) == 1) {
+                values.assign(bytes.begin(), bytes.end());
+            } else {
+                values.resize(size);
+                if (size > 0) std::memcpy(values.data(), bytes.data(), bytes.size());
+            }
         } else {
             // Each takes a byte at least, so that a false count ends soon.
             for (size_t i = 0; i < size; ++i) one(values.emplace_back());

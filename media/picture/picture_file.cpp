@@ -94,6 +94,9 @@ class OpenPicture {
         return header;
     }
 
+    // Where they need not be turned, pixels are decoded while they are asked for, in order and once each: a
+    // photo's take long to copy. This must outlive them.
+
     /// The pixels, upright.
     VImage decode() const {
         requireFewScans();
@@ -147,6 +150,7 @@ class OpenPicture {
     }
 
     VImage upright(const VImage& image) const {
+        if (m_orientation < 2 || m_orientation > 8) return image;
         VImage pixels = image.copy_memory();
         pixels.set(VIPS_META_ORIENTATION, m_orientation);
         return pixels.autorot();
@@ -201,8 +205,10 @@ auto readingFile(std::string_view bytes, const std::string& name, Read read) {
         name, [&] { return knownOf(bytes, name); }, read);
 }
 
-VImage toSrgb(const VImage& image) {
+VImage toSrgb(const VImage& picture) {
+    VImage image = picture;
     if (image.get_typeof("icc-profile-data") != 0) {
+        image = image.copy_memory();
         try {
             const VImage converted = image.icc_transform("srgb", VImage::option()->set("embedded", true));
             return converted.copy_memory();
@@ -420,7 +426,8 @@ RgbImage decodePhotoAtLeast(std::string_view bytes, const std::string& name, Siz
 DepthMap decodeDepthMap(std::string_view bytes, const std::string& name, long long most_pixels,
                         int orientation) {
     return readingFile(bytes, name, [&] {
-        return depthMapOf(OpenPicture(bytes, name, most_pixels, orientation).decode(), name);
+        const VImage pixels = OpenPicture(bytes, name, most_pixels, orientation).decode().copy_memory();
+        return depthMapOf(pixels, name);
     });
 }
 
