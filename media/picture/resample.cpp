@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "media/picture/dither.h"
+#include "media/picture/lanczos.h"
 #include "media/picture/vips.h"
 #include "system/error.h"
 
@@ -28,6 +29,7 @@ Error notResized(const char* what, Size from, Size to) {
 
 RgbImage resample(const RgbImage& image, Size size) {
     if (Size{image.width, image.height} == size) return image;
+    if (size.width <= image.width && size.height <= image.height) return reducedByLanczos(image, size);
     try {
         return fromVips<uint8_t, 3>(resized(toVips(image), size, VIPS_KERNEL_LANCZOS3));
     } catch (const vips::VError&) {

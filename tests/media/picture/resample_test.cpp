@@ -7,6 +7,9 @@
 #include <cmath>
 #include <cstdint>
 #include <numeric>
+#include <random>
+#include <utility>
+#include <vector>
 
 #include "media/picture/crop.h"
 
@@ -33,6 +36,69 @@ TEST(Resample, KeepsAConstantPhotoConstant) {
     EXPECT_EQ(grown.width, 52);
     EXPECT_EQ(grown.height, 36);
     EXPECT_EQ(grown.samples, std::vector<uint8_t>(grown.samples.size(), 93));
+}
+
+/// What a sample of a photo made smaller should be, by its definition. Pixels beyond the border are those at
+/// it.
+double lanczosAt(const RgbImage& photo, Size size, int x, int y, size_t channel) {
+    const auto weight = [](double distance) {
+        const auto sinc = [](double t) { return t == 0.0 ? 1.0 : std::sin(M_PI * t) / (M_PI * t); };
+        return std::abs(distance) < 3.0 ? sinc(distance) * sinc(distance / 3.0) : 0.0;
+    };
+    const double across = static_cast<double>(photo.width) / size.width;
+    const double down = static_cast<double>(photo.height) / size.height;
+    const double centre_x = (x + 0.5) * across, centre_y = (y + 0.5) * down;
+    const auto from = [](double centre, double ratio) { return static_cast<int>(centre - 3.0 * ratio) - 1; };
+    const auto to = [](double centre, double ratio) { return static_cast<int>(centre + 3.0 * ratio) + 1; };
+    double sum = 0.0, weights = 0.0;
+    for (int j = from(centre_y, down); j <= to(centre_y, down); ++j)
+        for (int i = from(centre_x, across); i <= to(centre_x, across); ++i) {
+            const double share = weight((i + 0.5 - centre_x) / across) * weight((j + 0.5 - centre_y) / down);
+            const uint8_t* pixel =
+                &photo.at(std::clamp(i, 0, photo.width - 1), std::clamp(j, 0, photo.height - 1));
+            sum += share * pixel[channel];
+            weights += share;
+        }
+    return std::clamp(sum / weights, 0.0, 255.0);
+}
+
+TEST(Resample, MakesAPhotoSmallerByLanczosSums) {
+    std::minstd_rand random(1);
+    RgbImage noise(97, 61), squares(64, 64), sharp(33, 130);
+    for (uint8_t& sample : noise.samples) sample = static_cast<uint8_t>(random() >> 8);
+    // Nothing overshoots more than black next to white.
+    for (int y = 0; y < squares.height; ++y)
+        for (int x = 0; x < squares.width; ++x)
+            std::fill_n(&squares.at(x, y), 3, (x / 8 + y / 8) % 2 == 0 ? uint8_t{0} : uint8_t{255});
+    for (uint8_t& sample : sharp.samples) sample = random() % 2 == 0 ? uint8_t{0} : uint8_t{255};
+    for (const auto& [photo, size] : {std::pair(&noise, Size{60, 40}),
+                                      {&noise, Size{97, 23}},
+                                      {&noise, Size{96, 61}},
+                                      {&noise, Size{1, 2}},
+                                      {&squares, Size{40, 36}},
+                                      {&squares, Size{63, 9}},
+                                      {&sharp, Size{21, 90}},
+                                      {&sharp, Size{30, 4}}}) {
+        const RgbImage smaller = resample(*photo, size);
+        ASSERT_EQ((Size{smaller.width, smaller.height}), size);
+        double worst = 0.0;
+        for (int y = 0; y < size.height; ++y)
+            for (int x = 0; x < size.width; ++x)
+                for (size_t c = 0; c < 3; ++c)
+                    worst =
+                        std::max(worst, std::abs((&smaller.at(x, y))[c] - lanczosAt(*photo, size, x, y, c)));
+        EXPECT_LT(worst, 0.7) << photo->width << " x " << photo->height << " to " << size.width << " x "
+                              << size.height;
+    }
+}
+
+TEST(Resample, LeavesConstantColoursAsTheyAre) {
+    for (const uint8_t level : {uint8_t{0}, uint8_t{1}, uint8_t{128}, uint8_t{255}}) {
+        RgbImage image(301, 77);
+        std::fill(image.samples.begin(), image.samples.end(), level);
+        for (const Size size : {Size{300, 77}, Size{123, 31}, Size{7, 3}})
+            EXPECT_THAT(resample(image, size).samples, testing::Each(level));
+    }
 }
 
 TEST(ToBytes, LeavesWholeLevelsAlone) {
