@@ -252,7 +252,8 @@ class ModelColours {
     void read(const Place& place, double share, Colour* sum) const {
         const double middle = (m_side - 1) / 2.0;
         const auto along = [&](double at, int texels) {
-            return std::clamp((at - middle) / m_step, 0.0, static_cast<double>((texels - 1) / m_step));
+            const int last = (texels - 1) / m_step;
+            return std::clamp((at - middle) / m_step, 0.0, static_cast<double>(last));
         };
         const double x = along(place.u, m_width), y = along(place.v, m_height);
         const int left = static_cast<int>(x), top = static_cast<int>(y);

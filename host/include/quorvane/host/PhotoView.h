@@ -70,7 +70,7 @@ class PhotoView {
     virtual bool drawsYuv420() const noexcept { return false; }
 
     /// Draws the picture, whose sides are even, straight into `planes`, as most encoders take it: Y'CbCr by
-    /// BT.709 in limited range, luma and then Cb and Cr at half the size, each for the mean of 2 x 2 pixels,
+    /// BT.709 in limited range, luma and then Cb and Cr at half the size, each for 2 x 2 pixels,
     /// 3 bytes for 2 pixels in all. The picture of `readPixels` stays the last that `render` drew.
     virtual Status renderYuv420(uint8_t* /*planes*/, size_t /*bytes*/) {
         return Status::failure("this view draws no Y'CbCr");
