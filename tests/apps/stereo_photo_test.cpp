@@ -282,5 +282,16 @@ TEST_F(StereoPhoto, MeshSeenByItsCameraIsThePhoto) {
     EXPECT_LT(meanDifference(media::decodePhoto(jpeg, "photo"), media::readPhoto(scene("photo.png"))), 4.0);
 }
 
+TEST_F(StereoPhoto, MeshSaysOnceWhatSaysNothingOfIt) {
+    const Outcome outcome =
+        quorvane({"render", scene("photo.png"), scene("depth.png"), "-o", folder / "scene.glb", "--grid",
+                  "coarse", "--motion", "circle", "--seconds", "2", "--eyes", "0.5", "--at", "1,0"});
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(
+        outcome.err,
+        "mesh: --seconds, --at, --eyes, --motion: of no effect; other programs choose the view and move "
+        "it\n");
+}
+
 }  // namespace
 }  // namespace quorvane::test

@@ -73,6 +73,8 @@ struct RenderOptions {
     std::vector<const Option*> of_pages;   ///< the options that say nothing of other pictures
     std::vector<const Option*> of_frames;  ///< those that say nothing of a page
     std::vector<const Option*> of_stereo;  ///< those that say nothing where one view is drawn
+    std::vector<const Option*>
+        of_movement;  ///< those that say nothing of a mesh, as do of_frames and of_stereo
     std::vector<const Option*> of_motion;  ///< those that frame a still too, unless its frame is given
 };
 
@@ -161,11 +163,14 @@ void noteIdleOptions(const RenderOptions& options, OutputKind kind) {
     }
     noteGiven(options.of_pages, options, "picture",
               "a page (" + media::extensionsOf(OutputKind::kPage, " or ") + ") has texts");
+    if (kind == OutputKind::kMesh) {
+        for (const auto* more : {&options.of_frames, &options.of_stereo, &options.of_movement})
+            idle.insert(idle.end(), more->begin(), more->end());
+        return noteGiven(idle, options, "mesh", "other programs choose the view and move it");
+    }
     if (!options.stereo.layout && kind != OutputKind::kPair)
         noteGiven(options.of_stereo, options, "picture", "one view is drawn");
     if (isWiggle(options)) noteGiven(options.of_motion, options, "wiggle", "it goes from eye to eye");
-    if (kind == OutputKind::kMesh)
-        return noteGiven(options.of_stereo, options, "mesh", "other programs choose the view");
     if (!standsStill(kind)) return;
     if (frameGiven(options.view)) idle.insert(idle.end(), options.of_motion.begin(), options.of_motion.end());
     noteGiven(idle, options, "still",
@@ -476,6 +481,7 @@ void addMotionOptions(CommandLine* line, RenderOptions* options) {
     addClipTiming(line, &options->timing);
     const AddedPictureOptions added =
         addPictureOptions(line, "1920, in a page 2048, in a .gif 480", &options->picture);
+    options->of_movement = {&added.motion, &added.motion_file};
     options->of_motion = {&added.motion, &added.motion_file, &added.amount};
     options->of_frames.push_back(
         &line->parsed(
