@@ -584,6 +584,41 @@ TEST(MeshDrawing, AnotherPhotoShowsInPlanesToo) {
     }
 }
 
+TEST(MeshDrawing, HasNoGapsBetweenCellsOfAnyShape) {
+    Case c = kCases[0];
+    const Bytes photo(3 * static_cast<size_t>(c.photo_width) * static_cast<size_t>(c.photo_height), 201);
+    // Deterministic noise: folds everywhere, or triangles that are nearly plain, or steps.
+    uint32_t state = 1;
+    const auto random = [&state](uint32_t below) {
+        state = state * 1664525u + 1013904223u;
+        return (state >> 16) % below;
+    };
+    for (int scene = 0; scene < 18; ++scene) {
+        c.grid_width = static_cast<int>(20 + random(100));
+        c.grid_height = static_cast<int>(20 + random(80));
+        c.x = static_cast<float>(random(201)) / 100 - 1;
+        c.y = scene % 4 == 0 ? 0 : static_cast<float>(random(201)) / 100 - 1;
+        c.fov_scale = 0.75f;
+        Bytes depth;
+        for (int j = 0; j < c.grid_height; ++j)
+            for (int i = 0; i < c.grid_width; ++i)
+                depth.push_back(static_cast<uint8_t>(scene % 3 == 0             ? random(256)
+                                                     : scene % 3 == 1           ? 100 + random(8)
+                                                     : (i / 9 + j / 7) % 2 == 0 ? 220
+                                                                                : 40));
+        MeshDrawing drawing(chosenDrawingPath(), 2);
+        drawing.setPhoto(photo.data(), c.photo_width, c.photo_height);
+        drawing.setShapedDepth(depth.data(), c.grid_width, c.grid_height);
+        Bytes rgba(4 * static_cast<size_t>(c.width) * static_cast<size_t>(c.height));
+        for (const int samples : {1, 4}) {
+            drawing.draw(cameraOf(c), samples,
+                         PictureBuffer{rgba.data(), 4 * static_cast<size_t>(c.width), c.width, c.height});
+            for (size_t i = 0; i < rgba.size(); i += 4)
+                ASSERT_EQ(rgba[i], 201) << "scene " << scene << ", pixel " << i / 4;
+        }
+    }
+}
+
 TEST(MeshDrawing, OneColourStaysThatColourWhereverTheMeshIs) {
     const Case& c = kCases[3];
     MeshDrawing drawing(chosenDrawingPath(), 2);
