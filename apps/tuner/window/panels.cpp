@@ -180,12 +180,16 @@ void Tuner::pictureArea(ImVec2 from, ImVec2 room) {
     const Picture& other = m_pictures[1 - m_bench.active];
     if (!shown.ready()) {
         const std::string doing = m_preparing.doing();
-        const std::string text = !doing.empty()                ? doing + " ..."
-                                 : m_bench.input.photo.empty() ? "drop a photo here"
-                                                               : "no picture of this photo yet";
-        const ImVec2 size = ImGui::CalcTextSize(text.c_str());
+        const std::string why = m_message_is_failure ? m_message + "\n\n" : "";
+        const std::string text = !doing.empty() ? doing + " ..."
+                                 : m_bench.input.photo.empty()
+                                     ? "drop a photo here"
+                                     : why + "drop another photo, or a depth map for it, here";
+        const ImVec2 size = ImGui::CalcTextSize(text.c_str(), nullptr, false, 0.7f * room.x);
         ImGui::SetCursorPos({(room.x - size.x) * 0.5f, (room.y - size.y) * 0.5f});
+        ImGui::PushTextWrapPos((room.x + size.x) * 0.5f + 1.0f);
         ImGui::TextUnformatted(text.c_str());
+        ImGui::PopTextWrapPos();
         ImGui::End();
         return;
     }
