@@ -25,10 +25,17 @@ std::vector<GridVertex> outlineOf(const BentGrid& grid) {
     return outline;
 }
 
+/// How close to 0 a number comes on its way from `a` to `b`.
+double closest(double a, double b) {
+    return (a < 0.0) == (b < 0.0) ? std::min(std::abs(a), std::abs(b)) : 0.0;
+}
+
 /// The smallest larger coordinate of any point from `a` to `b`: how large a square around the middle stays
-/// clear of the segment. The larger of |x| and |y| is convex along it, so the least lies at an end or where
-/// two of the four linear pieces meet.
-double clearance(const PicturePoint& a, const PicturePoint& b) {
+/// clear of the segment. `most` where that is no smaller, as for nearly all segments of an outline. The
+/// larger of |x| and |y| is convex along it, so the least lies at an end or where two of the four linear
+/// pieces meet.
+double clearance(const PicturePoint& a, const PicturePoint& b, double most) {
+    if (std::max(closest(a.x, b.x), closest(a.y, b.y)) >= most) return most;
     const double dx = b.x - a.x, dy = b.y - a.y;
     const auto at = [&](double t) { return std::max(std::abs(a.x + t * dx), std::abs(a.y + t * dy)); };
     double least = std::min(at(0.0), at(1.0));
@@ -68,7 +75,7 @@ double largestVisiblePart(const std::vector<GridVertex>& outline, const BentGrid
     PicturePoint last = project(outline.back());
     for (const GridVertex& vertex : outline) {
         const PicturePoint next = project(vertex);
-        least = std::min(least, clearance(last, next));
+        least = std::min(least, clearance(last, next, least));
         if ((last.y < 0.0) != (next.y < 0.0) && (last.x * next.y - next.x * last.y) * (next.y - last.y) > 0.0)
             times_around += next.y > last.y ? 1 : -1;
         last = next;
