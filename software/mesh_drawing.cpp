@@ -196,7 +196,7 @@ void interleave(const std::vector<uint8_t>& here, const std::vector<uint8_t>& be
 template <typename Row, typename Convert, typename Put>
 void eachWithBelow(Workers* workers, int rows, const Row& empty, const Convert& convert, const Put& put) {
     std::vector<std::array<Row, 2>> converted(static_cast<size_t>(workers->count()), {empty, empty});
-    workers->run((rows + kBandRows - 1) / kBandRows, [&](int piece, int worker) {
+    const auto convertPiece = [&](int piece, int worker) {
         const int first = piece * kBandRows, end = std::min(first + kBandRows, rows);
         Row* here = &converted[static_cast<size_t>(worker)][0];
         Row* below = &converted[static_cast<size_t>(worker)][1];
@@ -206,7 +206,8 @@ void eachWithBelow(Workers* workers, int rows, const Row& empty, const Convert& 
             convert(std::min(row + 1, rows - 1), below);
             put(row, *here, *below);
         }
-    });
+    };
+    workers->run({{(rows + kBandRows - 1) / kBandRows, convertPiece}});
 }
 
 }  // namespace
@@ -382,12 +383,13 @@ void MeshDrawing::prepare(const Camera& camera, int samples, int width, int heig
 
 void MeshDrawing::drawMesh(const std::function<void(const Band&, Room*)>& shadeBand) {
     Frame& frame = *m_frame;
-    m_workers->run(m_cells_down + 1, [&](int row, int) { placeRow(row, &frame); });
-    if (frame.samples > 1) m_workers->run(m_cells_down, [&](int row, int) { findFacings(row, &frame); });
-    m_workers->run((frame.height + kBandRows - 1) / kBandRows, [&](int band, int worker) {
-        Room* room = &m_rooms[static_cast<size_t>(worker)];
-        shadeBand(cover(band, room, frame), room);
-    });
+    std::vector<Workers::Step> steps = {{m_cells_down + 1, [&](int row, int) { placeRow(row, &frame); }}};
+    if (frame.samples > 1) steps.push_back({m_cells_down, [&](int row, int) { findFacings(row, &frame); }});
+    steps.push_back({(frame.height + kBandRows - 1) / kBandRows, [&](int band, int worker) {
+                         Room* room = &m_rooms[static_cast<size_t>(worker)];
+                         shadeBand(cover(band, room, frame), room);
+                     }});
+    m_workers->run(steps);
 }
 
 void MeshDrawing::placeRow(int row, Frame* frame) const {

@@ -43,36 +43,55 @@ Workers::~Workers() {
     for (std::thread& thread : m_threads) thread.join();
 }
 
-void Workers::run(int items, const std::function<void(int, int)>& work) {
+void Workers::run(const std::vector<Step>& steps) {
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_work = &work;
-        m_items = items;
-        m_next = 0;
-        m_busy = static_cast<int>(m_threads.size());
+        m_steps = &steps;
+        m_progress = std::vector<Progress>(steps.size());
+        for (Progress& progress : m_progress)
+            progress.begun = std::vector<std::atomic<int>>(static_cast<size_t>(count()));
         ++m_task;
     }
     m_begun.notify_all();
-    takeItems(0);
+    takePart(0, steps);
+    // Who wakes up after this has missed the task: nobody waits for him.
     std::unique_lock<std::mutex> lock(m_mutex);
-    m_finished.wait(lock, [this] { return m_busy == 0; });
+    m_steps = nullptr;
+    m_finished.wait(lock, [this] { return m_taking_part == 0; });
 }
 
-void Workers::takeItems(int worker) {
-    for (int item = m_next++; item < m_items; item = m_next++) (*m_work)(item, worker);
+void Workers::takePart(int worker, const std::vector<Step>& steps) {
+    for (size_t i = 0; i < steps.size(); ++i) {
+        const Step& step = steps[i];
+        Progress& progress = m_progress[i];
+        for (int turn = 0; turn < count(); ++turn) {
+            const int share = (worker + turn) % count();
+            const int first = share * step.items / count(), end = (share + 1) * step.items / count();
+            std::atomic<int>& begun = progress.begun[static_cast<size_t>(share)];
+            for (int item = first + begun++; item < end; item = first + begun++) {
+                step.work(item, worker);
+                ++progress.done;
+            }
+        }
+        // For an item at most: falling asleep and waking up would take longer.
+        while (progress.done < step.items) std::this_thread::yield();
+    }
 }
 
 void Workers::serve(int worker) {
-    unsigned done = 0;
+    unsigned seen = 0;
     std::unique_lock<std::mutex> lock(m_mutex);
     for (;;) {
-        m_begun.wait(lock, [&] { return m_ends || m_task != done; });
+        m_begun.wait(lock, [&] { return m_ends || m_task != seen; });
         if (m_ends) return;
-        done = m_task;
+        seen = m_task;
+        if (m_steps == nullptr) continue;
+        ++m_taking_part;
+        const std::vector<Step>& steps = *m_steps;
         lock.unlock();
-        takeItems(worker);
+        takePart(worker, steps);
         lock.lock();
-        if (--m_busy == 0) m_finished.notify_one();
+        if (--m_taking_part == 0) m_finished.notify_one();
     }
 }
 

@@ -21,21 +21,34 @@ class Workers {
 
     int count() const noexcept { return static_cast<int>(m_threads.size()) + 1; }
 
-    /// Calls work(item, worker) for every item 0..items - 1, each once, on any of the workers 0..count() - 1,
-    /// and returns when all are done. `work` throws nothing.
-    void run(int items, const std::function<void(int item, int worker)>& work);
+    /// A part of a task: work(item, worker) for every item 0..items - 1, each once, on any of the workers
+    /// 0..count() - 1. It throws nothing.
+    struct Step {
+        int items;
+        std::function<void(int item, int worker)> work;
+    };
+
+    /// Does the steps one after the other, each when all of the one before is done, and returns after the
+    /// last.
+    void run(const std::vector<Step>& steps);
 
   private:
+    /// Of a step. Each worker begins with a share of neighbouring items, which find in its caches what those
+    /// before them and the same share of the step ahead left there, and then helps the others.
+    struct Progress {
+        std::vector<std::atomic<int>> begun;  ///< by share
+        std::atomic<int> done{0};
+    };
+
     void serve(int worker);
-    void takeItems(int worker);
+    void takePart(int worker, const std::vector<Step>& steps);
 
     std::vector<std::thread> m_threads;
     std::mutex m_mutex;
     std::condition_variable m_begun, m_finished;
-    const std::function<void(int, int)>* m_work = nullptr;
-    std::atomic<int> m_next{0};
-    int m_items = 0;
-    int m_busy = 0;
+    const std::vector<Step>* m_steps = nullptr;  ///< none between tasks
+    std::vector<Progress> m_progress;            ///< of these
+    int m_taking_part = 0;                       ///< threads, the caller's not among them
     unsigned m_task = 0;
     bool m_ends = false;
 };
