@@ -131,6 +131,17 @@ struct Examined {
     Plane plane;
 };
 
+/// Whether `plane` is 1 / distance, for levels that are distances: the same everywhere times these.
+bool isInverseOf(const Plane& distances, const Plane& plane) {
+    if (plane.width != distances.width || plane.height != distances.height) return false;
+    const size_t nearest = static_cast<size_t>(
+        std::min_element(distances.samples.begin(), distances.samples.end()) - distances.samples.begin());
+    const double scale = static_cast<double>(distances.samples[nearest]) * plane.samples[nearest];
+    for (size_t i = 0; i < plane.samples.size(); ++i)
+        if (std::abs(scale / distances.samples[i] - plane.samples[i]) > 0.01) return false;
+    return true;
+}
+
 /// Wrong is a correction that leaves the map unlike `wanted`, or no word where it is.
 Examined examined(const RgbImage& photo, DepthMap depth, const Plane& wanted, FindingKind kind,
                   const DepthKnowledge& known = {}) {
@@ -187,6 +198,9 @@ Report tried(const Pair& pair) {
         for (const bool invert : {false, true}) {
             depth.plane = laid(invert ? inverted(plane) : plane, how);
             Examined both = examined(pair.photo, depth, plane, FindingKind::kPolarity);
+            // Which millimetres are.
+            if (both.outcome == Outcome::kWrong && invert && isInverseOf(inverted(plane), both.plane))
+                both.outcome = Outcome::kRight;
             // Which end is near is not asked of a map that may lie otherwise.
             const Finding* turn = find(both.findings, FindingKind::kTurned);
             if (turn != nullptr && !turn->corrected) both.outcome = Outcome::kDoubtful;
