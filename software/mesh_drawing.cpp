@@ -506,15 +506,13 @@ void MeshDrawing::shadeBand(const Band& band, const Room& room, const PictureBuf
     const Texture texture = {m_texels.data(), m_photo_width + 1, static_cast<float>(m_photo_width - 1),
                              static_cast<float>(m_photo_height - 1)};
     for (int y = band.top; y < band.bottom; ++y) {
-        const size_t start = static_cast<size_t>(y - band.top) * static_cast<size_t>(band.stride);
         uint8_t* row = picture.rgba + static_cast<size_t>(y) * picture.stride;
-        m_path.shade(texture, band.q + start, band.u + start, band.v + start, far_q, band.width, row);
+        m_path.shade(texture, rowOf(band, y), far_q, band.width, row);
         eachSlot(band, y, [&](int first, size_t slot) {
             std::array<int, 4 * kSampleBlock> sums = {};
             for (int s = 0; s < band.samples; ++s) {
-                const PixelRow sample = sampleOf(band, slot, s);
                 std::array<uint8_t, 4 * kSampleBlock> colours;
-                m_path.shade(texture, sample.q, sample.u, sample.v, far_q, kSampleBlock, colours.data());
+                m_path.shade(texture, sampleOf(band, slot, s), far_q, kSampleBlock, colours.data());
                 for (size_t i = 0; i < sums.size(); ++i) sums[i] += colours[i];
             }
             eachMarked(band, room, y, first, [&](int x, size_t i) {

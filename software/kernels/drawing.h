@@ -131,8 +131,7 @@ void drawCells(const CellBlock& block, const Band& band);
 
 /// The colours of pixels: bilinear, from texel places held to the photo; black where q is not above `far_q`.
 /// Writes R, G, B and 255.
-void shade(const Texture& texture, const float* q, const float* u, const float* v, float far_q, int count,
-           uint8_t* rgba);
+void shade(const Texture& texture, const PixelRow& row, float far_q, int count, uint8_t* rgba);
 
 /// The same of two rows in Y'CbCr: a byte of luma a pixel, and one Cb and one Cr for 2 x 2 pixels. These are
 /// read once, amid the four, where no two of them are more than kOnePiece apart on the photo, and else are

@@ -441,10 +441,10 @@ struct Spots {
     i32 seen;
 
     template <typename AnyTexture>
-    Spots(const AnyTexture& texture, f32 far_q, const float* q, const float* u_of, const float* v_of) {
-        const f32 near = load<f32>(q), w = splat(1.0f) / near;
-        u = held(load<f32>(u_of) * w, f32{}, splat(texture.last_u));
-        v = held(load<f32>(v_of) * w, f32{}, splat(texture.last_v));
+    Spots(const AnyTexture& texture, f32 far_q, const PixelRow& pixels, int i) {
+        const f32 near = load<f32>(pixels.q + i), w = splat(1.0f) / near;
+        u = held(load<f32>(pixels.u + i) * w, f32{}, splat(texture.last_u));
+        v = held(load<f32>(pixels.v + i) * w, f32{}, splat(texture.last_v));
         seen = near > far_q;
     }
 };
@@ -472,8 +472,8 @@ class Places {
     const int32_t* offsets(int i) const { return m_offsets + i; }
 
     // Of kPlaceOne, in both halves of a lane.
-    i16 right(int i) const { return doubleLower(load<i16>(m_parts + i)); }
-    i16 down(int i) const { return doubleUpper(load<i16>(m_parts + i)); }
+    i16 right(int i) const { return doubleHalf<0>(load<i16>(m_parts + i)); }
+    i16 down(int i) const { return doubleHalf<1>(load<i16>(m_parts + i)); }
 
     i32 seen(int i) const { return load<i32>(m_seen + i); }
 
@@ -529,9 +529,7 @@ class PlanarShader {
           m_last_colour_u(splat(texture.last_colour_u)),
           m_last_colour_v(splat(texture.last_colour_v)) {}
 
-    Spots spots(const PixelRow& row, int i) const {
-        return Spots(m_texture, m_far_q, row.q + i, row.u + i, row.v + i);
-    }
+    Spots spots(const PixelRow& row, int i) const { return Spots(m_texture, m_far_q, row, i); }
 
     template <int kPlaces>
     void putLuma(int i, const Spots& spots, Places<kPlaces>* places) const {
@@ -679,16 +677,14 @@ void drawCells(const CellBlock& block, const Band& band) {
     }
 }
 
-void shade(const Texture& texture, const float* q, const float* u, const float* v, float far_q, int count,
-           uint8_t* rgba) {
-    const uint8_t* row = texture.texels;
-    const uint8_t* next_row = row + 4 * static_cast<size_t>(texture.stride);
+void shade(const Texture& texture, const PixelRow& row, float far_q, int count, uint8_t* rgba) {
+    const uint8_t* texels = texture.texels;
+    const uint8_t* next_row = texels + 4 * static_cast<size_t>(texture.stride);
     for (int start = 0; start < count; start += kMost) {
         const int some = count - start < kMost ? count - start : kMost;
         Places<kMost> places;
         for (int i = 0; i < some; i += kLanes) {
-            const int x = start + i;
-            const Spots spots(texture, splat(far_q), q + x, u + x, v + x);
+            const Spots spots(texture, splat(far_q), row, start + i);
             places.put(i, spots.u, spots.v, spots.seen, next_row, 4, texture.stride);
         }
         for (int i = 0; i < some; i += kLanes) {
@@ -702,9 +698,9 @@ void shade(const Texture& texture, const float* q, const float* u, const float* 
                                (i32)blend(oddBytes(upper), oddBytes(lower), (i16)part)};
             };
             const int32_t* offsets = places.offsets(i);
-            const auto first = down(loadPairs<0>(row, offsets), loadPairs<0>(next_row, offsets),
+            const auto first = down(loadPairs<0>(texels, offsets), loadPairs<0>(next_row, offsets),
                                     doubleFirst((i32)places.down(i)));
-            const auto second = down(loadPairs<2>(row, offsets), loadPairs<2>(next_row, offsets),
+            const auto second = down(loadPairs<2>(texels, offsets), loadPairs<2>(next_row, offsets),
                                      doubleLast((i32)places.down(i)));
             const auto across = [&](i32 a, i32 b) {
                 return blend((i16)joinEven(a, b), (i16)joinOdd(a, b), places.right(i)) +

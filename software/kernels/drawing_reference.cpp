@@ -363,15 +363,14 @@ void drawCells(const CellBlock& block, const Band& band) {
     }
 }
 
-void shade(const Texture& texture, const float* q, const float* u, const float* v, float far_q, int count,
-           uint8_t* rgba) {
+void shade(const Texture& texture, const PixelRow& row, float far_q, int count, uint8_t* rgba) {
     for (int i = 0; i < count; ++i, rgba += 4) {
-        if (!(q[i] > far_q)) {
+        if (!(row.q[i] > far_q)) {
             rgba[0] = rgba[1] = rgba[2] = 0;
             rgba[3] = 255;
             continue;
         }
-        const Texel place = texelAt(spotOf(q[i], u[i], v[i], texture), texture.stride);
+        const Texel place = texelAt(spotOf(row.q[i], row.u[i], row.v[i], texture), texture.stride);
         const uint8_t* texel = texture.texels + 4 * place.index;
         const uint8_t* below = texel + 4 * static_cast<size_t>(texture.stride);
         for (int c = 0; c < 4; ++c)

@@ -155,19 +155,15 @@ inline i32 inOrder(i32 joined) {
 #endif
 }
 
-/// The lower, or the upper, half of each 32 bits, twice.
-inline i16 doubleLower(i16 v) {
+/// A half of each 32 bits, twice: 0 is the lower one and 1 the upper one.
+template <int half>
+inline i16 doubleHalf(i16 v) {
+    constexpr int a = half, b = half + 2, c = half + 4, d = half + 6;
 #if defined(QUORVANE_LANES_AVX2)
-    return __builtin_shufflevector(v, v, 0, 0, 2, 2, 4, 4, 6, 6, 8, 8, 10, 10, 12, 12, 14, 14);
+    return __builtin_shufflevector(v, v, a, a, b, b, c, c, d, d, a + 8, a + 8, b + 8, b + 8, c + 8, c + 8,
+                                   d + 8, d + 8);
 #else
-    return __builtin_shufflevector(v, v, 0, 0, 2, 2, 4, 4, 6, 6);
-#endif
-}
-inline i16 doubleUpper(i16 v) {
-#if defined(QUORVANE_LANES_AVX2)
-    return __builtin_shufflevector(v, v, 1, 1, 3, 3, 5, 5, 7, 7, 9, 9, 11, 11, 13, 13, 15, 15);
-#else
-    return __builtin_shufflevector(v, v, 1, 1, 3, 3, 5, 5, 7, 7);
+    return __builtin_shufflevector(v, v, a, a, b, b, c, c, d, d);
 #endif
 }
 
