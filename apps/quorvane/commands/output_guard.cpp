@@ -6,6 +6,7 @@
 #include "apps/quorvane/terminal/usage_error.h"
 #include "media/clip/clip_writer.h"
 #include "system/error.h"
+#include "system/pending_folder.h"
 #include "system/pending_output.h"
 
 namespace quorvane::app {
@@ -39,6 +40,18 @@ media::OutputKind pngOrFolder(const std::string& path, const std::string& otherw
 
 void requirePng(const std::string& path, const std::string& otherwise) {
     if (pngOrFolder(path, otherwise) != media::OutputKind::kStill) throw UsageError(otherwise);
+}
+
+void requirePlace(const std::string& path, bool is_folder, bool force, const std::string& replaced) {
+    if (!is_folder) {
+        const PendingOutput place(path);
+        return;
+    }
+    try {
+        const PendingFolder place(path, force);
+    } catch (const FolderNotEmpty& error) {
+        throw Error(error.what() + ("; --force replaces " + replaced + " in it"));
+    }
 }
 
 void refuseInputAsOutput(const std::vector<std::string>& inputs, const std::vector<std::string>& outputs) {

@@ -19,6 +19,10 @@ media::OutputKind pngOrFolder(const std::string& path, const std::string& otherw
 /// Throws UsageError, which says `otherwise`, unless `path` names a .png file.
 void requirePng(const std::string& path, const std::string& otherwise);
 
+/// Throws Error where nothing can be written to `path`, a folder or a file; where `force` would help, that it
+/// replaces `replaced`. To be asked before any work is done.
+void requirePlace(const std::string& path, bool is_folder, bool force, const std::string& replaced);
+
 // No output replaces an input, whatever links lead there. Empty paths name nothing.
 
 /// Throws Error where one of `outputs` is one of `inputs`.

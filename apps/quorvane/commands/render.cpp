@@ -32,7 +32,6 @@
 #include "media/decoder/decoder.h"
 #include "system/cancel.h"
 #include "system/error.h"
-#include "system/pending_folder.h"
 #include "system/pending_output.h"
 #include "system/standard_streams.h"
 
@@ -219,20 +218,6 @@ std::unique_ptr<media::ClipWriter> openOutput(const RenderOptions& options, cons
     return media::openClip(options.out, format, settings);
 }
 
-/// Throws Error where nothing can be written to the place of the output.
-void requirePlace(const RenderOptions& options, const media::OutputFormat& format) {
-    if (options.out == kStandardOutput) return;
-    if (format.kind != OutputKind::kFolder) {
-        const PendingOutput place(options.out);
-        return;
-    }
-    try {
-        const PendingFolder place(options.out, options.force);
-    } catch (const FolderNotEmpty& error) {
-        throw Error(error.what() + std::string("; --force replaces the numbered frames in it"));
-    }
-}
-
 std::vector<Position> positionsFor(const RenderOptions& options, const media::OutputFormat& format) {
     if (standsStill(format.kind)) return {options.at};
     return loopAround(options.at, options.picture.motion, options.picture.amount, options.count.frames);
@@ -382,9 +367,10 @@ Rendered render(const RenderOptions& asked) {
     const std::optional<Stereo> stereo = stereoFor(options.stereo, format);
     refuseSameOutput(options.out, options.view.timings, "picture and timings");
     keep({options.input.photo, options.input.depth, options.input.pair.right}, options, format);
-    // Asked before any work is done.
-    requirePlace(options, format);
-    if (format.kind == OutputKind::kFolder && !options.talk.quiet) noteNewFolder(options);
+    const bool into_folder = format.kind == OutputKind::kFolder;
+    if (options.out != kStandardOutput)
+        requirePlace(options.out, into_folder, options.force, "the numbered frames");
+    if (into_folder && !options.talk.quiet) noteNewFolder(options);
 
     StageTimes times;
     DepthSource source = times.measure(Stage::kDecode, [&] { return findDepth(options.input); });

@@ -28,19 +28,6 @@ struct StagesOptions {
     bool force = false;
 };
 
-/// Throws Error where nothing can be written to the place of the output.
-void requirePlace(const StagesOptions& options, bool into_folder) {
-    if (!into_folder) {
-        const PendingOutput place(options.out);
-        return;
-    }
-    try {
-        const PendingFolder place(options.out, options.force);
-    } catch (const FolderNotEmpty& error) {
-        throw Error(error.what() + std::string("; --force replaces the stages in it"));
-    }
-}
-
 /// What is written besides the timings.
 std::vector<std::string> outputs(const StagesOptions& options, bool into_folder) {
     if (!into_folder) return {options.out};
@@ -61,8 +48,7 @@ void stages(const StagesOptions& options) {
     for (const std::string& file : written) refuseSameOutput(file, timings, "stages and timings");
     written.push_back(timings);
     refuseInputAsOutput({options.input.photo, options.input.depth, options.input.pair.right}, written);
-    // Asked before any work is done.
-    requirePlace(options, into_folder);
+    requirePlace(out, into_folder, options.force, "the stages");
 
     const DepthSource source = findDepth(options.input);
     refuseInputAsOutput({source.depth}, written);
